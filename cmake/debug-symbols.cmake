@@ -1,0 +1,17 @@
+# gputune_split_debug(<target>)
+#
+# Moves the target's debug information to debug/<file name>.debug of the output directory and leaves in the target a link
+# to it, by which debuggers find it (gdb: set debug-file-directory). Does nothing for other systems than Windows.
+function(gputune_split_debug target)
+    if(NOT WIN32 OR NOT CMAKE_OBJCOPY OR NOT CMAKE_STRIP)
+        return()
+    endif()
+    set(directory "${GPUTUNE_OUTPUT_DIR}/debug")
+    set(symbols "${directory}/$<TARGET_FILE_NAME:${target}>.debug")
+    add_custom_command(TARGET ${target} POST_BUILD
+        COMMAND ${CMAKE_COMMAND} -E make_directory "${directory}"
+        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
+        COMMAND ${CMAKE_STRIP} --strip-all "$<TARGET_FILE:${target}>"
+        COMMAND ${CMAKE_OBJCOPY} "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>"
+        VERBATIM)
+endfunction()

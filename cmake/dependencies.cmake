@@ -1,0 +1,88 @@
+# The third-party libraries, each under the name its own package gives it:
+#   tinyxml2::tinyxml2  CLI11::CLI11  nlohmann_json::nlohmann_json  GTest::gtest(_main) GTest::gmock(_main)
+#   benchmark::benchmark(_main)
+#
+# An installed package is taken where there is one (a package manager for Windows provides them all). Otherwise the sources
+# that scripts/setup has put into build/deps, or that its packages install, are compiled along with ours.
+set(GPUTUNE_DEPS_DIR "${PROJECT_SOURCE_DIR}/build/deps" CACHE PATH "Third-party sources, filled by scripts/setup")
+set(GPUTUNE_GOOGLETEST_DIR "/usr/src/googletest" CACHE PATH "GoogleTest's sources")
+
+# Says which file is missing, and what provides it.
+function(gputune_require_source what file)
+    if(NOT EXISTS "${file}")
+        message(FATAL_ERROR "${what} is neither installed as a CMake package nor found as ${file}. "
+            "Run scripts/setup, which fetches it.")
+    endif()
+endfunction()
+
+# A header-only library <name> of which <header> is found in deps/include.
+function(gputune_header_only name package header)
+    gputune_require_source(${package} "${GPUTUNE_DEPS_DIR}/include/${header}")
+    string(REPLACE "::" "_" target ${name})
+    add_library(${target} INTERFACE)
+    add_library(${name} ALIAS ${target})
+    target_include_directories(${target} SYSTEM INTERFACE "${GPUTUNE_DEPS_DIR}/include")
+endfunction()
+
+# Linux packages are built for another processor mode than ours, and without the sanitizers: libraries come from source.
+set(GPUTUNE_FIND_INSTALLED ON)
+if(NOT WIN32)
+    set(GPUTUNE_FIND_INSTALLED OFF)
+endif()
+
+macro(gputune_find package)
+    if(GPUTUNE_FIND_INSTALLED)
+        find_package(${package} CONFIG QUIET)
+    endif()
+endmacro()
+
+gputune_find(tinyxml2)
+if(NOT TARGET tinyxml2::tinyxml2)
+    gputune_require_source(tinyxml2 "${GPUTUNE_DEPS_DIR}/tinyxml2/tinyxml2.cpp")
+    add_library(tinyxml2 STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/tinyxml2/tinyxml2.cpp")
+    add_library(tinyxml2::tinyxml2 ALIAS tinyxml2)
+    target_include_directories(tinyxml2 SYSTEM INTERFACE "${GPUTUNE_DEPS_DIR}/tinyxml2")
+    target_link_libraries(tinyxml2 PRIVATE gputune::platform_flags)
+endif()
+
+gputune_find(nlohmann_json)
+if(NOT TARGET nlohmann_json::nlohmann_json)
+    gputune_header_only(nlohmann_json::nlohmann_json nlohmann_json nlohmann/json.hpp)
+endif()
+
+gputune_find(CLI11)
+if(NOT TARGET CLI11::CLI11)
+    gputune_header_only(CLI11::CLI11 CLI11 CLI/CLI.hpp)
+endif()
+
+if(GPUTUNE_BUILD_TESTS)
+    gputune_find(GTest)
+    if(NOT TARGET GTest::gtest)
+        gputune_require_source(GoogleTest "${GPUTUNE_GOOGLETEST_DIR}/CMakeLists.txt")
+        set(INSTALL_GTEST OFF)
+        add_subdirectory("${GPUTUNE_GOOGLETEST_DIR}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
+        foreach(name gtest gtest_main gmock gmock_main)
+            target_link_libraries(${name} PRIVATE gputune::platform_flags)
+            if(NOT TARGET GTest::${name})
+                add_library(GTest::${name} ALIAS ${name})
+            endif()
+        endforeach()
+    endif()
+endif()
+
+if(GPUTUNE_BUILD_BENCH)
+    gputune_find(benchmark)
+    if(NOT TARGET benchmark::benchmark)
+        gputune_require_source(benchmark "${GPUTUNE_DEPS_DIR}/benchmark/src/benchmark.cc")
+        file(GLOB sources "${GPUTUNE_DEPS_DIR}/benchmark/src/*.cc")
+        list(FILTER sources EXCLUDE REGEX "/benchmark_main\\.cc$")
+        add_library(benchmark STATIC EXCLUDE_FROM_ALL ${sources})
+        add_library(benchmark::benchmark ALIAS benchmark)
+        target_include_directories(benchmark SYSTEM PUBLIC "${GPUTUNE_DEPS_DIR}/benchmark/include")
+        target_compile_definitions(benchmark PUBLIC BENCHMARK_STATIC_DEFINE PRIVATE HAVE_STD_REGEX HAVE_STEADY_CLOCK)
+        target_link_libraries(benchmark PRIVATE gputune::platform_flags $<$<BOOL:${WIN32}>:shlwapi>)
+        add_library(benchmark_main STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/benchmark/src/benchmark_main.cc")
+        add_library(benchmark::benchmark_main ALIAS benchmark_main)
+        target_link_libraries(benchmark_main PUBLIC benchmark PRIVATE gputune::platform_flags)
+    endif()
+endif()
