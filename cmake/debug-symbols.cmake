@@ -8,10 +8,11 @@ function(gputune_split_debug target)
     endif()
     set(directory "${GPUTUNE_OUTPUT_DIR}/debug")
     set(symbols "${directory}/$<TARGET_FILE_NAME:${target}>.debug")
+    # With -p the tools leave the linker's zero time stamp in the file instead of the present time.
     add_custom_command(TARGET ${target} POST_BUILD
         COMMAND ${CMAKE_COMMAND} -E make_directory "${directory}"
-        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
-        COMMAND ${CMAKE_STRIP} --strip-all "$<TARGET_FILE:${target}>"
-        COMMAND ${CMAKE_OBJCOPY} "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>"
+        COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
+        COMMAND ${CMAKE_STRIP} -p --strip-all "$<TARGET_FILE:${target}>"
+        COMMAND ${CMAKE_OBJCOPY} -p "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>"
         VERBATIM)
 endfunction()
