@@ -48,6 +48,8 @@ if(WIN32)
         LINKER:--gc-sections
         # The time of linking would make every build a different file.
         LINKER:--no-insert-timestamp
+        # The linker would choose a library's preferred address by a hash of the path it is written to.
+        LINKER:--disable-auto-image-base
         # Data is not executed, and the load address is not fixed.
         LINKER:--nxcompat LINKER:--dynamicbase)
 endif()
