@@ -1,0 +1,11 @@
+#include "adapter/IVideoAdapter.h"
+
+#include "profile/PerformanceProfile.h"
+
+namespace gputune {
+
+PredefinedPerformanceParameter IVideoAdapter::GetExternalPerformanceParameter(std::uint32_t hwid) const {
+    return profile::GetExternalPerformanceParameter(hwid);
+}
+
+}  // namespace gputune
