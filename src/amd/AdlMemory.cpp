@@ -1,0 +1,62 @@
+#include "amd/AdlMemory.h"
+
+#include <cstdlib>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <new>
+
+namespace gputune::amd {
+
+namespace {
+
+// ADL may call the allocation callback from threads of its own.
+struct Blocks {
+    std::mutex mutex;
+    std::map<void const*, std::size_t> sizes;
+};
+
+// Never destroyed: ADL outlives the library's static clean-up.
+Blocks& AllBlocks() {
+    alignas(Blocks) static unsigned char storage[sizeof(Blocks)];
+    static Blocks* const blocks = new (storage) Blocks;
+    return *blocks;
+}
+
+}  // namespace
+
+void* ADL_STDCALL AllocateForAdl(int size) noexcept {
+    if (size <= 0) {
+        return nullptr;
+    }
+    void* const block = std::malloc(static_cast<std::size_t>(size));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    try {
+        Blocks& blocks = AllBlocks();
+        std::scoped_lock const lock(blocks.mutex);
+        blocks.sizes[block] = static_cast<std::size_t>(size);
+    } catch (...) {
+        std::free(block);
+        return nullptr;
+    }
+    return block;
+}
+
+void ReleaseFromAdl(void* block) noexcept {
+    Blocks& blocks = AllBlocks();
+    std::scoped_lock const lock(blocks.mutex);
+    if (blocks.sizes.erase(block) != 0) {
+        std::free(block);
+    }
+}
+
+std::size_t SizeOfAdlBlock(void const* block) noexcept {
+    Blocks& blocks = AllBlocks();
+    std::scoped_lock const lock(blocks.mutex);
+    auto const found = blocks.sizes.find(block);
+    return found == blocks.sizes.end() ? std::numeric_limits<std::size_t>::max() : found->second;
+}
+
+}  // namespace gputune::amd

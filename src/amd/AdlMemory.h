@@ -1,0 +1,48 @@
+// Memory that the AMD Display Library hands to its client: allocated through the client's callback, released by the
+// client. Every block is remembered with its size, so that a count the library reports can be checked against the block
+// it came with, and only what the callback allocated is ever released.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "amd/adl_records.h"
+
+namespace gputune::amd {
+
+// The callback given to ADL. Null when the size is not positive or memory runs out.
+void* ADL_STDCALL AllocateForAdl(int size) noexcept;
+
+// Release a block; null and blocks of another origin are left alone.
+void ReleaseFromAdl(void* block) noexcept;
+
+// The size of a block in bytes. A block of another origin cannot be checked: the largest size.
+std::size_t SizeOfAdlBlock(void const* block) noexcept;
+
+// A list that ADL returned with its count, released at the end of its life. Covers `count` records, or fewer when the
+// block is too small for them; none when the list is null or the count is not positive.
+template <class Record>
+class AdlList {
+  public:
+    AdlList() = default;
+    ~AdlList() { ReleaseFromAdl(records_); }
+    AdlList(AdlList const&) = delete;
+    AdlList& operator=(AdlList const&) = delete;
+
+    // Where ADL stores the address of the list.
+    Record** Out() { return &records_; }
+
+    std::span<Record const> First(int count) const {
+        if (records_ == nullptr || count <= 0) {
+            return {};
+        }
+        std::size_t const held = SizeOfAdlBlock(records_) / sizeof(Record);
+        std::size_t const wanted = static_cast<std::size_t>(count);
+        return {records_, wanted < held ? wanted : held};
+    }
+
+  private:
+    Record* records_ = nullptr;
+};
+
+}  // namespace gputune::amd

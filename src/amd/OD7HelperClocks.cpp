@@ -1,0 +1,142 @@
+// OverdriveN: user clocks and voltages.
+#include "amd/OD7Helper.h"
+
+#include "adapter/truncate.h"
+
+namespace gputune::amd {
+
+namespace {
+
+constexpr float kUnitsPerMegahertz = 100.0F;  // ADL counts clocks in 10 kHz
+
+float Ratio(int wanted, int standard) {
+    return standard == 0 ? 0.0F : static_cast<float>(wanted) / static_cast<float>(standard);
+}
+
+// `wanted`, by way of the ratio and in single precision: the detour may come out one unit below it, which is kept.
+// Without a default there is no ratio to go by, and what is wanted is taken as it is.
+float Scale(int standard, float ratio, int wanted) {
+    return standard == 0 ? static_cast<float>(wanted) : static_cast<float>(standard) * ratio;
+}
+
+}  // namespace
+
+// The two kinds of clock are set alike, in different words.
+struct OD7Helper::ClockWords {
+    log::Tag method;
+    std::string_view clockIsZero;
+    std::string_view voltageIsZero;
+    std::string_view clockRatio;
+    std::string_view voltageRatio;
+    std::string_view planClock;
+    std::string_view planVoltage;
+    int enabled;  // what the enabled field of a changed level becomes
+};
+
+bool OD7Helper::SetPerformanceUser(int gpuClock, int gpuVoltage, int memClock, int memVoltage) {
+    // The tag names a boolean parameter that this adapter does not have: deliberate.
+    log::Entry(log::Tag{"[OD7Helper::SetPerformanceUser(int,int,int,int,bool)]"}, "begin");
+    return SetGpuClock(gpuClock, gpuVoltage) && SetMemoryClock(memClock, memVoltage);
+}
+
+bool OD7Helper::SetGpuClock(int clock, int voltage) {
+    constexpr ClockWords words{.method = {"[OD7Helper::SetGpuClock(int,int)]"},
+                               .clockIsZero = "iGpuClock == 0",
+                               .voltageIsZero = "iGpuVoltage == 0",
+                               .clockRatio = "fGpuOCRatio",
+                               .voltageRatio = "fGpuOVRatio",
+                               .planClock = "plan gpu clock: ",
+                               .planVoltage = ", gpu voltage: ",
+                               .enabled = 3};
+    return SetClock(ClockKind::Engine, words, clock, voltage);
+}
+
+bool OD7Helper::SetMemoryClock(int clock, int voltage) {
+    // Enabled differs from the engine's on purpose.
+    constexpr ClockWords words{.method = {"[OD7Helper::SetMemoryClock(int,int)]"},
+                               .clockIsZero = "iMemClock == 0",
+                               .voltageIsZero = "iMemVoltage == 0",
+                               .clockRatio = "fMemOCRatio",
+                               .voltageRatio = "fMemOVRatio",
+                               .planClock = "plan mem clock: ",
+                               .planVoltage = ", mem voltage: ",
+                               .enabled = 1};
+    return SetClock(ClockKind::Memory, words, clock, voltage);
+}
+
+bool OD7Helper::SetClock(ClockKind kind, ClockWords const& words, int clock, int voltage) {
+    log::Tag const tag = words.method;
+    log::Entry(tag, "begin");
+
+    std::optional<PerformanceLevels> levels = GetClockInfo(kind, kOdnModeCurrent);
+    if (!levels) {
+        return false;
+    }
+    ADLODNPerformanceLevelX2 const* const currentTop = levels->At(TopPosition(kind));
+    ADLODNPerformanceLevelX2 const* const defaultTop = DefaultTopLevel(kind);
+    if (currentTop == nullptr || defaultTop == nullptr) {
+        log::Entry(tag, kNoLevel);
+        return false;
+    }
+    if (clock == 0) {
+        clock = ToMegahertz(currentTop->iClock);
+        log::Entry(tag / words.clockIsZero, "use current: ", clock);
+    }
+    if (voltage == 0) {
+        voltage = currentTop->iVddc;
+        log::Entry(tag / words.voltageIsZero, "use current: ", voltage);
+    }
+
+    int const nDefaultClock = ToMegahertz(defaultTop->iClock);
+    int const nDefaultVoltage = defaultTop->iVddc;
+    float const clockRatio = Ratio(clock, nDefaultClock);
+    float const voltageRatio = Ratio(voltage, nDefaultVoltage);
+    int const planClock = Truncate(Scale(nDefaultClock, clockRatio, clock) * kUnitsPerMegahertz);
+    int const planVoltage = Truncate(Scale(nDefaultVoltage, voltageRatio, voltage));
+
+    auto const all = levels->Levels();
+    for (std::size_t position = 1; position < all.size(); ++position) {  // the lowest level is never changed
+        ADLODNPerformanceLevelX2& level = all[position];
+        if (level.iClock != 0) {
+            level.iClock = planClock;
+            level.iVddc = planVoltage;
+            level.iEnabled = words.enabled;
+        }
+    }
+    levels->SetMode(kOdnModeManual);
+
+    log::Entry(tag / "nDefaultClock", nDefaultClock);
+    log::Entry(tag / "nDefaultVoltage", nDefaultVoltage);
+    log::Entry(tag / words.clockRatio, clockRatio);
+    log::Entry(tag / words.voltageRatio, voltageRatio);
+    log::Entry(tag, words.planClock, planClock, words.planVoltage, planVoltage);
+    return WriteClocks(tag, kind, *levels, "set");
+}
+
+bool OD7Helper::WriteClocks(log::Tag method, ClockKind kind, PerformanceLevels& levels,
+                            std::string_view success) const {
+    auto const write = [&](auto const& entry) {
+        if (!m_Adl.Call(method, entry, levels.Record())) {
+            return false;
+        }
+        log::Entry(method / entry.kName, success);
+        return true;
+    };
+    return kind == ClockKind::Engine ? write(m_Adl.m_Functions.ADL2_OverdriveN_SystemClocksX2_Set)
+                                     : write(m_Adl.m_Functions.ADL2_OverdriveN_MemoryClocksX2_Set);
+}
+
+int OD7Helper::ToMegahertz(int clock) {
+    return Truncate(static_cast<float>(clock) / kUnitsPerMegahertz);
+}
+
+int OD7Helper::TopPosition(ClockKind kind) const {
+    return (kind == ClockKind::Engine ? m_MaxGpuLevels : m_MaxMemLevels) - 1;
+}
+
+ADLODNPerformanceLevelX2 const* OD7Helper::DefaultTopLevel(ClockKind kind) const {
+    auto const& defaults = kind == ClockKind::Engine ? m_DefaultSystemClock : m_DefaultMemoryClock;
+    return defaults ? defaults->At(TopPosition(kind)) : nullptr;
+}
+
+}  // namespace gputune::amd

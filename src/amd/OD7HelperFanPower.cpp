@@ -1,0 +1,157 @@
+// OverdriveN: fan and power limit.
+#include "amd/OD7Helper.h"
+
+#include "adapter/truncate.h"
+
+namespace gputune::amd {
+
+namespace {
+
+bool IsInside(ADLODNParameterRange const& range, int value) {
+    return value >= range.iMin && value <= range.iMax;
+}
+
+void LogPower(log::Tag tag, ADLODNPowerLimitSetting const& power) {
+    log::Entry(tag, "max_temp: ", power.iMaxOperatingTemperature, ", power: ", power.iTDPLimit);
+}
+
+}  // namespace
+
+bool OD7Helper::SetFanSpeed(int percent) {
+    log::Entry(log::Tag{"[OD7Helper::SetFanSpeed(int)]"}, "begin");
+    return SetOD5FanSpeed(percent) || SetODNFanSpeed(percent);
+}
+
+bool OD7Helper::SetOD5FanSpeed(int percent) {
+    constexpr log::Tag tag{"[OD7Helper::SetOD5FanSpeed(int)]"};
+    AdlFunctions const& adl = m_Adl.m_Functions;
+
+    if (m_ThermalControllers.empty()) {
+        log::Entry(tag, "ThermalControllers is empty");
+        return false;
+    }
+    bool anySet = false;
+    // The position in the list is what ADL is given, not the controller's own domain index: deliberate.
+    for (int index = 0; index < static_cast<int>(m_ThermalControllers.size()); ++index) {
+        log::Entry(tag / "current thermal controller index", index);
+        auto const set = [&](auto const& entry, auto... arguments) {
+            if (m_Adl.Call(tag, entry, index, arguments...)) {
+                log::Entry(tag / entry.kName, "set");
+                anySet = true;
+            }
+        };
+        if (percent < 0) {
+            set(adl.ADL2_Overdrive5_FanSpeedToDefault_Set);
+        } else {
+            ADLFanSpeedValue speed{.iSize = sizeof(ADLFanSpeedValue),
+                                   .iSpeedType = kFanSpeedTypePercent,
+                                   .iFanSpeed = percent,
+                                   .iFlags = kFanFlagUserDefinedSpeed};
+            set(adl.ADL2_Overdrive5_FanSpeed_Set, &speed);
+        }
+    }
+    return anySet;
+}
+
+bool OD7Helper::SetODNFanSpeed(int percent) {
+    constexpr log::Tag tag{"[OD7Helper::SetODNFanSpeed(int)]"};
+    AdlFunctions const& adl = m_Adl.m_Functions;
+
+    log::Entry(tag, "begin");
+    ADLODNFanControl control{};
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_FanControl_Get, &control)) {
+        return false;
+    }
+    if (percent < 0) {
+        control.iMode = kOdnModeAutomatic;
+    } else {
+        control.iMode = kOdnModeManual;
+        // At least 1 percent, so that the fan is never commanded to a target of zero.
+        auto const share = static_cast<float>(percent == 0 ? 1 : percent) / 100.0F;
+        int const speed = Truncate(share * static_cast<float>(m_Capabilities.fanSpeed.iMax));
+        control.iTargetFanSpeed = speed;
+        control.iMinFanLimit = speed;
+    }
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_FanControl_Set, &control)) {
+        return false;
+    }
+    log::Entry(tag / adl.ADL2_OverdriveN_FanControl_Set.kName, "set");
+    return true;
+}
+
+bool OD7Helper::SetFanSpeedTable(FanTablePoint const* /*table*/, int /*count*/) {
+    constexpr log::Tag tag{"[OD7Helper::SetFanSpeedTable(obj,int)]"};
+    log::Entry(tag, "begin");
+    log::Entry(tag, "*** NOT IMPLEMENT YET ***");
+    return false;
+}
+
+bool OD7Helper::SetPowerLimit(int temperatureLimit, int powerLimit) {
+    constexpr log::Tag tag{"[OD7Helper::SetPowerLimit(int,int)]"};
+    AdlFunctions const& adl = m_Adl.m_Functions;
+
+    log::Entry(tag, "begin");
+    auto const refused = [&](ADLODNParameterRange const& range, int value, std::string_view quantity) {
+        if (IsInside(range, value)) {
+            return false;
+        }
+        log::Entry(tag, quantity, " value out of bound: should be ", range.iMin, " to ", range.iMax);
+        return true;
+    };
+    if (refused(m_Capabilities.powerTuneTemperature, temperatureLimit, "temp") ||
+        refused(m_Capabilities.power, powerLimit, "tdp")) {
+        return false;
+    }
+    ADLODNPowerLimitSetting power{};
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Get, &power)) {
+        return false;
+    }
+    LogPower(tag / "current power value", power);
+    power.iMaxOperatingTemperature = temperatureLimit;
+    power.iMode = kOdnModeManual;
+    power.iTDPLimit = powerLimit;
+    LogPower(tag / "plan power value", power);
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Set, &power)) {
+        return false;
+    }
+    log::Entry(tag / adl.ADL2_OverdriveN_PowerLimit_Set.kName, "set");
+    return true;
+}
+
+bool OD7Helper::SetPowerLimitDefault() {
+    constexpr log::Tag tag{"[OD7Helper::SetPowerLimitDefault()]"};
+    AdlFunctions const& adl = m_Adl.m_Functions;
+
+    log::Entry(tag, "begin");
+    if (adl.ADL2_OverdriveN_PowerLimit_Get.address == nullptr ||
+        adl.ADL2_OverdriveN_PowerLimit_Set.address == nullptr) {
+        log::Entry(tag / "ADL2_OverdriveN_PowerLimit_Get || ADL2_OverdriveN_PowerLimit_Set", "null ptr");
+        return false;
+    }
+    ADLODNPowerLimitSetting power{};
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Get, &power)) {
+        return false;
+    }
+    // Only the mode changes: the values just read go back with it.
+    power.iMode = kOdnModeDefault;
+    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Set, &power)) {
+        return false;
+    }
+    log::Entry(tag / adl.ADL2_OverdriveN_PowerLimit_Set.kName, "set default");
+    return true;
+}
+
+void OD7Helper::GetFanSetting(FanSetting& setting) {
+    setting.Valid = true;
+    setting.PointCount = 1;
+}
+
+void OD7Helper::GetPowerLimitSetting(PowerLimitSetting& setting) {
+    setting.Valid = true;
+    setting.Default = m_Capabilities.power.iDefault;
+    setting.Max = m_Capabilities.power.iMax;
+    setting.Min = m_Capabilities.power.iMin;
+    setting.Current = kNotAvailable;
+}
+
+}  // namespace gputune::amd

@@ -1,0 +1,165 @@
+// OverdriveN: performance modes and the clock settings' read-back.
+#include "amd/OD7Helper.h"
+
+#include "adapter/truncate.h"
+
+namespace gputune::amd {
+
+namespace {
+
+constexpr int kUnitsPerMegahertz = 100;  // ADL counts clocks in 10 kHz
+
+// Above the maximum becomes the maximum, else below the minimum the minimum.
+float ClampInto(ADLODNParameterRange const& range, float value) {
+    auto const max = static_cast<float>(range.iMax);
+    auto const min = static_cast<float>(range.iMin);
+    return value > max ? max : value < min ? min : value;
+}
+
+}  // namespace
+
+// The values of a predefined mode.
+struct OD7Helper::Mode {
+    float power;          // percent
+    float gpuFactor;      // of the default engine clock
+    float gpuGivenClock;  // MHz; replaces the factor unless 0
+    float memFactor;      // of the default memory clock
+};
+
+bool OD7Helper::SetPerformanceOC() {
+    constexpr log::Tag tag{"[OD7Helper::SetPerformanceOC()]"};
+    log::Entry(tag, "begin");
+    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
+    if (!parameter.Valid) {
+        log::Entry(tag, kNoProfile);
+        return false;
+    }
+    log::Entry(tag, "pred_GpuClock=", parameter.GpuOC, ", pred_MemClock=", parameter.MemOC,
+               ", pred_PowerOC=", parameter.PowerOC);
+    // MemOCGivenValue is not used: only the engine clock can be given outright. Deliberate.
+    return ApplyMode(tag, {.power = parameter.PowerOC,
+                           .gpuFactor = parameter.GpuOC,
+                           .gpuGivenClock = parameter.GpuOCGivenValue,
+                           .memFactor = parameter.MemOC});
+}
+
+bool OD7Helper::SetPerformanceSilent() {
+    constexpr log::Tag tag{"[OD7Helper::SetPerformanceSilent()]"};
+    log::Entry(tag, "begin");
+    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
+    if (!parameter.Valid) {
+        log::Entry(tag, kNoProfile);
+        return false;
+    }
+    log::Entry(tag, "pred_GpuClock=", parameter.GpuSilent, ", pred_MemClock=", parameter.MemSilent);
+    return ApplyMode(tag, {.power = parameter.PowerSilent,
+                           .gpuFactor = parameter.GpuSilent,
+                           .gpuGivenClock = 0.0F,
+                           .memFactor = parameter.MemSilent});
+}
+
+bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
+    ADLODNPerformanceLevelX2 const* const engineTop = DefaultTopLevel(ClockKind::Engine);
+    ADLODNPerformanceLevelX2 const* const memoryTop = DefaultTopLevel(ClockKind::Memory);
+    if (engineTop == nullptr || memoryTop == nullptr) {
+        log::Entry(tag, kNoLevel);
+        return false;
+    }
+    int const defaultGpuClock = ToMegahertz(engineTop->iClock);
+    int const defaultMemClock = ToMegahertz(memoryTop->iClock);
+    int const temperatureLimit = m_Capabilities.powerTuneTemperature.iDefault;
+    log::Entry(tag / "default_iGpuClock", defaultGpuClock);
+    log::Entry(tag / "default_iGpuVol", engineTop->iVddc);
+    log::Entry(tag / "default_iMemClock", defaultMemClock);
+    log::Entry(tag / "default_iMemVol", memoryTop->iVddc);
+    log::Entry(tag / "default_iTempLimit", temperatureLimit);
+    log::Entry(tag / "default_iPowerLimitMax", m_Capabilities.power.iMax);
+    log::Entry(tag / "default_iPowerLimitMin", m_Capabilities.power.iMin);
+
+    float const power = ClampInto(m_Capabilities.power, mode.power);
+    log::Entry(tag / "plan power limit", power);
+    SetPowerLimit(temperatureLimit, Truncate(power));  // the clocks are set also when this fails
+
+    int const gpuClock = Truncate(mode.gpuGivenClock != 0.0F ? mode.gpuGivenClock
+                                                             : static_cast<float>(defaultGpuClock) * mode.gpuFactor);
+    int const memClock = Truncate(static_cast<float>(defaultMemClock) * mode.memFactor);
+    log::Entry(tag, "plan GpuClock=", gpuClock, ", GpuVol=", engineTop->iVddc, ", MemClock=", memClock,
+               ", MemVol=", memoryTop->iVddc);
+    return SetPerformanceUser(gpuClock, engineTop->iVddc, memClock, memoryTop->iVddc);
+}
+
+bool OD7Helper::SetPerformanceDefault() {
+    constexpr log::Tag tag{"[OD7Helper::SetPerformanceDefault()]"};
+    log::Entry(tag, "begin");
+    SetPowerLimitDefault();  // the clocks are reset also when this fails
+    return RestoreClocks(tag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock",
+                         "pCurrentGpuClockStruct", "set gpu clock default",
+                         "set gpu clock and voltage to default") &&
+           RestoreClocks(tag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock",
+                         "pCurrentMemClockStruct", "set memory clock default",
+                         "set mem clock and voltage to default");
+}
+
+bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels>& defaults,
+                              std::string_view defaultsName, std::string_view currentName,
+                              std::string_view clocksSet, std::string_view allSet) const {
+    std::optional<PerformanceLevels> current = GetClockInfo(kind, kOdnModeCurrent);
+    if (!current) {
+        log::Entry(tag / currentName, "null ptr");
+        return false;
+    }
+    if (!defaults) {
+        log::Entry(tag / defaultsName, "null ptr");
+        return false;
+    }
+    // First the clocks alone, then clocks and voltages: the lowest level and all voltages stay current in between.
+    auto const levels = current->Levels();
+    for (std::size_t position = 1; position < levels.size(); ++position) {
+        levels[position].iClock = defaults->At(static_cast<int>(position))->iClock;
+    }
+    current->SetMode(kOdnModeManual);
+    return WriteClocks(tag, kind, *current, clocksSet) && WriteClocks(tag, kind, *defaults, allSet);
+}
+
+void OD7Helper::GetGpuClockSetting(ClockSetting& setting) {
+    ADLODNParameterRange const& clock = m_Capabilities.sEngineClockRange;
+    ADLODNParameterRange const& voltage = m_Capabilities.svddcRange;
+
+    setting.Valid = true;
+    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Engine, kOdnModeCurrent);
+    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
+    setting.DefaultVoltage = voltage.iDefault;
+    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
+    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
+    setting.MaxVoltage = voltage.iMax;
+    setting.MinVoltage = voltage.iMin;
+    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
+    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
+    setting.CurrentVoltage = top != nullptr ? top->iVddc : kNotAvailable;
+
+    // For diagnosis only: the two places where the default voltage stands.
+    std::optional<PerformanceLevels> const defaults = GetClockInfo(ClockKind::Engine, kOdnModeDefault);
+    log::Entry(log::Tag{"vddc default"}, voltage.iDefault);
+    ADLODNPerformanceLevelX2 const* const defaultTop =
+        defaults ? defaults->At(TopPosition(ClockKind::Engine)) : nullptr;
+    log::Entry(log::Tag{"vddc perfapi"}, defaultTop != nullptr ? defaultTop->iVddc : kNotAvailable);
+}
+
+void OD7Helper::GetMemClockSetting(ClockSetting& setting) {
+    ADLODNParameterRange const& clock = m_Capabilities.sMemoryClockRange;
+
+    setting.Valid = true;
+    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
+    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
+    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
+    setting.DefaultVoltage = kNotAvailable;
+    setting.MaxVoltage = kNotAvailable;
+    setting.MinVoltage = kNotAvailable;
+    setting.CurrentVoltage = kNotAvailable;
+    // The engine's level count indexes the memory table: deliberate.
+    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Memory, kOdnModeCurrent);
+    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
+    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
+}
+
+}  // namespace gputune::amd

@@ -1,0 +1,72 @@
+// The adapter for AMD boards of the Overdrive8 generation (the driver reports Overdrive version 8).
+#pragma once
+
+#include "amd/AmdAdapter.h"
+#include "amd/od8_settings.h"
+
+namespace gputune::amd {
+
+class OD8Helper final : public AmdAdapter {
+  public:
+    // Captures capabilities and ranges of the adapter that is current now; they are not read again when another one is
+    // selected. A board that does not answer leaves a table of zeros.
+    explicit OD8Helper(ADL& adl);
+
+    bool IsInitOk() const override;
+
+    // Makes the fan curve flat at `percent`, with zero-RPM mode off; negative restores the default fan control.
+    bool SetFanSpeed(int percent) override;
+
+    // Exactly five points are read from `table`, whatever `count` beyond 1.
+    bool SetFanSpeedTable(FanTablePoint const* table, int count) override;
+
+    // The temperature is ignored; the driver judges the percentage. True without a driver call when it is in effect.
+    bool SetPowerLimit(int temperatureLimit, int powerLimit) override;
+    bool SetPowerLimitDefault() override;
+
+    // The voltages are ignored. Clocks that are in effect already answer false.
+    bool SetPerformanceUser(int gpuClock, int gpuVoltage, int memClock, int memVoltage) override;
+    bool SetPerformanceOC() override;
+    bool SetPerformanceDefault() override;
+    bool SetPerformanceSilent() override;
+
+    void FetchHwmValues() override;
+
+    // Each writes the one byte of Valid and the fields it has values for.
+    void GetFanSetting(FanSetting& setting) override;
+    void GetPowerLimitSetting(PowerLimitSetting& setting) override;
+    void GetGpuClockSetting(ClockSetting& setting) override;
+    void GetMemClockSetting(ClockSetting& setting) override;
+
+    // What the driver measures on the first display that can be opened, if its frame metrics are running.
+    int GetFrameRate() override;
+
+  private:
+    class Request;
+    struct Mode;
+
+    // The readers of the setting tables. True also when the library has neither entry point: a table of zeros.
+    bool GetInitSetting(int adapterIndex, ADLOD8InitSetting& out) const;
+    bool GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) const;
+
+    // The current settings of the active adapter; zeros where they cannot be read.
+    ADLOD8CurrentSetting CurrentSettings() const;
+
+    void ListUnsupportedFeatures() const;
+    void PrintLogDataCapabilities() const;
+    bool QueryPmLog(log::Tag tag, ADLPMLogDataOutput& output) const;
+    int ReadMemoryUsage() const;
+
+    bool Send(Request& request, ADLOD8CurrentSetting result) const;
+    bool SetOptimizedPowerToManualMode() const;
+    bool SetFanToDefault() const;
+    bool RequestClocks(Request& request, ADLOD8CurrentSetting const& current, int gpuClock, int memClock) const;
+    bool ApplyMode(log::Tag tag, Mode const& mode);
+
+    bool Has(Od8Flag flag) const { return (m_InitSetting.overdrive8Capabilities & flag) != 0; }
+    ADLOD8SingleInitSetting const& Range(int setting) const;
+
+    ADLOD8InitSetting m_InitSetting{};
+};
+
+}  // namespace gputune::amd

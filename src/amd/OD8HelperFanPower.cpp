@@ -1,0 +1,231 @@
+// Overdrive8: fan and power limit.
+#include <algorithm>
+
+#include "amd/Od8Request.h"
+
+namespace gputune::amd {
+
+namespace {
+
+constexpr std::string_view kSuccess = "Success";
+constexpr std::string_view kFailed = "Failed";
+
+// A speed of the curve as a setting's own number: percent where the range is one of percent, else that share of the
+// range's maximum (some drivers count the setting in RPM or MHz). Never outside the range.
+int SpeedWithin(ADLOD8SingleInitSetting const& range, int percent) {
+    constexpr int kHighestPercent = 100;
+    long long const value = range.maxValue <= kHighestPercent
+                                ? percent
+                                : static_cast<long long>(percent) * range.maxValue / kHighestPercent;
+    return static_cast<int>(std::max<long long>(range.minValue, std::min<long long>(range.maxValue, value)));
+}
+
+bool Report(log::Tag tag, bool success) {
+    log::Entry(tag, success ? kSuccess : kFailed);
+    return success;
+}
+
+}  // namespace
+
+bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting result) const {
+    return m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set(m_Adl.m_Context, m_Adl.m_AdapterIndex, request.Record(),
+                                                         &result) == kAdlOk;
+}
+
+bool OD8Helper::SetOptimizedPowerToManualMode() const {
+    constexpr log::Tag tag{"[OD8Helper::SetOptimizedPowerToManualMode()]"};
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    if (current.Od8SettingTable[kOd8OptimizedPowerMode] != kOd8OptimizedPowerManual) {
+        Request request;
+        request.Set(kOd8OptimizedPowerMode, kOd8OptimizedPowerManual);
+        if (!Send(request, current)) {
+            log::Entry(tag, "Failed when set Optimized Power mode to Manual");
+            return false;
+        }
+    }
+    log::Entry(tag, "Set Optimized Power mode to Manual");
+    return true;
+}
+
+bool OD8Helper::SetFanSpeed(int percent) {
+    constexpr log::Tag tag{"[OD8Helper::SetFanSpeed(int)]"};
+    log::Entry(tag, "Begin");
+    if (Has(kOd8HasOptimizedPowerMode) && !SetOptimizedPowerToManualMode()) {
+        return false;
+    }
+    if (percent < 0) {
+        return SetFanToDefault();
+    }
+    if (!Has(kOd8HasFanCurve)) {
+        log::Entry(tag, "ADL_OD8_FAN_CURVE not supported");
+        return false;
+    }
+    // The first point's range governs all five.
+    ADLOD8SingleInitSetting const& range = Range(Od8FanSpeed(0));
+    if (percent < range.minValue || percent > range.maxValue) {
+        log::Entry(tag, "Percent should be in Min: ", range.minValue, ", Max: ", range.maxValue);
+        return false;
+    }
+    Request request;
+    if (Has(kOd8HasZeroRpm)) {
+        request.Set(kOd8FanZeroRpm, 0);
+        log::Entry(tag, "plan set ZeroRPM off");
+    }
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    for (int point = 0; point < kOd8FanCurvePoints; ++point) {
+        request.Set(Od8FanSpeed(point), percent);
+        request.Set(Od8FanTemperature(point), current.Od8SettingTable[Od8FanTemperature(point)]);
+    }
+    if (Has(kOd8HasFanTargetTemperature)) {
+        request.Set(kOd8FanTargetTemperature, Range(kOd8FanTargetTemperature).minValue);
+    }
+    if (Has(kOd8HasFanMinSpeed)) {
+        request.Set(kOd8FanMinSpeed, Range(kOd8FanMinSpeed).minValue);
+    }
+    if (Has(kOd8HasAcousticLimit)) {
+        request.Set(kOd8FanAcousticLimit, Range(kOd8FanAcousticLimit).maxValue);
+    }
+    return Report(tag, Send(request, current));
+}
+
+bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
+    constexpr log::Tag tag{"[OD8Helper::SetFanSpeedTable(arr,int)]"};
+    log::Entry(tag, "Begin");
+    if (table == nullptr || count < 1) {
+        log::Entry(tag, "pass in node not valid");
+        return false;
+    }
+    if (!Has(kOd8HasFanCurve)) {
+        log::Entry(tag, "fan curve not supported");
+        return false;
+    }
+    Request request;
+    // The curve always has five points, whatever the count says: deliberate.
+    for (int point = 0; point < kOd8FanCurvePoints; ++point) {
+        FanTablePoint const& wanted = table[point];
+        request.Set(Od8FanSpeed(point), wanted.FanSpeed);
+        request.Set(Od8FanTemperature(point), wanted.FanTemperature);
+        log::Line(tag.method, " OD8_FAN_SPEED_ID[", point, "] FanSpeed =", wanted.FanSpeed);
+        log::Line(tag.method, " OD8_FAN_TEMP_ID[", point, "] FanTemperature=", wanted.FanTemperature);
+    }
+    // Neither limit may stand in the curve's way: the fan is let down to its first point and up to its last.
+    if (Has(kOd8HasAcousticLimit)) {
+        request.Set(kOd8FanAcousticLimit,
+                    SpeedWithin(Range(kOd8FanAcousticLimit), table[kOd8FanCurvePoints - 1].FanSpeed));
+    }
+    if (Has(kOd8HasFanMinSpeed)) {
+        request.Set(kOd8FanMinSpeed, SpeedWithin(Range(kOd8FanMinSpeed), table[0].FanSpeed));
+    }
+    if (Has(kOd8HasZeroRpm)) {
+        request.Set(kOd8FanZeroRpm, 0);
+        log::Entry(tag, "plan set ZeroRPM off");
+    }
+    return Report(tag, Send(request, {.count = kOd8Count, .Od8SettingTable = {}}));
+}
+
+bool OD8Helper::SetFanToDefault() const {
+    constexpr log::Tag tag{"[OD8Helper::SetFanToDefault()]"};
+    Request request;
+    auto const reset = [&](int setting) { request.Reset(setting, Range(setting).defaultValue); };
+
+    if (Has(kOd8HasFanCurve)) {
+        for (int setting = kOd8FanCurveFirst; setting <= kOd8FanCurveLast; ++setting) {
+            reset(setting);
+        }
+        log::Entry(tag, "plan reset fan curve");
+    }
+    if (Has(kOd8HasZeroRpm)) {
+        reset(kOd8FanZeroRpm);
+        log::Entry(tag, "plan reset OD8_FAN_ZERORPM_CONTROL");
+    }
+    if (Has(kOd8HasFanTargetTemperature)) {
+        // Without the reset mark and without a log entry: deliberate.
+        request.Set(kOd8FanTargetTemperature, Range(kOd8FanTargetTemperature).defaultValue);
+    }
+    if (Has(kOd8HasAcousticLimit)) {
+        reset(kOd8FanAcousticLimit);
+        log::Entry(tag, "plan reset OD8_FAN_ACOUSTIC_LIMIT");
+    }
+    if (Has(kOd8HasFanMinSpeed)) {
+        reset(kOd8FanMinSpeed);
+        log::Entry(tag, "plan reset OD8_FAN_MIN_SPEED");
+    }
+    return Report(tag, Send(request, CurrentSettings()));
+}
+
+bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
+    constexpr log::Tag tag{"[OD8Helper::SetPowerLimit(int,int)]"};
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    if (!Has(kOd8HasPowerLimit)) {
+        log::Entry(tag, "Power limit not supported");
+        return false;
+    }
+    if (Has(kOd8HasGfxClockLimits) && !Has(kOd8HasGfxClockCurve) && Has(kOd8HasOptimizedPowerMode) &&
+        !SetOptimizedPowerToManualMode()) {
+        log::Entry(tag, "Set Asic to Manual mode failed");
+        return false;
+    }
+    if (current.Od8SettingTable[kOd8PowerPercentage] == powerLimit) {
+        // Without its closing bracket: deliberate.
+        log::Entry(log::Tag{"[OD8Helper::SetPowerLimit(int,int)"}, "Current value is already the given value");
+        return true;
+    }
+    if (m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set.address == nullptr) {
+        return false;  // without a log entry: deliberate
+    }
+    Request request;
+    request.Set(kOd8PowerPercentage, powerLimit);
+    return Report(tag, Send(request, current));
+}
+
+// Unlike SetPowerLimit it leaves the optimized power mode alone.
+bool OD8Helper::SetPowerLimitDefault() {
+    constexpr log::Tag tag{"[OD8Helper::SetPowerLimitDefault()]"};
+    if (!Has(kOd8HasPowerLimit)) {
+        log::Entry(tag, "power limit not supported");
+        return false;
+    }
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    if (current.Od8SettingTable[kOd8PowerPercentage] == 0) {
+        log::Entry(tag, "power limit is already the default");
+        return true;
+    }
+    Request request;
+    request.Reset(kOd8PowerPercentage, 0);
+    return Report(tag, Send(request, current));
+}
+
+void OD8Helper::GetFanSetting(FanSetting& setting) {
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    auto const fill = [&](FanPoint& point, int speed, int temperature) {
+        point.DefaultSpeed = Range(speed).defaultValue;
+        point.DefaultTemperature = Range(temperature).defaultValue;
+        point.MaxSpeed = Range(speed).maxValue;
+        point.MinSpeed = Range(speed).minValue;
+        point.MaxTemperature = Range(temperature).maxValue;
+        point.MinTemperature = Range(temperature).minValue;
+        point.CurrentSpeed = current.Od8SettingTable[speed];
+        point.CurrentTemperature = current.Od8SettingTable[temperature];
+    };
+    if (Has(kOd8HasFanCurve)) {
+        setting.PointCount = kOd8FanCurvePoints;
+        for (int point = 0; point < kOd8FanCurvePoints; ++point) {
+            fill(setting.Points[point], Od8FanSpeed(point), Od8FanTemperature(point));
+        }
+    } else {
+        setting.PointCount = 1;
+        fill(setting.Points[0], kOd8FanMinSpeed, kOd8FanTargetTemperature);
+    }
+    setting.Valid = true;
+}
+
+void OD8Helper::GetPowerLimitSetting(PowerLimitSetting& setting) {
+    ADLOD8CurrentSetting const current = CurrentSettings();
+    setting.Valid = true;
+    setting.Default = Range(kOd8PowerPercentage).defaultValue;
+    setting.Max = Range(kOd8PowerPercentage).maxValue;
+    setting.Min = Range(kOd8PowerPercentage).minValue;
+    setting.Current = current.Od8SettingTable[kOd8PowerPercentage];
+}
+
+}  // namespace gputune::amd

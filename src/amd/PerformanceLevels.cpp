@@ -1,0 +1,45 @@
+#include "amd/PerformanceLevels.h"
+
+#include <algorithm>
+
+namespace gputune::amd {
+
+std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int mode) {
+    if (levelCount < 0 || levelCount > kMaxLevels) {
+        return std::nullopt;
+    }
+    std::size_t const size = sizeof(ADLODNPerformanceLevelsX2) +
+                             static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
+    auto* const table = static_cast<ADLODNPerformanceLevelsX2*>(std::calloc(1, size));
+    if (table == nullptr) {
+        return std::nullopt;
+    }
+    table->iSize = static_cast<int>(size);
+    table->iMode = mode;
+    table->iNumberOfPerformanceLevels = levelCount;
+    return PerformanceLevels(table, levelCount);
+}
+
+std::size_t PerformanceLevels::Counted() const {
+    return static_cast<std::size_t>(std::clamp(table_->iNumberOfPerformanceLevels, 0, capacity_));
+}
+
+std::span<ADLODNPerformanceLevelX2> PerformanceLevels::Levels() {
+    return {First(), Counted()};
+}
+
+std::span<ADLODNPerformanceLevelX2 const> PerformanceLevels::Levels() const {
+    return {First(), Counted()};
+}
+
+ADLODNPerformanceLevelX2 const* PerformanceLevels::At(int position) const {
+    return position >= 0 && position < capacity_ ? First() + position : nullptr;
+}
+
+int PerformanceLevels::CountLeadingClocks() const {
+    ADLODNPerformanceLevelX2 const* const first = First();
+    return static_cast<int>(
+        std::find_if(first, first + capacity_, [](auto const& level) { return level.iClock == 0; }) - first);
+}
+
+}  // namespace gputune::amd
