@@ -43,6 +43,10 @@ if(NOT TARGET tinyxml2::tinyxml2)
     add_library(tinyxml2::tinyxml2 ALIAS tinyxml2)
     target_include_directories(tinyxml2 SYSTEM INTERFACE "${GPUTUNE_DEPS_DIR}/tinyxml2")
     target_link_libraries(tinyxml2 PRIVATE gputune::platform_flags)
+    if(WIN32)
+        # It goes into the library, whose profile file is small: size counts.
+        target_compile_options(tinyxml2 PRIVATE -Os)
+    endif()
 endif()
 
 gputune_find(nlohmann_json)
