@@ -1,0 +1,61 @@
+#include "Commands.h"
+
+#include "Console.h"
+#include "Errors.h"
+
+namespace gputune::tool {
+
+void Print(GlobalOptions const& options, Report const& report) {
+    WriteOutput(options.json ? report.Json() : report.Text());
+}
+
+void PrintReadings(GlobalOptions const& options, std::vector<Section> sections, char const* missing) {
+    bool available = false;
+    Report report;
+    for (Section& section : sections) {
+        available = available || section.available;
+        report.Add(std::move(section));
+    }
+    Print(options, report);
+    if (!available) {
+        throw ToolError(missing);
+    }
+}
+
+void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
+                 std::vector<Section> sections) {
+    Report report;
+    report.SetDone(std::move(command), std::move(sentence));
+    for (Section& section : sections) {
+        // Programs get every key at every time.
+        if (section.available || options.json) {
+            report.Add(std::move(section));
+        }
+    }
+    Print(options, report);
+}
+
+void RequireTunable(Session const& session) {
+    session.RequireReady();
+    if (session.ApiType() == GPUTUNE_API_NVAPI) {
+        throw ToolError("NVIDIA boards can be monitored, not tuned.");
+    }
+}
+
+void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change) {
+    if (options.yes || !InputIsConsole()) {
+        return;
+    }
+    std::string const name = session.AdapterName();
+    if (!Confirm(change + (name.empty() ? "?" : " (" + name + ")?"))) {
+        throw ToolError("Nothing was changed.");
+    }
+}
+
+void RequireDone(Session const& session, bool done, std::string const& what) {
+    if (!done) {
+        throw ToolError("The board or its driver refused " + what + "." + session.LogHint());
+    }
+}
+
+}  // namespace gputune::tool

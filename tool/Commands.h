@@ -1,0 +1,54 @@
+// The commands. Each function adds one group to the command line; what the user chose is left in Context::run, which
+// main calls when the whole command line has been understood.
+#pragma once
+
+#include <CLI/App.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Report.h"
+#include "Session.h"
+
+namespace gputune::tool {
+
+struct Context {
+    GlobalOptions options;
+    std::function<int()> run;  // returns the exit code; may throw ToolError
+};
+
+void AddInfoCommand(CLI::App& app, Context& context);
+void AddSensorsCommand(CLI::App& app, Context& context);
+void AddMonitorCommand(CLI::App& app, Context& context);
+void AddFanCommands(CLI::App& app, Context& context);
+void AddPowerCommands(CLI::App& app, Context& context);
+void AddClocksCommands(CLI::App& app, Context& context);
+void AddFpsCommand(CLI::App& app, Context& context);
+void AddProfileCommands(CLI::App& app, Context& context);
+
+// ---- What the commands share ----
+
+// Text or JSON on standard output, as --json says.
+void Print(GlobalOptions const& options, Report const& report);
+// The result of a "get" command. Throws ToolError with `missing` after printing when no section is available.
+void PrintReadings(GlobalOptions const& options, std::vector<Section> sections, char const* missing);
+// The result of a command that changed the board, and the new state as far as it can be read back.
+void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
+                 std::vector<Section> sections);
+
+// For commands that change the board. Throws ToolError when the board was not opened, or is one that this library only
+// monitors.
+void RequireTunable(Session const& session);
+// Asks whether `change` ("Set the fan speed to 60 %") is to be done, when someone is there to ask and --yes was not
+// given. Throws ToolError when the answer is no.
+void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change);
+// Throws ToolError with a hint at the log when `done` is false. `what` names the change: "the fan speed".
+void RequireDone(Session const& session, bool done, std::string const& what);
+
+// The state a group of commands shows, also after a change. `available` is false when nothing can be read.
+Section FanSection(Session const& session);
+Section PowerSection(Session const& session);
+Section GpuClockSection(Session const& session);
+Section MemoryClockSection(Session const& session);
+
+}  // namespace gputune::tool

@@ -1,0 +1,123 @@
+// gputunectl: read and tune the installed graphics board from the command line.
+#include <windows.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Errors.h"
+#include "Text.h"
+
+namespace gputune::tool {
+
+namespace {
+
+// From here on no DLL is loaded from the current directory, the program's directory or the path: the system directory
+// remains, where the vendors' libraries are. Resolved at run time, because Windows 7 has it only with an update.
+void RestrictLibrarySearch() {
+    SetDllDirectoryW(L"");
+    FARPROC const address = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
+    if (address != nullptr) {
+        BOOL(WINAPI * setDefaultDllDirectories)(DWORD) = nullptr;
+        std::memcpy(&setDefaultDllDirectories, &address, sizeof address);
+        setDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+    }
+}
+
+GputuneLogMode LogMode(std::string const& name) {
+    if (name == "stdout") {
+        return GPUTUNE_LOG_STDOUT;
+    }
+    if (name == "file") {
+        return GPUTUNE_LOG_FILE;
+    }
+    return name == "both" ? GPUTUNE_LOG_BOTH : GPUTUNE_LOG_NONE;
+}
+
+void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
+    app.add_option("--simulate", options.boardFile, "Work on a simulated board instead of this machine's")
+        ->type_name("BOARD");
+    app.add_option_function<std::string>(
+           "--log", [&options](std::string const& name) { options.log = LogMode(name); },
+           "The library's log: none (default), stdout, file (debug.log in the current directory) or both")
+        ->check(CLI::IsMember({"none", "stdout", "file", "both"}))
+        ->type_name("MODE");
+    app.add_option("--adapter", options.adapter, "Act on the adapter with this index")->type_name("N");
+    app.add_flag("--json", options.json, "Print results as JSON");
+    app.add_flag("--yes", options.yes, "Change the board without asking");
+    app.set_version_flag("--version", "gputunectl " GPUTUNE_VERSION);
+    app.set_help_flag("-h,--help", "Show this help");
+}
+
+int Run(std::vector<std::string> arguments) {
+    Context context;
+    CLI::App app("Reads and tunes the installed graphics board, whoever made its GPU.", "gputunectl");
+    app.allow_windows_style_options(false);  // paths may begin with '/'
+    app.fallthrough();                       // global options may stand after the command
+    app.require_subcommand(1);
+    AddGlobalOptions(app, context.options);
+    AddInfoCommand(app, context);
+    AddSensorsCommand(app, context);
+    AddMonitorCommand(app, context);
+    AddFanCommands(app, context);
+    AddPowerCommands(app, context);
+    AddClocksCommands(app, context);
+    AddFpsCommand(app, context);
+    AddProfileCommands(app, context);
+    app.footer(
+        "Exit codes: 0 success, 1 failure, 2 wrong command line.\n"
+        "Examples:\n"
+        "  gputunectl info\n"
+        "  gputunectl sensors --all\n"
+        "  gputunectl --simulate boards\\my-board.json monitor\n"
+        "  gputunectl fan set --help");
+
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // the order in which this parser wants them
+        app.parse(std::move(arguments));
+    } catch (CLI::ParseError const& error) {
+        std::vector<std::string> const unknown = app.remaining();
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
+            throw UsageError("There is no command " + unknown.front() + ". Run with --help for more information.");
+        }
+        std::ostringstream output;
+        std::ostringstream message;
+        bool const isHelp = app.exit(error, output, message) == 0;
+        WriteOutput(output.str());
+        WriteError(message.str());
+        return isHelp ? exitSuccess : exitUsage;
+    }
+    bool const logsToOutput = context.options.log == GPUTUNE_LOG_STDOUT || context.options.log == GPUTUNE_LOG_BOTH;
+    if (context.options.json && logsToOutput) {
+        throw UsageError("--json and a log on standard output would mix: use --log file.");
+    }
+    return context.run();
+}
+
+}  // namespace
+
+}  // namespace gputune::tool
+
+// The program name is no argument of interest; wildcards are left as they are.
+int _dowildcard = 0;
+
+int wmain(int count, wchar_t** values) {
+    using namespace gputune::tool;
+    RestrictLibrarySearch();
+    try {
+        std::vector<std::string> arguments;
+        for (int i = 1; i < count; ++i) {
+            arguments.push_back(Utf8FromWide(values[i]));
+        }
+        return Run(std::move(arguments));
+    } catch (UsageError const& error) {
+        WriteError(std::string(error.what()) + "\n");
+        return exitUsage;
+    } catch (std::exception const& error) {
+        WriteError(std::string(error.what()) + "\n");
+        return exitFailure;
+    }
+}

@@ -1,0 +1,115 @@
+#include "Names.h"
+
+#include <span>
+
+namespace gputune::tool {
+
+namespace {
+
+struct NumberName {
+    std::uint32_t number;
+    Name name;
+};
+
+constexpr NumberName vendorNames[] = {
+    {GPUTUNE_VENDOR_UNKNOWN, {"none", "none"}},
+    {GPUTUNE_VENDOR_AMD, {"AMD", "amd"}},
+    {GPUTUNE_VENDOR_INTEL, {"Intel", "intel"}},
+    {GPUTUNE_VENDOR_NVIDIA, {"NVIDIA", "nvidia"}},
+};
+
+constexpr NumberName apiNames[] = {
+    {GPUTUNE_API_NONE, {"none", "none"}},
+    {GPUTUNE_API_OVERDRIVE8, {"AMD Overdrive8", "overdrive8"}},
+    {GPUTUNE_API_OVERDRIVEN, {"AMD OverdriveN", "overdriven"}},
+    {GPUTUNE_API_IGCL, {"Intel Graphics Control Library", "igcl"}},
+    {GPUTUNE_API_NVAPI, {"NVIDIA NVAPI", "nvapi"}},
+};
+
+Name Find(std::span<NumberName const> names, std::uint32_t number) {
+    for (NumberName const& entry : names) {
+        if (entry.number == number) {
+            return entry.name;
+        }
+    }
+    return {"unknown", "unknown"};
+}
+
+}  // namespace
+
+constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> sensorNames{{
+    {GPUTUNE_HWM_GPU_CORE_CLOCK, "GPU Core Clock", "gpu_core_clock", Unit::Megahertz},
+    {GPUTUNE_HWM_GPU_MEMORY_CLOCK, "GPU Memory Clock", "gpu_memory_clock", Unit::Megahertz},
+    {GPUTUNE_HWM_GPU_TEMPERATURE, "GPU Temperature", "gpu_temperature", Unit::Celsius},
+    {GPUTUNE_HWM_GPU_HOTSPOT_TEMPERATURE, "GPU HotSpot Temperature", "gpu_hotspot_temperature", Unit::Celsius},
+    {GPUTUNE_HWM_GPU_MEMORY_TEMPERATURE, "GPU Memory Temperature", "gpu_memory_temperature", Unit::Celsius},
+    {GPUTUNE_HWM_FAN_SPEED_PERCENT, "Fan Speed(%)", "fan_duty", Unit::Percent},
+    {GPUTUNE_HWM_FAN_SPEED_RPM, "Fan Speed(RPM)", "fan_speed", Unit::Rpm},
+    {GPUTUNE_HWM_GPU_LOAD, "GPU Load", "gpu_load", Unit::Percent},
+    {GPUTUNE_HWM_MEMORY_CONTROLLER_LOAD, "Memory Controller Load", "memory_controller_load", Unit::Percent},
+    {GPUTUNE_HWM_GPU_POWER, "GPU only Power Draw", "gpu_power", Unit::Watt},
+    {GPUTUNE_HWM_VDDC_POWER, "VDDC Power Draw", "vddc_power", Unit::Watt},
+    {GPUTUNE_HWM_VDDCI_POWER, "VDDCI Power Draw", "vddci_power", Unit::Watt},
+    {GPUTUNE_HWM_VRM_EFFICIENCY, "VRM Efficiency", "vrm_efficiency", Unit::Percent},
+    {GPUTUNE_HWM_MEMORY_USAGE, "Memory Usage", "memory_usage", Unit::Megabyte},
+    {GPUTUNE_HWM_MEMORY_USAGE_DEDICATED, "Memory Usage (Dedicated)", "memory_usage_dedicated", Unit::Megabyte},
+    {GPUTUNE_HWM_MEMORY_USAGE_DYNAMIC, "Memory Usage (Dynamic)", "memory_usage_dynamic", Unit::Megabyte},
+    {GPUTUNE_HWM_VDDC, "VDDC", "vddc", Unit::Millivolt},
+    {GPUTUNE_HWM_CPU_USAGE, "CPU Usage", "cpu_usage", Unit::Percent},
+    {GPUTUNE_HWM_CPU_FREQUENCY, "CPU Frequency", "cpu_frequency", Unit::Megahertz},
+    {GPUTUNE_HWM_TEMPERATURE_LIMIT, "Temperature Limit", "temperature_limit", Unit::Celsius},
+    {GPUTUNE_HWM_TDP_LIMIT, "TDP Limit", "tdp_limit", Unit::Percent},
+}};
+
+Name UnitName(Unit unit) {
+    switch (unit) {
+        case Unit::None:
+            return {"", ""};
+        case Unit::Megahertz:
+            return {"MHz", "mhz"};
+        case Unit::Celsius:
+            return {"\u00b0C", "celsius"};
+        case Unit::Percent:
+            return {"%", "percent"};
+        case Unit::Rpm:
+            return {"rpm", "rpm"};
+        case Unit::Watt:
+            return {"W", "watts"};
+        case Unit::Megabyte:
+            return {"MB", "megabytes"};
+        case Unit::Millivolt:
+            return {"mV", "millivolts"};
+        case Unit::FramesPerSecond:
+            return {"fps", "fps"};
+        case Unit::Raw:
+            return {"(raw counter)", "raw"};
+    }
+    return {"", ""};
+}
+
+Name VendorName(std::uint32_t vendor) {
+    return Find(vendorNames, vendor);
+}
+
+Name ApiName(std::uint32_t api) {
+    return Find(apiNames, api);
+}
+
+char const* ControlLibraryName(std::uint32_t vendor) {
+    switch (vendor) {
+        case GPUTUNE_VENDOR_AMD:
+            return "atiadlxx.dll or atiadlxy.dll";
+        case GPUTUNE_VENDOR_INTEL:
+            return "ControlLib32.dll";
+        case GPUTUNE_VENDOR_NVIDIA:
+            return "nvapi.dll";
+        default:
+            return "unknown";
+    }
+}
+
+Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor) {
+    return sensor.key == GPUTUNE_HWM_GPU_LOAD && vendor == GPUTUNE_VENDOR_INTEL ? Unit::Raw : sensor.unit;
+}
+
+}  // namespace gputune::tool

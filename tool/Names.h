@@ -1,0 +1,40 @@
+// What the library's numbers are called: vendors, interfaces, sensors and units, each with the text people read and the
+// stable code that JSON and CSV carry. Codes are part of the tool's interface: add new ones, do not change old ones.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "gputune.h"
+
+namespace gputune::tool {
+
+enum class Unit { None, Megahertz, Celsius, Percent, Rpm, Watt, Megabyte, Millivolt, FramesPerSecond, Raw };
+
+struct Name {
+    char const* text;  // UTF-8
+    char const* code;  // ASCII, lower case
+};
+
+struct SensorName {
+    GputuneHwmKey key;
+    char const* text;  // the display name the library gives the key
+    char const* code;
+    Unit unit;
+};
+
+// The sensor with key k is at position k.
+extern std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> const sensorNames;
+
+// Both empty for Unit::None.
+Name UnitName(Unit unit);
+// A number the table does not know is called "unknown".
+Name VendorName(std::uint32_t vendor);
+Name ApiName(std::uint32_t api);
+// File names of the vendor's control library, for messages.
+char const* ControlLibraryName(std::uint32_t vendor);
+
+// The unit of a sensor on boards of this vendor: Intel's load is a raw activity counter.
+Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor);
+
+}  // namespace gputune::tool
