@@ -1,0 +1,88 @@
+#include "amd/Driver.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace gputune::sim {
+
+namespace {
+
+constexpr int kVendorId = 0x1002;
+
+// A field keeps its terminator.
+template <std::size_t size>
+void CopyText(char (&field)[size], std::string const& text) {
+    std::size_t const length = std::min(text.size(), size - 1);
+    std::memcpy(field, text.data(), length);
+    field[length] = '\0';
+}
+
+amd::AdapterInfoX2 ToRecord(Adapter const& adapter, int display) {
+    amd::AdapterInfoX2 record{};
+    record.iSize = sizeof(record);
+    record.iAdapterIndex = adapter.index;
+    CopyText(record.strUDID, adapter.udid);
+    record.iBusNumber = adapter.busNumber;
+    record.iVendorID = kVendorId;
+    CopyText(record.strAdapterName, adapter.name);
+    CopyText(record.strDisplayName, adapter.displayName);
+    record.iPresent = adapter.present ? 1 : 0;
+    record.iExist = adapter.exists ? 1 : 0;
+    CopyText(record.strPNPString, adapter.udid);
+    record.iOSDisplayIndex = display;
+    return record;
+}
+
+}  // namespace
+
+Driver::Driver(Board board) : board_(std::move(board)) {
+    ModelSettings settings = board_.model;
+    if (board_.overdriveN && board_.overdriveN->fanSpeed.max > 0) {
+        settings.fanMaximum = board_.overdriveN->fanSpeed.max;
+    }
+    for (std::size_t i = 0; i < board_.adapters.size(); ++i) {
+        Unit unit;
+        Controls controls;
+        if (board_.overdrive8) {
+            unit.overdrive8 = std::make_unique<Overdrive8State>(*board_.overdrive8);
+            controls = unit.overdrive8->ModelControls();
+        }
+        if (board_.overdriveN) {
+            unit.overdriveN = std::make_unique<OverdriveNState>(*board_.overdriveN);
+            controls = unit.overdriveN->ModelControls();
+        }
+        unit.model = std::make_unique<ThermalModel>(settings, controls);
+        units_.push_back(std::move(unit));
+    }
+}
+
+Driver::~Driver() = default;
+
+Adapter const* Driver::FindAdapter(int index) const {
+    auto const found = std::find_if(board_.adapters.begin(), board_.adapters.end(),
+                                    [&](sim::Adapter const& adapter) { return adapter.index == index; });
+    return found == board_.adapters.end() ? nullptr : &*found;
+}
+
+Driver::Unit* Driver::Find(int index) {
+    Adapter const* const adapter = FindAdapter(index);
+    return adapter ? &units_[static_cast<std::size_t>(adapter - board_.adapters.data())] : nullptr;
+}
+
+Readings Driver::ReadingsOf(Unit& unit, double now) {
+    unit.model->AdvanceTo(now);
+    return unit.model->Read();
+}
+
+std::vector<amd::AdapterInfoX2> Driver::AdapterInfos(int index) const {
+    Adapter const* const wanted = FindAdapter(index);
+    std::vector<amd::AdapterInfoX2> records;
+    for (auto const& adapter : board_.adapters) {
+        if (!wanted || adapter.busNumber == wanted->busNumber) {
+            records.push_back(ToRecord(adapter, static_cast<int>(records.size())));
+        }
+    }
+    return records;
+}
+
+}  // namespace gputune::sim

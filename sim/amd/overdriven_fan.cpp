@@ -1,0 +1,107 @@
+// The fan operations of OverdriveNState. Both families of entry points govern the same fan; the last one to set it
+// wins.
+#include "amd/OverdriveNState.h"
+#include "amd/results.h"
+#include "amd/rounding.h"
+
+namespace gputune::sim {
+
+int OverdriveNState::GetFan(amd::ADLODNFanControl& fan, Readings const& readings) const {
+    Fan const shown = fan.iMode == amd::kOdnModeDefault ? DefaultFan() : fan_;
+    fan.iFanControlMode = shown.mode;
+    fan.iCurrentFanSpeedMode = shown.mode;
+    fan.iCurrentFanSpeed = Rounded(readings.fanRpm);
+    fan.iTargetFanSpeed = shown.targetSpeed;
+    fan.iTargetTemperature = shown.targetTemperature;
+    fan.iMinPerformanceClock = description_.minimumPerformanceClock.defaultValue;
+    fan.iMinFanLimit = shown.minimumSpeed;
+    return kOk;
+}
+
+int OverdriveNState::SetFan(amd::ADLODNFanControl const& fan) {
+    if (fan.iMode == amd::kOdnModeDefault || fan.iMode == amd::kOdnModeAutomatic) {
+        fan_ = DefaultFan();
+        userPercent_.reset();
+        return kOk;
+    }
+    if (fan.iMode != amd::kOdnModeManual || !description_.fanSpeed.Contains(fan.iTargetFanSpeed) ||
+        !description_.fanSpeed.Contains(fan.iMinFanLimit)) {
+        return kInvalidParameter;
+    }
+    fan_ = {.mode = amd::kOdnModeManual,
+            .targetSpeed = fan.iTargetFanSpeed,
+            .targetTemperature = fan.iTargetTemperature,
+            .minimumSpeed = fan.iMinFanLimit};
+    userPercent_.reset();
+    return kOk;
+}
+
+int OverdriveNState::EnumerateController(int index, amd::ADLThermalControllerInfo& out) const {
+    if (index < 0) {
+        return kInvalidParameter;
+    }
+    if (static_cast<std::size_t>(index) >= description_.thermalControllers.size()) {
+        return kNoMoreData;
+    }
+    auto const& controller = description_.thermalControllers[static_cast<std::size_t>(index)];
+    out.iThermalDomain = controller.domain;
+    out.iDomainIndex = index;
+    out.iFlags = controller.flags;
+    return controller.result;
+}
+
+int OverdriveNState::ControllerResult(int controller) const {
+    if (controller < 0 || static_cast<std::size_t>(controller) >= description_.thermalControllers.size()) {
+        return kInvalidParameter;
+    }
+    return description_.thermalControllers[static_cast<std::size_t>(controller)].fan ? kOk : kNotSupported;
+}
+
+int OverdriveNState::GetFanSpeed(int controller, amd::ADLFanSpeedValue& value, Readings const& readings) const {
+    if (int const result = ControllerResult(controller); result != kOk) {
+        return result;
+    }
+    switch (value.iSpeedType) {
+        case amd::kFanSpeedTypePercent:
+            value.iFanSpeed = userPercent_ ? *userPercent_ : Rounded(readings.fanPercent);
+            break;
+        case amd::kFanSpeedTypeRpm:
+            value.iFanSpeed = Rounded(readings.olderFanRpm.value_or(readings.fanRpm));
+            break;
+        default:
+            return kInvalidParameter;
+    }
+    value.iFlags = userPercent_ ? amd::kFanFlagUserDefinedSpeed : 0;
+    return kOk;
+}
+
+int OverdriveNState::SetFanSpeed(int controller, amd::ADLFanSpeedValue const& value) {
+    if (int const result = ControllerResult(controller); result != kOk) {
+        return result;
+    }
+    if (value.iSize != sizeof(value)) {
+        return kInvalidParameter;
+    }
+    int percent = value.iFanSpeed;
+    if (value.iSpeedType == amd::kFanSpeedTypeRpm && description_.fanSpeed.max > 0) {
+        percent = Rounded(100.0 * value.iFanSpeed / description_.fanSpeed.max);
+    } else if (value.iSpeedType != amd::kFanSpeedTypePercent) {
+        return kInvalidParameter;
+    }
+    if (percent < 0 || percent > 100) {
+        return kInvalidParameter;
+    }
+    userPercent_ = percent;
+    return kOk;
+}
+
+int OverdriveNState::ResetFanSpeed(int controller) {
+    if (int const result = ControllerResult(controller); result != kOk) {
+        return result;
+    }
+    userPercent_.reset();
+    fan_ = DefaultFan();
+    return kOk;
+}
+
+}  // namespace gputune::sim

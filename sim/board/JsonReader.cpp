@@ -1,0 +1,203 @@
+#include "board/JsonReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace gputune::sim {
+
+namespace {
+
+using nlohmann::json;
+
+std::string Position(std::string const& text, std::size_t offset) {
+    offset = std::min(offset, text.size());
+    auto const end = text.begin() + static_cast<std::ptrdiff_t>(offset);
+    auto const line = 1 + std::count(text.begin(), end, '\n');
+    std::size_t const lineStart = offset == 0 ? std::string::npos : text.rfind('\n', offset - 1);
+    std::size_t const column = lineStart == std::string::npos ? offset + 1 : offset - lineStart;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+// "expected a string, found 3"; long values are cut.
+std::string Shown(json const& value) {
+    constexpr std::size_t kMax = 40;
+    std::string text = value.dump();
+    if (value.is_object() || value.is_array()) {
+        return value.is_object() ? "an object" : "an array";
+    }
+    return text.size() <= kMax ? text : text.substr(0, kMax) + "...";
+}
+
+}  // namespace
+
+json ParseJson(std::string const& text, std::string const& source) {
+    // The parser takes the last of several equal keys; a person who wrote two of them meant something else.
+    std::vector<std::set<std::string>> open;
+    auto const watch = [&](int, json::parse_event_t event, json& parsed) {
+        if (event == json::parse_event_t::object_start) {
+            open.emplace_back();
+        } else if (event == json::parse_event_t::object_end) {
+            open.pop_back();
+        } else if (event == json::parse_event_t::key && !open.back().insert(parsed.get<std::string>()).second) {
+            throw BoardFileError(source + ": the key \"" + parsed.get<std::string>() +
+                                 "\" is given twice in the same object");
+        }
+        return true;
+    };
+    try {
+        return json::parse(text, watch);
+    } catch (json::parse_error const& error) {
+        // The parser's text, without its own prefix of number and position.
+        std::string what = error.what();
+        std::size_t const cause = what.find(": ");
+        what = cause == std::string::npos ? what : what.substr(cause + 2);
+        throw BoardFileError(source + ": " + Position(text, error.byte == 0 ? 0 : error.byte - 1) +
+                             ": not valid JSON: " + what);
+    }
+}
+
+void JsonValue::Fail(std::string const& expected) const {
+    throw BoardFileError(*source_ + ": " + (path_.empty() ? "the file" : path_) + ": expected " + expected +
+                         ", found " + Shown(*value_));
+}
+
+int JsonValue::Int(int min, int max) const {
+    std::string expected = "an integer";
+    if (min != INT_MIN || max != INT_MAX) {
+        expected += max == INT_MAX ? " of at least " + std::to_string(min)
+                                   : " from " + std::to_string(min) + " to " + std::to_string(max);
+    }
+    bool const tooLarge = value_->is_number_unsigned() && value_->get<std::uint64_t>() > INT_MAX;
+    if (!value_->is_number_integer() || tooLarge) {
+        Fail(expected);
+    }
+    auto const value = value_->get<std::int64_t>();
+    if (value < min || value > max) {
+        Fail(expected);
+    }
+    return static_cast<int>(value);
+}
+
+double JsonValue::Number(double min, double max) const {
+    double const value = value_->is_number() ? value_->get<double>() : std::nan("");
+    if (!(value >= min && value <= max)) {
+        Fail("a number from " + json(min).dump() + " to " + json(max).dump());
+    }
+    return value;
+}
+
+bool JsonValue::Bool() const {
+    if (!value_->is_boolean()) {
+        Fail("true or false");
+    }
+    return value_->get<bool>();
+}
+
+std::string JsonValue::String(std::size_t maxBytes) const {
+    if (!value_->is_string()) {
+        Fail("a string");
+    }
+    std::string text = value_->get<std::string>();
+    if (text.size() > maxBytes || text.find('\0') != std::string::npos) {
+        Fail("a string of at most " + std::to_string(maxBytes) + " bytes without NUL");
+    }
+    return text;
+}
+
+int JsonValue::Mask() const {
+    char const* const expected = "an integer from 0 to 4294967295, or its hexadecimal digits as in \"0x201f\"";
+    std::uint64_t value = UINT64_MAX;
+    if (value_->is_number_unsigned()) {
+        value = value_->get<std::uint64_t>();
+    } else if (value_->is_string()) {
+        std::string const text = value_->get<std::string>();
+        bool const hexadecimal = text.size() > 2 && text.size() <= 10 && text.starts_with("0x") &&
+                                 text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string::npos;
+        value = hexadecimal ? std::stoull(text.substr(2), nullptr, 16) : UINT64_MAX;
+    }
+    if (value > UINT32_MAX) {
+        Fail(expected);
+    }
+    return static_cast<int>(static_cast<std::uint32_t>(value));
+}
+
+std::size_t JsonValue::Choice(std::initializer_list<char const*> names) const {
+    std::string expected = "one of";
+    std::size_t position = 0;
+    for (char const* name : names) {
+        if (value_->is_string() && value_->get<std::string>() == name) {
+            return position;
+        }
+        expected += (position == 0 ? " \"" : ", \"") + std::string(name) + "\"";
+        ++position;
+    }
+    Fail(expected);
+}
+
+void JsonValue::ForEach(std::function<void(JsonValue const&)> const& visit) const {
+    if (!value_->is_array()) {
+        Fail("an array");
+    }
+    for (std::size_t i = 0; i < value_->size(); ++i) {
+        visit(JsonValue((*value_)[i], path_ + "[" + std::to_string(i) + "]", *source_));
+    }
+}
+
+JsonObject::JsonObject(JsonValue value) : object_(std::move(value)) {
+    if (!object_.value_->is_object()) {
+        object_.Fail("an object");
+    }
+}
+
+std::optional<JsonValue> JsonObject::Optional(char const* key) {
+    known_.insert(key);
+    auto const found = object_.value_->find(key);
+    if (found == object_.value_->end()) {
+        return std::nullopt;
+    }
+    return JsonValue(*found, object_.path_.empty() ? key : object_.path_ + "." + key, *object_.source_);
+}
+
+JsonValue JsonObject::Required(char const* key) {
+    auto value = Optional(key);
+    if (!value) {
+        std::string const path = object_.path_.empty() ? key : object_.path_ + "." + key;
+        throw BoardFileError(*object_.source_ + ": " + path + ": this key is missing");
+    }
+    return *value;
+}
+
+void JsonObject::Read(char const* key, int& value, int min, int max) {
+    if (auto const entry = Optional(key)) {
+        value = entry->Int(min, max);
+    }
+}
+
+void JsonObject::Read(char const* key, double& value, double min, double max) {
+    if (auto const entry = Optional(key)) {
+        value = entry->Number(min, max);
+    }
+}
+
+void JsonObject::Read(char const* key, bool& value) {
+    if (auto const entry = Optional(key)) {
+        value = entry->Bool();
+    }
+}
+
+void JsonObject::Finish() const {
+    for (auto const& item : object_.value_->items()) {
+        if (!known_.contains(item.key())) {
+            std::string expected;
+            for (auto const& name : known_) {
+                expected += (expected.empty() ? "" : ", ") + name;
+            }
+            std::string const path = object_.path_.empty() ? item.key() : object_.path_ + "." + item.key();
+            throw BoardFileError(*object_.source_ + ": " + path + ": unknown key; known are " + expected);
+        }
+    }
+}
+
+}  // namespace gputune::sim

@@ -1,0 +1,80 @@
+#include <algorithm>
+
+#include "board/board_parts.h"
+
+namespace gputune::sim {
+
+namespace {
+
+constexpr int kDefaultSettings = 39;
+constexpr int kMaxSettings = 64;  // newer drivers know more than the older records hold
+constexpr int kSensors = 256;
+
+void ReadSettings(JsonValue const& value, Overdrive8& part) {
+    int const last = static_cast<int>(part.settings.size()) - 1;
+    std::vector<bool> given(part.settings.size());
+    value.ForEach([&](JsonValue const& entry) {
+        JsonObject object(entry);
+        JsonValue const idValue = object.Required("id");
+        auto const id = static_cast<std::size_t>(idValue.Int(0, last));
+        if (given[id]) {
+            idValue.Fail("a setting that is not given twice");
+        }
+        given[id] = true;
+        Setting& setting = part.settings[id];
+        object.Read("feature", setting.feature);
+        setting.min = object.Required("min").Int();
+        setting.max = object.Required("max").Int(setting.min);
+        setting.defaultValue = object.Required("default").Int();
+        setting.current = setting.defaultValue;
+        object.Read("current", setting.current);
+        object.Finish();
+    });
+}
+
+Sensor ReadSensor(JsonValue const& value) {
+    JsonObject object(value);
+    Sensor sensor;
+    sensor.id = object.Required("id").Int(0, kSensors - 1);
+    object.Read("supported", sensor.supported);
+    object.Read("value", sensor.value);
+    if (auto const quantity = object.Optional("quantity")) {
+        if (object.Optional("value")) {
+            quantity->Fail("either \"quantity\" or \"value\"");
+        }
+        // In the order of Quantity, whose first one has no name.
+        std::size_t const position =
+            quantity->Choice({"engine-clock", "memory-clock", "temperature", "hotspot-temperature", "fan-rpm",
+                              "fan-percent", "load", "power", "voltage"});
+        sensor.quantity = static_cast<Quantity>(position + 1);
+    }
+    object.Finish();
+    return sensor;
+}
+
+}  // namespace
+
+Overdrive8 ReadOverdrive8(JsonValue const& value) {
+    JsonObject object(value);
+    Overdrive8 part;
+    part.capabilities = object.Required("capabilities").Mask();
+    int count = kDefaultSettings;
+    object.Read("count", count, 0, kMaxSettings);
+    part.settings.resize(static_cast<std::size_t>(count));
+    ReadSettings(object.Required("settings"), part);
+    // The older records always hold all of theirs.
+    part.settings.resize(std::max(part.settings.size(), static_cast<std::size_t>(kDefaultSettings)));
+    part.count = count;
+    if (auto const entryPoints = object.Optional("entryPoints")) {
+        std::size_t const choice = entryPoints->Choice({"both", "newer", "older", "none"});
+        part.newerEntryPoints = choice == 0 || choice == 1;
+        part.olderEntryPoints = choice == 0 || choice == 2;
+    }
+    if (auto const sensors = object.Optional("sensors")) {
+        sensors->ForEach([&](JsonValue const& entry) { part.sensors.push_back(ReadSensor(entry)); });
+    }
+    object.Finish();
+    return part;
+}
+
+}  // namespace gputune::sim

@@ -1,0 +1,52 @@
+/*
+ * gputune_sim.h - control interface of the simulated boards' vendor libraries, plain C.
+ *
+ * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below. The host tool uses
+ * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied.
+ */
+#ifndef GPUTUNE_SIM_H
+#define GPUTUNE_SIM_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define GPUTUNE_SIM_MAX_ARGS 8
+#define GPUTUNE_SIM_MAX_RECORD 2560
+
+/* One call that reached the stand-in. */
+typedef struct GputuneSimCall {
+    const char* EntryPoint; /* lives as long as the stand-in */
+    int ArgCount;
+    int Args[GPUTUNE_SIM_MAX_ARGS]; /* integers as they are; pointers as their address */
+    int RecordSize;                 /* bytes of the record the caller passed in, as they were on entry; 0 when none */
+    unsigned char Record[GPUTUNE_SIM_MAX_RECORD];
+} GputuneSimCall;
+
+/* 1 on success; else 0 and a message in error (size errorSize): the file, the key, what was expected. */
+int GputuneSim_LoadBoard(const char* path, char* error, int errorSize);
+int GputuneSim_LoadBoardText(const char* json, char* error, int errorSize);
+
+/* Make an entry point return `result` without doing anything; ClearFaults takes all such orders back. */
+void GputuneSim_SetResult(const char* entryPoint, int result);
+void GputuneSim_ClearFaults(void);
+
+/* Hide an entry point: from now on the loader does not find it in this library. 1 when there is such an export. */
+int GputuneSim_HideEntryPoint(const char* entryPoint);
+
+/* The record of calls, oldest first. */
+int GputuneSim_CallCount(void);
+int GputuneSim_GetCall(int index, GputuneSimCall* call);
+void GputuneSim_ClearCalls(void);
+
+/* Blocks handed out by the client's allocation callback and not seen freed cannot be known here; this counts the
+ * requests made through the callback since the board was loaded. */
+int GputuneSim_AllocationCount(void);
+
+/* Let simulated time run by hand: from the first call on, time moves only by these steps. */
+void GputuneSim_Advance(int milliseconds);
+
+#ifdef __cplusplus
+}
+#endif
+#endif /* GPUTUNE_SIM_H */

@@ -1,0 +1,56 @@
+// What the thermal model of a board is made of, and what it yields. Plain data.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+namespace gputune::sim {
+
+// Everything a board's sensors tell at one moment.
+struct Readings {
+    double load = 0;                // percent
+    double engineClock = 0;         // MHz
+    double memoryClock = 0;         // MHz
+    double voltage = 0;             // mV
+    double temperature = 0;         // degrees Celsius
+    double hotspotTemperature = 0;  // degrees Celsius
+    double fanRpm = 0;
+    double fanPercent = 0;
+    double power = 0;       // W
+    double memoryUsed = 0;  // MB
+    double framesPerSecond = 0;
+    // What the older fan reading tells when it differs from fanRpm.
+    std::optional<double> olderFanRpm;
+};
+
+// One step of the load profile, which is repeated for ever.
+struct LoadStep {
+    double seconds = 0;
+    double percent = 0;
+};
+
+struct ModelSettings {
+    // Set: every reading is constant, and the rest of this record does not matter.
+    std::optional<Readings> fixed;
+
+    double ambientTemperature = 24;  // degrees Celsius
+    std::vector<LoadStep> load = {{20, 5}, {45, 98}, {15, 60}, {30, 100}, {20, 10}};
+    // The temperature above ambient at the default power limit and half the fan speed, in kelvin.
+    double fullLoadRise = 52;
+    // What full load at default clocks would draw, as a multiple of what the default power limit allows.
+    double powerDemand = 1.15;
+    double boardPower = 185;     // W at the default power limit
+    double hotspotOffset = 11;   // kelvin at full load
+    double fanMaximum = 3300;    // RPM
+    double framesPerSecond = 0;  // at full load and default clocks
+    double memoryIdle = 600;     // MB in use without load
+    double memoryLoaded = 4000;  // MB in use at full load
+
+    // Time constants of the first-order lags, in seconds.
+    double temperatureSeconds = 18;
+    double fanSeconds = 2.5;
+    double loadSeconds = 1.5;
+    double memorySeconds = 4;
+};
+
+}  // namespace gputune::sim

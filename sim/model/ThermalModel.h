@@ -1,0 +1,62 @@
+// How a board's readings move: load, clocks, power, temperature and fan, each following its cause with a first-order
+// lag. Deterministic: the same settings, controls and times give the same readings.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "model/ModelSettings.h"
+
+namespace gputune::sim {
+
+struct FanCurvePoint {
+    double temperature = 0;  // degrees Celsius
+    double percent = 0;
+};
+
+// What the driver's settings ask of the board.
+struct Controls {
+    double idleEngineClock = 300;      // MHz
+    double defaultEngineClock = 1340;  // MHz; the clock at which power is what the settings say
+    double engineClock = 1340;         // MHz under load when nothing limits it
+    double idleMemoryClock = 300;      // MHz
+    double memoryClock = 2000;         // MHz under load
+    double idleVoltage = 750;          // mV
+    double voltage = 1150;             // mV under load
+    double powerLimit = 1;             // relative to the default
+    double temperatureLimit = 90;      // degrees Celsius; clocks go down when it comes near
+    std::optional<double> fanPercent;  // a fixed speed; the curve governs without it
+    std::vector<FanCurvePoint> fanCurve = {{40, 20}, {60, 35}, {75, 60}, {90, 100}};  // rising temperatures
+    bool zeroRpm = false;  // the fan stands still below the curve's first temperature
+};
+
+class ThermalModel {
+public:
+    // Starts at time 0, idle and settled.
+    ThermalModel(ModelSettings settings, Controls controls);
+
+    // To a time in seconds since the start; an earlier one than the last changes nothing.
+    void AdvanceTo(double seconds);
+
+    // In force from the time reached on.
+    void SetControls(Controls controls) { controls_ = std::move(controls); }
+
+    Readings Read() const;
+
+private:
+    void Step(double seconds);
+    double ProfileLoad() const;
+    double FanTarget() const;
+    double EngineClock() const;
+    double Power() const;
+
+    ModelSettings settings_;
+    Controls controls_;
+    double now_ = 0;
+    double load_ = 0;         // 0 to 1
+    double temperature_ = 0;  // degrees Celsius
+    double fan_ = 0;          // percent
+    double memoryUsed_ = 0;   // MB
+};
+
+}  // namespace gputune::sim

@@ -1,0 +1,13 @@
+// The COM objects behind the WMI stand-in.
+#pragma once
+
+#include "wmi/wmi_state.h"
+
+struct IClassFactory;
+
+namespace gputune::sim {
+
+// The class object of the locator, with one reference; never null.
+IClassFactory* NewLocatorFactory(SharedWmiState state);
+
+}  // namespace gputune::sim
