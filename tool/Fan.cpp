@@ -35,7 +35,7 @@ Grid PointGrid(FanSetting const& setting) {
     return grid;
 }
 
-Value Reading(Readings const& readings, GputuneHwmKey key) {
+Value ReadingValue(Readings const& readings, GputuneHwmKey key) {
     return readings[key] ? Value{*readings[key]} : Value{};
 }
 
@@ -90,8 +90,8 @@ int RunCurve(GlobalOptions const& options, std::vector<std::string> const& point
 Section FanSection(Session const& session) {
     FanSetting const setting = session.Api().ReadFanSetting();
     Readings const readings = session.ReadSensors();
-    Value const duty = Reading(readings, GPUTUNE_HWM_FAN_SPEED_PERCENT);
-    Value const speed = Reading(readings, GPUTUNE_HWM_FAN_SPEED_RPM);
+    Value const duty = ReadingValue(readings, GPUTUNE_HWM_FAN_SPEED_PERCENT);
+    Value const speed = ReadingValue(readings, GPUTUNE_HWM_FAN_SPEED_RPM);
 
     Section section{.key = "fan", .title = "Fan"};
     section.available = setting.Valid || duty.index() != 0 || speed.index() != 0;

@@ -3,8 +3,8 @@
 #include <windows.h>
 
 #include "Errors.h"
-#include "SimulatedMachine.h"
 #include "Text.h"
+#include "host/SimulatedMachine.h"
 
 namespace gputune::tool {
 
