@@ -82,8 +82,7 @@ std::optional<std::string> Session::Problem() const {
         case InitState::Ready:
             return std::nullopt;
         case InitState::NoSupportedGpu:
-            return "No supported GPU found: there is no AMD, Intel or NVIDIA display controller in this machine, or "
-                   "the "
+            return "No supported GPU found: no display controller of this machine is a board that can be used, or the "
                    "system's management service (WMI) does not answer." +
                    LogHint();
         case InitState::LibraryNotOpened:
