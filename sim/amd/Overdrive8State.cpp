@@ -21,6 +21,7 @@ constexpr std::size_t kFanMinimum = 10;
 constexpr std::size_t kZeroRpm = 15;
 constexpr std::size_t kFanCurve = 19;  // temperature and speed in turn, five times
 constexpr std::size_t kFanCurveEnd = 29;
+constexpr std::size_t kVoltage = 37;
 
 constexpr int kClockCurve = 0x2;
 constexpr int kPowerLimit = 0x8;
@@ -51,6 +52,8 @@ Controls Overdrive8State::ModelControls() const {
     if (curve) {
         controls.idleVoltage = current_[kCurveVoltage1];
         controls.voltage = current_[kCurveVoltage3];
+    } else if (current_[kVoltage] > 0) {
+        controls.voltage = current_[kVoltage];
     }
     controls.powerLimit = Has(kPowerLimit) ? 1 + current_[kPowerPercent] / 100.0 : 1;
     controls.temperatureLimit = kTemperatureLimit;

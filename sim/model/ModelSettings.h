@@ -34,7 +34,7 @@ struct ModelSettings {
     std::optional<Readings> fixed;
 
     double ambientTemperature = 24;  // degrees Celsius
-    std::vector<LoadStep> load = {{20, 5}, {45, 98}, {15, 60}, {30, 100}, {20, 10}};
+    std::vector<LoadStep> load = {{8, 5}, {45, 98}, {15, 60}, {30, 100}, {20, 10}};
     // The temperature above ambient at the default power limit and half the fan speed, in kelvin.
     double fullLoadRise = 52;
     // What full load at default clocks would draw, as a multiple of what the default power limit allows.
