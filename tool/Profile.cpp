@@ -39,6 +39,11 @@ Value Factor(float value) {
     return error == std::errc{} ? Value{exact} : Value{};
 }
 
+// 0 means that the entry does not say; the default entry never does.
+Value NotZero(int value) {
+    return value == 0 ? Value{} : Value{std::int64_t{value}};
+}
+
 // 0 means that no absolute clock is given and the factor counts.
 Field GivenClock(char const* key, char const* label, float value, bool json) {
     if (value == 0.0F) {
@@ -74,8 +79,8 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
     Report report;
     Section board{.key = "", .title = ""};
     board.fields = {{"identifier", "Identifier", HexId(*id)},
-                    {"board_power", "Board power", std::int64_t{profile.Watt}, Unit::Watt},
-                    {"newest_vbios", "Newest video BIOS", std::int64_t{profile.NewestVBIOS}}};
+                    {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
+                    {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}};
     report.Add(std::move(board));
     Section oc{.key = "oc", .title = "Overclock profile"};
     oc.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
