@@ -1,0 +1,149 @@
+// The machine a test runs on: which display controllers it reports, which AMD library it has and what that answers, and
+// the library under test on top of it. One test, one process, one machine, in an empty working directory.
+//
+//     Machine machine = OverdriveNBoard();                       // boards.h
+//     machine.Result("ADL2_OverdriveN_PowerLimit_Set", -1);
+//     ASSERT_TRUE(machine.Init());
+//     EXPECT_FALSE(machine.Api().SetPowerLimit(75, 0));
+//     EXPECT_EQ(machine.TakeLog(), Lines({"..."}));
+//
+// The same tests run against the real gputune.dll under Wine (machine_windows.cpp), and against the library's code
+// compiled for this system with sanitizers (machine_native.cpp).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "gputune.h"
+#include "scripted_adl.h"
+
+namespace gputune::test {
+
+using Bytes = std::vector<unsigned char>;
+using Lines = std::vector<std::string>;
+
+// The bytes of 32-bit integers in a row.
+Bytes Ints(std::initializer_list<int> values);
+Bytes Ints(std::vector<int> const& values);
+
+// `bytes` with `patch` written over it from `offset` on; it grows when needed.
+Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch);
+
+// A text and its terminator.
+Bytes Text(std::string const& text);
+
+// A call that crossed into the AMD library.
+struct Call {
+    std::string entryPoint;
+    std::vector<int> args;  // pointers as numbers
+    Bytes record;           // the bytes the caller passed in; empty when the entry point takes none
+
+    int Int(std::size_t offset) const;  // of the record
+};
+
+// The exports of the library under test.
+struct Exports {
+    decltype(&::InitVGAHelper) InitVGAHelper;
+    decltype(&::IsInitOk) IsInitOk;
+    decltype(&::GetVendorInfo) GetVendorInfo;
+    decltype(&::SetActiveAdapterIndex) SetActiveAdapterIndex;
+    decltype(&::GetActiveAdapterIndex) GetActiveAdapterIndex;
+    decltype(&::GetVGAInfo) GetVGAInfo;
+    decltype(&::FetchHwmValues) FetchHwmValues;
+    decltype(&::GetHwmValue) GetHwmValue;
+    decltype(&::GetFrameRate) GetFrameRate;
+    decltype(&::SetFanSpeed) SetFanSpeed;
+    decltype(&::SetFanSpeedTable) SetFanSpeedTable;
+    decltype(&::GetFanSetting) GetFanSetting;
+    decltype(&::SetPowerLimit) SetPowerLimit;
+    decltype(&::SetPowerLimitDefault) SetPowerLimitDefault;
+    decltype(&::GetPowerLimitSetting) GetPowerLimitSetting;
+    decltype(&::SetPerformanceUser) SetPerformanceUser;
+    decltype(&::SetPerformanceOC) SetPerformanceOC;
+    decltype(&::SetPerformanceDefault) SetPerformanceDefault;
+    decltype(&::SetPerformanceSilent) SetPerformanceSilent;
+    decltype(&::GetGpuClockSetting) GetGpuClockSetting;
+    decltype(&::GetMemClockSetting) GetMemClockSetting;
+    decltype(&::GetExternalPerformanceParameter) GetExternalPerformanceParameter;
+};
+
+class Machine {
+  public:
+    enum class AmdLibrary { None, Newer, Older };  // neither, "atiadlxx.dll", "atiadlxy.dll"
+
+    // A machine without display controllers, with an AMD library that answers 0 to everything and writes nothing, or
+    // without one (then nothing can be ordered of it).
+    explicit Machine(AmdLibrary library = AmdLibrary::Newer);
+    Machine(Machine&&) noexcept = default;
+
+    Machine& Captions(std::vector<std::wstring> captions);
+
+    // What an entry point of the AMD library does. Orders change its newest response; Then begins another one, which
+    // holds from the following call on (scripted_adl.h).
+    Machine& Result(std::string const& entryPoint, int result);
+    Machine& Write(std::string const& entryPoint, int argument, Bytes const& bytes, int offset = 0);
+    Machine& Allocate(std::string const& entryPoint, int argument, Bytes const& list);
+    Machine& Then(std::string const& entryPoint);
+    Machine& Hide(std::string const& entryPoint);
+
+    // Load the library under test on this machine, without initialising it.
+    Exports const& Api();
+
+    // InitVGAHelper with this log mode; the file by default, which TakeLog reads. The calls and the log of the
+    // initialisation stay to be looked at.
+    bool Init(int logMode = GPUTUNE_LOG_FILE);
+
+    // Init, of which success is expected, and forget its calls and its log.
+    bool InitAndForget();
+
+    // The lines of debug.log that no earlier TakeLog has returned.
+    Lines TakeLog();
+
+    // The calls that no earlier TakeCalls has returned, oldest first; of one entry point, the last.
+    std::vector<Call> TakeCalls();
+    std::vector<std::string> TakeCallNames();
+    Call LastCall(std::string const& entryPoint) const;
+    int CountOf(std::string const& entryPoint) const;
+
+    // Write the profile file where the library under test looks for it, or make sure that there is none. Under Windows
+    // that is one place for all tests: only for tests in profile_*_test.cpp, which run one after the other.
+    void WriteProfile(std::string const& text);
+    void RemoveProfile();
+
+  private:
+    AmdLibrary library_;
+    std::vector<std::wstring> captions_;
+    std::size_t linesTaken_ = 0;
+};
+
+// What the two kinds of machine provide.
+namespace host {
+
+void InstallCaptions(std::vector<std::wstring> const& captions);
+void InstallLibrary(Machine::AmdLibrary library);
+Exports const& LoadLibraryUnderTest();
+std::filesystem::path ProfilePath();
+
+// The scripted library's functions, wherever it lives.
+struct Scripted {
+    decltype(&::Scripted_Reset) Reset;
+    decltype(&::Scripted_Result) Result;
+    decltype(&::Scripted_Write) Write;
+    decltype(&::Scripted_Allocate) Allocate;
+    decltype(&::Scripted_Then) Then;
+    decltype(&::Scripted_Hide) Hide;
+    decltype(&::Scripted_CallCount) CallCount;
+    decltype(&::Scripted_GetCall) GetCall;
+    decltype(&::Scripted_ClearCalls) ClearCalls;
+    decltype(&::Scripted_AskForMemory) AskForMemory;
+    decltype(&::Scripted_AskWithOddStack) AskWithOddStack;
+};
+Scripted const& Adl();
+
+}  // namespace host
+
+}  // namespace gputune::test

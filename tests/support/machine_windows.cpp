@@ -1,0 +1,140 @@
+// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted AMD library is loaded by
+// full path before the product asks for it by name.
+#include <windows.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "Machine.h"
+#include "WindowsMachine.h"
+
+namespace gputune::test {
+
+namespace {
+
+std::filesystem::path ExecutableDirectory() {
+    wchar_t path[MAX_PATH];
+    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::filesystem::path(std::wstring(path, length)).parent_path();
+}
+
+// The folder that holds bin/ with the library under test, and tests/.
+std::filesystem::path OutputDirectory() {
+    std::filesystem::path directory = ExecutableDirectory();
+    while (!std::filesystem::exists(directory / "bin" / "gputune.dll")) {
+        if (directory == directory.parent_path()) {
+            throw std::runtime_error("no bin/gputune.dll in a folder above the test program");
+        }
+        directory = directory.parent_path();
+    }
+    return directory;
+}
+
+HMODULE Load(std::filesystem::path const& path) {
+    HMODULE const module = ::LoadLibraryW(path.c_str());
+    if (module == nullptr) {
+        throw std::runtime_error("cannot load " + path.string() + ": error " + std::to_string(::GetLastError()));
+    }
+    return module;
+}
+
+template <class Function>
+void Find(HMODULE module, char const* name, Function& function) {
+    function = reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+    if (function == nullptr) {
+        throw std::runtime_error(std::string("no export ") + name);
+    }
+}
+
+HMODULE g_scripted = nullptr;
+host::Scripted g_adl{};
+
+}  // namespace
+
+sim::WmiStandIn& Wmi() {
+    static sim::WmiStandIn wmi;
+    return wmi;
+}
+
+HMODULE LibraryUnderTest() {
+    static HMODULE const module = Load(OutputDirectory() / "bin" / "gputune.dll");
+    return module;
+}
+
+namespace host {
+
+void InstallCaptions(std::vector<std::wstring> const& captions) {
+    std::vector<sim::WmiCaption> scripted;
+    for (std::wstring const& caption : captions) {
+        scripted.push_back({sim::WmiCaption::Kind::Text, caption});
+    }
+    Wmi().SetCaptions(scripted);
+}
+
+// The two names are copies of one file.
+void InstallLibrary(Machine::AmdLibrary library) {
+    if (library == Machine::AmdLibrary::None) {
+        return;
+    }
+    if (g_scripted != nullptr) {
+        throw std::runtime_error("one machine in a process");
+    }
+    g_scripted = Load(OutputDirectory() / "tests" / "scripted" /
+                      (library == Machine::AmdLibrary::Newer ? "atiadlxx.dll" : "atiadlxy.dll"));
+    Find(g_scripted, "Scripted_Reset", g_adl.Reset);
+    Find(g_scripted, "Scripted_Result", g_adl.Result);
+    Find(g_scripted, "Scripted_Write", g_adl.Write);
+    Find(g_scripted, "Scripted_Allocate", g_adl.Allocate);
+    Find(g_scripted, "Scripted_Then", g_adl.Then);
+    Find(g_scripted, "Scripted_Hide", g_adl.Hide);
+    Find(g_scripted, "Scripted_CallCount", g_adl.CallCount);
+    Find(g_scripted, "Scripted_GetCall", g_adl.GetCall);
+    Find(g_scripted, "Scripted_ClearCalls", g_adl.ClearCalls);
+    Find(g_scripted, "Scripted_AskForMemory", g_adl.AskForMemory);
+    Find(g_scripted, "Scripted_AskWithOddStack", g_adl.AskWithOddStack);
+}
+
+Exports const& LoadLibraryUnderTest() {
+    static Exports const exports = [] {
+        Exports found{};
+#define FIND(name) Find(LibraryUnderTest(), #name, found.name)
+        FIND(InitVGAHelper);
+        FIND(IsInitOk);
+        FIND(GetVendorInfo);
+        FIND(SetActiveAdapterIndex);
+        FIND(GetActiveAdapterIndex);
+        FIND(GetVGAInfo);
+        FIND(FetchHwmValues);
+        FIND(GetHwmValue);
+        FIND(GetFrameRate);
+        FIND(SetFanSpeed);
+        FIND(SetFanSpeedTable);
+        FIND(GetFanSetting);
+        FIND(SetPowerLimit);
+        FIND(SetPowerLimitDefault);
+        FIND(GetPowerLimitSetting);
+        FIND(SetPerformanceUser);
+        FIND(SetPerformanceOC);
+        FIND(SetPerformanceDefault);
+        FIND(SetPerformanceSilent);
+        FIND(GetGpuClockSetting);
+        FIND(GetMemClockSetting);
+        FIND(GetExternalPerformanceParameter);
+#undef FIND
+        return found;
+    }();
+    return exports;
+}
+
+std::filesystem::path ProfilePath() {
+    // Beside the test program, which is the host.
+    return ExecutableDirectory() / "Config" / "ConfigModel.xml";
+}
+
+Scripted const& Adl() {
+    return g_adl;
+}
+
+}  // namespace host
+
+}  // namespace gputune::test
