@@ -1,0 +1,103 @@
+// Feeds arbitrary text to the reader of the profile file and to the tool's check of such files, and holds one against
+// the other: what the check finds nothing wrong with, the reader reads.
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ProfileCheck.h"
+#include "XmlPositions.h"
+#include "log/Text.h"
+#include "profile/ProfileReader.h"
+
+namespace {
+
+using gputune::profile::Lookup;
+using gputune::profile::Outcome;
+
+// Stops the process, which the fuzzer takes for a finding.
+void Require(bool condition, char const* what) {
+    if (!condition) {
+        std::fprintf(stderr, "violated: %s\n", what);
+        std::abort();
+    }
+}
+
+bool IsZero(PredefinedPerformanceParameter const& record) {
+    return !record.Valid && record.GpuOC == 0 && record.GpuOCGivenValue == 0 && record.MemOC == 0 &&
+           record.MemOCGivenValue == 0 && record.PowerOC == 0 && record.GpuSilent == 0 && record.MemSilent == 0 &&
+           record.PowerSilent == 0 && record.Watt == 0 && record.NewestVBIOS == 0;
+}
+
+void RequireSound(Lookup const& lookup) {
+    PredefinedPerformanceParameter const& record = lookup.record;
+    switch (lookup.outcome) {
+        case Outcome::BoardEntry:
+            Require(record.Valid, "a board entry is valid");
+            break;
+        case Outcome::DefaultEntry:
+            Require(record.Valid, "a default entry is valid");
+            Require(record.GpuOCGivenValue == 0 && record.MemOCGivenValue == 0 && record.Watt == 0 &&
+                        record.NewestVBIOS == 0,
+                    "a default entry gives six values only");
+            break;
+        default:
+            Require(IsZero(record), "without an entry the record stays zero");
+    }
+    // The log prints whatever was read.
+    std::string text;
+    for (float const value : {record.GpuOC, record.GpuOCGivenValue, record.MemOC, record.MemOCGivenValue,
+                              record.PowerOC, record.GpuSilent, record.MemSilent, record.PowerSilent}) {
+        gputune::log::Part(value).AppendTo(text);
+    }
+    Require(text.find(',') == std::string::npos, "numbers have a decimal point");
+}
+
+void RequireAgreement(std::string_view text, Outcome outcome, bool threw) {
+    std::vector<gputune::tool::Problem> const problems = gputune::tool::CheckProfile(text);
+    std::size_t line = 1;
+    for (gputune::tool::Problem const& problem : problems) {
+        Require(problem.line >= line && problem.column >= 1, "problems come in the order of their places");
+        Require(!problem.message.empty(), "a problem has a message");
+        line = problem.line;
+    }
+    if (!gputune::tool::HasError(problems)) {
+        Require(!threw, "no identifier stops the lookup");
+        Require(outcome == Outcome::BoardEntry || outcome == Outcome::DefaultEntry || outcome == Outcome::NoMatch,
+                "the file is read");
+    }
+    // The check's own scanner stops where the parser stops.
+    std::string_view const head = text.substr(0, text.find('\0'));
+    gputune::tool::XmlPositions const positions = gputune::tool::ScanXml(head);
+    if (!threw && !positions.strayEnd && !positions.elements.empty()) {
+        Require(positions.error.has_value() == (outcome == Outcome::Unreadable), "scanner and parser agree");
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    std::string const text(data, data + size);
+    Outcome outcome = Outcome::Unreadable;
+    bool threw = false;
+    // A board of the corpus, the identifier of "-1", and one that no short text holds by chance, so that the whole file
+    // is walked.
+    for (std::uint32_t const hwid : {0x1FU, 0xFFFFFFFFU, 0x5EADC0DEU}) {
+        try {
+            Lookup const lookup = gputune::profile::FindProfile(text, hwid);
+            outcome = lookup.outcome;
+            RequireSound(lookup);
+        } catch (std::invalid_argument const&) {
+            threw = true;
+        } catch (std::out_of_range const&) {
+            threw = true;
+        }
+    }
+    RequireAgreement(text, outcome, threw);
+    return 0;
+}

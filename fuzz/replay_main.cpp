@@ -1,0 +1,102 @@
+// Runs a fuzz target without a fuzzing engine: replay_main RUNS FILE... feeds it every file, every truncation of every
+// file, and RUNS random changes of them. The same arguments give the same inputs.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
+
+namespace {
+
+// The input at work, for whoever finds the process stopped: the file that a sanitizer's report should be read with.
+constexpr char kCurrentInput[] = "current-input";
+
+void Run(std::string const& input) {
+    std::ofstream(kCurrentInput, std::ios::binary | std::ios::trunc) << input;
+    std::vector<std::uint8_t> const bytes(input.begin(), input.end());
+    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+}
+
+class Mutator {
+public:
+    explicit Mutator(std::vector<std::string> const& corpus) : corpus_(corpus) {}
+
+    std::string Next() {
+        std::string text = Any();
+        for (std::size_t changes = 1 + Below(4); changes > 0; --changes) {
+            Change(text);
+        }
+        return text;
+    }
+
+private:
+    // std::mt19937 gives the same numbers everywhere; the distributions of the library do not.
+    std::size_t Below(std::size_t limit) { return limit == 0 ? 0 : random_() % limit; }
+
+    std::string const& Any() { return corpus_[Below(corpus_.size())]; }
+
+    void Change(std::string& text) {
+        constexpr char kTelling[] = "<>/=\"'&#;!-?[] \n\0x0159AFe.+\xEF\xFF";
+        std::size_t const at = Below(text.size() + 1);
+        switch (Below(5)) {
+            case 0:  // another character
+                if (at < text.size()) {
+                    text[at] = kTelling[Below(sizeof kTelling)];
+                }
+                break;
+            case 1:  // one more
+                text.insert(at, 1, kTelling[Below(sizeof kTelling)]);
+                break;
+            case 2:  // some less
+                text.erase(at, 1 + Below(8));
+                break;
+            case 3: {  // a piece of a file in between
+                std::string const& other = Any();
+                std::size_t const from = Below(other.size() + 1);
+                text.insert(at, other.substr(from, Below(64)));
+                break;
+            }
+            default:  // a piece of its own once more
+                text.insert(at, text.substr(Below(text.size() + 1), Below(32)));
+        }
+    }
+
+    std::vector<std::string> const& corpus_;
+    std::mt19937 random_{1};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: %s RUNS FILE...\n", argv[0]);
+        return 2;
+    }
+    std::vector<std::string> corpus;
+    for (int i = 2; i < argc; ++i) {
+        std::ifstream file(argv[i], std::ios::binary);
+        if (!file) {
+            std::fprintf(stderr, "%s cannot be read\n", argv[i]);
+            return 2;
+        }
+        corpus.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+    long executions = 0;
+    for (std::string const& text : corpus) {
+        for (std::size_t length = 0; length <= text.size(); ++length, ++executions) {
+            Run(text.substr(0, length));
+        }
+    }
+    Mutator mutator(corpus);
+    for (long run = std::atol(argv[1]); run > 0; --run, ++executions) {
+        Run(mutator.Next());
+    }
+    std::remove(kCurrentInput);
+    std::printf("%ld executions\n", executions);
+    return 0;
+}
