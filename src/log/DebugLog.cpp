@@ -1,7 +1,5 @@
 #include "log/DebugLog.h"
 
-#include <utility>
-
 #include "platform/text.h"
 
 namespace gputune::log {
@@ -36,11 +34,12 @@ DebugLog::~DebugLog() {
     toConsole_ = false;
 }
 
-void DebugLog::WriteLine(std::string&& line) {
-    line.push_back('\n');
+void DebugLog::WriteLine(LineText& line) {
+    line.Append("\n");
+    std::string_view const text = line.View();
     for (std::FILE* stream : {file_, toConsole_ ? stdout : nullptr}) {
         if (stream != nullptr) {
-            std::fwrite(line.data(), 1, line.size(), stream);
+            std::fwrite(text.data(), 1, text.size(), stream);
             std::fflush(stream);
         }
     }
@@ -48,16 +47,16 @@ void DebugLog::WriteLine(std::string&& line) {
 
 namespace {
 
-void AppendTag(std::string& line, Tag tag) {
-    line.append(tag.method);
+void AppendTag(LineText& line, Tag tag) {
+    line.Append(tag.method);
     if (!tag.subject.empty()) {
-        line.push_back(' ');
-        line.append(tag.subject);
+        line.Append(" ");
+        line.Append(tag.subject);
     }
-    line.append(" ... ");
+    line.Append(" ... ");
 }
 
-void AppendAll(std::string& line, std::span<Part const> message) {
+void AppendAll(LineText& line, std::span<Part const> message) {
     for (Part const& part : message) {
         part.AppendTo(line);
     }
@@ -69,9 +68,9 @@ void Write(Build&& build) noexcept {
         // Call sites pass 1; InitVGAHelper, with its own argument, comes first in practice.
         DebugLog& log = DebugLog::Get(1);
         if (log.WritesAnything()) {
-            std::string line;
+            LineText line;
             build(line);
-            log.WriteLine(std::move(line));
+            log.WriteLine(line);
         }
     } catch (...) {
         // Out of memory: the entry is lost, the operation goes on.
@@ -83,27 +82,27 @@ void Write(Build&& build) noexcept {
 namespace detail {
 
 void WriteEntry(Tag tag, std::span<Part const> message) noexcept {
-    Write([&](std::string& line) {
+    Write([&](LineText& line) {
         AppendTag(line, tag);
         AppendAll(line, message);
     });
 }
 
 void WriteLine(std::span<Part const> message) noexcept {
-    Write([&](std::string& line) { AppendAll(line, message); });
+    Write([&](LineText& line) { AppendAll(line, message); });
 }
 
 }  // namespace detail
 
 void WideEntry(Tag tag, std::wstring_view message) noexcept {
-    Write([&](std::string& line) {
+    Write([&](LineText& line) {
         AppendTag(line, tag);
-        line.append(platform::ToNarrow(message));
+        line.Append(platform::ToNarrow(message));
     });
 }
 
 void WideLine(std::wstring_view message) noexcept {
-    Write([&](std::string& line) { line.append(platform::ToNarrow(message)); });
+    Write([&](LineText& line) { line.Append(platform::ToNarrow(message)); });
 }
 
 }  // namespace gputune::log

@@ -37,8 +37,8 @@ class DebugLog {
 
     bool WritesAnything() const { return toConsole_ || file_ != nullptr; }
 
-    // One line, without its line feed. I/O failures are ignored.
-    void WriteLine(std::string&& line);
+    // One line, to which the line feed is added. I/O failures are ignored.
+    void WriteLine(LineText& line);
 
     DebugLog(DebugLog const&) = delete;
     DebugLog& operator=(DebugLog const&) = delete;

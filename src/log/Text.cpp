@@ -2,18 +2,19 @@
 
 #include <charconv>
 #include <cstdio>
+#include <cstring>
 
 namespace gputune::log {
 
 namespace {
 
-void AppendInteger(std::string& line, long long value) {
+void AppendInteger(LineText& line, long long value) {
     char digits[24];
     auto const end = std::to_chars(digits, digits + sizeof digits, value);
-    line.append(digits, end.ptr);
+    line.Append({digits, end.ptr});
 }
 
-void AppendReal(std::string& line, double value) {
+void AppendReal(LineText& line, double value) {
     char digits[352];  // the largest double has 309 digits before the point
     int const length = std::snprintf(digits, sizeof digits, "%f", value);
     // The host may have set a locale of its own: the seventh character from the end is then its decimal point.
@@ -21,15 +22,27 @@ void AppendReal(std::string& line, double value) {
     if (length > kPointFromEnd && digits[length - kPointFromEnd] == ',') {
         digits[length - kPointFromEnd] = '.';
     }
-    line.append(digits, static_cast<std::size_t>(length));
+    line.Append({digits, static_cast<std::size_t>(length)});
 }
 
 }  // namespace
 
-void Part::AppendTo(std::string& line) const {
+void LineText::Append(std::string_view text) {
+    if (heap_.empty() && text.size() <= sizeof stack_ - length_) {
+        std::memcpy(stack_ + length_, text.data(), text.size());
+        length_ += text.size();
+        return;
+    }
+    if (heap_.empty()) {
+        heap_.assign(stack_, length_);
+    }
+    heap_.append(text);
+}
+
+void Part::AppendTo(LineText& line) const {
     switch (kind_) {
         case Kind::Text:
-            line.append(text_);
+            line.Append(text_);
             break;
         case Kind::Integer:
             AppendInteger(line, integer_);

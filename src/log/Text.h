@@ -9,6 +9,19 @@
 
 namespace gputune::log {
 
+// A line in the making. Stays on the writer's stack as long as it is short enough, as nearly every line is: an entry then
+// costs little more than its write.
+class LineText {
+  public:
+    void Append(std::string_view text);
+    std::string_view View() const { return heap_.empty() ? std::string_view(stack_, length_) : heap_; }
+
+  private:
+    char stack_[512];
+    std::size_t length_ = 0;
+    std::string heap_;  // the whole line, once it does not fit
+};
+
 // A piece of a message: a text or a number, converted only when the message is written. Refers to its text.
 class Part {
   public:
@@ -24,7 +37,7 @@ class Part {
     // Fixed notation with six digits after the point: 1.5 gives 1.500000.
     Part(double value) : kind_(Kind::Real), real_(value) {}
 
-    void AppendTo(std::string& line) const;
+    void AppendTo(LineText& line) const;
 
   private:
     enum class Kind { Text, Integer, Real };
