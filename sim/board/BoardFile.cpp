@@ -96,7 +96,14 @@ void ReadAmd(JsonObject& object, Board& board) {
         ReadFrameMetrics(*metrics, board);
     }
     if (auto const faults = object.Optional("faults")) {
-        faults->ForEach([&](JsonValue const& value) { board.faults.push_back(ReadFault(value)); });
+        faults->ForEach([&](JsonValue const& value) {
+            Fault fault = ReadFault(value);
+            auto const sameEntry = [&](Fault const& other) { return other.entryPoint == fault.entryPoint; };
+            if (std::any_of(board.faults.begin(), board.faults.end(), sameEntry)) {
+                value.Fail("an entry point that has no fault yet");
+            }
+            board.faults.push_back(std::move(fault));
+        });
     }
 }
 

@@ -65,7 +65,9 @@ void JsonValue::Fail(std::string const& expected) const {
 
 int JsonValue::Int(int min, int max) const {
     std::string expected = "an integer";
-    if (min != INT_MIN || max != INT_MAX) {
+    if (min == max) {
+        expected = std::to_string(min);
+    } else if (min != INT_MIN || max != INT_MAX) {
         expected += max == INT_MAX ? " of at least " + std::to_string(min)
                                    : " from " + std::to_string(min) + " to " + std::to_string(max);
     }

@@ -14,6 +14,9 @@ void ReadSettings(JsonValue const& value, Overdrive8& part) {
     int const last = static_cast<int>(part.settings.size()) - 1;
     std::vector<bool> given(part.settings.size());
     value.ForEach([&](JsonValue const& entry) {
+        if (last < 0) {
+            entry.Fail("no setting, as \"count\" is 0");
+        }
         JsonObject object(entry);
         JsonValue const idValue = object.Required("id");
         auto const id = static_cast<std::size_t>(idValue.Int(0, last));

@@ -2,7 +2,7 @@
  * gputune_sim.h - control interface of the simulated boards' vendor libraries, plain C.
  *
  * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below. The host tool uses
- * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied.
+ * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied. docs/board-files.md describes boards.
  */
 #ifndef GPUTUNE_SIM_H
 #define GPUTUNE_SIM_H
@@ -14,7 +14,8 @@ extern "C" {
 #define GPUTUNE_SIM_MAX_ARGS 8
 #define GPUTUNE_SIM_MAX_RECORD 2560
 
-/* One call that reached the stand-in. */
+/* One call that reached the stand-in. What the pointer arguments point to is kept one after the other, in their order: a
+ * setting call's record comes first and whole, an output argument's former value follows in its place. */
 typedef struct GputuneSimCall {
     const char* EntryPoint; /* lives as long as the stand-in */
     int ArgCount;
@@ -23,7 +24,9 @@ typedef struct GputuneSimCall {
     unsigned char Record[GPUTUNE_SIM_MAX_RECORD];
 } GputuneSimCall;
 
-/* 1 on success; else 0 and a message in error (size errorSize): the file, the key, what was expected. */
+/* 1 on success; else 0 and a message in error (size errorSize): the file, the key, what was expected; the former board
+ * then stays. A new board is a fresh state: its settings, hidden entry points, calls, orders and time are its own. Only
+ * the client's context and allocation callback remain, so that a board can be changed under a running client. */
 int GputuneSim_LoadBoard(const char* path, char* error, int errorSize);
 int GputuneSim_LoadBoardText(const char* json, char* error, int errorSize);
 
@@ -34,7 +37,7 @@ void GputuneSim_ClearFaults(void);
 /* Hide an entry point: from now on the loader does not find it in this library. 1 when there is such an export. */
 int GputuneSim_HideEntryPoint(const char* entryPoint);
 
-/* The record of calls, oldest first. */
+/* The record of calls, oldest first; the last 16384 of them. GetCall: 1 when there is such a call. */
 int GputuneSim_CallCount(void);
 int GputuneSim_GetCall(int index, GputuneSimCall* call);
 void GputuneSim_ClearCalls(void);

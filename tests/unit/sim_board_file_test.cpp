@@ -215,7 +215,7 @@ TEST(SimBoardFile, SyntaxErrorTellsLineAndColumn) {
 }
 
 TEST(SimBoardFile, OtherFormatIsRefused) {
-    EXPECT_EQ(ErrorOf(R"({ "format": 2 })"), "some.json: format: expected an integer from 1 to 1, found 2");
+    EXPECT_EQ(ErrorOf(R"({ "format": 2 })"), "some.json: format: expected 1, found 2");
 }
 
 TEST(SimBoardFile, UnknownVendorIsRefused) {
@@ -248,7 +248,7 @@ TEST(SimBoardFile, SettingBeyondTheCountIsRefused) {
               "some.json: overdrive8.settings[0].id: expected an integer from 0 to 38, found 39");
     EXPECT_EQ(ErrorOf(Overdrive8Board(R"({ "capabilities": 0, "count": 0,
                   "settings": [{ "id": 0, "min": 0, "max": 0, "default": 0 }] })")),
-              "some.json: overdrive8.settings[0].id: expected an integer from 0 to -1, found 0");
+              "some.json: overdrive8.settings[0]: expected no setting, as \"count\" is 0, found an object");
 }
 
 TEST(SimBoardFile, MaskThatIsNoneIsRefused) {
@@ -270,6 +270,9 @@ TEST(SimBoardFile, FaultMustFitItsEntryPoint) {
     EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "garbage": "null-list" })"),
               "some.json: faults[0].garbage: expected a kind of garbage that ADL2_FPS_Caps can hand out, found "
               "\"null-list\"");
+    EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "result": 0 },
+                            { "entryPoint": "ADL2_FPS_Caps", "missing": true })"),
+              "some.json: faults[1]: expected an entry point that has no fault yet, found an object");
     EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps" })"),
               "some.json: faults[0]: expected one of \"result\", \"missing\" and \"garbage\" beside \"entryPoint\", "
               "found an object");
