@@ -152,7 +152,7 @@ void AddApply(CLI::App& profile, Context& context) {
 }  // namespace
 
 void AddProfileCommands(CLI::App& app, Context& context) {
-    CLI::App* profile = app.add_subcommand("profile", "Show and apply the predefined profiles");
+    CLI::App* profile = app.add_subcommand("profile", "Show, apply and check the predefined profiles");
     profile->require_subcommand(1);
     profile->footer(
         "Examples:\n"
@@ -160,6 +160,7 @@ void AddProfileCommands(CLI::App& app, Context& context) {
         "  gputunectl profile apply silent");
     AddShow(*profile, context);
     AddApply(*profile, context);
+    AddProfileCheckCommand(*profile, context);
 }
 
 }  // namespace gputune::tool
