@@ -1,10 +1,11 @@
 #include "amd/AdlMemory.h"
 
 #include <cstdlib>
-#include <limits>
 #include <map>
 #include <mutex>
 #include <new>
+
+#include "platform/memory.h"
 
 namespace gputune::amd {
 
@@ -56,7 +57,7 @@ std::size_t SizeOfAdlBlock(void const* block) noexcept {
     Blocks& blocks = AllBlocks();
     std::scoped_lock const lock(blocks.mutex);
     auto const found = blocks.sizes.find(block);
-    return found == blocks.sizes.end() ? std::numeric_limits<std::size_t>::max() : found->second;
+    return found == blocks.sizes.end() ? platform::ReadableBytes(block) : found->second;
 }
 
 }  // namespace gputune::amd

@@ -16,7 +16,7 @@ void* ADL_STDCALL AllocateForAdl(int size) noexcept;
 // Release a block; null and blocks of another origin are left alone.
 void ReleaseFromAdl(void* block) noexcept;
 
-// The size of a block in bytes. A block of another origin cannot be checked: the largest size.
+// The size of a block in bytes; of a block of another origin, how much can be read there at all.
 std::size_t SizeOfAdlBlock(void const* block) noexcept;
 
 // A list that ADL returned with its count, released at the end of its life. Covers `count` records, or fewer when the
