@@ -3,7 +3,10 @@
 #include <tinyxml2.h>
 
 #include <array>
-#include <charconv>
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <string>
 
 #include "adapter/hex_long.h"
 
@@ -66,30 +69,21 @@ bool TagsAreShort(std::string_view text) {
 // Reads as scanf's "%f" does, with '.' as decimal point whatever locale the host has set: leading white space, a sign,
 // hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. Nothing for what is no
 // number, and for a number that a float cannot hold.
+//
+// By way of strtof, which goes by the host's locale; std::from_chars would not, but it adds a tenth to the library.
 std::optional<float> ScanFloat(std::string_view text) {
-    std::size_t const start = text.find_first_not_of(" \t\n\v\f\r");
-    text.remove_prefix(start == std::string_view::npos ? text.size() : start);
-    bool const negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) {
-        text.remove_prefix(1);
+    std::string_view const hostsPoint = std::localeconv()->decimal_point;
+    std::string number(text.substr(0, hostsPoint == "." ? text.size() : text.find(hostsPoint)));
+    if (std::size_t const point = number.find('.'); point != std::string::npos) {
+        number.replace(point, 1, hostsPoint);
     }
-    auto format = std::chars_format::general;
-    if (text.starts_with("0x") || text.starts_with("0X")) {
-        text.remove_prefix(2);
-        format = std::chars_format::hex;
-    }
-    // A second sign, and "inf" or "nan" behind "0x", are for from_chars to accept and for us to refuse.
-    constexpr std::string_view kHexStart = ".0123456789abcdefABCDEF";
-    if (text.starts_with('-') || (format == std::chars_format::hex &&
-                                  (text.empty() || kHexStart.find(text.front()) == std::string_view::npos))) {
+    char* end = nullptr;
+    errno = 0;
+    float const value = std::strtof(number.c_str(), &end);
+    if (end == number.c_str() || errno == ERANGE) {
         return std::nullopt;
     }
-    float value = 0;
-    auto const parsed = std::from_chars(text.data(), text.data() + text.size(), value, format);
-    if (parsed.ec != std::errc{}) {
-        return std::nullopt;
-    }
-    return negative ? -value : value;
+    return value;
 }
 
 void ReadFloat(XMLElement const& row, char const* attribute, float& field) {
