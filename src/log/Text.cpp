@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 
 namespace gputune::log {
 
@@ -29,8 +28,8 @@ void AppendReal(LineText& line, double value) {
 
 void LineText::Append(std::string_view text) {
     if (heap_.empty() && text.size() <= sizeof stack_ - length_) {
-        std::memcpy(stack_ + length_, text.data(), text.size());
-        length_ += text.size();
+        // Also of no text at all, whose address may be null.
+        length_ += text.copy(stack_ + length_, text.size());
         return;
     }
     if (heap_.empty()) {
