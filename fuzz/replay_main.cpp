@@ -1,5 +1,6 @@
 // Runs a fuzz target without a fuzzing engine: replay_main RUNS FILE... feeds it every file, every truncation of every
 // file, and RUNS random changes of them. The same arguments give the same inputs.
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -7,18 +8,34 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
+// The sanitizers', where the program is built with them.
+extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace {
 
-// The input at work, for whoever finds the process stopped: the file that a sanitizer's report should be read with.
-constexpr char kCurrentInput[] = "current-input";
+// The input at work, which is written to a file when it stops the process.
+std::string g_input;
 
-void Run(std::string const& input) {
-    std::ofstream(kCurrentInput, std::ios::binary | std::ios::trunc) << input;
-    std::vector<std::uint8_t> const bytes(input.begin(), input.end());
+void WriteInput() {
+    if (std::FILE* const file = std::fopen("crash-input", "wb")) {
+        std::fwrite(g_input.data(), 1, g_input.size(), file);
+        std::fclose(file);
+        std::fputs("the input is in the file crash-input\n", stderr);
+    }
+}
+
+void OnAbort(int) {
+    WriteInput();
+}
+
+void Run(std::string input) {
+    g_input = std::move(input);
+    // A copy of exactly this size, so that a step beyond its end is seen.
+    std::vector<std::uint8_t> const bytes(g_input.begin(), g_input.end());
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
 
@@ -86,6 +103,10 @@ int main(int argc, char** argv) {
         }
         corpus.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
+    std::signal(SIGABRT, OnAbort);
+    if (__sanitizer_set_death_callback != nullptr) {
+        __sanitizer_set_death_callback(WriteInput);
+    }
     long executions = 0;
     for (std::string const& text : corpus) {
         for (std::size_t length = 0; length <= text.size(); ++length, ++executions) {
@@ -96,7 +117,6 @@ int main(int argc, char** argv) {
     for (long run = std::atol(argv[1]); run > 0; --run, ++executions) {
         Run(mutator.Next());
     }
-    std::remove(kCurrentInput);
     std::printf("%ld executions\n", executions);
     return 0;
 }
