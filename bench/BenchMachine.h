@@ -12,7 +12,7 @@
 namespace gputune::bench {
 
 class BenchMachine {
-  public:
+public:
     // Throws when anything is missing: a figure of a machine that did not open would be worth nothing.
     explicit BenchMachine(int logMode) {
         wchar_t path[MAX_PATH];
@@ -37,7 +37,7 @@ class BenchMachine {
         return Find<Function>(adl_, name);
     }
 
-  private:
+private:
     static HMODULE Load(std::filesystem::path const& path) {
         HMODULE const module = ::LoadLibraryW(path.c_str());
         if (module == nullptr) {

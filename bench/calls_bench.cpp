@@ -1,5 +1,5 @@
-// What the exported functions cost with the log off, each behind its floor: the least that any library in its place would
-// have to do.
+// What the exported functions cost with the log off, each behind its floor: the least that any library in its place
+// would have to do.
 #include <benchmark/benchmark.h>
 
 #include <cstring>

@@ -1,5 +1,5 @@
-// What one log entry costs, behind its floor: the same bytes written and flushed with nothing around it. A program of its
-// own, because a process's log mode is fixed once.
+// What one log entry costs, behind its floor: the same bytes written and flushed with nothing around it. A program of
+// its own, because a process's log mode is fixed once.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -16,8 +16,7 @@ BenchMachine& Machine() {
 }
 
 void FloorWriteAndFlush(benchmark::State& state) {
-    constexpr std::string_view entry =
-        "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index\n";
+    constexpr std::string_view entry = "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index\n";
     std::FILE* const file = std::fopen("floor.log", "w");
     for (auto _ : state) {
         std::fwrite(entry.data(), 1, entry.size(), file);

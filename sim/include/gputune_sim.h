@@ -2,7 +2,8 @@
  * gputune_sim.h - control interface of the simulated boards' vendor libraries, plain C.
  *
  * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below. The host tool uses
- * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied. docs/board-files.md describes boards.
+ * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied. docs/board-files.md describes
+ * boards.
  */
 #ifndef GPUTUNE_SIM_H
 #define GPUTUNE_SIM_H
@@ -14,8 +15,8 @@ extern "C" {
 #define GPUTUNE_SIM_MAX_ARGS 8
 #define GPUTUNE_SIM_MAX_RECORD 2560
 
-/* One call that reached the stand-in. What the pointer arguments point to is kept one after the other, in their order: a
- * setting call's record comes first and whole, an output argument's former value follows in its place. */
+/* One call that reached the stand-in. What the pointer arguments point to is kept one after the other, in their order:
+ * a setting call's record comes first and whole, an output argument's former value follows in its place. */
 typedef struct GputuneSimCall {
     const char* EntryPoint; /* lives as long as the stand-in */
     int ArgCount;

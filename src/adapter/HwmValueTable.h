@@ -12,7 +12,7 @@ namespace gputune {
 std::string_view HwmValueName(int key);
 
 class HwmValueTable {
-  public:
+public:
     // Holds every key, each with Value -1.0, an empty name and Valid false.
     HwmValueTable();
 
@@ -23,7 +23,7 @@ class HwmValueTable {
     // The entry of a key, null when the table does not hold it.
     HwmValue const* Find(int key) const;
 
-  private:
+private:
     std::map<int, HwmValue> entries_;
 };
 

@@ -18,7 +18,7 @@
 namespace gputune {
 
 class IVideoAdapter {
-  public:
+public:
     // 0. Releases what the backend holds of its vendor library.
     virtual ~IVideoAdapter() = default;
 
@@ -87,10 +87,10 @@ class IVideoAdapter {
     IVideoAdapter(IVideoAdapter const&) = delete;
     IVideoAdapter& operator=(IVideoAdapter const&) = delete;
 
-  protected:
+protected:
     IVideoAdapter() = default;
 
-  private:
+private:
     HwmValueTable hwmValues_;
 };
 

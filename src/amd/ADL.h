@@ -1,5 +1,5 @@
-// The process-wide binding to the AMD Display Library: its entry points, one context, the active adapters and the one in
-// use. Both AMD adapter classes borrow the one object and call ADL only through it.
+// The process-wide binding to the AMD Display Library: its entry points, one context, the active adapters and the one
+// in use. Both AMD adapter classes borrow the one object and call ADL only through it.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@
 namespace gputune::amd {
 
 class ADL {
-  public:
+public:
     // Loads and opens the library; m_Valid tells the outcome.
     ADL();
 
@@ -52,7 +52,7 @@ class ADL {
     int m_NumberOfAdapters = -1;  // as ADL reported it
     int m_AdapterIndex = -1;
 
-  private:
+private:
     bool LoadRuntime();
     bool CreateContext();
     bool EnumerateAdapters();

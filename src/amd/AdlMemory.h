@@ -23,7 +23,7 @@ std::size_t SizeOfAdlBlock(void const* block) noexcept;
 // block is too small for them; none when the list is null or the count is not positive.
 template <class Record>
 class AdlList {
-  public:
+public:
     AdlList() = default;
     ~AdlList() { ReleaseFromAdl(records_); }
     AdlList(AdlList const&) = delete;
@@ -41,7 +41,7 @@ class AdlList {
         return {records_, wanted < held ? wanted : held};
     }
 
-  private:
+private:
     Record* records_ = nullptr;
 };
 

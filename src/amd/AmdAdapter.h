@@ -11,7 +11,7 @@
 namespace gputune::amd {
 
 class AmdAdapter : public IVideoAdapter {
-  public:
+public:
     // Among the active adapters, by ADL's own index.
     bool SetActiveAdapterIndex(int index) final;
     int GetActiveAdapterIndex() const final;
@@ -20,7 +20,7 @@ class AmdAdapter : public IVideoAdapter {
     // leaves SubsystemId 0, the other fields filled, and the conversion's error on its way to the caller.
     void GetVGAInfo(VgaInfo& info) final;
 
-  protected:
+protected:
     // The tags under which a class reports the identity.
     struct IdentityTags {
         log::Tag subDeviceId;
@@ -41,7 +41,7 @@ class AmdAdapter : public IVideoAdapter {
 
     ADL& m_Adl;
 
-  private:
+private:
     void FillNameAndBus(VgaInfo& info) const;
 
     IdentityTags m_Tags;

@@ -11,7 +11,7 @@
 namespace gputune::amd {
 
 class OD7Helper final : public AmdAdapter {
-  public:
+public:
     // Reads the capabilities, default clock tables and thermal controllers of the adapter that is current now; they
     // are not read again when another one is selected. IsInitOk tells the outcome.
     explicit OD7Helper(ADL& adl);
@@ -42,7 +42,7 @@ class OD7Helper final : public AmdAdapter {
     void GetGpuClockSetting(ClockSetting& setting) override;
     void GetMemClockSetting(ClockSetting& setting) override;
 
-  private:
+private:
     enum class ClockKind { Engine, Memory };
     struct ClockWords;
     struct Mode;

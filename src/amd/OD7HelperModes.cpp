@@ -92,17 +92,15 @@ bool OD7Helper::SetPerformanceDefault() {
     constexpr log::Tag tag{"[OD7Helper::SetPerformanceDefault()]"};
     log::Entry(tag, "begin");
     SetPowerLimitDefault();  // the clocks are reset also when this fails
-    return RestoreClocks(tag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock",
-                         "pCurrentGpuClockStruct", "set gpu clock default",
-                         "set gpu clock and voltage to default") &&
-           RestoreClocks(tag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock",
-                         "pCurrentMemClockStruct", "set memory clock default",
-                         "set mem clock and voltage to default");
+    return RestoreClocks(tag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock", "pCurrentGpuClockStruct",
+                         "set gpu clock default", "set gpu clock and voltage to default") &&
+           RestoreClocks(tag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock", "pCurrentMemClockStruct",
+                         "set memory clock default", "set mem clock and voltage to default");
 }
 
 bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels>& defaults,
-                              std::string_view defaultsName, std::string_view currentName,
-                              std::string_view clocksSet, std::string_view allSet) const {
+                              std::string_view defaultsName, std::string_view currentName, std::string_view clocksSet,
+                              std::string_view allSet) const {
     std::optional<PerformanceLevels> current = GetClockInfo(kind, kOdnModeCurrent);
     if (!current) {
         log::Entry(tag / currentName, "null ptr");

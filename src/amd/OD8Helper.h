@@ -7,7 +7,7 @@
 namespace gputune::amd {
 
 class OD8Helper final : public AmdAdapter {
-  public:
+public:
     // Captures capabilities and ranges of the adapter that is current now; they are not read again when another one is
     // selected. A board that does not answer leaves a table of zeros.
     explicit OD8Helper(ADL& adl);
@@ -41,7 +41,7 @@ class OD8Helper final : public AmdAdapter {
     // What the driver measures on the first display that can be opened, if its frame metrics are running.
     int GetFrameRate() override;
 
-  private:
+private:
     class Request;
     struct Mode;
 

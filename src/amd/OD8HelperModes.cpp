@@ -40,9 +40,9 @@ bool OD8Helper::SetPerformanceUser(int gpuClock, int /*gpuVoltage*/, int memCloc
     return set;
 }
 
-// False, with the reason logged, when there is nothing to send. A memory clock is requested only where the board has one.
-bool OD8Helper::RequestClocks(Request& request, ADLOD8CurrentSetting const& current, int gpuClock,
-                              int memClock) const {
+// False, with the reason logged, when there is nothing to send. A memory clock is requested only where the board has
+// one.
+bool OD8Helper::RequestClocks(Request& request, ADLOD8CurrentSetting const& current, int gpuClock, int memClock) const {
     auto const is = [&](Od8Setting setting, int value) { return current.Od8SettingTable[setting] == value; };
     bool const hasMemory = Has(kOd8HasMemoryClock);
     bool const sameMemory = !hasMemory || is(kOd8MemoryClockMax, memClock);

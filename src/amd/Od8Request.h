@@ -6,10 +6,12 @@
 namespace gputune::amd {
 
 class OD8Helper::Request {
-  public:
+public:
     Request() { record_.count = kOd8Count; }
 
-    void Set(int setting, int value) { record_.od8SettingTable[setting] = {.value = value, .requested = 1, .reset = 0}; }
+    void Set(int setting, int value) {
+        record_.od8SettingTable[setting] = {.value = value, .requested = 1, .reset = 0};
+    }
 
     // Ask the driver to restore its default; the value goes along.
     void Reset(int setting, int defaultValue) {
@@ -19,7 +21,7 @@ class OD8Helper::Request {
     // The block as ADL takes it.
     ADLOD8SetSetting* Record() { return &record_; }
 
-  private:
+private:
     ADLOD8SetSetting record_{};
 };
 

@@ -8,8 +8,8 @@ std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int m
     if (levelCount < 0 || levelCount > kMaxLevels) {
         return std::nullopt;
     }
-    std::size_t const size = sizeof(ADLODNPerformanceLevelsX2) +
-                             static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
+    std::size_t const size =
+        sizeof(ADLODNPerformanceLevelsX2) + static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
     auto* const table = static_cast<ADLODNPerformanceLevelsX2*>(std::calloc(1, size));
     if (table == nullptr) {
         return std::nullopt;

@@ -11,7 +11,7 @@
 namespace gputune::amd {
 
 class PerformanceLevels {
-  public:
+public:
     // A zeroed table for `levelCount` levels (0 to kMaxLevels) with its head filled in. Nothing when the count is out
     // of range or memory runs out.
     static std::optional<PerformanceLevels> Create(int levelCount, int mode);
@@ -34,7 +34,7 @@ class PerformanceLevels {
     // How many leading levels of the block have a non-zero clock. The enabled flag does not matter.
     int CountLeadingClocks() const;
 
-  private:
+private:
     struct Free {
         void operator()(void* block) const { std::free(block); }
     };

@@ -154,7 +154,7 @@ static_assert(offsetof(ADLODNFanControl, iMinFanLimit) == 28);
 
 struct ADLODNPowerLimitSetting {
     int iMode;
-    int iTDPLimit;                // percent
+    int iTDPLimit;                 // percent
     int iMaxOperatingTemperature;  // degrees Celsius
 };
 static_assert(sizeof(ADLODNPowerLimitSetting) == 12);

@@ -7,11 +7,11 @@ namespace gputune::amd {
 
 // Settings: index into the setting tables.
 enum Od8Setting : int {
-    kOd8GfxClockMax = 0,   // MHz
-    kOd8GfxClockMin = 1,   // MHz
-    kOd8GfxClock3 = 6,     // MHz, the top of the clock curve
-    kOd8GfxVoltage3 = 7,   // mV, likewise
-    kOd8MemoryClockMax = 8,  // MHz
+    kOd8GfxClockMax = 0,      // MHz
+    kOd8GfxClockMin = 1,      // MHz
+    kOd8GfxClock3 = 6,        // MHz, the top of the clock curve
+    kOd8GfxVoltage3 = 7,      // mV, likewise
+    kOd8MemoryClockMax = 8,   // MHz
     kOd8PowerPercentage = 9,  // percent relative to the default
     kOd8FanMinSpeed = 10,
     kOd8FanAcousticLimit = 11,

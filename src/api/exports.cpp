@@ -99,13 +99,13 @@ FanSetting GPUTUNE_CALL GetFanSetting(void) {
 }
 
 bool GPUTUNE_CALL SetPowerLimit(int temperatureLimit, int powerLimit) {
-    return ForwardBool("[SetPowerLimit(int,int)]", [=](IVideoAdapter& adapter) {
-        return adapter.SetPowerLimit(temperatureLimit, powerLimit);
-    });
+    return ForwardBool("[SetPowerLimit(int,int)]",
+                       [=](IVideoAdapter& adapter) { return adapter.SetPowerLimit(temperatureLimit, powerLimit); });
 }
 
 bool GPUTUNE_CALL SetPowerLimitDefault(void) {
-    return ForwardBool("[SetPowerLimitDefault()]", [](IVideoAdapter& adapter) { return adapter.SetPowerLimitDefault(); });
+    return ForwardBool("[SetPowerLimitDefault()]",
+                       [](IVideoAdapter& adapter) { return adapter.SetPowerLimitDefault(); });
 }
 
 PowerLimitSetting GPUTUNE_CALL GetPowerLimitSetting(void) {
@@ -148,9 +148,8 @@ ClockSetting GPUTUNE_CALL GetMemClockSetting(void) {
 
 PredefinedPerformanceParameter GPUTUNE_CALL GetExternalPerformanceParameter(std::uint32_t hwid) {
     PredefinedPerformanceParameter parameter{};
-    OnAdapter("[GetExternalPerformanceParameter(unsigned)]", [&](IVideoAdapter& adapter) {
-        parameter = adapter.GetExternalPerformanceParameter(hwid);
-    });
+    OnAdapter("[GetExternalPerformanceParameter(unsigned)]",
+              [&](IVideoAdapter& adapter) { parameter = adapter.GetExternalPerformanceParameter(hwid); });
     return parameter;
 }
 

@@ -1,5 +1,5 @@
-// The runtime's own handler for an uncaught exception prints its demangled type, for which it carries a demangler of 50 KB.
-// Inside a host nobody reads it: this one takes its place at link time.
+// The runtime's own handler for an uncaught exception prints its demangled type, for which it carries a demangler of 50
+// KB. Inside a host nobody reads it: this one takes its place at link time.
 #include <cstdlib>
 
 namespace __gnu_cxx {

@@ -20,7 +20,7 @@ constexpr std::string_view kMethod = "[GetWmiData()]";
 
 // COM on this thread for the life of the object.
 class Apartment {
-  public:
+public:
     Apartment() {
         constexpr log::Tag tag = log::Tag{kMethod} / "CoInitializeEx";
         HRESULT const result = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -43,7 +43,7 @@ class Apartment {
 
     bool Usable() const { return usable_; }
 
-  private:
+private:
     bool usable_ = false;
     bool mustUninitialize_ = false;
 };
@@ -62,7 +62,7 @@ bool InitializeSecurity() {
         return true;
     }
     log::Entry(tag, result == RPC_E_NO_GOOD_SECURITY_PACKAGES ? "failed: RPC_E_NO_GOOD_SECURITY_PACKAGES"
-                                                             : "failed: something else");
+                                                              : "failed: something else");
     return false;
 }
 

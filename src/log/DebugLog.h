@@ -4,7 +4,8 @@
 //
 //     constexpr log::Tag tag{"[ADL::InitADL()]"};
 //     log::Entry(tag, "load adl dll failed");                          // [ADL::InitADL()] ... load adl dll failed
-//     log::Entry(tag / "number of active adapter", count);             // [ADL::InitADL()] number of active adapter ... 2
+//     log::Entry(tag / "number of active adapter", count);             // [ADL::InitADL()] number of active adapter ...
+//     2
 //
 // A failure to log never changes a result, and no message is built when nothing will be logged.
 #pragma once
@@ -30,7 +31,7 @@ constexpr Tag operator/(Tag tag, std::string_view subject) {
 
 // One per process. Its mode is fixed by the call that creates it.
 class DebugLog {
-  public:
+public:
     // The one log. `mode` counts only in the call that creates it: 1 standard output, 2 the file "debug.log" in the
     // current directory, 3 both, any other value nothing. Safe against concurrent first calls.
     static DebugLog& Get(int mode);
@@ -43,7 +44,7 @@ class DebugLog {
     DebugLog(DebugLog const&) = delete;
     DebugLog& operator=(DebugLog const&) = delete;
 
-  private:
+private:
     explicit DebugLog(int mode);
     ~DebugLog();
 

@@ -9,14 +9,14 @@
 
 namespace gputune::log {
 
-// A line in the making. Stays on the writer's stack as long as it is short enough, as nearly every line is: an entry then
-// costs little more than its write.
+// A line in the making. Stays on the writer's stack as long as it is short enough, as nearly every line is: an entry
+// then costs little more than its write.
 class LineText {
-  public:
+public:
     void Append(std::string_view text);
     std::string_view View() const { return heap_.empty() ? std::string_view(stack_, length_) : heap_; }
 
-  private:
+private:
     char stack_[512];
     std::size_t length_ = 0;
     std::string heap_;  // the whole line, once it does not fit
@@ -24,7 +24,7 @@ class LineText {
 
 // A piece of a message: a text or a number, converted only when the message is written. Refers to its text.
 class Part {
-  public:
+public:
     Part(std::string_view text) : kind_(Kind::Text), text_(text) {}
     Part(char const* text) : Part(std::string_view(text)) {}
     Part(std::string const& text) : Part(std::string_view(text)) {}
@@ -39,7 +39,7 @@ class Part {
 
     void AppendTo(LineText& line) const;
 
-  private:
+private:
     enum class Kind { Text, Integer, Real };
     Kind kind_;
     union {

@@ -83,7 +83,10 @@ std::optional<float> ScanFloat(std::string_view text) {
     if (end == number.c_str() || errno == ERANGE) {
         return std::nullopt;
     }
-    return value;
+    // A lone "0x" is no number to scanf and a 0 to strtof.
+    std::size_t const digits = number.find_first_not_of(" \t\n\v\f\r+-");
+    bool const isLonePrefix = (*end == 'x' || *end == 'X') && end == number.c_str() + digits + 1 && end[-1] == '0';
+    return isLonePrefix ? std::nullopt : std::optional(value);
 }
 
 void ReadFloat(XMLElement const& row, char const* attribute, float& field) {

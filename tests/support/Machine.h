@@ -72,7 +72,7 @@ struct Exports {
 };
 
 class Machine {
-  public:
+public:
     enum class AmdLibrary { None, Newer, Older };  // neither, "atiadlxx.dll", "atiadlxy.dll"
 
     // A machine without display controllers, with an AMD library that answers 0 to everything and writes nothing, or
@@ -114,7 +114,7 @@ class Machine {
     void WriteProfile(std::string const& text);
     void RemoveProfile();
 
-  private:
+private:
     AmdLibrary library_;
     std::vector<std::wstring> captions_;
     std::size_t linesTaken_ = 0;

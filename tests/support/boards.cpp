@@ -34,17 +34,17 @@ Machine AmdBoard(int overdriveVersion, Machine::AmdLibrary library) {
 }
 
 std::vector<int> OverdriveNCapabilities() {
-    return {3,     0,                               // levels, flags
-            0,     30000, 200000, 100,  136600,     // engine clock
-            0,     30000, 225000, 100,  200000,     // memory clock
-            0,     800,   1175,   6,    1150,       // voltage
-            0,     -50,   50,     1,    0,          // power
-            0,     50,    90,     1,    75,         // power-tune temperature
-            0,     25,    105,    1,    70,         // fan temperature
-            0,     400,   3300,   100,  1600,       // fan speed
-            0,     30000, 200000, 100,  90000,      // minimum performance clock
-            0,     0,     1,      1,    0,          // throttle notification
-            0,     0,     1,      1,    0};         // automatic system clock
+    return {3, 0,                           // levels, flags
+            0, 30000, 200000, 100, 136600,  // engine clock
+            0, 30000, 225000, 100, 200000,  // memory clock
+            0, 800,   1175,   6,   1150,    // voltage
+            0, -50,   50,     1,   0,       // power
+            0, 50,    90,     1,   75,      // power-tune temperature
+            0, 25,    105,    1,   70,      // fan temperature
+            0, 400,   3300,   100, 1600,    // fan speed
+            0, 30000, 200000, 100, 90000,   // minimum performance clock
+            0, 0,     1,      1,   0,       // throttle notification
+            0, 0,     1,      1,   0};      // automatic system clock
 }
 
 Bytes Levels(std::vector<std::pair<int, int>> const& clocksAndVoltages) {

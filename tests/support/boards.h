@@ -43,9 +43,9 @@ std::vector<int> OverdriveNCapabilities();
 // A level table as ADL writes it, from offset 12 on: clock, voltage, enabled, control for each level.
 Bytes Levels(std::vector<std::pair<int, int>> const& clocksAndVoltages);
 
-// Overdrive8 with these capability flags. Setting k has the range 10 k to 10 k + 9, the default 10 k + 5 and the current
-// value 10 k + 3, but for: setting 9 (power) -20 to 20, default 0, current 0; setting 36 current 3. Sensors as SensorData
-// below; 1,000 MB of 8,192 MB in use.
+// Overdrive8 with these capability flags. Setting k has the range 10 k to 10 k + 9, the default 10 k + 5 and the
+// current value 10 k + 3, but for: setting 9 (power) -20 to 20, default 0, current 0; setting 36 current 3. Sensors as
+// SensorData below; 1,000 MB of 8,192 MB in use.
 Machine Overdrive8Board(int capabilities);
 
 // The 39 settings of Overdrive8Board: feature, min, max, default each; and their current values.

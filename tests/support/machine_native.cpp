@@ -39,12 +39,17 @@ void InstallLibrary(Machine::AmdLibrary library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = {
-        ::InitVGAHelper,        ::IsInitOk,           ::GetVendorInfo,        ::SetActiveAdapterIndex,
-        ::GetActiveAdapterIndex, ::GetVGAInfo,        ::FetchHwmValues,       ::GetHwmValue,
-        ::GetFrameRate,         ::SetFanSpeed,        ::SetFanSpeedTable,     ::GetFanSetting,
-        ::SetPowerLimit,        ::SetPowerLimitDefault, ::GetPowerLimitSetting, ::SetPerformanceUser,
-        ::SetPerformanceOC,     ::SetPerformanceDefault, ::SetPerformanceSilent, ::GetGpuClockSetting,
-        ::GetMemClockSetting,   ::GetExternalPerformanceParameter,
+        ::InitVGAHelper,         ::IsInitOk,
+        ::GetVendorInfo,         ::SetActiveAdapterIndex,
+        ::GetActiveAdapterIndex, ::GetVGAInfo,
+        ::FetchHwmValues,        ::GetHwmValue,
+        ::GetFrameRate,          ::SetFanSpeed,
+        ::SetFanSpeedTable,      ::GetFanSetting,
+        ::SetPowerLimit,         ::SetPowerLimitDefault,
+        ::GetPowerLimitSetting,  ::SetPerformanceUser,
+        ::SetPerformanceOC,      ::SetPerformanceDefault,
+        ::SetPerformanceSilent,  ::GetGpuClockSetting,
+        ::GetMemClockSetting,    ::GetExternalPerformanceParameter,
     };
     return exports;
 }
@@ -55,8 +60,9 @@ std::filesystem::path ProfilePath() {
 
 Scripted const& Adl() {
     static Scripted const scripted = {
-        Scripted_Reset,     Scripted_Result,  Scripted_Write,      Scripted_Allocate,      Scripted_Then,          Scripted_Hide,
-        Scripted_CallCount, Scripted_GetCall, Scripted_ClearCalls, Scripted_AskForMemory, Scripted_AskWithOddStack,
+        Scripted_Reset,      Scripted_Result,       Scripted_Write,           Scripted_Allocate,
+        Scripted_Then,       Scripted_Hide,         Scripted_CallCount,       Scripted_GetCall,
+        Scripted_ClearCalls, Scripted_AskForMemory, Scripted_AskWithOddStack,
     };
     return scripted;
 }

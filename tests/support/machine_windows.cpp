@@ -1,5 +1,5 @@
-// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted AMD library is loaded by
-// full path before the product asks for it by name.
+// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted AMD library is loaded
+// by full path before the product asks for it by name.
 #include <windows.h>
 
 #include <filesystem>

@@ -162,10 +162,10 @@ int Answer(char const* name, int const* args) {
 }  // namespace
 
 // One function serves every entry point: under cdecl the caller pops its arguments, however many there are.
-#define ADL_FUNCTION(name, ...)                                                                     \
-    extern "C" int SCRIPTED_CDECL name(int a, int b, int c, int d, int e, int f) {                  \
-        int const args[SCRIPTED_MAX_ARGS] = {a, b, c, d, e, f};                                     \
-        return Answer(#name, args);                                                                 \
+#define ADL_FUNCTION(name, ...)                                                    \
+    extern "C" int SCRIPTED_CDECL name(int a, int b, int c, int d, int e, int f) { \
+        int const args[SCRIPTED_MAX_ARGS] = {a, b, c, d, e, f};                    \
+        return Answer(#name, args);                                                \
     }
 #include "amd/adl_functions.inc"
 

@@ -1,12 +1,13 @@
 /*
- * scripted_adl.h - an AMD Display Library that answers as it is told to, byte by byte, and records what crossed the table.
+ * scripted_adl.h - an AMD Display Library that answers as it is told to, byte by byte, and records what crossed the
+ * table.
  *
- * It knows no record layout of the product's: what it writes and what it remembers are plain bytes, and its own table of
- * the entry points' arguments was entered by hand, so that a mistake on either side shows.
+ * It knows no record layout of the product's: what it writes and what it remembers are plain bytes, and its own table
+ * of the entry points' arguments was entered by hand, so that a mistake on either side shows.
  *
- * Responses. Every entry point starts with one response: return 0 and write nothing. An order changes the response begun
- * last; Scripted_Then begins the next one, which holds from the following call on. The last response holds for all later
- * calls. Argument numbers count from 0, the context included.
+ * Responses. Every entry point starts with one response: return 0 and write nothing. An order changes the response
+ * begun last; Scripted_Then begins the next one, which holds from the following call on. The last response holds for
+ * all later calls. Argument numbers count from 0, the context included.
  *
  * Plain C, because under Windows it is a DLL of its own.
  */
