@@ -7,11 +7,16 @@ namespace gputune::tool {
 
 namespace {
 
+// OverdriveN boards with fewer memory than engine levels answer 0, which no running board has.
+Value CurrentClock(ClockSetting const& setting) {
+    return setting.CurrentClock == 0 ? Value() : IntValue(setting.CurrentClock);
+}
+
 Section ClockSection(char const* key, char const* title, ClockSetting const& setting) {
     Section section{.key = key, .title = title};
     section.available = setting.Valid;
     section.fields = {
-        {"current_clock", "Current clock", IntValue(setting.CurrentClock), Unit::Megahertz},
+        {"current_clock", "Current clock", CurrentClock(setting), Unit::Megahertz},
         {"default_clock", "Default clock", IntValue(setting.DefaultClock), Unit::Megahertz},
         {"minimum_clock", "Minimum clock", IntValue(setting.MinClock), Unit::Megahertz},
         {"maximum_clock", "Maximum clock", IntValue(setting.MaxClock), Unit::Megahertz},
