@@ -75,6 +75,10 @@ Reading JudgeFloat(std::string_view text) {
                                   prefix.hexadecimal ? std::chars_format::hex : std::chars_format::general),
                   text);
     bool const isRead = reading == Reading::Clean || reading == Reading::Trailing;
+    // Whether a number of reduced precision is read depends on the C library.
+    if (isRead && std::fpclassify(value) == FP_SUBNORMAL) {
+        return Reading::OutOfRange;
+    }
     return isRead && !std::isfinite(value) ? Reading::NotFinite : reading;
 }
 

@@ -188,6 +188,8 @@ TEST(ProfileNumbers, FloatsAreScannedUpToWhatBelongsToNoNumber) {
     EXPECT_EQ(Float("1.05"), 1.05F);
     EXPECT_EQ(Float("0x1.8p1"), 3.0F);
     EXPECT_EQ(Float("-0X10"), -16.0F);
+    EXPECT_EQ(Float("1x"), 1.0F);
+    EXPECT_EQ(Float("00x1"), 0.0F);
 }
 
 TEST(ProfileNumbers, InfinityAndNotANumberAreNumbersToTheScanner) {

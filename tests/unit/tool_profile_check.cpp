@@ -216,6 +216,8 @@ TEST(ProfileValues, FloatsAreJudgedAsTheyAreRead) {
     EXPECT_EQ(JudgeFloat(""), Reading::NotANumber);
     EXPECT_EQ(JudgeFloat("-nan"), Reading::NotFinite);
     EXPECT_EQ(JudgeFloat("1e-60"), Reading::OutOfRange);
+    EXPECT_EQ(JudgeFloat("1e-40"), Reading::OutOfRange);
+    EXPECT_EQ(JudgeFloat("0.0"), Reading::Clean);
     EXPECT_EQ(JudgeFloat("1.5GHz"), Reading::Trailing);
 }
 
