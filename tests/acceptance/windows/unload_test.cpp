@@ -1,0 +1,208 @@
+// The end of the library: unloaded by its host, or with the process. The clean-up's last words are in the log. The
+// system swallows faults in it, so each is counted by a handler of the test's own.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "WindowsMachine.h"
+#include "boards.h"
+
+namespace gputune::test {
+namespace {
+
+constexpr char kLastWords[] = "[ADL::~ADL()] ~ADL ... destructor called";
+constexpr wchar_t kFaultFile[] = L"faults";
+constexpr char kChild[] = "GPUTUNE_UNLOAD_CHILD";
+
+std::atomic<int> g_faults = 0;
+
+// Also leaves a file behind, for a parent process to see. Only calls that work at the end of a process.
+LONG CALLBACK CountFault(EXCEPTION_POINTERS* exception) {
+    constexpr DWORD kError = 0xC0000000;
+    if ((exception->ExceptionRecord->ExceptionCode & kError) == kError) {
+        ++g_faults;
+        HANDLE const file = ::CreateFileW(kFaultFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        if (file != INVALID_HANDLE_VALUE) {
+            ::CloseHandle(file);
+        }
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+void CountFaults() {
+    ::AddVectoredExceptionHandler(1, CountFault);
+}
+
+DWORD OpenHandles() {
+    DWORD count = 0;
+    EXPECT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &count));
+    return count;
+}
+
+std::wstring LibraryPath() {
+    wchar_t path[MAX_PATH];
+    DWORD const length = ::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH);
+    return {path, length};
+}
+
+bool IsLoaded() {
+    return ::GetModuleHandleW(L"gputune.dll") != nullptr;
+}
+
+std::string LastLine(Machine& machine) {
+    Lines const lines = machine.TakeLog();
+    return lines.empty() ? "(no line)" : lines.back();
+}
+
+// Nobody holds the log file open any more: the log was destroyed, the last of the clean-up.
+void ExpectLogClosed() {
+    std::error_code error;
+    EXPECT_TRUE(std::filesystem::remove("debug.log", error)) << error.message();
+}
+
+TEST(Unload, WritesTheLastWordsAndClosesTheLog) {
+    CountFaults();
+    Machine machine = OverdriveNBoard();
+    ASSERT_TRUE(machine.InitAndForget());
+    std::error_code error;
+    ASSERT_FALSE(std::filesystem::remove("debug.log", error)) << "the log is not open";
+
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_FALSE(IsLoaded());
+    EXPECT_EQ(machine.TakeLog(), Lines({kLastWords}));
+    ExpectLogClosed();
+    EXPECT_EQ(g_faults, 0);
+}
+
+TEST(Unload, WritesTheLastWordsOnceAfterSeveralStarts) {
+    CountFaults();
+    Machine machine = OverdriveNBoard();
+    machine.Then("ADL2_Overdrive_Caps").Write("ADL2_Overdrive_Caps", 4, Ints({8}));
+    ASSERT_TRUE(machine.Init());
+    ASSERT_TRUE(machine.InitAndForget());
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_EQ(machine.TakeLog(), Lines({kLastWords}));
+    ExpectLogClosed();
+    EXPECT_EQ(g_faults, 0);
+}
+
+TEST(Unload, WithoutAnAdapterEndsTheBindingAsWell) {
+    CountFaults();
+    Machine machine(Machine::AmdLibrary::None);
+    machine.Captions({L"AMD Radeon RX 580 Series"});
+    ASSERT_FALSE(machine.Init());
+    machine.TakeLog();
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_EQ(machine.TakeLog(), Lines({kLastWords}));
+    ExpectLogClosed();
+    EXPECT_EQ(g_faults, 0);
+}
+
+TEST(Unload, BeforeTheFirstStartLeavesNothing) {
+    CountFaults();
+    Machine machine = OverdriveNBoard();
+    EXPECT_FALSE(machine.Api().IsInitOk());
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_FALSE(IsLoaded());
+    EXPECT_FALSE(std::filesystem::exists("debug.log"));
+    EXPECT_EQ(g_faults, 0);
+}
+
+TEST(Unload, AndLoadAgainStartsAfresh) {
+    CountFaults();
+    Machine machine = OverdriveNBoard();
+    std::wstring const path = LibraryPath();
+    ASSERT_TRUE(machine.Init());
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    DWORD handles = 0;
+    for (int round = 0; round < 4; ++round) {
+        HMODULE const library = ::LoadLibraryW(path.c_str());
+        ASSERT_NE(library, nullptr);
+        auto const find = [&](char const* name) { return reinterpret_cast<void*>(::GetProcAddress(library, name)); };
+        EXPECT_EQ(reinterpret_cast<decltype(&::GetVendorInfo)>(find("GetVendorInfo"))(), 0U);
+        EXPECT_FALSE(reinterpret_cast<decltype(&::IsInitOk)>(find("IsInitOk"))());
+        EXPECT_TRUE(reinterpret_cast<decltype(&::InitVGAHelper)>(find("InitVGAHelper"))(GPUTUNE_LOG_FILE));
+        ASSERT_TRUE(::FreeLibrary(library));
+        EXPECT_FALSE(IsLoaded());
+        ExpectLogClosed();
+        // What the system itself keeps, it keeps from the first round on.
+        if (round == 0) {
+            handles = OpenHandles();
+        }
+    }
+    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(g_faults, 0);
+}
+
+// Runs this test alone in a process of its own, which ends with the library loaded. The exit code.
+DWORD RunAsChild(char const* test) {
+    wchar_t program[MAX_PATH];
+    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::string const name(test);
+    std::wstring command =
+        L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
+    ::SetEnvironmentVariableA(kChild, "1");
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+        return ~DWORD{0};
+    }
+    ::WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = ~DWORD{0};
+    ::GetExitCodeProcess(process.hProcess, &code);
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    return code;
+}
+
+bool IsChild() {
+    return ::GetEnvironmentVariableA(kChild, nullptr, 0) != 0;
+}
+
+// The mark of a child that came to the end of its test.
+void Mark() {
+    std::ofstream("reached-the-end") << "yes";
+}
+
+void ExpectChildEndedWell(DWORD exitCode) {
+    EXPECT_EQ(exitCode, 0U);
+    EXPECT_TRUE(std::filesystem::exists("reached-the-end"));
+    EXPECT_FALSE(std::filesystem::exists(kFaultFile));
+    Machine log(Machine::AmdLibrary::None);
+    EXPECT_EQ(LastLine(log), kLastWords);
+    ExpectLogClosed();
+}
+
+TEST(Unload, EndOfTheProcessWritesTheLastWords) {
+    if (!IsChild()) {
+        ExpectChildEndedWell(RunAsChild("Unload.EndOfTheProcessWritesTheLastWords"));
+        return;
+    }
+    CountFaults();
+    Machine machine = OverdriveNBoard();
+    ASSERT_TRUE(machine.Init());
+    machine.Api().FetchHwmValues();
+    Mark();
+}
+
+TEST(Unload, ProcessThatEndsAbruptlyWritesTheLastWords) {
+    if (!IsChild()) {
+        ExpectChildEndedWell(RunAsChild("Unload.ProcessThatEndsAbruptlyWritesTheLastWords"));
+        return;
+    }
+    CountFaults();
+    Machine machine = Overdrive8Board(0);
+    ASSERT_TRUE(machine.Init());
+    Mark();
+    // As a host does that does not return from its main function.
+    ::ExitProcess(0);
+}
+
+}  // namespace
+}  // namespace gputune::test
