@@ -118,7 +118,8 @@ TEST(FrameRate, ReadsNoRecordThatIsNotThere) {
 TEST(FrameRate, ReadsANameToTheEndOfItsField) {
     std::string const full(256, 'd');
     Machine machine = Overdrive8Board(0);
-    machine.Write(kList, 2, Ints({1})).Allocate(kList, 3, Displays({full}));
+    // What stands behind it is no zero.
+    machine.Write(kList, 2, Ints({1})).Allocate(kList, 3, Patched(Displays({full}), 792, Text("behind")));
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.Api().GetFrameRate(), 0);
     EXPECT_EQ(machine.TakeLog(),

@@ -18,6 +18,7 @@ std::string const kInitX2 = "ADL2_Overdrive8_Init_SettingX2_Get";
 std::string const kInitOlder = "ADL2_Overdrive8_Init_Setting_Get";
 std::string const kCurrentX2 = "ADL2_Overdrive8_Current_SettingX2_Get";
 std::string const kCurrentOlder = "ADL2_Overdrive8_Current_Setting_Get";
+std::string const kAdapters = "ADL2_Adapter_AdapterInfoX3_Get";
 std::string const kPmLog = "ADL2_New_QueryPMLogData_Get";
 
 Lines const kInitFailed = {"[OD8Helper::GetInitSetting()] ... ADL2_Overdrive8_Init_SettingX2_Get is failed"};
@@ -438,9 +439,11 @@ TEST(Overdrive8Lists, AreReleasedOnEveryPath) {
         SCOPED_TRACE(std::to_string(row.result) + ", " + std::to_string(row.count));
         ASSERT_TRUE(machine.Init());
         machine.Api().GetPowerLimitSetting();
-        machine.Then(kInitX2).Then(kCurrentX2);
+        machine.Api().GetFrameRate();
+        machine.Then(kInitX2).Then(kCurrentX2).Then(kAdapters);
         machine.Result(kInitX2, row.result).Write(kInitX2, 3, Ints({row.count})).Allocate(kInitX2, 4, list);
         machine.Result(kCurrentX2, row.result).Write(kCurrentX2, 2, Ints({row.count})).Allocate(kCurrentX2, 3, list);
+        machine.Result(kAdapters, row.result).Write(kAdapters, 2, Ints({row.count})).Allocate(kAdapters, 3, list);
         static int const hooks = __sanitizer_install_malloc_and_free_hooks(NoteAllocation, NoteRelease);
         ASSERT_NE(hooks, 0);
         g_marked = {};
@@ -450,7 +453,9 @@ TEST(Overdrive8Lists, AreReleasedOnEveryPath) {
         EXPECT_EQ(Held(), 1);
         machine.Api().GetPowerLimitSetting();
         EXPECT_EQ(Held(), 1);
-        EXPECT_EQ(machine.CountOf(kInitX2) + machine.CountOf(kCurrentX2), 4);
+        machine.Api().GetFrameRate();
+        EXPECT_EQ(Held(), 1);
+        EXPECT_EQ(machine.CountOf(kInitX2) + machine.CountOf(kCurrentX2) + machine.CountOf(kAdapters), 6);
         machine.TakeCalls();
     }
 }
@@ -513,7 +518,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Overdrive8Name, IsBoundToItsField) {
     std::string const full(256, 'n');
-    Machine machine = BoardListedAs(Patched(AdapterList({{0, "", -1, "", ""}}), 280, Bytes(full.begin(), full.end())));
+    Machine machine =
+        BoardListedAs(Patched(AdapterList({{0, "", -1, "", "behind"}}), 280, Bytes(full.begin(), full.end())));
     ASSERT_TRUE(machine.InitAndForget());
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(std::string(info.AdapterName), full.substr(1));

@@ -27,16 +27,32 @@ LONG Thunk(char const* name, Record& record) {
     return function == nullptr ? -1 : function(&record);
 }
 
-// The source that the system gives a display; nothing when it opens none under this name.
-std::optional<int> SourceOf(std::wstring const& name) {
+constexpr char kOpen[] = "D3DKMTOpenAdapterFromGdiDisplayName";
+constexpr char kClose[] = "D3DKMTCloseAdapter";
+
+std::wstring Name(int display) {
+    return L"\\\\.\\DISPLAY" + std::to_wstring(display);
+}
+
+// What the system answers for a display; nothing when it opens none under this name. The adapter is left closed.
+std::optional<OpenDisplay> Open(int display) {
     OpenDisplay open{};
-    name.copy(open.name, 31);
+    Name(display).copy(open.name, 31);
     open.source = 0xEEEEEEEE;
-    if (Thunk("D3DKMTOpenAdapterFromGdiDisplayName", open) != 0) {
+    if (Thunk(kOpen, open) != 0) {
         return std::nullopt;
     }
-    Thunk("D3DKMTCloseAdapter", open.handle);
-    return static_cast<int>(open.source);
+    EXPECT_EQ(Thunk(kClose, open.handle), 0);
+    return open;
+}
+
+// The display of the highest number: its source is the least likely to be 0, which any mistake may hit.
+int LastDisplay() {
+    int display = 4;
+    while (display > 0 && !Open(display)) {
+        --display;
+    }
+    return display;
 }
 
 // Like the records of the driver's older list: 1,572 bytes, the display's name at 536.
@@ -50,23 +66,29 @@ Bytes Displays(std::vector<std::string> const& names) {
 }
 
 TEST(FrameRateDisplay, IsAskedAboutTheSourceThatTheSystemGives) {
-    std::optional<int> const source = SourceOf(L"\\\\.\\DISPLAY1");
-    if (!source) {
+    int const display = LastDisplay();
+    if (display == 0) {
         GTEST_SKIP() << "no display that can be opened";
     }
+    std::string const name = "\\\\.\\DISPLAY" + std::to_string(display);
     Machine machine = Overdrive8Board(0);
     machine.Write("ADL2_Adapter_AdapterInfoX3_Get", 2, Ints({3}));
-    machine.Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3,
-                     Displays({"\\\\.\\NOWHERE1", "\\\\.\\DISPLAY1", "\\\\.\\NOWHERE2"}));
+    machine.Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3, Displays({"\\\\.\\NOWHERE1", name, "\\\\.\\NOWHERE2"}));
     machine.Write("ADL2_Adapter_FrameMetrics_Get", 3, {0x00, 0x00, 0x6F, 0x42});  // 59.75
     ASSERT_TRUE(machine.InitAndForget());
 
+    OpenDisplay const before = *Open(display);
     EXPECT_EQ(machine.Api().GetFrameRate(), 59);
-    EXPECT_EQ(machine.LastCall("ADL2_Adapter_FrameMetrics_Get").args.at(2), *source);
+    OpenDisplay const after = *Open(display);
+    EXPECT_EQ(machine.LastCall("ADL2_Adapter_FrameMetrics_Get").args.at(2), static_cast<int>(before.source));
+    // Handles are numbered as they are given out. What was opened between these two is closed already.
+    for (UINT handle = before.handle + 1; handle < after.handle && handle < before.handle + 100; ++handle) {
+        EXPECT_NE(Thunk(kClose, handle), 0) << handle - before.handle;
+    }
     EXPECT_EQ(machine.TakeLog(), Lines({
                                      "[OD8Helper::GetFrameRate()] numAdapters ... 3",
                                      "[OD8Helper::GetFrameRate()] dispDeviceName ... \\\\.\\NOWHERE1",
-                                     "[OD8Helper::GetFrameRate()] dispDeviceName ... \\\\.\\DISPLAY1",
+                                     "[OD8Helper::GetFrameRate()] dispDeviceName ... " + name,
                                      "[OD8Helper::GetFrameRate()] D3DKMTOpenAdapterFromGdiDisplayName ... 0",
                                      "[OD8Helper::GetFrameRate()] current fps ... 59.750000",
                                  }));
