@@ -1,0 +1,689 @@
+// OverdriveN: user clocks and voltages, the default clocks, and the clock settings' read-back.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+
+#include "boards.h"
+
+namespace gputune::test {
+namespace {
+
+constexpr char const* kCapabilities = "ADL2_OverdriveN_CapabilitiesX2_Get";
+constexpr char const* kEngineGet = "ADL2_OverdriveN_SystemClocksX2_Get";
+constexpr char const* kEngineSet = "ADL2_OverdriveN_SystemClocksX2_Set";
+constexpr char const* kMemoryGet = "ADL2_OverdriveN_MemoryClocksX2_Get";
+constexpr char const* kMemorySet = "ADL2_OverdriveN_MemoryClocksX2_Set";
+constexpr int kHead = 12;
+
+// Clock, voltage, enabled and control of each current level; none equal to a default.
+std::vector<int> const kCurrentEngine = {31000, 760, 7, 71, 91000, 860, 8, 81, 130099, 1100, 9, 91};
+std::vector<int> const kCurrentMemory = {32000, 770, 4, 41, 101000, 810, 5, 51, 190000, 920, 6, 61};
+
+// OverdriveNBoard, initialised with its defaults: engine 30000/750, 90000/850, 136600/1150; memory 30000/750,
+// 100000/800, 200000/950. From here on it reads the current levels above.
+Machine RunningBoard() {
+    Machine machine = OverdriveNBoard();
+    EXPECT_TRUE(machine.InitAndForget());
+    machine.Write(kEngineGet, 2, Ints(kCurrentEngine), kHead).Write(kMemoryGet, 2, Ints(kCurrentMemory), kHead);
+    return machine;
+}
+
+// A table of levels of four fields each, whose head counts them.
+Bytes Table(int mode, std::vector<int> const& levels) {
+    int const bytes = static_cast<int>(4 * levels.size());
+    return Patched(Ints({kHead + bytes, mode, bytes / 16}), kHead, Ints(levels));
+}
+
+Lines Read(Lines const& before, Lines const& after) {
+    Lines lines = before;
+    lines.insert(lines.end(),
+                 {"[OD7Helper::GetClockInfo(obj)] ... begin", "[OD7Helper::GetClockInfo(obj)] ... get ok"});
+    lines.insert(lines.end(), after.begin(), after.end());
+    return lines;
+}
+
+Lines operator+(Lines lines, Lines const& more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+Lines const kUser = {"[OD7Helper::SetPerformanceUser(int,int,int,int,bool)] ... begin"};
+Lines const kEngineBegin = {"[OD7Helper::SetGpuClock(int,int)] ... begin"};
+Lines const kMemoryBegin = {"[OD7Helper::SetMemoryClock(int,int)] ... begin"};
+
+// 1500 MHz at 1200 mV.
+Lines const kEnginePlan = {
+    "[OD7Helper::SetGpuClock(int,int)] nDefaultClock ... 1366",
+    "[OD7Helper::SetGpuClock(int,int)] nDefaultVoltage ... 1150",
+    "[OD7Helper::SetGpuClock(int,int)] fGpuOCRatio ... 1.098097",
+    "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... 1.043478",
+    "[OD7Helper::SetGpuClock(int,int)] ... plan gpu clock: 150000, gpu voltage: 1200",
+};
+Lines const kEngineIsSet = {"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... set"};
+
+// 2100 MHz at 1000 mV.
+Lines const kMemoryPlan = {
+    "[OD7Helper::SetMemoryClock(int,int)] nDefaultClock ... 2000",
+    "[OD7Helper::SetMemoryClock(int,int)] nDefaultVoltage ... 950",
+    "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... 1.050000",
+    "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 1.052632",
+    "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 210000, mem voltage: 1000",
+};
+Lines const kMemoryIsSet = {"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... set"};
+
+TEST(OverdriveNUserClocks, AllLevelsButTheLowestGetWhatIsAsked) {
+    Machine machine = RunningBoard();
+
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+
+    EXPECT_EQ(machine.TakeLog(),
+              Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + Read(kMemoryBegin, kMemoryPlan + kMemoryIsSet));
+    std::vector<Call> const calls = machine.TakeCalls();
+    ASSERT_EQ(calls.size(), 4U);
+    for (Call const& call : calls) {
+        EXPECT_EQ(call.args[0], kContext);
+        EXPECT_EQ(call.args[1], 5);
+    }
+    Bytes const asked = Patched(Bytes(60), 0, Ints({60, 0, 3}));  // mode 0: current values
+    EXPECT_EQ(calls[0].entryPoint, kEngineGet);
+    EXPECT_EQ(calls[0].record, asked);
+    EXPECT_EQ(calls[1].entryPoint, kEngineSet);
+    EXPECT_EQ(calls[1].record, Table(3, {31000, 760, 7, 71, 150000, 1200, 3, 81, 150000, 1200, 3, 91}));
+    EXPECT_EQ(calls[2].entryPoint, kMemoryGet);
+    EXPECT_EQ(calls[2].record, asked);
+    EXPECT_EQ(calls[3].entryPoint, kMemorySet);
+    // Enabled 1 here, 3 above.
+    EXPECT_EQ(calls[3].record, Table(3, {32000, 770, 4, 41, 210000, 1000, 1, 51, 210000, 1000, 1, 61}));
+}
+
+TEST(OverdriveNUserClocks, ZeroKeepsTheCurrentTopLevel) {
+    Machine machine = RunningBoard();
+
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(0, 0, 0, 0));
+
+    Lines const engine = {
+        "[OD7Helper::SetGpuClock(int,int)] iGpuClock == 0 ... use current: 1300",  // of 1300.99
+        "[OD7Helper::SetGpuClock(int,int)] iGpuVoltage == 0 ... use current: 1100",
+        "[OD7Helper::SetGpuClock(int,int)] nDefaultClock ... 1366",
+        "[OD7Helper::SetGpuClock(int,int)] nDefaultVoltage ... 1150",
+        "[OD7Helper::SetGpuClock(int,int)] fGpuOCRatio ... 0.951684",
+        "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... 0.956522",
+        "[OD7Helper::SetGpuClock(int,int)] ... plan gpu clock: 130000, gpu voltage: 1100",
+    };
+    Lines const memory = {
+        "[OD7Helper::SetMemoryClock(int,int)] iMemClock == 0 ... use current: 1900",
+        "[OD7Helper::SetMemoryClock(int,int)] iMemVoltage == 0 ... use current: 920",
+        "[OD7Helper::SetMemoryClock(int,int)] nDefaultClock ... 2000",
+        "[OD7Helper::SetMemoryClock(int,int)] nDefaultVoltage ... 950",
+        "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... 0.950000",
+        "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 0.968421",
+        "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 190000, mem voltage: 920",
+    };
+    EXPECT_EQ(machine.TakeLog(),
+              Read(kUser + kEngineBegin, engine + kEngineIsSet) + Read(kMemoryBegin, memory + kMemoryIsSet));
+    EXPECT_EQ(machine.LastCall(kEngineSet).record,
+              Table(3, {31000, 760, 7, 71, 130000, 1100, 3, 81, 130000, 1100, 3, 91}));
+    EXPECT_EQ(machine.LastCall(kMemorySet).record,
+              Table(3, {32000, 770, 4, 41, 190000, 920, 1, 51, 190000, 920, 1, 61}));
+}
+
+TEST(OverdriveNUserClocks, ClocksAndVoltagesAreKeptIndependently) {
+    Machine machine = RunningBoard();
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 0, 0, 1000));
+    EXPECT_EQ(machine.LastCall(kEngineSet).record,
+              Table(3, {31000, 760, 7, 71, 150000, 1100, 3, 81, 150000, 1100, 3, 91}));
+    EXPECT_EQ(machine.LastCall(kMemorySet).record,
+              Table(3, {32000, 770, 4, 41, 190000, 1000, 1, 51, 190000, 1000, 1, 61}));
+}
+
+// The detour over the ratio in single precision comes out one unit low for some values.
+TEST(OverdriveNUserClocks, PlanIsTruncatedFromSinglePrecision) {
+    struct Case {
+        int wanted[4];
+        int sent[4];
+        Lines ratios;
+    };
+    std::vector<Case> const cases = {
+        {{1623, 717, 2001, 953}, {162299, 716, 200099, 952}, {"1.188141", "0.623478", "1.000500", "1.003158"}},
+        {{1366, 1150, 2000, 950}, {136600, 1150, 200000, 950}, {"1.000000", "1.000000", "1.000000", "1.000000"}},
+        {{900, 900, 1000, 900}, {90000, 900, 100000, 900}, {"0.658858", "0.782609", "0.500000", "0.947368"}},
+        {{-100, 1150, 2008, 962}, {-10000, 1150, 200799, 961}, {"-0.073206", "1.000000", "1.004000", "1.012632"}},
+    };
+    Machine machine = RunningBoard();
+    for (Case const& known : cases) {
+        SCOPED_TRACE(known.wanted[0]);
+        EXPECT_TRUE(
+            machine.Api().SetPerformanceUser(known.wanted[0], known.wanted[1], known.wanted[2], known.wanted[3]));
+        Lines const log = machine.TakeLog();
+        ASSERT_EQ(log.size(), 19U);
+        EXPECT_EQ(log[6], "[OD7Helper::SetGpuClock(int,int)] fGpuOCRatio ... " + known.ratios[0]);
+        EXPECT_EQ(log[7], "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... " + known.ratios[1]);
+        EXPECT_EQ(log[15], "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... " + known.ratios[2]);
+        EXPECT_EQ(log[16], "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... " + known.ratios[3]);
+        Call const engine = machine.LastCall(kEngineSet);
+        EXPECT_EQ(engine.Int(kHead + 16), known.sent[0]);
+        EXPECT_EQ(engine.Int(kHead + 20), known.sent[1]);
+        Call const memory = machine.LastCall(kMemorySet);
+        EXPECT_EQ(memory.Int(kHead + 32), known.sent[2]);
+        EXPECT_EQ(memory.Int(kHead + 36), known.sent[3]);
+    }
+}
+
+// 16,777,299 has no single-precision number of its own: its neighbour is 167,773 MHz.
+TEST(OverdriveNUserClocks, DefaultClockIsDividedInSinglePrecision) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {16777299, 1150}}), kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(0, 1150, 2000, 950));
+    Lines const log = machine.TakeLog();
+    ASSERT_EQ(log.size(), 20U);
+    EXPECT_EQ(log[4], "[OD7Helper::SetGpuClock(int,int)] iGpuClock == 0 ... use current: 167773");
+    EXPECT_EQ(log[5], "[OD7Helper::SetGpuClock(int,int)] nDefaultClock ... 167773");
+    EXPECT_EQ(machine.Api().GetGpuClockSetting().CurrentClock, 167772) << "an integer division there";
+}
+
+TEST(OverdriveNUserClocks, LevelsWithoutClockStayAsTheyAre) {
+    Machine machine = OverdriveNBoard();
+    std::vector<int> capabilities = OverdriveNCapabilities();
+    capabilities[capability::kLevels] = 4;
+    machine.Write(kCapabilities, 2, Ints(capabilities));
+    Bytes const levels = Levels({{30000, 750}, {90000, 850}, {120000, 1000}, {136600, 1150}});
+    machine.Write(kEngineGet, 2, levels, kHead).Write(kMemoryGet, 2, levels, kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+    std::vector<int> const current = {0, 760, 7, 71, 91000, 860, 8, 81, 0, 1000, 9, 91, 130000, 1100, 6, 61};
+    machine.Write(kEngineGet, 2, Ints(current), kHead).Write(kMemoryGet, 2, Ints(current), kHead);
+
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 0, 1500, 0));
+
+    EXPECT_EQ(machine.LastCall(kEngineSet).record,
+              Table(3, {0, 760, 7, 71, 150000, 1100, 3, 81, 0, 1000, 9, 91, 150000, 1100, 3, 61}));
+    EXPECT_EQ(machine.LastCall(kMemorySet).record,
+              Table(3, {0, 760, 7, 71, 150000, 1100, 1, 81, 0, 1000, 9, 91, 150000, 1100, 1, 61}));
+}
+
+// The top level is the last one with a default clock; the levels behind it are set all the same.
+TEST(OverdriveNUserClocks, TopLevelIsTheLastWithADefaultClock) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {0, 1150}}), kHead);
+    machine.Write(kMemoryGet, 2, Levels({{100000, 800}, {0, 0}, {0, 0}}), kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+    machine.Write(kEngineGet, 2, Ints(kCurrentEngine), kHead).Write(kMemoryGet, 2, Ints(kCurrentMemory), kHead);
+
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(0, 0, 0, 0));
+
+    Lines const log = machine.TakeLog();
+    ASSERT_EQ(log.size(), 23U);
+    EXPECT_EQ(log[4], "[OD7Helper::SetGpuClock(int,int)] iGpuClock == 0 ... use current: 910");
+    EXPECT_EQ(log[5], "[OD7Helper::SetGpuClock(int,int)] iGpuVoltage == 0 ... use current: 860");
+    EXPECT_EQ(log[6], "[OD7Helper::SetGpuClock(int,int)] nDefaultClock ... 900");
+    EXPECT_EQ(log[7], "[OD7Helper::SetGpuClock(int,int)] nDefaultVoltage ... 850");
+    EXPECT_EQ(log[15], "[OD7Helper::SetMemoryClock(int,int)] iMemClock == 0 ... use current: 320");
+    EXPECT_EQ(log[16], "[OD7Helper::SetMemoryClock(int,int)] iMemVoltage == 0 ... use current: 770");
+    EXPECT_EQ(log[17], "[OD7Helper::SetMemoryClock(int,int)] nDefaultClock ... 1000");
+    EXPECT_EQ(log[18], "[OD7Helper::SetMemoryClock(int,int)] nDefaultVoltage ... 800");
+    EXPECT_EQ(machine.LastCall(kEngineSet).Int(kHead + 16), machine.LastCall(kEngineSet).Int(kHead + 32));
+}
+
+TEST(OverdriveNUserClocks, WithoutADefaultWhatIsAskedIsSent) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {99, 0}}), kHead);  // below 1 MHz, 0 mV
+    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {90000, 850}, {50, 0}}), kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+
+    Lines const engine = {
+        "[OD7Helper::SetGpuClock(int,int)] nDefaultClock ... 0",
+        "[OD7Helper::SetGpuClock(int,int)] nDefaultVoltage ... 0",
+        "[OD7Helper::SetGpuClock(int,int)] fGpuOCRatio ... 0.000000",
+        "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... 0.000000",
+        "[OD7Helper::SetGpuClock(int,int)] ... plan gpu clock: 150000, gpu voltage: 1200",
+    };
+    Lines const memory = {
+        "[OD7Helper::SetMemoryClock(int,int)] nDefaultClock ... 0",
+        "[OD7Helper::SetMemoryClock(int,int)] nDefaultVoltage ... 0",
+        "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... 0.000000",
+        "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 0.000000",
+        "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 210000, mem voltage: 1000",
+    };
+    EXPECT_EQ(machine.TakeLog(),
+              Read(kUser + kEngineBegin, engine + kEngineIsSet) + Read(kMemoryBegin, memory + kMemoryIsSet));
+    EXPECT_EQ(machine.LastCall(kEngineSet).record,
+              Table(3, {30000, 750, 1, 0, 150000, 1200, 3, 0, 150000, 1200, 3, 0}));
+}
+
+TEST(OverdriveNUserClocks, ValuesBeyondAnIntBecomeTheLowestInt) {
+    Machine machine = RunningBoard();
+    EXPECT_TRUE(machine.Api().SetPerformanceUser(INT_MAX, 1150, INT_MIN, 950));
+    EXPECT_EQ(machine.LastCall(kEngineSet).Int(kHead + 16), INT_MIN);
+    EXPECT_EQ(machine.LastCall(kMemorySet).Int(kHead + 16), INT_MIN);
+}
+
+// What the driver writes into the head goes back to it, and never leads beyond the table.
+TEST(OverdriveNUserClocks, LevelsAreCountedByTheHeadWithinTheTable) {
+    struct Case {
+        int head;
+        int changed;  // levels
+    };
+    std::vector<Case> const cases = {{2, 1},       {1, 0}, {0, 0},          {-1, 0},
+                                     {INT_MIN, 0}, {4, 2}, {0x10000000, 2}, {INT_MAX, 2}};
+    Machine machine = RunningBoard();
+    for (Case const& known : cases) {
+        SCOPED_TRACE(known.head);
+        machine.Write(kEngineGet, 2, Ints({known.head}), 8).Write(kMemoryGet, 2, Ints({known.head}), 8);
+        EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+        Call const engine = machine.LastCall(kEngineSet);
+        EXPECT_EQ(engine.Int(4), 3);
+        EXPECT_EQ(engine.Int(8), known.head);
+        EXPECT_EQ(engine.Int(kHead), 31000);
+        EXPECT_EQ(engine.Int(kHead + 16), known.changed >= 1 ? 150000 : 91000);
+        EXPECT_EQ(engine.Int(kHead + 32), known.changed >= 2 ? 150000 : 130099);
+        Call const memory = machine.LastCall(kMemorySet);
+        EXPECT_EQ(memory.Int(8), known.head);
+        EXPECT_EQ(memory.Int(kHead + 16), known.changed >= 1 ? 210000 : 101000);
+        EXPECT_EQ(memory.Int(kHead + 32), known.changed >= 2 ? 210000 : 190000);
+    }
+}
+
+TEST(OverdriveNUserClocks, WithoutAnyLevelNothingIsSet) {
+    Machine machine = AmdBoard(7);
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_FALSE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+    EXPECT_EQ(machine.TakeLog(),
+              Read(kUser + kEngineBegin, {"[OD7Helper::SetGpuClock(int,int)] ... no performance level"}));
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet}));
+}
+
+TEST(OverdriveNUserClocks, WithoutMemoryLevelsTheEngineIsSet) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kMemoryGet, 2, Levels({{0, 0}, {100000, 800}, {200000, 950}}), kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_FALSE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+    EXPECT_EQ(machine.TakeLog(),
+              Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
+                  Read(kMemoryBegin, {"[OD7Helper::SetMemoryClock(int,int)] ... no performance level"}));
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet, kEngineSet, kMemoryGet}));
+}
+
+struct FailureCase {
+    char const* name;
+    std::function<void(Machine&)> order;
+    Lines log;
+    Lines calls;
+};
+
+void PrintTo(FailureCase const& failure, std::ostream* out) {
+    *out << failure.name;
+}
+
+Lines const kReadBegin = {"[OD7Helper::GetClockInfo(obj)] ... begin"};
+Lines const kEngineReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_SystemClocksX2_Get ... failed: -3"};
+Lines const kMemoryReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_MemoryClocksX2_Get ... failed: -3"};
+
+class OverdriveNUserClocksFailure : public testing::TestWithParam<FailureCase> {};
+
+std::vector<FailureCase> const kUserFailures = {
+    {"EngineReadFails",
+     [](Machine& m) { m.Result(kEngineGet, -3); },
+     kUser + kEngineBegin + kReadBegin + kEngineReadFails,
+     {kEngineGet}},
+    {"EngineWriteFails",
+     [](Machine& m) { m.Result(kEngineSet, 9); },
+     Read(kUser + kEngineBegin,
+          kEnginePlan + Lines{"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... failed: 9"}),
+     {kEngineGet, kEngineSet}},
+    {"MemoryReadFails",
+     [](Machine& m) { m.Result(kMemoryGet, -3); },
+     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + kMemoryBegin + kReadBegin + kMemoryReadFails,
+     {kEngineGet, kEngineSet, kMemoryGet}},
+    {"MemoryWriteFails",
+     [](Machine& m) { m.Result(kMemorySet, -1); },
+     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
+         Read(kMemoryBegin,
+              kMemoryPlan +
+                  Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... failed: -1"}),
+     {kEngineGet, kEngineSet, kMemoryGet, kMemorySet}},
+};
+
+std::vector<FailureCase> const kUserFailuresAlone = {
+    {"EngineWriteIsMissing",
+     [](Machine& m) { m.Hide(kEngineSet); },
+     Read(kUser + kEngineBegin,
+          kEnginePlan + Lines{"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... null ptr"}),
+     {kEngineGet}},
+    {"MemoryWriteIsMissing",
+     [](Machine& m) { m.Hide(kMemorySet); },
+     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
+         Read(kMemoryBegin,
+              kMemoryPlan +
+                  Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... null ptr"}),
+     {kEngineGet, kEngineSet, kMemoryGet}},
+};
+
+void RunFailures(std::vector<FailureCase> const& failures, bool (*operation)(Exports const&)) {
+    Machine machine = OverdriveNBoard();
+    ASSERT_TRUE(machine.InitAndForget());
+    for (FailureCase const& failure : failures) {
+        SCOPED_TRACE(failure.name);
+        failure.order(machine);
+        EXPECT_FALSE(operation(machine.Api()));
+        EXPECT_EQ(machine.TakeLog(), failure.log);
+        EXPECT_EQ(machine.TakeCallNames(), failure.calls);
+        machine.Result(kEngineGet, 0).Result(kEngineSet, 0).Result(kMemoryGet, 0).Result(kMemorySet, 0);
+    }
+}
+
+bool SetUser(Exports const& api) {
+    return api.SetPerformanceUser(1500, 1200, 2100, 1000);
+}
+
+bool SetDefault(Exports const& api) {
+    return api.SetPerformanceDefault();
+}
+
+TEST(OverdriveNUserClocks, FailureStopsThere) {
+    RunFailures(kUserFailures, SetUser);
+}
+
+// What takes a machine of its own: a missing entry point, or a failure behind a success.
+void RunFailure(FailureCase const& failure, bool (*operation)(Exports const&)) {
+    Machine machine = OverdriveNBoard();
+    failure.order(machine);
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_FALSE(operation(machine.Api()));
+    EXPECT_EQ(machine.TakeLog(), failure.log);
+    EXPECT_EQ(machine.TakeCallNames(), failure.calls);
+}
+
+TEST_P(OverdriveNUserClocksFailure, StopsThere) {
+    RunFailure(GetParam(), SetUser);
+}
+
+INSTANTIATE_TEST_SUITE_P(When, OverdriveNUserClocksFailure, testing::ValuesIn(kUserFailuresAlone),
+                         [](auto const& given) { return given.param.name; });
+
+Lines const kDefaultBegin = {
+    "[OD7Helper::SetPerformanceDefault()] ... begin",
+    "[OD7Helper::SetPowerLimitDefault()] ... begin",
+    "[OD7Helper::SetPowerLimitDefault()] ADL2_OverdriveN_PowerLimit_Set ... set default",
+};
+
+std::string Engine(std::string const& message) {
+    return "[OD7Helper::SetPerformanceDefault()] ADL2_OverdriveN_SystemClocksX2_Set ... " + message;
+}
+
+std::string Memory(std::string const& message) {
+    return "[OD7Helper::SetPerformanceDefault()] ADL2_OverdriveN_MemoryClocksX2_Set ... " + message;
+}
+
+Lines const kEngineRestored = {Engine("set gpu clock default"), Engine("set gpu clock and voltage to default")};
+Lines const kMemoryRestored = {Memory("set memory clock default"), Memory("set mem clock and voltage to default")};
+constexpr char const* kPowerGet = "ADL2_OverdriveN_PowerLimit_Get";
+constexpr char const* kPowerSet = "ADL2_OverdriveN_PowerLimit_Set";
+
+TEST(OverdriveNDefaultClocks, ClocksAloneThenWholeTables) {
+    Machine machine = RunningBoard();
+
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+
+    EXPECT_EQ(machine.TakeLog(), Read(kDefaultBegin, kEngineRestored) + Read({}, kMemoryRestored));
+    std::vector<Call> const calls = machine.TakeCalls();
+    ASSERT_EQ(calls.size(), 8U);
+    for (Call const& call : calls) {
+        EXPECT_EQ(call.args[0], kContext);
+        EXPECT_EQ(call.args[1], 5);
+    }
+    Bytes const asked = Patched(Bytes(60), 0, Ints({60, 0, 3}));
+    EXPECT_EQ(calls[0].entryPoint, kPowerGet);
+    EXPECT_EQ(calls[1].entryPoint, kPowerSet);
+    EXPECT_EQ(calls[2].entryPoint, kEngineGet);
+    EXPECT_EQ(calls[2].record, asked);
+    EXPECT_EQ(calls[3].entryPoint, kEngineSet);
+    EXPECT_EQ(calls[3].record, Table(3, {31000, 760, 7, 71, 90000, 860, 8, 81, 136600, 1100, 9, 91}));
+    EXPECT_EQ(calls[4].entryPoint, kEngineSet);
+    EXPECT_EQ(calls[4].record, Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0}));
+    EXPECT_EQ(calls[5].entryPoint, kMemoryGet);
+    EXPECT_EQ(calls[5].record, asked);
+    EXPECT_EQ(calls[6].entryPoint, kMemorySet);
+    EXPECT_EQ(calls[6].record, Table(3, {32000, 770, 4, 41, 100000, 810, 5, 51, 200000, 920, 6, 61}));
+    EXPECT_EQ(calls[7].entryPoint, kMemorySet);
+    EXPECT_EQ(calls[7].record, Table(1, {30000, 750, 1, 0, 100000, 800, 1, 0, 200000, 950, 1, 0}));
+}
+
+TEST(OverdriveNDefaultClocks, FailingPowerLimitDoesNotMatter) {
+    Machine machine = RunningBoard();
+    machine.Result(kPowerGet, -1);
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+    EXPECT_EQ(machine.TakeLog(),
+              Read({"[OD7Helper::SetPerformanceDefault()] ... begin", "[OD7Helper::SetPowerLimitDefault()] ... begin",
+                    "[OD7Helper::SetPowerLimitDefault()] ADL2_OverdriveN_PowerLimit_Get ... failed: -1"},
+                   kEngineRestored) +
+                  Read({}, kMemoryRestored));
+}
+
+TEST(OverdriveNDefaultClocks, UserClocksDoNotChangeTheDefaults) {
+    Machine machine = RunningBoard();
+    ASSERT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+    ASSERT_TRUE(machine.Api().SetPerformanceDefault());
+    ASSERT_TRUE(machine.Api().SetPerformanceDefault());
+    EXPECT_EQ(machine.LastCall(kEngineSet).record, Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0}));
+    EXPECT_EQ(machine.LastCall(kMemorySet).record, Table(1, {30000, 750, 1, 0, 100000, 800, 1, 0, 200000, 950, 1, 0}));
+}
+
+TEST(OverdriveNDefaultClocks, LevelsAreCountedByTheHeadWithinTheTable) {
+    Machine machine = RunningBoard();
+    for (int const head : {INT_MAX, 0x10000000, 4, 1, 0, -1}) {
+        SCOPED_TRACE(head);
+        machine.Write(kEngineGet, 2, Ints({head}), 8).Write(kMemoryGet, 2, Ints({head}), 8);
+        machine.TakeCalls();
+        EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+        std::vector<Call> const calls = machine.TakeCalls();
+        ASSERT_EQ(calls.size(), 8U);
+        EXPECT_EQ(calls[3].Int(kHead), 31000);
+        EXPECT_EQ(calls[3].Int(kHead + 32), head > 1 ? 136600 : 130099);
+        EXPECT_EQ(calls[6].Int(kHead + 32), head > 1 ? 200000 : 190000);
+    }
+}
+
+TEST(OverdriveNDefaultClocks, WithoutLevelsTheHeadsAreWritten) {
+    Machine machine = AmdBoard(7);
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+    std::vector<Call> const calls = machine.TakeCalls();
+    ASSERT_EQ(calls.size(), 8U);
+    EXPECT_EQ(calls[3].record, Ints({12, 3, 0}));
+    EXPECT_EQ(calls[4].record, Ints({12, 1, 0}));
+    EXPECT_EQ(calls[6].record, Ints({12, 3, 0}));
+    EXPECT_EQ(calls[7].record, Ints({12, 1, 0}));
+}
+
+class OverdriveNDefaultClocksFailure : public testing::TestWithParam<FailureCase> {};
+
+std::vector<FailureCase> const kDefaultFailures = {
+    {"EngineReadFails",
+     [](Machine& m) { m.Result(kEngineGet, -3); },
+     kDefaultBegin + kReadBegin + kEngineReadFails +
+         Lines{"[OD7Helper::SetPerformanceDefault()] pCurrentGpuClockStruct ... null ptr"},
+     {kPowerGet, kPowerSet, kEngineGet}},
+    {"EngineClocksFail",
+     [](Machine& m) { m.Result(kEngineSet, -1); },
+     Read(kDefaultBegin, {Engine("failed: -1")}),
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet}},
+    {"MemoryReadFails",
+     [](Machine& m) { m.Result(kMemoryGet, -3); },
+     Read(kDefaultBegin, kEngineRestored) + kReadBegin + kMemoryReadFails +
+         Lines{"[OD7Helper::SetPerformanceDefault()] pCurrentMemClockStruct ... null ptr"},
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet}},
+    {"MemoryClocksFail",
+     [](Machine& m) { m.Result(kMemorySet, -1); },
+     Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("failed: -1")}),
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet, kMemorySet}},
+};
+
+std::vector<FailureCase> const kDefaultFailuresAlone = {
+    {"EngineTableFails",
+     [](Machine& m) { m.Then(kEngineSet).Result(kEngineSet, -2); },
+     Read(kDefaultBegin, {Engine("set gpu clock default"), Engine("failed: -2")}),
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet}},
+    {"EngineWriteIsMissing",
+     [](Machine& m) { m.Hide(kEngineSet); },
+     Read(kDefaultBegin, {Engine("null ptr")}),
+     {kPowerGet, kPowerSet, kEngineGet}},
+    {"MemoryTableFails",
+     [](Machine& m) { m.Then(kMemorySet).Result(kMemorySet, 5); },
+     Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("set memory clock default"), Memory("failed: 5")}),
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet, kMemorySet, kMemorySet}},
+    {"MemoryWriteIsMissing",
+     [](Machine& m) { m.Hide(kMemorySet); },
+     Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("null ptr")}),
+     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet}},
+};
+
+TEST(OverdriveNDefaultClocks, FailureStopsThere) {
+    RunFailures(kDefaultFailures, SetDefault);
+}
+
+TEST_P(OverdriveNDefaultClocksFailure, StopsThere) {
+    RunFailure(GetParam(), SetDefault);
+}
+
+INSTANTIATE_TEST_SUITE_P(When, OverdriveNDefaultClocksFailure, testing::ValuesIn(kDefaultFailuresAlone),
+                         [](auto const& given) { return given.param.name; });
+
+TEST(OverdriveNClockSettings, EngineIsTheRangesAndTheCurrentTopLevel) {
+    Machine machine = RunningBoard();
+
+    ClockSetting const setting = machine.Api().GetGpuClockSetting();
+
+    EXPECT_TRUE(setting.Valid);
+    EXPECT_EQ(setting.DefaultClock, 1366);
+    EXPECT_EQ(setting.DefaultVoltage, 1150);
+    EXPECT_EQ(setting.MaxClock, 2000);
+    EXPECT_EQ(setting.MinClock, 300);
+    EXPECT_EQ(setting.MaxVoltage, 1175);
+    EXPECT_EQ(setting.MinVoltage, 800);
+    EXPECT_EQ(setting.CurrentClock, 1300);  // of 1300.99
+    EXPECT_EQ(setting.CurrentVoltage, 1100);
+    // The same answer serves the current and the default table here.
+    EXPECT_EQ(machine.TakeLog(), Read(Read({}, {}), {"vddc default ... 1150", "vddc perfapi ... 1100"}));
+    std::vector<Call> const calls = machine.TakeCalls();
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_EQ(calls[0].entryPoint, kEngineGet);
+    EXPECT_EQ(calls[0].record, Patched(Bytes(60), 0, Ints({60, 0, 3})));
+    EXPECT_EQ(calls[1].entryPoint, kEngineGet);
+    EXPECT_EQ(calls[1].record, Patched(Bytes(60), 0, Ints({60, 1, 3})));
+}
+
+TEST(OverdriveNClockSettings, MemoryHasNoVoltages) {
+    Machine machine = RunningBoard();
+
+    ClockSetting const setting = machine.Api().GetMemClockSetting();
+
+    EXPECT_TRUE(setting.Valid);
+    EXPECT_EQ(setting.DefaultClock, 2000);
+    EXPECT_EQ(setting.DefaultVoltage, -1);
+    EXPECT_EQ(setting.MaxClock, 2250);
+    EXPECT_EQ(setting.MinClock, 300);
+    EXPECT_EQ(setting.MaxVoltage, -1);
+    EXPECT_EQ(setting.MinVoltage, -1);
+    EXPECT_EQ(setting.CurrentClock, 1900);
+    EXPECT_EQ(setting.CurrentVoltage, -1);
+    EXPECT_EQ(machine.TakeLog(), Read({}, {}));
+    std::vector<Call> const calls = machine.TakeCalls();
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_EQ(calls[0].entryPoint, kMemoryGet);
+    EXPECT_EQ(calls[0].record, Patched(Bytes(60), 0, Ints({60, 0, 3})));
+}
+
+TEST(OverdriveNClockSettings, ClocksAreTruncatedTowardZero) {
+    std::vector<int> capabilities = OverdriveNCapabilities();
+    for (std::size_t const range : {capability::kEngineClock, capability::kMemoryClock}) {
+        capabilities[range + 1] = -199;   // minimum
+        capabilities[range + 2] = 20199;  // maximum
+        capabilities[range + 4] = 99;     // default
+    }
+    Machine machine = OverdriveNBoard();
+    machine.Write(kCapabilities, 2, Ints(capabilities));
+    machine.Write(kEngineGet, 2, Levels({{1, 1}, {1, 1}, {-250, -3}}), kHead);
+    machine.Write(kMemoryGet, 2, Levels({{1, 1}, {1, 1}, {-350, -4}}), kHead);
+    ASSERT_TRUE(machine.Init());
+    ClockSetting const engine = machine.Api().GetGpuClockSetting();
+    EXPECT_EQ(engine.MinClock, -1);
+    EXPECT_EQ(engine.MaxClock, 201);
+    EXPECT_EQ(engine.DefaultClock, 0);
+    EXPECT_EQ(engine.CurrentClock, -2);
+    EXPECT_EQ(engine.CurrentVoltage, -3);
+    ClockSetting const memory = machine.Api().GetMemClockSetting();
+    EXPECT_EQ(memory.MinClock, -1);
+    EXPECT_EQ(memory.MaxClock, 201);
+    EXPECT_EQ(memory.DefaultClock, 0);
+    EXPECT_EQ(memory.CurrentClock, -3);
+}
+
+TEST(OverdriveNClockSettings, EngineLevelsIndexTheMemoryTable) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {100000, 800}, {0, 0}}), kHead);
+    ASSERT_TRUE(machine.Init());  // three engine levels, two memory levels
+    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {100000, 800}, {77700, 0}}), kHead);
+    EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 777);
+}
+
+TEST(OverdriveNClockSettings, FewerEngineLevelsReadALowerMemoryLevel) {
+    Machine machine = OverdriveNBoard();
+    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {0, 0}}), kHead);
+    ASSERT_TRUE(machine.Init());
+    EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 1000);
+}
+
+TEST(OverdriveNClockSettings, DefaultTableIsReadForDiagnosisAlone) {
+    Machine machine = OverdriveNBoard();
+    machine.Then(kEngineGet).Write(kEngineGet, 2, Ints(kCurrentEngine), kHead);  // the second read: current
+    machine.Then(kEngineGet).Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {136600, 1234}}), kHead);
+    ASSERT_TRUE(machine.InitAndForget());
+    ClockSetting const setting = machine.Api().GetGpuClockSetting();
+    EXPECT_EQ(setting.CurrentVoltage, 1100);
+    EXPECT_EQ(setting.DefaultVoltage, 1150);
+    EXPECT_EQ(machine.TakeLog(), Read(Read({}, {}), {"vddc default ... 1150", "vddc perfapi ... 1234"}));
+}
+
+TEST(OverdriveNClockSettings, UnreadableTablesLeaveTheCurrentValuesUnavailable) {
+    Machine machine = RunningBoard();
+    machine.Result(kEngineGet, -3).Result(kMemoryGet, -3);
+
+    ClockSetting const engine = machine.Api().GetGpuClockSetting();
+    EXPECT_TRUE(engine.Valid);
+    EXPECT_EQ(engine.MaxClock, 2000);
+    EXPECT_EQ(engine.CurrentClock, -1);
+    EXPECT_EQ(engine.CurrentVoltage, -1);
+    Lines const failed = kReadBegin + kEngineReadFails;
+    EXPECT_EQ(machine.TakeLog(), failed + failed + Lines({"vddc default ... 1150", "vddc perfapi ... -1"}));
+
+    ClockSetting const memory = machine.Api().GetMemClockSetting();
+    EXPECT_TRUE(memory.Valid);
+    EXPECT_EQ(memory.MaxClock, 2250);
+    EXPECT_EQ(memory.CurrentClock, -1);
+    EXPECT_EQ(machine.TakeLog(), kReadBegin + kMemoryReadFails);
+}
+
+TEST(OverdriveNClockSettings, WithoutAnyLevelTheCurrentValuesAreUnavailable) {
+    Machine machine = AmdBoard(7);
+    ASSERT_TRUE(machine.InitAndForget());
+    ClockSetting const engine = machine.Api().GetGpuClockSetting();
+    EXPECT_TRUE(engine.Valid);
+    EXPECT_EQ(engine.CurrentClock, -1);
+    EXPECT_EQ(engine.CurrentVoltage, -1);
+    EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, -1);
+}
+
+TEST(OverdriveNClockSettings, HeadOfTheDriverDoesNotHideTheTopLevel) {
+    Machine machine = RunningBoard();
+    for (int const head : {INT_MAX, 0, -1}) {
+        machine.Write(kEngineGet, 2, Ints({head}), 8).Write(kMemoryGet, 2, Ints({head}), 8);
+        EXPECT_EQ(machine.Api().GetGpuClockSetting().CurrentClock, 1300);
+        EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 1900);
+    }
+}
+
+}  // namespace
+}  // namespace gputune::test
