@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <ostream>
 
 #include "overdrive8_traffic.h"
 
@@ -467,6 +468,8 @@ struct Identity {
     std::string udid;
     std::uint32_t subsystem;
     Lines log;  // behind the UDID
+
+    friend void PrintTo(Identity const& identity, std::ostream* out) { *out << identity.name; }
 };
 
 class Overdrive8Identity : public testing::TestWithParam<Identity> {};
