@@ -1,10 +1,9 @@
-// The exported functions: what they answer before the start, what the start leaves behind, and that each reaches its
-// operation.
+// The exported functions: what they answer before the start, what the start leaves behind, and the monitored values.
+// That each reaches its operation is in api_forwarding_test.cpp.
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cstring>
-#include <functional>
 
 #include "boards.h"
 
@@ -19,10 +18,8 @@ constexpr std::uint64_t kOverdrive8 = VendorInfo(2, 1);
 
 template <class Record>
 bool IsAllZero(Record const& record) {
-    Record const zero{};
-    // The records have no bytes that are not in `record` itself: they are cleared as a whole.
-    unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(&record);
-    for (std::size_t index = 0; index < sizeof zero; ++index) {
+    auto const* const bytes = reinterpret_cast<unsigned char const*>(&record);
+    for (std::size_t index = 0; index < sizeof record; ++index) {
         if (bytes[index] != 0) {
             return false;
         }
@@ -30,8 +27,7 @@ bool IsAllZero(Record const& record) {
     return true;
 }
 
-// ---- Before the first successful initialisation
-// ----------------------------------------------------------------------
+// ---- Before the first successful initialisation ----
 
 void ExpectNoAdapter(Exports const& api) {
     FanTablePoint const curve[5] = {};
@@ -75,8 +71,7 @@ TEST(Api, AfterAFailedStartNothingIsAvailable) {
     EXPECT_EQ(machine.TakeLog(), Lines{});
 }
 
-// ---- The start
-// -------------------------------------------------------------------------------------------------------
+// ---- The start ----
 
 TEST(Api, VendorInfoTellsBackendAndVendor) {
     Machine machine = OverdriveNBoard();
@@ -209,8 +204,7 @@ TEST(Api, SecondStartReadsTheBoardAgain) {
     EXPECT_FALSE(machine.Api().IsInitOk());
 }
 
-// ---- Monitored values
-// ------------------------------------------------------------------------------------------------
+// ---- Monitored values ----
 
 // Byte for byte: the name and the padding behind it are zero but for the text.
 void ExpectHwmValue(HwmValue const& entry, double value, std::string const& name, bool valid) {
@@ -281,166 +275,6 @@ TEST(Api, HwmValuesAfterAFetchAreTheReadingsAndStay) {
     }
     machine.Api().FetchHwmValues();
     expectReadings();
-}
-
-// ---- Forwarding
-// ------------------------------------------------------------------------------------------------------
-
-struct Forwarding {
-    char const* name;
-    std::function<void(Exports const&)> call;
-    std::string firstLine;  // of the operation's log; it names the operation
-};
-
-TEST(Api, EachExportReachesItsOperation) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
-    std::vector<Forwarding> const table = {
-        {"SetActiveAdapterIndex", [](auto& api) { EXPECT_TRUE(api.SetActiveAdapterIndex(5)); },
-         "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index"},
-        {"SetActiveAdapterIndex of another", [](auto& api) { EXPECT_FALSE(api.SetActiveAdapterIndex(0)); },
-         "[ADL::SetActiveAdapterIndex()] ... specified adapter index not found"},
-        {"GetVGAInfo", [](auto& api) { api.GetVGAInfo(); },
-         "[OD7Helper::GetVGASubDeviceID()] UDID ... "
-         "PCI_VEN_1002&DEV_67DF&SUBSYS_0B361002&REV_E7_6&1A2B3C4D&0&00000008A"},
-        {"FetchHwmValues", [](auto& api) { api.FetchHwmValues(); }, "[OD7Helper::FetchHwmValues()] ... begin"},
-        {"SetFanSpeed", [](auto& api) { EXPECT_TRUE(api.SetFanSpeed(40)); }, "[OD7Helper::SetFanSpeed(int)] ... begin"},
-        {"SetFanSpeedTable", [](auto& api) { EXPECT_FALSE(api.SetFanSpeedTable(nullptr, 5)); },
-         "[OD7Helper::SetFanSpeedTable(obj,int)] ... begin"},
-        {"SetPowerLimit", [](auto& api) { EXPECT_TRUE(api.SetPowerLimit(75, 10)); },
-         "[OD7Helper::SetPowerLimit(int,int)] ... begin"},
-        {"SetPowerLimitDefault", [](auto& api) { EXPECT_TRUE(api.SetPowerLimitDefault()); },
-         "[OD7Helper::SetPowerLimitDefault()] ... begin"},
-        {"SetPerformanceUser", [](auto& api) { EXPECT_TRUE(api.SetPerformanceUser(0, 0, 0, 0)); },
-         "[OD7Helper::SetPerformanceUser(int,int,int,int,bool)] ... begin"},
-        {"SetPerformanceOC", [](auto& api) { EXPECT_FALSE(api.SetPerformanceOC()); },
-         "[OD7Helper::SetPerformanceOC()] ... begin"},
-        {"SetPerformanceDefault", [](auto& api) { EXPECT_TRUE(api.SetPerformanceDefault()); },
-         "[OD7Helper::SetPerformanceDefault()] ... begin"},
-        {"SetPerformanceSilent", [](auto& api) { EXPECT_FALSE(api.SetPerformanceSilent()); },
-         "[OD7Helper::SetPerformanceSilent()] ... begin"},
-    };
-    for (Forwarding const& row : table) {
-        SCOPED_TRACE(row.name);
-        row.call(machine.Api());
-        Lines const lines = machine.TakeLog();
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(lines.front(), row.firstLine);
-    }
-}
-
-TEST(Api, EachGetterReachesItsOperation) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
-    Exports const& api = machine.Api();
-
-    EXPECT_EQ(api.GetActiveAdapterIndex(), 5);
-    VgaInfo const info = api.GetVGAInfo();
-    EXPECT_EQ(info.SubsystemId, 0x0B361002U);
-    EXPECT_STREQ(info.AdapterName, "Radeon RX 580 Series");
-    EXPECT_EQ(info.BusNumber, 3);
-
-    FanSetting const fan = api.GetFanSetting();
-    EXPECT_TRUE(fan.Valid);
-    EXPECT_EQ(fan.PointCount, 1);
-
-    PowerLimitSetting const power = api.GetPowerLimitSetting();
-    EXPECT_TRUE(power.Valid);
-    EXPECT_EQ(power.Default, 0);
-    EXPECT_EQ(power.Max, 50);
-    EXPECT_EQ(power.Min, -50);
-    EXPECT_EQ(power.Current, -1);
-
-    EXPECT_EQ(machine.TakeCallNames(), std::vector<std::string>{});
-    EXPECT_TRUE(api.GetGpuClockSetting().Valid);
-    EXPECT_GE(machine.CountOf("ADL2_OverdriveN_SystemClocksX2_Get"), 1);
-    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_MemoryClocksX2_Get"), 0);
-    machine.TakeCalls();
-    EXPECT_TRUE(api.GetMemClockSetting().Valid);
-    EXPECT_GE(machine.CountOf("ADL2_OverdriveN_MemoryClocksX2_Get"), 1);
-    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_SystemClocksX2_Get"), 0);
-    machine.TakeCalls();
-    EXPECT_EQ(api.GetFrameRate(), -1);
-    EXPECT_EQ(machine.TakeCallNames(), std::vector<std::string>{});
-
-    machine.TakeLog();
-    api.GetExternalPerformanceParameter(0x80000001);
-    Lines const profile = machine.TakeLog();
-    ASSERT_GE(profile.size(), 2U);
-    EXPECT_TRUE(profile[0].starts_with("[IVideoAdapter::GetExternalPerformanceParameter] pred config path ... "));
-    EXPECT_EQ(profile[1], "[IVideoAdapter::GetExternalPerformanceParameter] given hwid ... -2147483647");
-}
-
-TEST(Api, ArgumentsArePassedThroughInTheirOrder) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
-    Exports const& api = machine.Api();
-
-    EXPECT_TRUE(api.SetFanSpeed(40));
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive5_FanSpeed_Set").Int(8), 40);
-
-    EXPECT_TRUE(api.SetPowerLimit(80, -7));
-    Call const limit = machine.LastCall("ADL2_OverdriveN_PowerLimit_Set");
-    EXPECT_EQ(limit.Int(4), -7);
-    EXPECT_EQ(limit.Int(8), 80);
-
-    // The voltages are taken as they are, for every level but the lowest.
-    EXPECT_TRUE(api.SetPerformanceUser(0, 1101, 0, 902));
-    constexpr std::size_t kSecondLevelVoltage = 12 + 16 + 4;
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_SystemClocksX2_Set").Int(kSecondLevelVoltage), 1101);
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_MemoryClocksX2_Set").Int(kSecondLevelVoltage), 902);
-}
-
-TEST(Api, ArgumentsAreNotCheckedByTheExport) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
-    Exports const& api = machine.Api();
-    EXPECT_TRUE(api.SetFanSpeed(1000));
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive5_FanSpeed_Set").Int(8), 1000);
-    EXPECT_TRUE(api.SetFanSpeed(INT_MIN));
-    EXPECT_EQ(machine.CountOf("ADL2_Overdrive5_FanSpeedToDefault_Set"), 1);
-    machine.TakeLog();
-    EXPECT_FALSE(api.SetPowerLimit(INT_MAX, INT_MIN));
-    EXPECT_EQ(machine.TakeLog().back(),
-              "[OD7Helper::SetPowerLimit(int,int)] ... temp value out of bound: should be 50 to 90");
-}
-
-TEST(Api, ResultsArePassedThrough) {
-    Machine machine = OverdriveNBoard();
-    machine.Result("ADL2_OverdriveN_PowerLimit_Set", -1);
-    machine.Then("ADL2_OverdriveN_PowerLimit_Set");
-    ASSERT_TRUE(machine.Init());
-    EXPECT_FALSE(machine.Api().SetPowerLimit(75, 0));
-    EXPECT_TRUE(machine.Api().SetPowerLimit(75, 0));
-}
-
-TEST(Api, FanCurveOfAnOverdrive8BoardReachesItsOperation) {
-    constexpr int kFanCurve = 0x2000;
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
-    FanTablePoint const curve[5] = {{200, 190}, {221, 211}, {242, 232}, {263, 253}, {284, 274}};
-    EXPECT_TRUE(machine.Api().SetFanSpeedTable(curve, 5));
-    EXPECT_EQ(machine.TakeLog().front(), "[OD8Helper::SetFanSpeedTable(arr,int)] ... Begin");
-    // Value, requested and reset of each setting, behind the count; the first curve speed is setting 20.
-    Call const set = machine.LastCall("ADL2_Overdrive8_Setting_Set");
-    EXPECT_EQ(set.Int(4 + 20 * 12), 200);
-    EXPECT_EQ(set.Int(4 + 28 * 12), 284);
-    EXPECT_FALSE(machine.Api().SetFanSpeedTable(curve, 0));
-    EXPECT_FALSE(machine.Api().SetFanSpeedTable(nullptr, 5));
-}
-
-TEST(Api, ConversionErrorEndsAtTheExportWithALogEntry) {
-    Machine machine = OverdriveNBoard();
-    machine.Allocate(
-        "ADL2_Adapter_AdapterInfoX4_Get", 3,
-        AdapterList(
-            {{.index = 5, .udid = "PCI_VEN_1002&SUBSYS_E4571002&REV", .bus = 3, .name = "Name", .displayName = ""}}));
-    ASSERT_TRUE(machine.InitAndForget());
-    VgaInfo const info = machine.Api().GetVGAInfo();
-    EXPECT_EQ(info.SubsystemId, 0U);
-    EXPECT_STREQ(info.AdapterName, "Name");
-    EXPECT_EQ(info.BusNumber, 3);
-    EXPECT_EQ(machine.TakeLog().back(), "[GetVGAInfo()] ... stol argument out of range");
 }
 
 }  // namespace

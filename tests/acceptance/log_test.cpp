@@ -64,9 +64,18 @@ struct Mode {
     bool console;
 };
 
+std::string NameOf(Mode const& mode) {
+    return mode.number < 0 ? "Minus" + std::to_string(-mode.number) : std::to_string(mode.number);
+}
+
+// How the case is listed.
+void PrintTo(Mode const& mode, std::ostream* out) {
+    *out << NameOf(mode);
+}
+
 class LogMode : public testing::TestWithParam<Mode> {};
 
-TEST_P(LogMode, DecidesWhereTheLogGoes) {
+TEST_P(LogMode, OfTheFirstCallDecidesWhereTheLogGoes) {
     auto const [number, toFile, toConsole] = GetParam();
     WriteOldFile();
     Machine machine = UnsupportedMachine();
@@ -79,29 +88,28 @@ TEST_P(LogMode, DecidesWhereTheLogGoes) {
     EXPECT_EQ(printed, toConsole ? InitLog("\n") : "");
     // Read while the library holds the file open: each line is there when the call returns.
     EXPECT_EQ(FileBytes(), toFile ? InitLog(kLineEnd) : kOldText);
+
+    // Later calls neither open nor truncate a file.
+    for (int const other : {1, 2, 3, 0}) {
+        EXPECT_EQ(StandardOutputOf([&] { machine.Init(other); }), toConsole ? InitLog("\n") : "");
+    }
+    std::string const one = InitLog(kLineEnd);
+    EXPECT_EQ(FileBytes(), toFile ? one + one + one + one + one : kOldText);
 }
 
-TEST_P(LogMode, OfLaterCallsIsIgnored) {
-    auto const [number, toFile, toConsole] = GetParam();
+TEST(Log, WithoutAFileModeThereIsNoFile) {
     Machine machine = UnsupportedMachine();
-    machine.Init(number);
-    for (int const other : {1, 2, 3, 0}) {
-        std::string const printed = StandardOutputOf([&] { machine.Init(other); });
-        EXPECT_EQ(printed, toConsole ? InitLog("\n") : "");
+    for (int const mode : {5, 2, 3, 1}) {
+        machine.Init(mode);
+        EXPECT_EQ(FileBytes(), std::nullopt);
     }
-    // Neither opened late nor truncated again.
-    std::string const one = InitLog(kLineEnd);
-    EXPECT_EQ(FileBytes(), toFile ? std::optional(one + one + one + one + one) : std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(, LogMode,
                          testing::Values(Mode{0, false, false}, Mode{1, false, true}, Mode{2, true, false},
                                          Mode{3, true, true}, Mode{4, false, false}, Mode{5, false, false},
                                          Mode{-1, false, false}),
-                         [](auto const& mode) {
-                             int const number = mode.param.number;
-                             return number < 0 ? "Minus" + std::to_string(-number) : std::to_string(number);
-                         });
+                         [](auto const& mode) { return NameOf(mode.param); });
 
 TEST(Log, FileGrowsWithEveryCall) {
     Machine machine = OverdriveNBoard();

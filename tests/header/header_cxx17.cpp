@@ -42,5 +42,4 @@ static_assert(kIs<decltype(SetPerformanceDefault), bool(GPUTUNE_CALL*)()>);
 static_assert(kIs<decltype(SetPerformanceSilent), bool(GPUTUNE_CALL*)()>);
 static_assert(kIs<decltype(GetGpuClockSetting), ClockSetting(GPUTUNE_CALL*)()>);
 static_assert(kIs<decltype(GetMemClockSetting), ClockSetting(GPUTUNE_CALL*)()>);
-static_assert(
-    kIs<decltype(GetExternalPerformanceParameter), PredefinedPerformanceParameter(GPUTUNE_CALL*)(uint32_t)>);
+static_assert(kIs<decltype(GetExternalPerformanceParameter), PredefinedPerformanceParameter(GPUTUNE_CALL*)(uint32_t)>);

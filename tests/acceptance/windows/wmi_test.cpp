@@ -205,8 +205,7 @@ TEST(Wmi, CaptionThatTheCodePageLacksStillDecides) {
     EXPECT_EQ(lines[2], "Other");
 }
 
-// ---- The thread's apartment
-// ------------------------------------------------------------------------------------------
+// ---- The thread's apartment ----
 
 TEST(Wmi, ThreadOfASingleThreadedApartmentWorksAndStaysThat) {
     ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
@@ -238,8 +237,7 @@ TEST(Wmi, ThreadOfTheMultithreadedApartmentStaysThat) {
     EXPECT_TRUE(ThreadIsWithoutCom());
 }
 
-// ---- COM itself
-// ------------------------------------------------------------------------------------------------------
+// ---- COM itself ----
 
 struct ComCalls {
     int initialize = 0;
