@@ -321,8 +321,6 @@ Lines const kReadBegin = {"[OD7Helper::GetClockInfo(obj)] ... begin"};
 Lines const kEngineReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_SystemClocksX2_Get ... failed: -3"};
 Lines const kMemoryReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_MemoryClocksX2_Get ... failed: -3"};
 
-class OverdriveNUserClocksFailure : public testing::TestWithParam<FailureCase> {};
-
 std::vector<FailureCase> const kUserFailures = {
     {"EngineReadFails",
      [](Machine& m) { m.Result(kEngineGet, -3); },
@@ -344,21 +342,6 @@ std::vector<FailureCase> const kUserFailures = {
               kMemoryPlan +
                   Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... failed: -1"}),
      {kEngineGet, kEngineSet, kMemoryGet, kMemorySet}},
-};
-
-std::vector<FailureCase> const kUserFailuresAlone = {
-    {"EngineWriteIsMissing",
-     [](Machine& m) { m.Hide(kEngineSet); },
-     Read(kUser + kEngineBegin,
-          kEnginePlan + Lines{"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... null ptr"}),
-     {kEngineGet}},
-    {"MemoryWriteIsMissing",
-     [](Machine& m) { m.Hide(kMemorySet); },
-     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
-         Read(kMemoryBegin,
-              kMemoryPlan +
-                  Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... null ptr"}),
-     {kEngineGet, kEngineSet, kMemoryGet}},
 };
 
 void RunFailures(std::vector<FailureCase> const& failures, bool (*operation)(Exports const&)) {
@@ -386,7 +369,7 @@ TEST(OverdriveNUserClocks, FailureStopsThere) {
     RunFailures(kUserFailures, SetUser);
 }
 
-// What takes a machine of its own: a missing entry point, or a failure behind a success.
+// A failure behind a success, which takes a machine of its own.
 void RunFailure(FailureCase const& failure, bool (*operation)(Exports const&)) {
     Machine machine = OverdriveNBoard();
     failure.order(machine);
@@ -395,13 +378,6 @@ void RunFailure(FailureCase const& failure, bool (*operation)(Exports const&)) {
     EXPECT_EQ(machine.TakeLog(), failure.log);
     EXPECT_EQ(machine.TakeCallNames(), failure.calls);
 }
-
-TEST_P(OverdriveNUserClocksFailure, StopsThere) {
-    RunFailure(GetParam(), SetUser);
-}
-
-INSTANTIATE_TEST_SUITE_P(When, OverdriveNUserClocksFailure, testing::ValuesIn(kUserFailuresAlone),
-                         [](auto const& given) { return given.param.name; });
 
 Lines const kDefaultBegin = {
     "[OD7Helper::SetPerformanceDefault()] ... begin",
@@ -526,18 +502,10 @@ std::vector<FailureCase> const kDefaultFailuresAlone = {
      [](Machine& m) { m.Then(kEngineSet).Result(kEngineSet, -2); },
      Read(kDefaultBegin, {Engine("set gpu clock default"), Engine("failed: -2")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet}},
-    {"EngineWriteIsMissing",
-     [](Machine& m) { m.Hide(kEngineSet); },
-     Read(kDefaultBegin, {Engine("null ptr")}),
-     {kPowerGet, kPowerSet, kEngineGet}},
     {"MemoryTableFails",
      [](Machine& m) { m.Then(kMemorySet).Result(kMemorySet, 5); },
      Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("set memory clock default"), Memory("failed: 5")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet, kMemorySet, kMemorySet}},
-    {"MemoryWriteIsMissing",
-     [](Machine& m) { m.Hide(kMemorySet); },
-     Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("null ptr")}),
-     {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet}},
 };
 
 TEST(OverdriveNDefaultClocks, FailureStopsThere) {
@@ -550,6 +518,38 @@ TEST_P(OverdriveNDefaultClocksFailure, StopsThere) {
 
 INSTANTIATE_TEST_SUITE_P(When, OverdriveNDefaultClocksFailure, testing::ValuesIn(kDefaultFailuresAlone),
                          [](auto const& given) { return given.param.name; });
+
+TEST(OverdriveNMissingWrite, OfTheEngineStopsBothOperations) {
+    Machine machine = OverdriveNBoard();
+    machine.Hide(kEngineSet);
+    ASSERT_TRUE(machine.InitAndForget());
+
+    EXPECT_FALSE(SetUser(machine.Api()));
+    Lines expected = Read(kUser + kEngineBegin, kEnginePlan);
+    expected.push_back("[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... null ptr");
+    EXPECT_EQ(machine.TakeLog(), expected);
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet}));
+
+    EXPECT_FALSE(SetDefault(machine.Api()));
+    EXPECT_EQ(machine.TakeLog(), Read(kDefaultBegin, {Engine("null ptr")}));
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kPowerGet, kPowerSet, kEngineGet}));
+}
+
+TEST(OverdriveNMissingWrite, OfTheMemoryStopsBothOperations) {
+    Machine machine = OverdriveNBoard();
+    machine.Hide(kMemorySet);
+    ASSERT_TRUE(machine.InitAndForget());
+
+    EXPECT_FALSE(SetUser(machine.Api()));
+    Lines expected = Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + Read(kMemoryBegin, kMemoryPlan);
+    expected.push_back("[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... null ptr");
+    EXPECT_EQ(machine.TakeLog(), expected);
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet, kEngineSet, kMemoryGet}));
+
+    EXPECT_FALSE(SetDefault(machine.Api()));
+    EXPECT_EQ(machine.TakeLog(), Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("null ptr")}));
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet}));
+}
 
 TEST(OverdriveNClockSettings, EngineIsTheRangesAndTheCurrentTopLevel) {
     Machine machine = RunningBoard();
@@ -627,12 +627,9 @@ TEST(OverdriveNClockSettings, EngineLevelsIndexTheMemoryTable) {
     ASSERT_TRUE(machine.Init());  // three engine levels, two memory levels
     machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {100000, 800}, {77700, 0}}), kHead);
     EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 777);
-}
 
-TEST(OverdriveNClockSettings, FewerEngineLevelsReadALowerMemoryLevel) {
-    Machine machine = OverdriveNBoard();
     machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {0, 0}}), kHead);
-    ASSERT_TRUE(machine.Init());
+    ASSERT_TRUE(machine.Init());  // two engine levels, three memory levels
     EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 1000);
 }
 
