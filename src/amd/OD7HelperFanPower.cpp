@@ -1,7 +1,7 @@
 // OverdriveN: fan and power limit.
 #include "amd/OD7Helper.h"
 
-#include "adapter/truncate.h"
+#include "adapter/single_precision.h"
 
 namespace gputune::amd {
 

@@ -1,20 +1,13 @@
 // OverdriveN: performance modes and the clock settings' read-back.
 #include "amd/OD7Helper.h"
 
-#include "adapter/truncate.h"
+#include "adapter/single_precision.h"
 
 namespace gputune::amd {
 
 namespace {
 
 constexpr int kUnitsPerMegahertz = 100;  // ADL counts clocks in 10 kHz
-
-// Above the maximum becomes the maximum, else below the minimum the minimum.
-float ClampInto(ADLODNParameterRange const& range, float value) {
-    auto const max = static_cast<float>(range.iMax);
-    auto const min = static_cast<float>(range.iMin);
-    return value > max ? max : value < min ? min : value;
-}
 
 }  // namespace
 
@@ -76,7 +69,7 @@ bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
     log::Entry(tag / "default_iPowerLimitMax", m_Capabilities.power.iMax);
     log::Entry(tag / "default_iPowerLimitMin", m_Capabilities.power.iMin);
 
-    float const power = ClampInto(m_Capabilities.power, mode.power);
+    float const power = ClampInto(m_Capabilities.power.iMin, m_Capabilities.power.iMax, mode.power);
     log::Entry(tag / "plan power limit", power);
     SetPowerLimit(temperatureLimit, Truncate(power));  // the clocks are set also when this fails
 

@@ -1,5 +1,5 @@
 // Overdrive8: clocks, performance modes and the clock settings' read-back.
-#include "adapter/truncate.h"
+#include "adapter/single_precision.h"
 #include "amd/Od8Request.h"
 
 namespace gputune::amd {
@@ -7,12 +7,6 @@ namespace gputune::amd {
 namespace {
 
 constexpr log::Tag kUserTag{"[OD8Helper::SetPerformanceUser(int,int,int,int)]"};
-
-float ClampInto(ADLOD8SingleInitSetting const& range, float value) {
-    auto const max = static_cast<float>(range.maxValue);
-    auto const min = static_cast<float>(range.minValue);
-    return value > max ? max : value < min ? min : value;
-}
 
 }  // namespace
 
@@ -117,7 +111,9 @@ bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
     int const baseGpuClock = curveTop != 0 ? curveTop : Range(kOd8GfxClockMax).defaultValue;
     int const baseMemClock = Range(kOd8MemoryClockMax).defaultValue;
 
-    SetPowerLimit(0, Truncate(ClampInto(Range(kOd8PowerPercentage), mode.power)));  // clocks are set also when it fails
+    ADLOD8SingleInitSetting const& power = Range(kOd8PowerPercentage);
+    SetPowerLimit(0,
+                  Truncate(ClampInto(power.minValue, power.maxValue, mode.power)));  // clocks are set also if it fails
 
     auto const plan = [](float given, int base, float factor) {
         return Truncate(given != 0.0F ? given : static_cast<float>(base) * factor);

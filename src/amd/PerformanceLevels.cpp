@@ -10,7 +10,8 @@ std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int m
     }
     std::size_t const size =
         sizeof(ADLODNPerformanceLevelsX2) + static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
-    // Behind the end that ADL is told, room for a driver that writes the levels it has instead of those it was asked for.
+    // Behind the end that ADL is told, room for a driver that writes the levels it has instead of those it was asked
+    // for.
     constexpr std::size_t kSpare = 64 * sizeof(ADLODNPerformanceLevelX2);
     auto* const table = static_cast<ADLODNPerformanceLevelsX2*>(std::calloc(1, size + kSpare));
     if (table == nullptr) {
