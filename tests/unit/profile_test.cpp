@@ -4,10 +4,10 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
+#include "comma_locale.h"
 #include "profile/ProfileReader.h"
 
 namespace gputune::profile {
@@ -226,21 +226,9 @@ TEST(ProfileNumbers, IntegerThatDoesNotConvertLeavesTheField) {
     }
 }
 
-// A locale with a decimal comma: an installed one, else one compiled here from glibc's sources of locales.
-bool SetCommaLocale() {
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr) {
-        return true;
-    }
-    if (std::system("mkdir -p locales && localedef -i de_DE -f UTF-8 ./locales/de_DE.UTF-8 >/dev/null 2>&1") != 0) {
-        return false;
-    }
-    ::setenv("LOCPATH", "locales", 1);
-    return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-}
-
 // The host may have chosen such a locale; the file does not change with it.
 TEST(ProfileNumbers, HostLocaleDoesNotChangeTheDecimalPoint) {
-    if (!SetCommaLocale()) {
+    if (!test::SetCommaLocale()) {
         GTEST_SKIP() << "no locale with a decimal comma (Debian: package locales)";
     }
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
