@@ -20,7 +20,7 @@ struct Blocks {
 // Never destroyed: ADL outlives the library's static clean-up.
 Blocks& AllBlocks() {
     alignas(Blocks) static unsigned char storage[sizeof(Blocks)];
-    static Blocks* const blocks = new (storage) Blocks;
+    static auto* const blocks = new (storage) Blocks;
     return *blocks;
 }
 
