@@ -27,10 +27,11 @@ Blocks& AllBlocks() {
 }  // namespace
 
 void* ADL_STDCALL AllocateForAdl(int size) noexcept {
-    if (size <= 0) {
+    if (size < 0) {
         return nullptr;
     }
-    void* const block = std::malloc(static_cast<std::size_t>(size));
+    // An empty list is a block, too: null would tell the library that memory has run out.
+    void* const block = std::malloc(size == 0 ? 1 : static_cast<std::size_t>(size));
     if (block == nullptr) {
         return nullptr;
     }

@@ -10,7 +10,7 @@
 
 namespace gputune::amd {
 
-// The callback given to ADL. Null when the size is not positive or memory runs out.
+// The callback given to ADL. Null when the size is negative or memory runs out.
 void* ADL_STDCALL AllocateForAdl(int size) noexcept;
 
 // Release a block; null and blocks of another origin are left alone.

@@ -3,7 +3,6 @@
 #include <tinyxml2.h>
 
 #include <array>
-#include <cerrno>
 #include <clocale>
 #include <cstdlib>
 #include <string>
@@ -67,8 +66,8 @@ bool TagsAreShort(std::string_view text) {
 }
 
 // Reads as scanf's "%f" does, with '.' as decimal point whatever locale the host has set: leading white space, a sign,
-// hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. Nothing for what is no
-// number, and for a number that a float cannot hold.
+// hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. What is too large for a float
+// is infinite, what is too small 0. Nothing for what is no number.
 //
 // By way of strtof, which goes by the host's locale; std::from_chars would not, but it adds a tenth to the library.
 std::optional<float> ScanFloat(std::string_view text) {
@@ -78,9 +77,8 @@ std::optional<float> ScanFloat(std::string_view text) {
         number.replace(point, 1, hostsPoint);
     }
     char* end = nullptr;
-    errno = 0;
     float const value = std::strtof(number.c_str(), &end);
-    if (end == number.c_str() || errno == ERANGE) {
+    if (end == number.c_str()) {
         return std::nullopt;
     }
     // A lone "0x" is no number to scanf and a 0 to strtof.

@@ -150,7 +150,8 @@ int Answer(char const* name, int const* args) {
                     write.bytes.size());
     }
     for (Allocation const& allocation : response.allocations) {
-        void* const block = TheState().allocator(static_cast<int>(allocation.bytes.size()));
+        bool const isNull = allocation.bytes.empty();
+        void* const block = isNull ? nullptr : TheState().allocator(static_cast<int>(allocation.bytes.size()));
         if (block != nullptr) {
             std::memcpy(block, allocation.bytes.data(), allocation.bytes.size());
         }

@@ -34,7 +34,7 @@ void Scripted_Result(char const* entryPoint, int result);
 void Scripted_Write(char const* entryPoint, int argument, int offset, void const* bytes, int size);
 
 /* Hand a list out: a block of exactly `size` bytes from the client's allocation callback, its address into the pointer
- * that the argument points to. */
+ * that the argument points to. Of size 0: a null pointer, without asking for memory. */
 void Scripted_Allocate(char const* entryPoint, int argument, void const* bytes, int size);
 
 void Scripted_Then(char const* entryPoint);

@@ -101,10 +101,17 @@ TEST(AdlMemory, BlocksHaveTheSizeThatWasAskedFor) {
     }
 }
 
-TEST(AdlMemory, NoBlockForASizeThatIsNotPositive) {
-    for (int const size : {0, -1, INT_MIN}) {
+TEST(AdlMemory, NoBlockForANegativeSize) {
+    for (int const size : {-1, INT_MIN}) {
         EXPECT_EQ(amd::AllocateForAdl(size), nullptr) << size;
     }
+}
+
+TEST(AdlMemory, AnEmptyListIsABlock) {
+    void* const block = amd::AllocateForAdl(0);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(amd::SizeOfAdlBlock(block), 0U);
+    amd::ReleaseFromAdl(block);
 }
 
 TEST(AdlMemory, ForeignBlocksAreLeftAlone) {
