@@ -8,8 +8,8 @@
  *  1. Start: call InitVGAHelper once. It returns true as soon as a backend for the detected vendor exists; whether that
  *     backend could open its adapter is what IsInitOk tells. A later InitVGAHelper call detects again and replaces the
  *     backend. There is no shutdown call: the library cleans up when it is unloaded.
- *  2. Before the first successful InitVGAHelper every other function (but GetVendorInfo, which then answers 0) answers
- *     false, -1 or an all-zero record.
+ *  2. Before the first successful InitVGAHelper every other function but GetVendorInfo answers false, -1 or an all-zero
+ *     record.
  *  3. Calling convention: cdecl, undecorated names. Records are returned by value, which on 32-bit x86 means: the
  *     caller passes the address of its storage as a hidden first argument and pops it, the function returns that
  *     address. GetVendorInfo returns its 64 bits in edx:eax.
@@ -23,6 +23,8 @@
  *     page).
  *  8. "Not available" is -1 in int fields and -1.0 in HwmValue::Value.
  *  9. After a one-byte `Valid` the next three bytes are padding without meaning: read the byte only.
+ * 10. AMD boards have a backend. Intel and NVIDIA boards are detected and reported by GetVendorInfo, but have none yet:
+ *     InitVGAHelper answers false for them, and what is said of them below holds from the day they do.
  */
 #ifndef GPUTUNE_H
 #define GPUTUNE_H
@@ -136,7 +138,7 @@ typedef struct FanPoint {
 typedef struct FanSetting {
     bool Valid;
     int32_t PointCount;  /* meaningful entries of Points: 1 for a single setting, 5 for a five-point curve */
-    FanPoint Points[50]; /* what the backend does not write keeps the contents of the caller's storage */
+    FanPoint Points[50]; /* what the backend does not write is indeterminate: it is what the storage held */
 } FanSetting;
 
 /* Power limit range. 20 bytes. Percent of the board's default power, relative to it (0 = default). */
@@ -194,7 +196,8 @@ typedef struct PredefinedPerformanceParameter {
  * logMode  a GputuneLogMode. The first call in the process fixes the log's destination; later values change nothing.
  *
  * True when a backend of the right kind exists (then ask IsInitOk). False when no supported GPU was found, or the AMD
- * library could not be opened, or it offers no known Overdrive generation; an earlier backend then stays in use.
+ * library could not be opened, or it offers no known Overdrive generation, or the vendor has no backend yet; an earlier
+ * backend then stays in use.
  * Thread: COM is used on the calling thread, multithreaded; a thread that runs a single-threaded apartment works too.
  */
 GPUTUNE_API bool GPUTUNE_CALL InitVGAHelper(int logMode);
@@ -243,7 +246,8 @@ GPUTUNE_API HwmValue GPUTUNE_CALL GetHwmValue(int key);
 
 /*
  * Frames per second that the driver measures on the board's display, truncated. -1 when not available: every backend
- * but Overdrive8, and Overdrive8 when the driver's frame metrics are not running.
+ * but Overdrive8, and Overdrive8 when the driver does not answer. Nothing here starts the driver's frame metrics: while
+ * they do not run, what it answers means nothing.
  */
 GPUTUNE_API int GPUTUNE_CALL GetFrameRate(void);
 
@@ -252,23 +256,24 @@ GPUTUNE_API int GPUTUNE_CALL GetFrameRate(void);
 /*
  * Set a fixed fan speed.
  *
- * percent  0 to 100; a negative value returns the fan to the driver's automatic control. The range that the board
- *          accepts is judged by the backend or the driver.
+ * percent  0 to 100, which is not checked here; a negative value returns the fan to the driver's automatic control.
+ *          Overdrive8 boards refuse what lies outside the range of their first curve point (GetFanSetting). OverdriveN
+ *          boards whose fans are set the newer way get 1 percent for 0, so that the fan never stops.
  */
 GPUTUNE_API bool GPUTUNE_CALL SetFanSpeed(int percent);
 
 /*
  * Set a fan curve.
  *
- * table  `count` points in ascending order. Overdrive8 boards take exactly five points and read five whatever count
- *        says (count below 1 or a null table is refused); Intel fans take as many as the fan's own number of points.
- *        OverdriveN and NVIDIA boards have no curve: always false.
+ * table  `count` points in ascending order. For Overdrive8 boards the array MUST hold five points: five are read,
+ *        whatever count says (count below 1 or a null table is refused). Intel fans take as many as the fan's own number
+ *        of points. OverdriveN and NVIDIA boards have no curve: always false.
  */
 GPUTUNE_API bool GPUTUNE_CALL SetFanSpeedTable(FanTablePoint const* table, int count);
 
 /*
- * Fan range and state. OverdriveN boards write only `Valid` and `PointCount`: the points keep whatever the storage
- * held. All zero on NVIDIA and Intel.
+ * Fan range and state. OverdriveN boards write only `Valid` and `PointCount`; the points are indeterminate. All zero on
+ * NVIDIA and Intel.
  */
 GPUTUNE_API FanSetting GPUTUNE_CALL GetFanSetting(void);
 
@@ -297,13 +302,22 @@ GPUTUNE_API PowerLimitSetting GPUTUNE_CALL GetPowerLimitSetting(void);
  */
 GPUTUNE_API bool GPUTUNE_CALL SetPerformanceUser(int gpuClock, int gpuVoltage, int memClock, int memVoltage);
 
-/* Apply the predefined overclock profile of the board (see GetExternalPerformanceParameter). AMD only. */
+/*
+ * Apply the predefined overclock profile of the board (see GetExternalPerformanceParameter): the power limit first, on
+ * OverdriveN along with the default temperature limit, then the clocks. AMD only.
+ *
+ * False when there is no profile or the clocks could not be set, on Overdrive8 also when they are in effect already; a
+ * power limit that was set before that stays in force.
+ */
 GPUTUNE_API bool GPUTUNE_CALL SetPerformanceOC(void);
 
-/* Restore the default clocks, voltages and power limit. AMD only. */
+/*
+ * Restore the driver's defaults. AMD only: on OverdriveN clocks, voltages and power limit; on Overdrive8 every setting
+ * there is, the fan curve included.
+ */
 GPUTUNE_API bool GPUTUNE_CALL SetPerformanceDefault(void);
 
-/* Apply the predefined silent profile of the board. AMD only. */
+/* Apply the predefined silent profile of the board, in the same way. AMD only. */
 GPUTUNE_API bool GPUTUNE_CALL SetPerformanceSilent(void);
 
 /* Range and state of the GPU clock and voltage. `Valid` false where the board has no such setting. */
