@@ -13,6 +13,9 @@ Value CurrentClock(ClockSetting const& setting) {
 }
 
 Section ClockSection(char const* key, char const* title, ClockSetting const& setting) {
+    // Boards without an adjustable voltage report a range of nothing.
+    bool const hasVoltage = setting.MinVoltage != 0 || setting.MaxVoltage != 0;
+    auto const voltage = [hasVoltage](int value) { return hasVoltage ? IntValue(value) : Value(); };
     Section section{.key = key, .title = title};
     section.available = setting.Valid;
     section.fields = {
@@ -20,10 +23,10 @@ Section ClockSection(char const* key, char const* title, ClockSetting const& set
         {"default_clock", "Default clock", IntValue(setting.DefaultClock), Unit::Megahertz},
         {"minimum_clock", "Minimum clock", IntValue(setting.MinClock), Unit::Megahertz},
         {"maximum_clock", "Maximum clock", IntValue(setting.MaxClock), Unit::Megahertz},
-        {"current_voltage", "Current voltage", IntValue(setting.CurrentVoltage), Unit::Millivolt},
-        {"default_voltage", "Default voltage", IntValue(setting.DefaultVoltage), Unit::Millivolt},
-        {"minimum_voltage", "Minimum voltage", IntValue(setting.MinVoltage), Unit::Millivolt},
-        {"maximum_voltage", "Maximum voltage", IntValue(setting.MaxVoltage), Unit::Millivolt},
+        {"current_voltage", "Current voltage", voltage(setting.CurrentVoltage), Unit::Millivolt},
+        {"default_voltage", "Default voltage", voltage(setting.DefaultVoltage), Unit::Millivolt},
+        {"minimum_voltage", "Minimum voltage", voltage(setting.MinVoltage), Unit::Millivolt},
+        {"maximum_voltage", "Maximum voltage", voltage(setting.MaxVoltage), Unit::Millivolt},
     };
     return section;
 }
@@ -82,7 +85,9 @@ int RunDefault(GlobalOptions const& options) {
     }
     ConfirmChange(session, options, "Restore the default clocks, voltages and power limit");
     RequireDone(session, session.Api().SetPerformanceDefault(), "the default clocks");
-    return Finish(session, options, "clocks default", "Default clocks, voltages and power limit restored.");
+    Finish(session, options, "clocks default", "Default clocks and voltages restored, and the power limit with them.");
+    RequirePowerLimit(session, session.Api().GetPowerLimitSetting().Default);
+    return exitSuccess;
 }
 
 }  // namespace
@@ -110,12 +115,17 @@ void AddClocksCommands(CLI::App& app, Context& context) {
 
     CLI::App* set = clocks->add_subcommand("set", "Set clocks and voltages; what is not given stays as it is");
     auto const request = std::make_shared<ClockRequest>();
-    set->add_option("--gpu", request->gpuClock, "GPU clock in MHz, 0 keeps it; Intel: offset in MHz")->type_name("MHZ");
+    set->add_option("--gpu", request->gpuClock, "GPU clock in MHz, 0 keeps it; Intel: offset in MHz")
+        ->transform(DecimalNumber())
+        ->type_name("MHZ");
     set->add_option("--gpu-voltage", request->gpuVoltage, "GPU voltage in mV, 0 keeps it; AMD OverdriveN only")
+        ->transform(DecimalNumber())
         ->type_name("MV");
     set->add_option("--mem", request->memClock, "Memory clock in MHz, 0 keeps it; Intel: offset in MHz")
+        ->transform(DecimalNumber())
         ->type_name("MHZ");
     set->add_option("--mem-voltage", request->memVoltage, "Memory voltage in mV, 0 keeps it; AMD OverdriveN only")
+        ->transform(DecimalNumber())
         ->type_name("MV");
     set->footer(
         "Intel boards take offsets from the default clocks, --gpu and --mem together.\n"

@@ -5,6 +5,19 @@
 
 namespace gputune::tool {
 
+CLI::Validator DecimalNumber() {
+    return {[](std::string& text) {
+                std::size_t const digits = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+                if (text.size() == digits || text.find_first_not_of("0123456789", digits) != std::string::npos) {
+                    return text + " is not a whole number";
+                }
+                std::size_t const significant = text.find_first_not_of('0', digits);
+                text = text.substr(0, digits) + (significant == std::string::npos ? "0" : text.substr(significant));
+                return std::string();
+            },
+            ""};
+}
+
 void Print(GlobalOptions const& options, Report const& report) {
     WriteOutput(options.json ? report.Json() : report.Text());
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
 #include <functional>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the
 
 // ---- What the commands share ----
 
+// For options that are whole numbers (as a transform): decimal, leading zeros or not. The command-line library by
+// itself reads 050 as 40.
+CLI::Validator DecimalNumber();
+
 // Text or JSON on standard output, as --json says.
 void Print(GlobalOptions const& options, Report const& report);
 // The result of a "get" command. Throws ToolError with `missing` after printing when no section is available.
@@ -49,6 +54,10 @@ void RequireDone(Session const& session, bool done, std::string const& what);
 // The state a group of commands shows, also after a change. `available` is false when nothing can be read.
 Section FanSection(Session const& session);
 Section PowerSection(Session const& session);
+
+// After a command that sets the power limit along with something else, whose result does not tell about it: throws
+// ToolError when the limit in effect can be read and is not `percent`, cut to the board's range.
+void RequirePowerLimit(Session const& session, double percent);
 Section GpuClockSection(Session const& session);
 Section MemoryClockSection(Session const& session);
 

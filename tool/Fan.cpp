@@ -122,6 +122,7 @@ void AddFanCommands(CLI::App& app, Context& context) {
     auto const percent = std::make_shared<int>(0);
     set->add_option("percent", *percent, "Speed in percent, 0 to 100")
         ->required()
+        ->transform(DecimalNumber())
         ->check(CLI::Range(0, 100))
         ->type_name("PERCENT");
     set->footer("Example:\n  gputunectl fan set 60");

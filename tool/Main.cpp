@@ -45,7 +45,9 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
            "The library's log: none (default), stdout, file (debug.log in the current directory) or both")
         ->check(CLI::IsMember({"none", "stdout", "file", "both"}))
         ->type_name("MODE");
-    app.add_option("--adapter", options.adapter, "Act on the adapter with this index")->type_name("N");
+    app.add_option("--adapter", options.adapter, "Act on the adapter with this index")
+        ->transform(DecimalNumber())
+        ->type_name("N");
     app.add_flag("--json", options.json, "Print results as JSON");
     app.add_flag("--yes", options.yes, "Change the board without asking");
     app.set_version_flag("--version", "gputunectl " GPUTUNE_VERSION);

@@ -143,8 +143,12 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
     auto const monitor = std::make_shared<MonitorOptions>();
     command->add_option("--interval", monitor->interval, "Seconds between readings, 0.05 to 86400; default 1")
         ->check(CLI::Range(0.05, 86400.0))
+        ->check([](std::string const& text) {  // a range lets "nan" through
+            return text.find_first_of("nN") == std::string::npos ? std::string() : text + " is not a number of seconds";
+        })
         ->type_name("SECONDS");
     command->add_option("--count", monitor->count, "End after this many readings; default: go on until Ctrl+C")
+        ->transform(DecimalNumber())
         ->check(CLI::Range(1, std::numeric_limits<int>::max()))
         ->type_name("N");
     command->add_option("--csv", monitor->csvFile, "Write the readings to this file, too; an existing one is replaced")

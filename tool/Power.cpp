@@ -1,4 +1,7 @@
 // power get, power set, power default.
+#include <algorithm>
+#include <cmath>
+
 #include "Checks.h"
 #include "Commands.h"
 #include "Console.h"
@@ -7,6 +10,19 @@
 namespace gputune::tool {
 
 namespace {
+
+// Boards without the setting report a range of nothing.
+bool IsAdjustable(PowerLimitSetting const& setting) {
+    return setting.Valid && (setting.Min != 0 || setting.Max != 0);
+}
+
+// Overdrive8 always reads the value in effect: there -1 is a limit of -1 %. OverdriveN tells it with the sensors.
+std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting const& setting, Readings const& readings) {
+    if (IsAdjustable(setting) && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
+        return setting.Current;
+    }
+    return readings[GPUTUNE_HWM_TDP_LIMIT];
+}
 
 int RunGet(GlobalOptions const& options) {
     Session const session(options);
@@ -24,6 +40,9 @@ int RunSet(GlobalOptions const& options, int temperature, int percent) {
     Session const session(options);
     RequireTunable(session);
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
+    if (setting.Valid && !IsAdjustable(setting)) {
+        throw ToolError("This board has no adjustable power limit.");
+    }
     if (setting.Valid) {
         CheckRange("Power limit", percent, setting.Min, setting.Max, Unit::Percent);
     }
@@ -52,27 +71,32 @@ Section PowerSection(Session const& session) {
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
     Readings const readings = session.ReadSensors();
     std::optional<double> const& temperature = readings[GPUTUNE_HWM_TEMPERATURE_LIMIT];
-    std::optional<double> const& limit = readings[GPUTUNE_HWM_TDP_LIMIT];
-
-    // Overdrive8 always reads the value in effect: there -1 is a limit of -1 %. OverdriveN tells it with the sensors.
-    Value current;
-    if (setting.Valid && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
-        current = std::int64_t{setting.Current};
-    } else if (limit) {
-        current = *limit;
-    }
-    auto const range = [&setting](int field) { return setting.Valid ? Value{std::int64_t{field}} : Value{}; };
+    std::optional<double> const limit = CurrentLimit(session, setting, readings);
+    bool const adjustable = IsAdjustable(setting);
+    auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
 
     Section section{.key = "power_limit", .title = "Power limit (relative to the board's default power)"};
-    section.available = setting.Valid || limit || temperature;
+    section.available = adjustable || limit || temperature;
     section.fields = {
-        {"current", "Current", current, Unit::Percent},
+        {"current", "Current", limit ? Value{*limit} : Value{}, Unit::Percent},
         {"default", "Default", range(setting.Default), Unit::Percent},
         {"minimum", "Minimum", range(setting.Min), Unit::Percent},
         {"maximum", "Maximum", range(setting.Max), Unit::Percent},
         {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
     };
     return section;
+}
+
+void RequirePowerLimit(Session const& session, double percent) {
+    PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
+    std::optional<double> const current = CurrentLimit(session, setting, session.ReadSensors());
+    double const wanted =
+        std::trunc(std::clamp(percent, static_cast<double>(setting.Min), static_cast<double>(setting.Max)));
+    if (IsAdjustable(setting) && current && *current != wanted) {
+        throw ToolError("The power limit is " + FormatValue(*current, Unit::Percent) + " and not " +
+                        FormatValue(wanted, Unit::Percent) + ": the board or its driver refused it." +
+                        session.LogHint());
+    }
 }
 
 void AddPowerCommands(CLI::App& app, Context& context) {
@@ -93,9 +117,11 @@ void AddPowerCommands(CLI::App& app, Context& context) {
     auto const percent = std::make_shared<int>(0);
     set->add_option("temperature", *temperature, "Temperature limit in \u00b0C; AMD OverdriveN boards only")
         ->required()
+        ->transform(DecimalNumber())
         ->type_name("TEMPERATURE");
     set->add_option("percent", *percent, "Power limit in percent, relative to the default: -10 is 90 % of it")
         ->required()
+        ->transform(DecimalNumber())
         ->type_name("PERCENT");
     set->footer(
         "Examples:\n"

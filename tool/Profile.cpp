@@ -113,13 +113,18 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
     if (!done && name != "default") {
         // The power limit goes first, so a refusal of the clocks may leave it changed.
         throw ToolError("The " + what +
-                        " profile was not applied as a whole: there is none for this board (see profile show), the "
-                        "driver refused it, or its clocks are in effect already. The power limit may have changed." +
+                        " profile was not applied as a whole: there is none for this board (see profile show), its "
+                        "identifier cannot be read, the driver refused it, or its clocks are in effect already. The "
+                        "power limit may have changed." +
                         session.LogHint());
     }
     RequireDone(session, done, "the " + what + " profile");
     PrintChange(options, "profile apply", "Applied the " + what + " profile.",
                 {GpuClockSection(session), MemoryClockSection(session), PowerSection(session)});
+    PredefinedPerformanceParameter const profile = api.GetExternalPerformanceParameter(api.GetVGAInfo().SubsystemId);
+    RequirePowerLimit(session, name == "oc"       ? static_cast<double>(profile.PowerOC)
+                               : name == "silent" ? static_cast<double>(profile.PowerSilent)
+                                                  : api.GetPowerLimitSetting().Default);
     return exitSuccess;
 }
 

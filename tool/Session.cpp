@@ -86,6 +86,9 @@ std::optional<std::string> Session::Problem() const {
                    "system's management service (WMI) does not answer." +
                    LogHint();
         case InitState::LibraryNotOpened:
+            if (vendor_ != GPUTUNE_VENDOR_AMD) {
+                return "There is an " + vendor + " GPU, but this version of gputune has no backend for it yet.";
+            }
             return "There is an " + vendor + " GPU, but the vendor's control library (" + ControlLibraryName(vendor_) +
                    ") could not be opened, or it offers no interface that is known here. Is the vendor's driver "
                    "installed?" +
