@@ -12,7 +12,7 @@ function(gputune_discover_tests target)
         set(emulator "")
     endif()
     set_property(TARGET ${target} PROPERTY CROSSCOMPILING_EMULATOR
-        "${PROJECT_SOURCE_DIR}/scripts/in-fresh-directory" ${emulator})
+        "${PROJECT_SOURCE_DIR}/scripts/gtest-case" ${emulator})
 
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "PROPERTIES")
     # Before the tests run instead of after the build: building then needs no Wine.
