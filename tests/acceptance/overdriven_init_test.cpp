@@ -345,5 +345,22 @@ TEST(OverdriveNInit, NewInitialisationReplacesTheAdapter) {
     EXPECT_TRUE(machine.Api().IsInitOk());
 }
 
+// A driver that goes by what the board has and not by the table's head; the sanitizer sees where it writes.
+TEST(OverdriveNInit, DriverThatWritesMoreLevelsThanAskedHarmsNothing) {
+    Machine machine = OverdriveNBoard();
+    std::vector<int> capabilities = OverdriveNCapabilities();
+    capabilities[capability::kLevels] = 1;
+    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
+    Bytes const eight = test::Levels(std::vector<std::pair<int, int>>(8, {30000, 750}));
+    machine.Write("ADL2_OverdriveN_SystemClocksX2_Get", 2, eight, 12);
+    machine.Write("ADL2_OverdriveN_MemoryClocksX2_Get", 2, eight, 12);
+
+    ASSERT_TRUE(machine.Init());
+    EXPECT_TRUE(machine.Api().IsInitOk());
+    Lines const log = machine.TakeLog();
+    EXPECT_EQ(std::count(log.begin(), log.end(), "[OD7Helper::InitAdapter()] m_MaxGpuLevels ... 1"), 1);
+    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_MemoryClocksX2_Get").Int(0), 12 + 16);
+}
+
 }  // namespace
 }  // namespace gputune::test
