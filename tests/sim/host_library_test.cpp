@@ -1,0 +1,183 @@
+// gputune_sim.dll as a program in any language uses it: found at run time, beside the library under test.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <combaseapi.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "gputune.h"
+#include "gputune_sim_host.h"
+
+namespace {
+
+// The folder with bin/ and tests/, in which this program's own folder lies.
+std::filesystem::path OutputDirectory() {
+    wchar_t path[MAX_PATH];
+    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::filesystem::path(std::wstring(path, length)).parent_path().parent_path().parent_path();
+}
+
+HMODULE Load(std::filesystem::path const& path) {
+    HMODULE const module = ::LoadLibraryW(path.c_str());
+    EXPECT_NE(module, nullptr) << path << ", error " << ::GetLastError();
+    return module;
+}
+
+template <class Function>
+Function* Find(HMODULE module, char const* name) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
+
+std::string BoardFile(char const* name) {
+    return (OutputDirectory() / "bin" / "boards" / name).string();
+}
+
+class HostLibrary : public testing::Test {
+protected:
+    static constexpr int kErrorSize = 512;
+
+    HMODULE simulation_ = Load(OutputDirectory() / "bin" / "sim" / "gputune_sim.dll");
+    HMODULE library_ = Load(OutputDirectory() / "bin" / "gputune.dll");
+    decltype(&GputuneSim_Start) start_ = Find<decltype(GputuneSim_Start)>(simulation_, "GputuneSim_Start");
+    decltype(&GputuneSim_StartText) startText_ =
+        Find<decltype(GputuneSim_StartText)>(simulation_, "GputuneSim_StartText");
+    decltype(&GputuneSim_Stop) stop_ = Find<decltype(GputuneSim_Stop)>(simulation_, "GputuneSim_Stop");
+    decltype(&InitVGAHelper) initVgaHelper_ = Find<decltype(InitVGAHelper)>(library_, "InitVGAHelper");
+    decltype(&IsInitOk) isInitOk_ = Find<decltype(IsInitOk)>(library_, "IsInitOk");
+    decltype(&GetVendorInfo) getVendorInfo_ = Find<decltype(GetVendorInfo)>(library_, "GetVendorInfo");
+    decltype(&GetVGAInfo) getVgaInfo_ = Find<decltype(GetVGAInfo)>(library_, "GetVGAInfo");
+
+    // Empty when the board runs, else the message.
+    std::string Start(char const* name) {
+        char error[kErrorSize] = "no message";
+        return start_(BoardFile(name).c_str(), error, kErrorSize) == 1 ? "" : error;
+    }
+
+    void ExpectLibraryFinds(GputuneApiType api, char const* name) {
+        ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+        EXPECT_TRUE(isInitOk_());
+        EXPECT_EQ(getVendorInfo_(), (std::uint64_t{api} << 32U) | GPUTUNE_VENDOR_AMD);
+        EXPECT_STREQ(getVgaInfo_().AdapterName, name);
+    }
+};
+
+TEST_F(HostLibrary, StartedBoardIsFoundByTheLibrary) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
+}
+
+TEST_F(HostLibrary, BoardGivenAsTextIsFoundByTheLibrary) {
+    std::ifstream file(OutputDirectory() / "bin" / "boards" / "overdrive8.json", std::ios::binary);
+    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    ASSERT_EQ(startText_(text.c_str(), nullptr, 0), 1);
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    EXPECT_EQ(getVendorInfo_() >> 32U, std::uint64_t{GPUTUNE_API_OVERDRIVE8});
+}
+
+TEST_F(HostLibrary, BoardStartedOnASingleThreadedApartmentIsFoundOnIt) {
+    ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+    ASSERT_EQ(Start("overdriven.json"), "");
+    ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
+    stop_();
+    ::CoUninitialize();
+}
+
+TEST_F(HostLibrary, MachineHasItsOwnDisplayControllersAfterStop) {
+    initVgaHelper_(GPUTUNE_LOG_NONE);
+    auto const own = static_cast<std::uint32_t>(getVendorInfo_());
+    ASSERT_EQ(Start("overdriven.json"), "");
+    stop_();
+    initVgaHelper_(GPUTUNE_LOG_NONE);
+    EXPECT_EQ(static_cast<std::uint32_t>(getVendorInfo_()), own);
+}
+
+TEST_F(HostLibrary, BoardInUseWorksOnAfterStop) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
+    stop_();
+    EXPECT_TRUE(isInitOk_());
+    EXPECT_STREQ(getVgaInfo_().AdapterName, "Radeon RX 580 Series");
+}
+
+TEST_F(HostLibrary, OneBoardAfterAnotherGivesTheLatter) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    stop_();
+    ASSERT_EQ(Start("overdrive8.json"), "");
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    EXPECT_EQ(getVendorInfo_() >> 32U, std::uint64_t{GPUTUNE_API_OVERDRIVE8});
+}
+
+TEST_F(HostLibrary, StopWithoutStartDoesNothing) {
+    stop_();
+    ASSERT_EQ(Start("overdriven.json"), "");
+    stop_();
+    stop_();
+    EXPECT_EQ(Start("overdriven.json"), "");
+}
+
+TEST_F(HostLibrary, SecondStartIsRefusedAndTheFirstBoardRuns) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    EXPECT_EQ(Start("overdrive8.json"), "a board is running already; GputuneSim_Stop ends it");
+    ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
+}
+
+TEST_F(HostLibrary, MissingBoardFileIsNamedAndAnotherCanBeStarted) {
+    char error[kErrorSize] = "";
+    EXPECT_EQ(start_("no-such.json", error, kErrorSize), 0);
+    EXPECT_STREQ(error, "no-such.json: cannot be opened");
+    EXPECT_EQ(Start("overdriven.json"), "");
+}
+
+TEST_F(HostLibrary, WrongKeyIsNamed) {
+    char error[kErrorSize] = "";
+    EXPECT_EQ(startText_(R"({"format": 1, "captions": [], "vendor": "none", "colour": 1})", error, kErrorSize), 0);
+    EXPECT_NE(std::string(error).find("board: colour"), std::string::npos) << error;
+}
+
+TEST_F(HostLibrary, LongMessageIsCutToItsStorage) {
+    char error[8] = {'#', '#', '#', '#', '#', '#', '#', '#'};
+    EXPECT_EQ(start_("no-such.json", error, 6), 0);
+    EXPECT_EQ(std::string(error, 8), std::string("no-su\0##", 8));
+    EXPECT_EQ(start_("no-such.json", error, 0), 0);
+    EXPECT_EQ(start_("no-such.json", error, -1), 0);
+    EXPECT_EQ(start_("no-such.json", nullptr, kErrorSize), 0);
+    EXPECT_EQ(std::string(error, 8), std::string("no-su\0##", 8));
+}
+
+TEST_F(HostLibrary, NullBoardIsRefused) {
+    char error[kErrorSize] = "";
+    EXPECT_EQ(start_(nullptr, error, kErrorSize), 0);
+    EXPECT_STREQ(error, "no board was given");
+    EXPECT_EQ(startText_(nullptr, error, kErrorSize), 0);
+}
+
+TEST_F(HostLibrary, BoardWithTheLibrarysOtherNameIsRefusedAfterTheFirst) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    stop_();
+    EXPECT_EQ(Start("older-library.json"),
+              "the board has the library atiadlxy, but an earlier board of this process had atiadlxx, which stays "
+              "loaded and would be found as well");
+    EXPECT_EQ(Start("no-library.json"), "");
+}
+
+TEST_F(HostLibrary, BoardIsRefusedWhenAVendorsOwnLibraryIsLoaded) {
+    Load(OutputDirectory() / "tests" / "scripted" / "atiadlxx.dll");
+    EXPECT_EQ(Start("overdriven.json"),
+              "this process has loaded another atiadlxx.dll already; a board must be started before that");
+    EXPECT_EQ(::GetModuleHandleW(L"atiadlxy.dll"), nullptr);
+}
+
+TEST_F(HostLibrary, UnloadedWhileABoardRunsItStays) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    ::FreeLibrary(simulation_);
+    ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
+    stop_();
+}
+
+}  // namespace
