@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "amd/results.h"
-#include "amd/rounding.h"
+#include "model/rounding.h"
 
 namespace gputune::sim {
 

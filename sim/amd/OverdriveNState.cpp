@@ -4,7 +4,7 @@
 #include <span>
 
 #include "amd/results.h"
-#include "amd/rounding.h"
+#include "model/rounding.h"
 
 namespace gputune::sim {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "amd/StandIn.h"
-#include "amd/rounding.h"
+#include "amd/AmdStandIn.h"
+#include "model/rounding.h"
 
 #define ADL_EXPORT extern "C" __declspec(dllexport) int ADL_CDECL
 
@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t kManyAdapters = 4096;
 constexpr std::size_t kManySettings = 4096;
 
-StandIn& Self() {
-    return StandIn::Instance();
+AmdStandIn& Self() {
+    return AmdStandIn::Instance();
 }
 
 void Unterminate(AdapterInfo& record) {
@@ -30,7 +30,7 @@ void Unterminate(AdapterInfo& record) {
 }
 
 template <class Record>
-int HandOutAdapters(Driver& driver, Garbage garbage, int adapter, int& count, Record*& out) {
+int HandOutAdapters(AmdDriver& driver, Garbage garbage, int adapter, int& count, Record*& out) {
     if (adapter != -1 && !driver.FindAdapter(adapter)) {
         return kInvalidAdapterIndex;
     }
@@ -57,12 +57,12 @@ void SpoilCount(int& count, Garbage garbage) {
 }
 
 template <class Operation>
-int OverdriveNCall(Driver& driver, int adapter, Operation const& operation) {
+int OverdriveNCall(AmdDriver& driver, int adapter, Operation const& operation) {
     return driver.WithOverdriveN(adapter, Self().Now(), operation);
 }
 
 template <class Operation>
-int Overdrive8Call(Driver& driver, int adapter, Operation const& operation) {
+int Overdrive8Call(AmdDriver& driver, int adapter, Operation const& operation) {
     return driver.WithOverdrive8(adapter, Self().Now(), operation);
 }
 
@@ -73,7 +73,7 @@ int Overdrive8Call(Driver& driver, int adapter, Operation const& operation) {
 #define SIM_ENTER(entry, call, expression, ...)                                                                       \
     Self().Enter(                                                                                                     \
         #entry,                                                                                                       \
-        [&](Driver& driver, [[maybe_unused]] Garbage garbage) {                                                       \
+        [&](AmdDriver& driver, [[maybe_unused]] Garbage garbage) {                                                    \
             return call(                                                                                              \
                 driver, adapter,                                                                                      \
                 [&]([[maybe_unused]] auto& state, [[maybe_unused]] Readings const& readings) { return expression; }); \
@@ -84,7 +84,7 @@ ADL_EXPORT ADL2_Main_ControlX2_Create(AdlMemoryAllocator allocator, int connecte
                                       int threadingModel) {
     return Self().Enter(
         "ADL2_Main_ControlX2_Create",
-        [&](Driver&, Garbage) {
+        [&](AmdDriver&, Garbage) {
             *context = Self().CreateContext(allocator);
             return kOk;
         },
@@ -94,7 +94,7 @@ ADL_EXPORT ADL2_Main_ControlX2_Create(AdlMemoryAllocator allocator, int connecte
 ADL_EXPORT ADL2_Overdrive_Caps(AdlContext context, int adapter, int* supported, int* enabled, int* version) {
     return Self().Enter(
         "ADL2_Overdrive_Caps",
-        [&](Driver& driver, Garbage) {
+        [&](AmdDriver& driver, Garbage) {
             if (!driver.FindAdapter(adapter)) {
                 return kInvalidAdapterIndex;
             }
@@ -108,7 +108,7 @@ ADL_EXPORT ADL2_Overdrive_Caps(AdlContext context, int adapter, int* supported, 
 ADL_EXPORT ADL2_Adapter_Active_Get(AdlContext context, int adapter, int* status) {
     return Self().Enter(
         "ADL2_Adapter_Active_Get",
-        [&](Driver& driver, Garbage) {
+        [&](AmdDriver& driver, Garbage) {
             Adapter const* const found = driver.FindAdapter(adapter);
             if (!found) {
                 return kInvalidAdapterIndex;
@@ -122,7 +122,7 @@ ADL_EXPORT ADL2_Adapter_Active_Get(AdlContext context, int adapter, int* status)
 ADL_EXPORT ADL2_Adapter_VRAMUsage_Get(AdlContext context, int adapter, int* megabytes) {
     return Self().Enter(
         "ADL2_Adapter_VRAMUsage_Get",
-        [&](Driver& driver, Garbage) {
+        [&](AmdDriver& driver, Garbage) {
             return driver.WithReadings(adapter, Self().Now(), [&](Readings const& readings) {
                 *megabytes = Rounded(readings.memoryUsed);
                 return kOk;
@@ -134,21 +134,21 @@ ADL_EXPORT ADL2_Adapter_VRAMUsage_Get(AdlContext context, int adapter, int* mega
 ADL_EXPORT ADL2_Adapter_AdapterInfoX4_Get(AdlContext context, int adapter, int* count, AdapterInfoX2** list) {
     return Self().Enter(
         "ADL2_Adapter_AdapterInfoX4_Get",
-        [&](Driver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
+        [&](AmdDriver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
         context, adapter, count, list);
 }
 
 ADL_EXPORT ADL2_Adapter_AdapterInfoX3_Get(AdlContext context, int adapter, int* count, AdapterInfo** list) {
     return Self().Enter(
         "ADL2_Adapter_AdapterInfoX3_Get",
-        [&](Driver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
+        [&](AmdDriver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
         context, adapter, count, list);
 }
 
 ADL_EXPORT ADL2_Adapter_MemoryInfo_Get(AdlContext context, int adapter, ADLMemoryInfo* info) {
     return Self().Enter(
         "ADL2_Adapter_MemoryInfo_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             if (!driver.FindAdapter(adapter)) {
                 return kInvalidAdapterIndex;
             }
@@ -169,7 +169,7 @@ ADL_EXPORT ADL2_Overdrive5_ThermalDevices_Enum(AdlContext context, int adapter, 
                                                ADLThermalControllerInfo* info) {
     return Self().Enter(
         "ADL2_Overdrive5_ThermalDevices_Enum",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             if (garbage == Garbage::EndlessEnumeration) {
                 info->iThermalDomain = kThermalDomainGpu;
                 info->iDomainIndex = controller;
@@ -200,7 +200,7 @@ ADL_EXPORT ADL2_Overdrive5_FanSpeedToDefault_Set(AdlContext context, int adapter
 ADL_EXPORT ADL2_OverdriveN_CapabilitiesX2_Get(AdlContext context, int adapter, ADLODNCapabilitiesX2* capabilities) {
     return Self().Enter(
         "ADL2_OverdriveN_CapabilitiesX2_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             return OverdriveNCall(driver, adapter, [&](OverdriveNState& state, Readings const&) {
                 int const result = state.GetCapabilities(*capabilities);
                 SpoilCount(capabilities->iMaximumNumberOfPerformanceLevels, garbage);
@@ -254,7 +254,7 @@ ADL_EXPORT ADL2_OverdriveN_PerformanceStatus_Get(AdlContext context, int adapter
 ADL_EXPORT ADL2_Overdrive8_Init_Setting_Get(AdlContext context, int adapter, ADLOD8InitSetting* settings) {
     return Self().Enter(
         "ADL2_Overdrive8_Init_Setting_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
                 int const result = state.GetInit(*settings);
                 SpoilCount(settings->count, garbage);
@@ -267,7 +267,7 @@ ADL_EXPORT ADL2_Overdrive8_Init_Setting_Get(AdlContext context, int adapter, ADL
 ADL_EXPORT ADL2_Overdrive8_Current_Setting_Get(AdlContext context, int adapter, ADLOD8CurrentSetting* settings) {
     return Self().Enter(
         "ADL2_Overdrive8_Current_Setting_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
                 int const result = state.GetCurrent(*settings);
                 SpoilCount(settings->count, garbage);
@@ -290,7 +290,7 @@ ADL_EXPORT ADL2_Overdrive8_Init_SettingX2_Get(AdlContext context, int adapter, i
                                               ADLOD8SingleInitSetting** list) {
     return Self().Enter(
         "ADL2_Overdrive8_Init_SettingX2_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
                 *capabilities = state.Capabilities();
                 return Self().HandOut(state.InitSettings(), *count, *list, garbage, kManySettings);
@@ -302,7 +302,7 @@ ADL_EXPORT ADL2_Overdrive8_Init_SettingX2_Get(AdlContext context, int adapter, i
 ADL_EXPORT ADL2_Overdrive8_Current_SettingX2_Get(AdlContext context, int adapter, int* count, int** list) {
     return Self().Enter(
         "ADL2_Overdrive8_Current_SettingX2_Get",
-        [&](Driver& driver, Garbage garbage) {
+        [&](AmdDriver& driver, Garbage garbage) {
             return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
                 return Self().HandOut(state.CurrentSettings(), *count, *list, garbage, kManySettings);
             });
@@ -313,7 +313,7 @@ ADL_EXPORT ADL2_Overdrive8_Current_SettingX2_Get(AdlContext context, int adapter
 ADL_EXPORT ADL2_Adapter_FrameMetrics_Get(AdlContext context, int adapter, int source, float* framesPerSecond) {
     return Self().Enter(
         "ADL2_Adapter_FrameMetrics_Get",
-        [&](Driver& driver, Garbage) {
+        [&](AmdDriver& driver, Garbage) {
             if (!driver.Description().frameMetricsRunning) {
                 return driver.FindAdapter(adapter) ? kError : kInvalidAdapterIndex;
             }
@@ -326,9 +326,9 @@ ADL_EXPORT ADL2_Adapter_FrameMetrics_Get(AdlContext context, int adapter, int so
 }
 
 // The list: an entry point without arguments there is made, one with arguments must be written out above.
-#define SIM_MAKE(name)                                                              \
-    ADL_EXPORT name() {                                                             \
-        return Self().Enter(#name, [](Driver&, Garbage) { return kNotSupported; }); \
+#define SIM_MAKE(name)                                                                 \
+    ADL_EXPORT name() {                                                                \
+        return Self().Enter(#name, [](AmdDriver&, Garbage) { return kNotSupported; }); \
     }
 #define SIM_MAKE_TYPED(name, ...)                                                \
     static_assert(std::is_same_v<decltype(&name), int(ADL_CDECL*)(__VA_ARGS__)>, \

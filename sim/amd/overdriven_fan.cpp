@@ -2,7 +2,7 @@
 // wins.
 #include "amd/OverdriveNState.h"
 #include "amd/results.h"
-#include "amd/rounding.h"
+#include "model/rounding.h"
 
 namespace gputune::sim {
 

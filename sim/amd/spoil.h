@@ -1,30 +1,14 @@
-// Records filled with extreme values: the greatest and the least integer in turn, the greatest number. Heads by which
-// the record says what it is stay.
+// What of AMD's records is spoilt.
 #pragma once
 
-#include <cfloat>
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 
 #include "amd/adl_records.h"
+#include "standin/spoil.h"
 
 namespace gputune::sim {
 
-inline void SpoilInts(void* start, std::size_t bytes) {
-    auto* const values = static_cast<int*>(start);
-    for (std::size_t i = 0; i < bytes / sizeof(int); ++i) {
-        values[i] = i % 2 == 0 ? INT_MAX : INT_MIN;
-    }
-}
-
-template <class Record>
-void Spoil(Record& record) {
-    SpoilInts(&record, sizeof(record));
-}
-inline void Spoil(float& value) {
-    value = FLT_MAX;
-}
 inline void Spoil(amd::ADLMemoryInfo& record) {
     record.iMemorySize = INT64_MIN;
     record.iMemoryBandwidth = INT64_MAX;

@@ -1,14 +1,36 @@
 // The parts of a board file, one reader each; all throw BoardFileError.
 #pragma once
 
+#include <span>
+#include <string_view>
+
 #include "board/Board.h"
 #include "board/JsonReader.h"
 
 namespace gputune::sim {
 
+// Everything in the file that is the vendor's.
+void ReadAmd(JsonObject& object, Board& board);
+
 OverdriveN ReadOverdriveN(JsonValue const& value);
 Overdrive8 ReadOverdrive8(JsonValue const& value);
 ModelSettings ReadModel(JsonValue const& value);
-Fault ReadFault(JsonValue const& value);
+
+// What an entry point can hand out instead of the truth.
+struct GarbageFit {
+    std::string_view entryPoint;
+    Garbage garbage;
+};
+
+// What can be wrong with one vendor's library.
+struct FaultRules {
+    std::span<std::string_view const> entryPoints;
+    std::span<GarbageFit const> garbage;
+};
+
+FaultRules AmdFaultRules();
+
+// The key "faults", which may be left out.
+std::vector<Fault> ReadFaults(JsonObject& object, FaultRules const& rules);
 
 }  // namespace gputune::sim

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <array>
-#include <string_view>
 
 #include "board/board_parts.h"
 
@@ -8,72 +6,17 @@ namespace gputune::sim {
 
 namespace {
 
-constexpr std::string_view kEntryPoints[] = {
-#define ADL_FUNCTION(name, ...) #name,
-#include "amd/adl_functions.inc"
-};
-
-struct Fits {
-    std::string_view entryPoint;
-    Garbage garbage;
-};
-
-// Which garbage an entry point can hand out at all.
-constexpr Fits kFits[] = {
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::NegativeCount},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::HugeCount},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::NullList},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::NegativeCount},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::HugeCount},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::NullList},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_MemoryInfo_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_MemoryInfo_Get", Garbage::ExtremeValues},
-    {"ADL2_Adapter_VRAMUsage_Get", Garbage::ExtremeValues},
-    {"ADL2_Adapter_FrameMetrics_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive_Caps", Garbage::ExtremeValues},
-    {"ADL2_Overdrive5_ThermalDevices_Enum", Garbage::EndlessEnumeration},
-    {"ADL2_Overdrive5_FanSpeed_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::NegativeCount},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::HugeCount},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_SystemClocksX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_MemoryClocksX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_FanControl_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_PowerLimit_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_Temperature_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_PerformanceStatus_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::ExtremeValues},
-    {"ADL2_New_QueryPMLogData_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::NullList},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::ShortList},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::NullList},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::ShortList},
-};
-
-bool Fit(std::string_view entryPoint, Garbage garbage) {
-    return std::any_of(std::begin(kFits), std::end(kFits),
-                       [&](Fits const& fits) { return fits.entryPoint == entryPoint && fits.garbage == garbage; });
+bool Fit(std::span<GarbageFit const> rules, std::string_view entryPoint, Garbage garbage) {
+    return std::any_of(rules.begin(), rules.end(),
+                       [&](GarbageFit const& fit) { return fit.entryPoint == entryPoint && fit.garbage == garbage; });
 }
 
-}  // namespace
-
-Fault ReadFault(JsonValue const& value) {
+Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     JsonObject object(value);
     Fault fault;
     JsonValue const entryPoint = object.Required("entryPoint");
     fault.entryPoint = entryPoint.String(255);
-    if (std::find(std::begin(kEntryPoints), std::end(kEntryPoints), fault.entryPoint) == std::end(kEntryPoints)) {
+    if (std::find(rules.entryPoints.begin(), rules.entryPoints.end(), fault.entryPoint) == rules.entryPoints.end()) {
         entryPoint.Fail("the name of an entry point of the vendor's library");
     }
     auto const result = object.Optional("result");
@@ -97,11 +40,28 @@ Fault ReadFault(JsonValue const& value) {
         fault.garbage = static_cast<Garbage>(
             1 + garbage->Choice({"negative-count", "huge-count", "null-list", "short-list", "unterminated-strings",
                                  "endless-enumeration", "extreme-values"}));
-        if (!Fit(fault.entryPoint, fault.garbage)) {
+        if (!Fit(rules.garbage, fault.entryPoint, fault.garbage)) {
             garbage->Fail("a kind of garbage that " + fault.entryPoint + " can hand out");
         }
     }
     return fault;
+}
+
+}  // namespace
+
+std::vector<Fault> ReadFaults(JsonObject& object, FaultRules const& rules) {
+    std::vector<Fault> faults;
+    if (auto const list = object.Optional("faults")) {
+        list->ForEach([&](JsonValue const& value) {
+            Fault fault = ReadFault(value, rules);
+            auto const sameEntry = [&](Fault const& other) { return other.entryPoint == fault.entryPoint; };
+            if (std::any_of(faults.begin(), faults.end(), sameEntry)) {
+                value.Fail("an entry point that has no fault yet");
+            }
+            faults.push_back(std::move(fault));
+        });
+    }
+    return faults;
 }
 
 }  // namespace gputune::sim

@@ -1,5 +1,5 @@
 // The scripted library as a DLL: its loader-visible export table follows what is hidden.
-#include "amd/ExportTable.h"
+#include "standin/ExportTable.h"
 #include "scripted_adl_exports.h"
 
 void ScriptedAdl_HiddenChanged() {

@@ -65,25 +65,25 @@ TEST(SimBoardFile, AdapterAndCaptionsAreRead) {
     ASSERT_EQ(board.captions.size(), 2u);
     EXPECT_EQ(board.captions[0], "AMD Radeon RX 580 Series");
     EXPECT_EQ(board.captions[1], std::nullopt);
-    ASSERT_EQ(board.adapters.size(), 1u);
-    EXPECT_EQ(board.adapters[0].index, 4);
-    EXPECT_EQ(board.adapters[0].udid, "PCI&SUBSYS_0B361002");
-    EXPECT_EQ(board.adapters[0].busNumber, 7);
-    EXPECT_TRUE(board.adapters[0].present);
-    EXPECT_FALSE(board.adapters[0].active);
+    ASSERT_EQ(board.amd.adapters.size(), 1u);
+    EXPECT_EQ(board.amd.adapters[0].index, 4);
+    EXPECT_EQ(board.amd.adapters[0].udid, "PCI&SUBSYS_0B361002");
+    EXPECT_EQ(board.amd.adapters[0].busNumber, 7);
+    EXPECT_TRUE(board.amd.adapters[0].present);
+    EXPECT_FALSE(board.amd.adapters[0].active);
 }
 
 TEST(SimBoardFile, OverdriveNPartIsRead) {
     Board const board = ReadBoardText(OverdriveNBoard(), "some.json");
-    ASSERT_TRUE(board.overdriveN);
-    EXPECT_EQ(board.overdriveN->levelCount, 3);
-    EXPECT_EQ(board.overdriveN->engineClock.step, 100);
-    EXPECT_EQ(board.overdriveN->engineLevels.size(), 2u);
-    EXPECT_EQ(board.overdriveN->memoryLevels.at(0).control, 2);
-    EXPECT_EQ(board.overdriveN->thermalControllers.at(1).result, -1);
+    ASSERT_TRUE(board.amd.overdriveN);
+    EXPECT_EQ(board.amd.overdriveN->levelCount, 3);
+    EXPECT_EQ(board.amd.overdriveN->engineClock.step, 100);
+    EXPECT_EQ(board.amd.overdriveN->engineLevels.size(), 2u);
+    EXPECT_EQ(board.amd.overdriveN->memoryLevels.at(0).control, 2);
+    EXPECT_EQ(board.amd.overdriveN->thermalControllers.at(1).result, -1);
     // In force at first: the ranges' defaults.
-    EXPECT_EQ(board.overdriveN->temperatureLimit, 84);
-    EXPECT_EQ(board.overdriveN->targetFanSpeed, 2100);
+    EXPECT_EQ(board.amd.overdriveN->temperatureLimit, 84);
+    EXPECT_EQ(board.amd.overdriveN->targetFanSpeed, 2100);
 }
 
 TEST(SimBoardFile, Overdrive8PartIsRead) {
@@ -93,23 +93,23 @@ TEST(SimBoardFile, Overdrive8PartIsRead) {
                      { "id": 44, "min": 0, "max": 1, "default": 1 }],
         "sensors": [{ "id": 8, "quantity": "temperature" }, { "id": 20, "value": 33, "supported": false }] })"),
                                       "some.json");
-    ASSERT_TRUE(board.overdrive8);
-    EXPECT_EQ(board.overdrive8->capabilities, 0x201f);
-    EXPECT_EQ(board.overdrive8->count, 45);
-    EXPECT_EQ(board.overdrive8->settings.at(9).current, 10);
-    EXPECT_EQ(board.overdrive8->settings.at(44).current, 1);
-    EXPECT_FALSE(board.overdrive8->newerEntryPoints);
-    EXPECT_TRUE(board.overdrive8->olderEntryPoints);
-    EXPECT_EQ(board.overdrive8->sensors.at(0).quantity, Quantity::Temperature);
-    EXPECT_EQ(board.overdrive8->sensors.at(1).value, 33);
-    EXPECT_FALSE(board.overdrive8->sensors.at(1).supported);
+    ASSERT_TRUE(board.amd.overdrive8);
+    EXPECT_EQ(board.amd.overdrive8->capabilities, 0x201f);
+    EXPECT_EQ(board.amd.overdrive8->count, 45);
+    EXPECT_EQ(board.amd.overdrive8->settings.at(9).current, 10);
+    EXPECT_EQ(board.amd.overdrive8->settings.at(44).current, 1);
+    EXPECT_FALSE(board.amd.overdrive8->newerEntryPoints);
+    EXPECT_TRUE(board.amd.overdrive8->olderEntryPoints);
+    EXPECT_EQ(board.amd.overdrive8->sensors.at(0).quantity, Quantity::Temperature);
+    EXPECT_EQ(board.amd.overdrive8->sensors.at(1).value, 33);
+    EXPECT_FALSE(board.amd.overdrive8->sensors.at(1).supported);
 }
 
 TEST(SimBoardFile, FewerSettingsThanTheRecordsHoldArePadded) {
     Board const board =
         ReadBoardText(Overdrive8Board(R"({ "capabilities": 1, "count": 5, "settings": [] })"), "some.json");
-    EXPECT_EQ(board.overdrive8->count, 5);
-    EXPECT_EQ(board.overdrive8->settings.size(), 39u);
+    EXPECT_EQ(board.amd.overdrive8->count, 5);
+    EXPECT_EQ(board.amd.overdrive8->settings.size(), 39u);
 }
 
 TEST(SimBoardFile, FixedReadingsAndFrameRateAreRead) {
@@ -122,7 +122,7 @@ TEST(SimBoardFile, FixedReadingsAndFrameRateAreRead) {
     EXPECT_EQ(board.model.fixed->fanRpm, 0);
     EXPECT_EQ(board.model.fixed->olderFanRpm, 1200);
     EXPECT_EQ(board.model.fixed->framesPerSecond, 59.9);
-    EXPECT_TRUE(board.frameMetricsRunning);
+    EXPECT_TRUE(board.amd.frameMetricsRunning);
 }
 
 TEST(SimBoardFile, FaultsAreRead) {
@@ -154,7 +154,7 @@ TEST(SimBoardFile, EveryKindOfGarbageHasItsName) {
 TEST(SimBoardFile, EveryQuantityHasItsName) {
     auto const quantity = [](std::string const& name) {
         std::string const part = R"({ "capabilities": 0, "settings": [], "sensors": [{ "id": 1, "quantity": ")" + name;
-        return ReadBoardText(Overdrive8Board(part + "\" }] }"), "some.json").overdrive8->sensors.at(0).quantity;
+        return ReadBoardText(Overdrive8Board(part + "\" }] }"), "some.json").amd.overdrive8->sensors.at(0).quantity;
     };
     EXPECT_EQ(quantity("engine-clock"), Quantity::EngineClock);
     EXPECT_EQ(quantity("memory-clock"), Quantity::MemoryClock);
@@ -289,7 +289,7 @@ TEST(SimBoardFile, TextWithoutRoomForItsTerminatorIsRefused) {
 TEST(SimBoardFile, FileIsReadByItsUtf8Path) {
     std::string const path = "bo\xc3\xa4rd.json";
     std::ofstream(std::filesystem::path(std::u8string(path.begin(), path.end()))) << OverdriveNBoard();
-    EXPECT_EQ(ReadBoardFile(path).adapters.size(), 1u);
+    EXPECT_EQ(ReadBoardFile(path).amd.adapters.size(), 1u);
     std::filesystem::remove(std::filesystem::path(std::u8string(path.begin(), path.end())));
     EXPECT_THROW(ReadBoardFile(path), BoardFileError);
 }

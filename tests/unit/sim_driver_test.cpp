@@ -4,7 +4,7 @@
 #include <climits>
 #include <string>
 
-#include "amd/Driver.h"
+#include "amd/AmdDriver.h"
 
 namespace {
 
@@ -237,15 +237,15 @@ TEST(SimOverdrive8, OlderRecordsHoldTheFirst39OfMoreSettings) {
 Board TwoBoards() {
     Board board;
     board.vendor = Vendor::Amd;
-    board.adapters = {{.index = 0, .udid = std::string(300, 'x'), .name = "a", .displayName = "", .busNumber = 1},
-                      {.index = 3, .udid = "", .name = "b", .displayName = "", .busNumber = 1},
-                      {.index = 5, .udid = "", .name = "c", .displayName = "", .busNumber = 2}};
-    board.overdriveN = SomeOverdriveN();
+    board.amd.adapters = {{.index = 0, .udid = std::string(300, 'x'), .name = "a", .displayName = "", .busNumber = 1},
+                          {.index = 3, .udid = "", .name = "b", .displayName = "", .busNumber = 1},
+                          {.index = 5, .udid = "", .name = "c", .displayName = "", .busNumber = 2}};
+    board.amd.overdriveN = SomeOverdriveN();
     return board;
 }
 
 TEST(SimDriver, AdapterListIsOfOneBusOrOfAll) {
-    Driver const driver(TwoBoards());
+    AmdDriver const driver(TwoBoards());
     EXPECT_EQ(driver.AdapterInfos(-1).size(), 3u);
     EXPECT_EQ(driver.AdapterInfos(3).size(), 2u);
     ASSERT_EQ(driver.AdapterInfos(5).size(), 1u);
@@ -254,7 +254,7 @@ TEST(SimDriver, AdapterListIsOfOneBusOrOfAll) {
 }
 
 TEST(SimDriver, AdaptersHaveTheirOwnState) {
-    Driver driver(TwoBoards());
+    AmdDriver driver(TwoBoards());
     auto const set = [](OverdriveNState& state, Readings const&) {
         return state.SetPowerLimit({.iMode = kOdnModeManual, .iTDPLimit = 10, .iMaxOperatingTemperature = 80});
     };
@@ -268,7 +268,7 @@ TEST(SimDriver, AdaptersHaveTheirOwnState) {
 }
 
 TEST(SimDriver, UnknownAdapterAndMissingGenerationAreRefused) {
-    Driver driver(TwoBoards());
+    AmdDriver driver(TwoBoards());
     auto const nothing = [](auto&, Readings const&) { return kOk; };
     EXPECT_EQ(driver.WithOverdriveN(1, 0, nothing), kInvalidAdapterIndex);
     EXPECT_EQ(driver.WithOverdrive8(0, 0, nothing), kNotSupported);
@@ -276,7 +276,7 @@ TEST(SimDriver, UnknownAdapterAndMissingGenerationAreRefused) {
 }
 
 TEST(SimDriver, SetFanChangesTheCourse) {
-    Driver driver(TwoBoards());
+    AmdDriver driver(TwoBoards());
     double temperature[2] = {};
     for (int adapter : {0, 5}) {
         auto const set = [&](OverdriveNState& state, Readings const&) {

@@ -1,4 +1,4 @@
-#include "amd/Driver.h"
+#include "amd/AmdDriver.h"
 
 #include <algorithm>
 #include <cstring>
@@ -35,20 +35,20 @@ amd::AdapterInfoX2 ToRecord(Adapter const& adapter, int display) {
 
 }  // namespace
 
-Driver::Driver(Board board) : board_(std::move(board)) {
+AmdDriver::AmdDriver(Board board) : board_(std::move(board)) {
     ModelSettings settings = board_.model;
-    if (board_.overdriveN && board_.overdriveN->fanSpeed.max > 0) {
-        settings.fanMaximum = board_.overdriveN->fanSpeed.max;
+    if (board_.amd.overdriveN && board_.amd.overdriveN->fanSpeed.max > 0) {
+        settings.fanMaximum = board_.amd.overdriveN->fanSpeed.max;
     }
-    for (std::size_t i = 0; i < board_.adapters.size(); ++i) {
+    for (std::size_t i = 0; i < board_.amd.adapters.size(); ++i) {
         Unit unit;
         Controls controls;
-        if (board_.overdrive8) {
-            unit.overdrive8 = std::make_unique<Overdrive8State>(*board_.overdrive8);
+        if (board_.amd.overdrive8) {
+            unit.overdrive8 = std::make_unique<Overdrive8State>(*board_.amd.overdrive8);
             controls = unit.overdrive8->ModelControls();
         }
-        if (board_.overdriveN) {
-            unit.overdriveN = std::make_unique<OverdriveNState>(*board_.overdriveN);
+        if (board_.amd.overdriveN) {
+            unit.overdriveN = std::make_unique<OverdriveNState>(*board_.amd.overdriveN);
             controls = unit.overdriveN->ModelControls();
         }
         unit.model = std::make_unique<ThermalModel>(settings, controls);
@@ -56,28 +56,28 @@ Driver::Driver(Board board) : board_(std::move(board)) {
     }
 }
 
-Driver::~Driver() = default;
+AmdDriver::~AmdDriver() = default;
 
-Adapter const* Driver::FindAdapter(int index) const {
-    auto const found = std::find_if(board_.adapters.begin(), board_.adapters.end(),
-                                    [&](sim::Adapter const& adapter) { return adapter.index == index; });
-    return found == board_.adapters.end() ? nullptr : &*found;
+Adapter const* AmdDriver::FindAdapter(int index) const {
+    auto const found = std::find_if(board_.amd.adapters.begin(), board_.amd.adapters.end(),
+                                    [&](Adapter const& adapter) { return adapter.index == index; });
+    return found == board_.amd.adapters.end() ? nullptr : &*found;
 }
 
-Driver::Unit* Driver::Find(int index) {
+AmdDriver::Unit* AmdDriver::Find(int index) {
     Adapter const* const adapter = FindAdapter(index);
-    return adapter ? &units_[static_cast<std::size_t>(adapter - board_.adapters.data())] : nullptr;
+    return adapter ? &units_[static_cast<std::size_t>(adapter - board_.amd.adapters.data())] : nullptr;
 }
 
-Readings Driver::ReadingsOf(Unit& unit, double now) {
+Readings AmdDriver::ReadingsOf(Unit& unit, double now) {
     unit.model->AdvanceTo(now);
     return unit.model->Read();
 }
 
-std::vector<amd::AdapterInfoX2> Driver::AdapterInfos(int index) const {
+std::vector<amd::AdapterInfoX2> AmdDriver::AdapterInfos(int index) const {
     Adapter const* const wanted = FindAdapter(index);
     std::vector<amd::AdapterInfoX2> records;
-    for (auto const& adapter : board_.adapters) {
+    for (auto const& adapter : board_.amd.adapters) {
         if (!wanted || adapter.busNumber == wanted->busNumber) {
             records.push_back(ToRecord(adapter, static_cast<int>(records.size())));
         }

@@ -1,4 +1,4 @@
-#include "amd/CallLog.h"
+#include "standin/CallLog.h"
 
 #include <algorithm>
 

@@ -11,16 +11,17 @@
 #include "amd/results.h"
 #include "board/Board.h"
 #include "model/ThermalModel.h"
+#include "standin/BoardDriver.h"
 
 namespace gputune::sim {
 
-class Driver {
+class AmdDriver final : public BoardDriver {
 public:
-    explicit Driver(Board board);
-    ~Driver();
+    explicit AmdDriver(Board board);
+    ~AmdDriver() override;
 
-    sim::Board const& Description() const { return board_; }
-    sim::Adapter const* FindAdapter(int index) const;
+    AmdBoard const& Description() const { return board_.amd; }
+    Adapter const* FindAdapter(int index) const;
 
     // The records of all adapters (index -1), or of those on the same bus as the given one.
     std::vector<amd::AdapterInfoX2> AdapterInfos(int index) const;
@@ -73,7 +74,7 @@ private:
     Unit* Find(int index);
     static Readings ReadingsOf(Unit& unit, double now);
 
-    sim::Board const board_;
+    Board const board_;
     std::vector<Unit> units_;  // one per adapter, in the board's order
 };
 

@@ -1,4 +1,4 @@
-#include "amd/ExportTable.h"
+#include "standin/ExportTable.h"
 
 #include <windows.h>
 

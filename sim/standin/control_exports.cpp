@@ -2,17 +2,15 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <string>
 
-#include "amd/StandIn.h"
 #include "board/BoardFile.h"
 #include "gputune_sim.h"
+#include "standin/StandIn.h"
 
 #define SIM_EXPORT extern "C" __declspec(dllexport)
 
 namespace {
 
-using gputune::sim::Board;
 using gputune::sim::StandIn;
 
 void CopyError(char const* text, char* error, int errorSize) {
@@ -27,12 +25,7 @@ void CopyError(char const* text, char* error, int errorSize) {
 template <class Read>
 int Load(Read const& read, char* error, int errorSize) {
     try {
-        Board board = read();
-        if (board.vendor != gputune::sim::Vendor::Amd) {
-            CopyError("the board is not one of this library's vendor", error, errorSize);
-            return 0;
-        }
-        StandIn::Instance().Load(std::move(board));
+        StandIn::Instance().Load(read());
         return 1;
     } catch (std::exception const& failure) {
         CopyError(failure.what(), error, errorSize);

@@ -1,67 +1,52 @@
-// What the stand-in library keeps for its process: the driver of the board loaded last, the orders given to it, and the
-// record of calls. The context and the allocation callback outlive a change of board, as a client keeps them.
+// What AMD's stand-in adds to every stand-in. The context and the allocation callback outlive a change of board, as a
+// client keeps them.
 #pragma once
 
-#include <map>
-#include <memory>
-#include <mutex>
-#include <set>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include "amd/CallLog.h"
-#include "amd/Driver.h"
+#include "amd/AmdDriver.h"
 #include "amd/spoil.h"
-#include "model/TimeSource.h"
+#include "standin/StandIn.h"
 
 namespace gputune::sim {
 
-class StandIn {
+// The levels of a table follow its head; of a head that contradicts itself nothing more is kept.
+template <>
+struct LoggedSize<amd::ADLODNPerformanceLevelsX2> {
+    static std::size_t Of(amd::ADLODNPerformanceLevelsX2 const& table) {
+        constexpr int kHead = sizeof(table);
+        constexpr int kLevel = sizeof(amd::ADLODNPerformanceLevelX2);
+        int const levels = table.iNumberOfPerformanceLevels;
+        bool const sound =
+            levels > 0 && levels <= (GPUTUNE_SIM_MAX_RECORD - kHead) / kLevel && table.iSize == kHead + levels * kLevel;
+        return static_cast<std::size_t>(sound ? table.iSize : kHead);
+    }
+};
+
+class AmdStandIn final : public StandIn {
 public:
-    static StandIn& Instance();
-
-    // A fresh state: no orders, no calls, real time. Throws std::runtime_error when an export cannot be hidden.
-    void Load(Board board);
-
-    void SetResult(std::string const& entryPoint, int result);
-    void ClearFaults();
-    bool Hide(std::string const& entryPoint);
-    void Advance(int milliseconds);
-    int AllocationCount() const { return allocations_; }
-    CallLog& Calls() { return calls_; }
-    std::mutex& Lock() { return lock_; }
+    static AmdStandIn& Instance();
 
     // Every entry point: logs the call, obeys orders and faults, and refuses null pointers; only then
-    // operation(Driver&, Garbage) is called, whose result is returned.
+    // operation(AmdDriver&, Garbage) is called, whose result is returned.
     template <class Operation, class... Args>
     int Enter(char const* entryPoint, Operation const& operation, Args... args) {
         std::lock_guard const guard(lock_);
-        LoggedCall call{.entryPoint = entryPoint, .args = {}, .record = {}};
-        (LogArgument(call, args), ...);
-        calls_.Add(std::move(call));
-        if (auto const order = results_.find(entryPoint); order != results_.end()) {
-            return order->second;
+        if (auto const demanded = Begin(entryPoint, args...)) {
+            return *demanded;
         }
-        if (!driver_) {
+        auto* const driver = static_cast<AmdDriver*>(Driver());
+        if (!driver) {
             return kError;
-        }
-        Fault const* const fault = FindFault(entryPoint);
-        if (fault && fault->kind == FaultKind::Result) {
-            return fault->result;
         }
         if ((IsNullRecord(args) || ...) || (IsForeignContext(args) || ...)) {
             return kInvalidParameter;
         }
-        Garbage const garbage = fault ? fault->garbage : Garbage::None;
-        int const result = operation(*driver_, garbage);
+        Garbage const garbage = GarbageOf(entryPoint);
+        int const result = operation(*driver, garbage);
         if (result == kOk && garbage == Garbage::ExtremeValues) {
             (SpoilArgument(args), ...);
         }
         return result;
     }
-
-    double Now() const { return time_.Now(); }
 
     // For the entry point that creates the context; returns it.
     amd::AdlContext CreateContext(amd::AdlMemoryAllocator allocator);
@@ -92,10 +77,13 @@ public:
     }
 
 private:
+    AmdStandIn() : StandIn(Vendor::Amd) {}
+
+    std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
+    std::set<std::string> AbsentWith(Board const& board) const override;
+
     // From the client; null without memory or before there is a context.
     void* Allocate(std::size_t bytes);
-
-    Fault const* FindFault(char const* entryPoint) const;
 
     template <class Argument>
     static bool IsNullRecord(Argument argument) {
@@ -121,14 +109,7 @@ private:
         }
     }
 
-    std::mutex lock_;
-    std::unique_ptr<Driver> driver_;
-    std::map<std::string, int, std::less<>> results_;
-    std::set<std::string> hidden_;
-    CallLog calls_;
-    TimeSource time_;
     amd::AdlMemoryAllocator allocator_ = nullptr;
-    int allocations_ = 0;
 };
 
 }  // namespace gputune::sim

@@ -5,11 +5,9 @@
 #include <cstdint>
 #include <cstring>
 #include <deque>
-#include <string>
 #include <type_traits>
 #include <vector>
 
-#include "amd/adl_records.h"
 #include "gputune_sim.h"
 
 namespace gputune::sim {
@@ -39,36 +37,42 @@ private:
     std::deque<LoggedCall> calls_;
 };
 
-// Appends what a pointer argument points to. The context and the allocation callback are no records.
+// How many bytes of a record are kept. A vendor specialises it for a record with a tail.
 template <class Record>
-void AppendRecord(std::vector<unsigned char>& bytes, Record const* record) {
-    auto const* const begin = reinterpret_cast<unsigned char const*>(record);
-    std::size_t size = sizeof(Record);
-    if constexpr (std::is_same_v<Record, amd::ADLODNPerformanceLevelsX2>) {
-        // The levels follow the head; a head that contradicts itself is kept alone.
-        constexpr int kLevel = sizeof(amd::ADLODNPerformanceLevelX2);
-        int const levels = record->iNumberOfPerformanceLevels;
-        if (levels > 0 && levels <= (GPUTUNE_SIM_MAX_RECORD - static_cast<int>(size)) / kLevel &&
-            record->iSize == static_cast<int>(size) + levels * kLevel) {
-            size = static_cast<std::size_t>(record->iSize);
-        }
-    }
-    bytes.insert(bytes.end(), begin, begin + size);
-}
+struct LoggedSize {
+    static std::size_t Of(Record const&) { return sizeof(Record); }
+};
+
+// A pointer argument of which only the address is kept: how much the caller has there is not known.
+template <class T>
+struct AddressOnly {
+    T* address;
+};
 
 template <class Argument>
 void LogArgument(LoggedCall& call, Argument argument) {
     if constexpr (std::is_pointer_v<Argument>) {
         call.args.push_back(static_cast<int>(reinterpret_cast<std::uintptr_t>(argument)));
-        using Pointee = std::remove_pointer_t<Argument>;
+        using Pointee = std::remove_cv_t<std::remove_pointer_t<Argument>>;
         if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee>) {
             if (argument) {
-                AppendRecord(call.record, argument);
+                auto const* const begin = reinterpret_cast<unsigned char const*>(argument);
+                call.record.insert(call.record.end(), begin, begin + LoggedSize<Pointee>::Of(*argument));
             }
         }
+    } else if constexpr (std::is_same_v<Argument, double>) {
+        int halves[2];
+        static_assert(sizeof(halves) == sizeof(argument));
+        std::memcpy(halves, &argument, sizeof(halves));
+        call.args.insert(call.args.end(), std::begin(halves), std::end(halves));
     } else {
-        call.args.push_back(argument);
+        call.args.push_back(static_cast<int>(argument));
     }
+}
+
+template <class T>
+void LogArgument(LoggedCall& call, AddressOnly<T> argument) {
+    LogArgument(call, static_cast<void const*>(argument.address));
 }
 
 }  // namespace gputune::sim

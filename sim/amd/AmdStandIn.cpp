@@ -1,0 +1,45 @@
+#include "amd/AmdStandIn.h"
+
+#include <utility>
+
+namespace gputune::sim {
+
+AmdStandIn& AmdStandIn::Instance() {
+    static AmdStandIn standIn;
+    return standIn;
+}
+
+StandIn& StandIn::Instance() {
+    return AmdStandIn::Instance();
+}
+
+std::unique_ptr<BoardDriver> AmdStandIn::NewDriver(Board board) const {
+    return std::make_unique<AmdDriver>(std::move(board));
+}
+
+std::set<std::string> AmdStandIn::AbsentWith(Board const& board) const {
+    std::set<std::string> absent;
+    auto const& overdrive8 = board.amd.overdrive8;
+    if (overdrive8 && !overdrive8->newerEntryPoints) {
+        absent.insert({"ADL2_Overdrive8_Init_SettingX2_Get", "ADL2_Overdrive8_Current_SettingX2_Get"});
+    }
+    if (overdrive8 && !overdrive8->olderEntryPoints) {
+        absent.insert({"ADL2_Overdrive8_Init_Setting_Get", "ADL2_Overdrive8_Current_Setting_Get"});
+    }
+    return absent;
+}
+
+amd::AdlContext AmdStandIn::CreateContext(amd::AdlMemoryAllocator allocator) {
+    allocator_ = allocator;
+    return this;
+}
+
+void* AmdStandIn::Allocate(std::size_t bytes) {
+    if (!allocator_) {
+        return nullptr;
+    }
+    CountAllocation();
+    return allocator_(static_cast<int>(bytes));
+}
+
+}  // namespace gputune::sim

@@ -1,0 +1,86 @@
+// What every stand-in library keeps for its process: the driver of the board loaded last, the orders given to it, and
+// the record of calls. A vendor adds its driver, its entry points and what it says of wrong arguments.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "board/Board.h"
+#include "model/TimeSource.h"
+#include "standin/BoardDriver.h"
+#include "standin/CallLog.h"
+
+namespace gputune::sim {
+
+class StandIn {
+public:
+    // The library's own one; its vendor defines this.
+    static StandIn& Instance();
+
+    virtual ~StandIn() = default;
+    StandIn(StandIn const&) = delete;
+    StandIn& operator=(StandIn const&) = delete;
+
+    // A fresh state: no orders, no calls, real time. Throws std::runtime_error when the board is another vendor's or an
+    // entry point cannot be hidden; the former board then stays.
+    void Load(Board board);
+
+    void SetResult(std::string const& entryPoint, int result);
+    void ClearFaults();
+    bool Hide(std::string const& entryPoint);
+    void Advance(int milliseconds);
+    int AllocationCount() const { return allocations_; }
+    CallLog& Calls() { return calls_; }
+
+    double Now() const { return time_.Now(); }
+
+protected:
+    explicit StandIn(Vendor vendor) : vendor_(vendor) {}
+
+    virtual std::unique_ptr<BoardDriver> NewDriver(Board board) const = 0;
+    // The entry points that a library with this board does not have, beside those that its faults say are missing.
+    virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
+    // Whether there is an entry point of this name, hidden or not.
+    virtual bool Has(std::string const& entryPoint) const;
+    // Hide exactly these and show all others; false when that is not possible.
+    virtual bool HideOnly(std::set<std::string> const& entryPoints) const;
+
+    // The beginning of every entry point, under the lock: logs the call. A value is the answer that an order or a fault
+    // demands; nothing is then to be done.
+    template <class... Args>
+    std::optional<int> Begin(char const* entryPoint, Args... args) {
+        LoggedCall call{.entryPoint = entryPoint, .args = {}, .record = {}};
+        (LogArgument(call, args), ...);
+        calls_.Add(std::move(call));
+        return Demanded(entryPoint);
+    }
+    // What the entry point is to hand out instead of the truth.
+    Garbage GarbageOf(char const* entryPoint) const;
+
+    // Null before there is a board.
+    BoardDriver* Driver() const { return driver_.get(); }
+    bool IsHidden(std::string const& entryPoint) const { return hidden_.contains(entryPoint); }
+    void CountAllocation() { ++allocations_; }
+
+    std::mutex lock_;
+
+private:
+    std::optional<int> Demanded(char const* entryPoint) const;
+    Fault const* FindFault(char const* entryPoint) const;
+
+    Vendor const vendor_;
+    std::unique_ptr<BoardDriver> driver_;
+    std::vector<Fault> faults_;
+    std::map<std::string, int, std::less<>> results_;
+    std::set<std::string> hidden_;
+    CallLog calls_;
+    TimeSource time_;
+    int allocations_ = 0;
+};
+
+}  // namespace gputune::sim
