@@ -7,6 +7,7 @@
 #include "amd/OD7Helper.h"
 #include "amd/OD8Helper.h"
 #include "detect/GpuVendor.h"
+#include "intel/IGCLHelper.h"
 #include "log/DebugLog.h"
 
 namespace gputune::api {
@@ -45,7 +46,7 @@ std::unique_ptr<IVideoAdapter> CreateAdapter(GpuVendor vendor) {
             return CreateAmdAdapter();
         case GpuVendor::Intel:
             g_apiType = AdapterApiType::Igcl;
-            return nullptr;  // no backend yet
+            return std::make_unique<intel::IGCLHelper>();
         case GpuVendor::Nvidia:
             g_apiType = AdapterApiType::Nvapi;
             return nullptr;  // no backend yet

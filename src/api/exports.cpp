@@ -1,5 +1,5 @@
 // The exported functions. Each forwards to one operation of the current adapter and adds nothing: no checks of the
-// arguments, no logging, no translation of results. Names and ordinals are in gputune.def.
+// arguments, no logging, no translation of results. Their names stand in flat_exports.txt.
 //
 // Records are filled in the caller's own storage (the compiler elides the copy of a named result), so that what an
 // operation does not write keeps what the caller had there.

@@ -89,6 +89,12 @@ LibraryHandle LoadLibraryByName(wchar_t const* name) {
     return name == wanted ? &test::g_loadedLibrary : nullptr;
 }
 
+LibraryHandle LoadLibraryWithFlags(wchar_t const* /*path*/, std::uint32_t /*flags*/) {
+    return nullptr;
+}
+
+void UnloadLibrary(LibraryHandle /*library*/) {}
+
 void* FindSymbol(LibraryHandle library, char const* name) {
     return library == &test::g_loadedLibrary ? ScriptedAdl_Find(name) : nullptr;
 }

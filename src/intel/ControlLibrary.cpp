@@ -1,0 +1,34 @@
+#include "intel/ControlLibrary.h"
+
+#include <utility>
+
+#include "intel/ctl_forwarders.h"
+#include "platform/library.h"
+
+namespace gputune::intel::control_library {
+
+namespace {
+
+constinit platform::LibraryHandle g_library = nullptr;
+
+}  // namespace
+
+bool IsLoaded() {
+    return g_library != nullptr;
+}
+
+bool Load(wchar_t const* path) {
+    g_library = platform::LoadLibraryWithFlags(path, platform::kSearchSystemDirectory);
+    return IsLoaded();
+}
+
+void Unload() {
+    ForgetForwardedEntries();
+    platform::UnloadLibrary(std::exchange(g_library, nullptr));
+}
+
+void* Find(char const* name) {
+    return IsLoaded() ? platform::FindSymbol(g_library, name) : nullptr;
+}
+
+}  // namespace gputune::intel::control_library
