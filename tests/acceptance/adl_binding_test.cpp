@@ -94,7 +94,7 @@ TEST(AdlBinding, OpensTheNewerLibraryStepByStep) {
 }
 
 TEST(AdlBinding, OlderLibraryIsTheSecondChoice) {
-    Machine machine = AmdBoard(8, Machine::AmdLibrary::Older);
+    Machine machine = AmdBoard(8, Machine::Library::AmdOlder);
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(BindingLog(machine.TakeLog()), Lines({
                                                  "[ADL::InitADL()] x86 dll loaded ... atiadlxy.dll",
@@ -108,7 +108,7 @@ TEST(AdlBinding, OlderLibraryIsTheSecondChoice) {
 }
 
 TEST(AdlBinding, MissingLibraryFailsAndIsNotTriedAgain) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"AMD Radeon RX 580 Series"});
 
     EXPECT_FALSE(machine.Init());
@@ -422,16 +422,16 @@ TEST(AdlSelection, SurvivesANewInitialisationWhichReadsTheChosenAdapter) {
 
 TEST(AdlMemory, CallbackGivesBlocksOfPositiveSizes) {
     Machine machine = OverdriveNBoard();
-    EXPECT_EQ(host::Adl().AskForMemory(16), nullptr) << "no callback before the context is created";
+    EXPECT_EQ(machine.Scripted().AskForMemory(16), nullptr) << "no callback before the context is created";
     ASSERT_TRUE(machine.Init());
 
-    auto* const block = static_cast<unsigned char*>(host::Adl().AskForMemory(1580));
+    auto* const block = static_cast<unsigned char*>(machine.Scripted().AskForMemory(1580));
     ASSERT_NE(block, nullptr);
     std::fill(block, block + 1580, static_cast<unsigned char>(0xA5));
-    EXPECT_NE(host::Adl().AskForMemory(1), nullptr);
-    EXPECT_NE(host::Adl().AskForMemory(0), nullptr) << "an empty list is no lack of memory";
-    EXPECT_EQ(host::Adl().AskForMemory(-1), nullptr);
-    EXPECT_EQ(host::Adl().AskForMemory(INT_MIN), nullptr);
+    EXPECT_NE(machine.Scripted().AskForMemory(1), nullptr);
+    EXPECT_NE(machine.Scripted().AskForMemory(0), nullptr) << "an empty list is no lack of memory";
+    EXPECT_EQ(machine.Scripted().AskForMemory(-1), nullptr);
+    EXPECT_EQ(machine.Scripted().AskForMemory(INT_MIN), nullptr);
 }
 
 #if !defined(_WIN32)

@@ -63,7 +63,7 @@ TEST(Api, BeforeTheStartNothingIsAvailable) {
 }
 
 TEST(Api, AfterAFailedStartNothingIsAvailable) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"Intel(R) UHD Graphics 770"});
     EXPECT_FALSE(machine.Init());
     machine.TakeLog();
@@ -88,7 +88,7 @@ TEST(Api, VendorInfoOfOverdrive8) {
 }
 
 TEST(Api, VendorInfoWithoutASupportedGpuIsZero) {
-    Machine machine(Machine::AmdLibrary::Newer);
+    Machine machine(Machine::Library::AmdNewer);
     machine.Captions({L"AMD Radeon(TM) Graphics"});
     EXPECT_FALSE(machine.Init());
     EXPECT_EQ(machine.Api().GetVendorInfo(), 0U);
@@ -96,7 +96,7 @@ TEST(Api, VendorInfoWithoutASupportedGpuIsZero) {
 }
 
 TEST(Api, VendorInfoWithoutTheAmdLibraryIsTheVendorAlone) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"AMD Radeon RX 580 Series"});
     EXPECT_FALSE(machine.Init());
     EXPECT_EQ(machine.Api().GetVendorInfo(), VendorInfo(0, 1));
@@ -129,7 +129,7 @@ TEST(Api, UnknownOverdriveVersionsAreRefused) {
 }
 
 TEST(Api, IntelAndNvidiaAreDetected) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"Intel(R) Arc(TM) A770 Graphics"});
     machine.Init();
     EXPECT_EQ(machine.Api().GetVendorInfo(), VendorInfo(4, 2));
@@ -141,7 +141,7 @@ TEST(Api, IntelAndNvidiaAreDetected) {
 }
 
 TEST(Api, IntelAndNvidiaHaveNoBackendYet) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"Intel(R) Arc(TM) A770 Graphics"});
     EXPECT_FALSE(machine.Init());
     ExpectNoAdapter(machine.Api());

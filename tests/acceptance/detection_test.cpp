@@ -17,7 +17,7 @@ struct Row {
 
 // No AMD library: detection is over before one is looked for.
 void ExpectVendors(std::vector<Row> const& rows) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     for (std::size_t index = 0; index < rows.size(); ++index) {
         SCOPED_TRACE("row " + std::to_string(index));
         machine.Captions(rows[index].captions);
@@ -113,7 +113,7 @@ TEST(Detection, LogListsTheControllersBetweenTwoLines) {
         {{L"", L"Intel(R) Arc(TM) A770 Graphics"},
          {begin, "", "Intel(R) Arc(TM) A770 Graphics", end, "[GetVendor()] ... INTEL"}},
     };
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     for (LogRow const& row : rows) {
         machine.Captions(row.captions);
         EXPECT_FALSE(machine.Init());

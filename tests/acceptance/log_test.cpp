@@ -40,7 +40,7 @@ std::optional<std::string> FileBytes() {
 }
 
 Machine UnsupportedMachine() {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"Some Graphics"});
     return machine;
 }

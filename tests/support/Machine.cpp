@@ -7,16 +7,29 @@
 
 namespace gputune::test {
 
-Bytes Ints(std::vector<int> const& values) {
-    Bytes bytes(values.size() * sizeof(int));
+namespace {
+
+template <class Value>
+Bytes BytesOf(std::vector<Value> const& values) {
+    Bytes bytes(values.size() * sizeof(Value));
     if (!values.empty()) {
         std::memcpy(bytes.data(), values.data(), bytes.size());
     }
     return bytes;
 }
 
+}  // namespace
+
+Bytes Ints(std::vector<int> const& values) {
+    return BytesOf(values);
+}
+
 Bytes Ints(std::initializer_list<int> values) {
     return Ints(std::vector<int>(values));
+}
+
+Bytes Doubles(std::vector<double> const& values) {
+    return BytesOf(values);
 }
 
 Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch) {
@@ -39,12 +52,19 @@ int Call::Int(std::size_t offset) const {
     return value;
 }
 
+double Call::DoubleArgument(std::size_t word) const {
+    if (word + 2 > args.size()) {
+        throw std::out_of_range(entryPoint + " has no two words at " + std::to_string(word));
+    }
+    double value = 0;
+    std::memcpy(&value, args.data() + word, sizeof value);
+    return value;
+}
+
 namespace {
 
-Call ToCall(int index) {
-    ScriptedCall call;
-    host::Adl().GetCall(index, &call);
-    return {call.entryPoint, std::vector<int>(call.args, call.args + call.argCount),
+Call ToCall(ScriptedCall const& call) {
+    return {call.entryPoint, std::vector<int>(call.words, call.words + call.wordCount),
             Bytes(call.record, call.record + call.recordSize)};
 }
 
@@ -54,11 +74,30 @@ int Size(Bytes const& bytes) {
 
 }  // namespace
 
-Machine::Machine(AmdLibrary library) : library_(library) {
-    host::InstallLibrary(library);
-    if (library_ != AmdLibrary::None) {
-        host::Adl().Reset();
+Machine::Machine(Library library) {
+    if (library != Library::None) {
+        Add(library);
     }
+}
+
+Machine& Machine::Add(Library library) {
+    libraries_.push_back(&host::InstallLibrary(library));
+    libraries_.back()->Reset();
+    return *this;
+}
+
+ScriptedLibrary& Machine::Scripted() const {
+    return *libraries_.at(0);
+}
+
+ScriptedLibrary& Machine::LibraryOf(std::string const& entryPoint) const {
+    std::string const name = entryPoint.substr(0, entryPoint.find('@'));
+    for (ScriptedLibrary* const library : libraries_) {
+        if (library->Has(name.c_str())) {
+            return *library;
+        }
+    }
+    throw std::invalid_argument("no library of the machine can have " + name);
 }
 
 Machine& Machine::Captions(std::vector<std::wstring> captions) {
@@ -67,27 +106,37 @@ Machine& Machine::Captions(std::vector<std::wstring> captions) {
 }
 
 Machine& Machine::Result(std::string const& entryPoint, int result) {
-    host::Adl().Result(entryPoint.c_str(), result);
+    LibraryOf(entryPoint).Result(entryPoint.c_str(), result);
     return *this;
 }
 
 Machine& Machine::Write(std::string const& entryPoint, int argument, Bytes const& bytes, int offset) {
-    host::Adl().Write(entryPoint.c_str(), argument, offset, bytes.data(), Size(bytes));
+    LibraryOf(entryPoint).Write(entryPoint.c_str(), argument, offset, bytes.data(), Size(bytes));
+    return *this;
+}
+
+Machine& Machine::WriteThrough(std::string const& entryPoint, int argument, int pointerOffset, Bytes const& bytes) {
+    LibraryOf(entryPoint).WriteThrough(entryPoint.c_str(), argument, pointerOffset, bytes.data(), Size(bytes));
     return *this;
 }
 
 Machine& Machine::Allocate(std::string const& entryPoint, int argument, Bytes const& list) {
-    host::Adl().Allocate(entryPoint.c_str(), argument, list.data(), Size(list));
+    LibraryOf(entryPoint).Allocate(entryPoint.c_str(), argument, list.data(), Size(list));
     return *this;
 }
 
 Machine& Machine::Then(std::string const& entryPoint) {
-    host::Adl().Then(entryPoint.c_str());
+    LibraryOf(entryPoint).Then(entryPoint.c_str());
     return *this;
 }
 
 Machine& Machine::Hide(std::string const& entryPoint) {
-    host::Adl().Hide(entryPoint.c_str());
+    LibraryOf(entryPoint).Hide(entryPoint.c_str());
+    return *this;
+}
+
+Machine& Machine::Show(std::string const& entryPoint) {
+    LibraryOf(entryPoint).Show(entryPoint.c_str());
     return *this;
 }
 
@@ -126,13 +175,12 @@ Lines Machine::TakeLog() {
 
 std::vector<Call> Machine::TakeCalls() {
     std::vector<Call> calls;
-    if (library_ == AmdLibrary::None) {
-        return calls;
+    for (ScriptedLibrary* const library : libraries_) {
+        for (int index = 0; index < library->CallCount(); ++index) {
+            calls.push_back(ToCall(library->CallAt(index)));
+        }
+        library->ClearCalls();
     }
-    for (int index = 0; index < host::Adl().CallCount(); ++index) {
-        calls.push_back(ToCall(index));
-    }
-    host::Adl().ClearCalls();
     return calls;
 }
 
@@ -145,19 +193,20 @@ std::vector<std::string> Machine::TakeCallNames() {
 }
 
 Call Machine::LastCall(std::string const& entryPoint) const {
-    for (int index = host::Adl().CallCount(); index-- > 0;) {
-        Call call = ToCall(index);
-        if (call.entryPoint == entryPoint) {
-            return call;
+    ScriptedLibrary const& library = LibraryOf(entryPoint);
+    for (int index = library.CallCount(); index-- > 0;) {
+        if (library.CallAt(index).entryPoint == entryPoint) {
+            return ToCall(library.CallAt(index));
         }
     }
     throw std::runtime_error(entryPoint + " was not called");
 }
 
 int Machine::CountOf(std::string const& entryPoint) const {
+    ScriptedLibrary const& library = LibraryOf(entryPoint);
     int count = 0;
-    for (int index = 0; index < host::Adl().CallCount(); ++index) {
-        count += ToCall(index).entryPoint == entryPoint ? 1 : 0;
+    for (int index = 0; index < library.CallCount(); ++index) {
+        count += library.CallAt(index).entryPoint == entryPoint ? 1 : 0;
     }
     return count;
 }
@@ -169,6 +218,22 @@ void Machine::WriteProfile(std::string const& text) {
 
 void Machine::RemoveProfile() {
     std::filesystem::remove(host::ProfilePath());
+}
+
+std::string host::FileName(Machine::Library library) {
+    switch (library) {
+        case Machine::Library::AmdNewer:
+            return "atiadlxx.dll";
+        case Machine::Library::AmdOlder:
+            return "atiadlxy.dll";
+        case Machine::Library::Intel:
+            return "ControlLib32.dll";
+        case Machine::Library::Nvidia:
+            return "nvapi.dll";
+        case Machine::Library::None:
+            break;
+    }
+    throw std::invalid_argument("no library has no name");
 }
 
 }  // namespace gputune::test

@@ -1,5 +1,5 @@
-// The machine a test runs on: which display controllers it reports, which AMD library it has and what that answers, and
-// the library under test on top of it. One test, one process, one machine, in an empty working directory.
+// The machine a test runs on: which display controllers it reports, which vendors' libraries it has and what they
+// answer, and the library under test on top of it. One test, one process, one machine, in an empty working directory.
 //
 //     Machine machine = OverdriveNBoard();                       // boards.h
 //     machine.Result("ADL2_OverdriveN_PowerLimit_Set", -1);
@@ -18,17 +18,18 @@
 #include <string>
 #include <vector>
 
+#include "ScriptedLibrary.h"
 #include "gputune.h"
-#include "scripted_adl.h"
 
 namespace gputune::test {
 
 using Bytes = std::vector<unsigned char>;
 using Lines = std::vector<std::string>;
 
-// The bytes of 32-bit integers in a row.
+// The bytes of 32-bit integers, or of doubles, in a row.
 Bytes Ints(std::initializer_list<int> values);
 Bytes Ints(std::vector<int> const& values);
+Bytes Doubles(std::vector<double> const& values);
 
 // `bytes` with `patch` written over it from `offset` on; it grows when needed.
 Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch);
@@ -36,13 +37,14 @@ Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch);
 // A text and its terminator.
 Bytes Text(std::string const& text);
 
-// A call that crossed into the AMD library.
+// A call that crossed into a vendor's library.
 struct Call {
     std::string entryPoint;
-    std::vector<int> args;  // pointers as numbers
+    std::vector<int> args;  // 32-bit words; pointers as numbers
     Bytes record;           // the bytes the caller passed in; empty when the entry point takes none
 
-    int Int(std::size_t offset) const;  // of the record
+    int Int(std::size_t offset) const;              // of the record
+    double DoubleArgument(std::size_t word) const;  // an argument of two words
 };
 
 // The exports of the library under test.
@@ -73,22 +75,37 @@ struct Exports {
 
 class Machine {
 public:
-    enum class AmdLibrary { None, Newer, Older };  // neither, "atiadlxx.dll", "atiadlxy.dll"
+    enum class Library {
+        None,
+        AmdNewer,  // "atiadlxx.dll"
+        AmdOlder,  // "atiadlxy.dll"
+        Intel,     // "ControlLib32.dll"
+        Nvidia,    // "nvapi.dll"
+    };
 
-    // A machine without display controllers, with an AMD library that answers 0 to everything and writes nothing, or
-    // without one (then nothing can be ordered of it).
-    explicit Machine(AmdLibrary library = AmdLibrary::Newer);
+    // A machine without display controllers, with a vendor's library that answers 0 to everything and writes nothing,
+    // or without one (then nothing can be ordered of it).
+    explicit Machine(Library library = Library::AmdNewer);
     Machine(Machine&&) noexcept = default;
+
+    // One more library, for a machine with boards of several vendors.
+    Machine& Add(Library library);
 
     Machine& Captions(std::vector<std::wstring> captions);
 
-    // What an entry point of the AMD library does. Orders change its newest response; Then begins another one, which
-    // holds from the following call on (scripted_adl.h).
+    // What an entry point of the vendor's library does. Orders change its newest response; Then begins another one,
+    // which holds from the following call on (ScriptedLibrary.h, which also tells of orders for one first argument:
+    // For).
     Machine& Result(std::string const& entryPoint, int result);
     Machine& Write(std::string const& entryPoint, int argument, Bytes const& bytes, int offset = 0);
+    Machine& WriteThrough(std::string const& entryPoint, int argument, int pointerOffset, Bytes const& bytes);
     Machine& Allocate(std::string const& entryPoint, int argument, Bytes const& list);
     Machine& Then(std::string const& entryPoint);
     Machine& Hide(std::string const& entryPoint);
+    Machine& Show(std::string const& entryPoint);
+
+    // The library that the machine was made with.
+    ScriptedLibrary& Scripted() const;
 
     // Load the library under test on this machine, without initialising it.
     Exports const& Api();
@@ -103,7 +120,8 @@ public:
     // The lines of debug.log that no earlier TakeLog has returned.
     Lines TakeLog();
 
-    // The calls that no earlier TakeCalls has returned, oldest first; of one entry point, the last.
+    // The calls that no earlier TakeCalls has returned, oldest first, of one library after the other; of one entry
+    // point, the last.
     std::vector<Call> TakeCalls();
     std::vector<std::string> TakeCallNames();
     Call LastCall(std::string const& entryPoint) const;
@@ -115,7 +133,9 @@ public:
     void RemoveProfile();
 
 private:
-    AmdLibrary library_;
+    ScriptedLibrary& LibraryOf(std::string const& entryPoint) const;
+
+    std::vector<ScriptedLibrary*> libraries_;
     std::vector<std::wstring> captions_;
     std::size_t linesTaken_ = 0;
 };
@@ -124,25 +144,11 @@ private:
 namespace host {
 
 void InstallCaptions(std::vector<std::wstring> const& captions);
-void InstallLibrary(Machine::AmdLibrary library);
+// Where the library under test finds it.
+ScriptedLibrary& InstallLibrary(Machine::Library library);
+std::string FileName(Machine::Library library);
 Exports const& LoadLibraryUnderTest();
 std::filesystem::path ProfilePath();
-
-// The scripted library's functions, wherever it lives.
-struct Scripted {
-    decltype(&::Scripted_Reset) Reset;
-    decltype(&::Scripted_Result) Result;
-    decltype(&::Scripted_Write) Write;
-    decltype(&::Scripted_Allocate) Allocate;
-    decltype(&::Scripted_Then) Then;
-    decltype(&::Scripted_Hide) Hide;
-    decltype(&::Scripted_CallCount) CallCount;
-    decltype(&::Scripted_GetCall) GetCall;
-    decltype(&::Scripted_ClearCalls) ClearCalls;
-    decltype(&::Scripted_AskForMemory) AskForMemory;
-    decltype(&::Scripted_AskWithOddStack) AskWithOddStack;
-};
-Scripted const& Adl();
 
 }  // namespace host
 

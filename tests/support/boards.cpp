@@ -17,7 +17,7 @@ Bytes AdapterList(std::vector<AdapterRecord> const& adapters) {
     return list;
 }
 
-Machine AmdBoard(int overdriveVersion, Machine::AmdLibrary library) {
+Machine AmdBoard(int overdriveVersion, Machine::Library library) {
     Machine machine(library);
     machine.Captions({L"AMD Radeon RX 580 Series"});
     machine.Write("ADL2_Main_ControlX2_Create", 2, Ints({kContext}));

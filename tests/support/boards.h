@@ -21,7 +21,7 @@ constexpr int kContext = 0x00C0FFEE;
 
 // A machine whose AMD library opens and reports this Overdrive version for its one adapter: index 5, on bus 3, named
 // "Radeon RX 580 Series", subsystem 0B361002.
-Machine AmdBoard(int overdriveVersion, Machine::AmdLibrary library = Machine::AmdLibrary::Newer);
+Machine AmdBoard(int overdriveVersion, Machine::Library library = Machine::Library::AmdNewer);
 
 // OverdriveN, three levels. In 10 kHz and mV: engine 30000/750, 90000/850, 136600/1150; memory 30000/750, 100000/800,
 // 200000/950. Power range -50 to 50 (default 0), temperature range 50 to 90 (default 75), fan range 400 to 3300 RPM.

@@ -1,7 +1,11 @@
 // The machine for the library's code compiled into the test itself: the operating system it sees is this file.
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
 #include <map>
 
 #include "Machine.h"
+#include "ScriptedCore.h"
 #include "detect/WmiQuery.h"
 #include "native_platform.h"
 #include "platform/display_source.h"
@@ -10,21 +14,52 @@
 #include "platform/memory.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "scripted_adl_exports.h"
 
 namespace gputune::test {
 
 namespace {
 
 std::vector<std::wstring> g_captions;
-Machine::AmdLibrary g_library = Machine::AmdLibrary::Newer;
 std::map<std::wstring, std::uint32_t> g_displays;
-int g_loadedLibrary = 0;  // its address serves as the handle
+
+// The libraries of the machine, by file name.
+std::map<std::wstring, ScriptedCore*> g_installed;
+
+// One load of a library; its address is the handle. Kept when it is unloaded, to catch who uses it then.
+struct Module {
+    ScriptedCore* library;
+    bool isLoaded = true;
+};
+std::deque<Module> g_modules;
+std::vector<Load> g_loadsWithFlags;
+int g_unloads = 0;
+
+Module* LoadModule(std::wstring const& path) {
+    auto const found = g_installed.find(path.substr(path.find_last_of(L"\\/") + 1));
+    return found == g_installed.end() ? nullptr : &g_modules.emplace_back(Module{found->second});
+}
+
+Module& Loaded(void* handle) {
+    auto* const module = static_cast<Module*>(handle);
+    if (module == nullptr || !module->isLoaded) {
+        std::fputs("a library is used that is not loaded\n", stderr);
+        std::abort();
+    }
+    return *module;
+}
 
 }  // namespace
 
 void SetDisplay(std::wstring const& name, std::uint32_t source) {
     g_displays[name] = source;
+}
+
+std::vector<Load> const& LoadsWithFlags() {
+    return g_loadsWithFlags;
+}
+
+int UnloadCount() {
+    return g_unloads;
 }
 
 namespace host {
@@ -33,8 +68,12 @@ void InstallCaptions(std::vector<std::wstring> const& captions) {
     g_captions = captions;
 }
 
-void InstallLibrary(Machine::AmdLibrary library) {
-    g_library = library;
+ScriptedLibrary& InstallLibrary(Machine::Library library) {
+    ScriptedCore& scripted = library == Machine::Library::Intel    ? ScriptedIgcl()
+                             : library == Machine::Library::Nvidia ? ScriptedNvapi()
+                                                                   : ScriptedAdl();
+    g_installed[platform::ToWide(FileName(library))] = &scripted;
+    return scripted;
 }
 
 Exports const& LoadLibraryUnderTest() {
@@ -58,20 +97,9 @@ std::filesystem::path ProfilePath() {
     return "Config/ConfigModel.xml";
 }
 
-Scripted const& Adl() {
-    static Scripted const scripted = {
-        Scripted_Reset,      Scripted_Result,       Scripted_Write,           Scripted_Allocate,
-        Scripted_Then,       Scripted_Hide,         Scripted_CallCount,       Scripted_GetCall,
-        Scripted_ClearCalls, Scripted_AskForMemory, Scripted_AskWithOddStack,
-    };
-    return scripted;
-}
-
 }  // namespace host
 
 }  // namespace gputune::test
-
-void ScriptedAdl_HiddenChanged() {}
 
 namespace gputune {
 
@@ -82,11 +110,17 @@ std::vector<std::wstring> GetWmiData(char const* /*query*/, wchar_t const* /*pro
 namespace platform {
 
 LibraryHandle LoadLibraryByName(wchar_t const* name) {
-    using test::Machine;
-    std::wstring const wanted = test::g_library == Machine::AmdLibrary::Newer   ? L"atiadlxx.dll"
-                                : test::g_library == Machine::AmdLibrary::Older ? L"atiadlxy.dll"
-                                                                                : L"";
-    return name == wanted ? &test::g_loadedLibrary : nullptr;
+    return test::LoadModule(name);
+}
+
+LibraryHandle LoadLibraryWithFlags(wchar_t const* path, std::uint32_t flags) {
+    test::g_loadsWithFlags.push_back({path, flags});
+    return test::LoadModule(path);
+}
+
+void UnloadLibrary(LibraryHandle library) {
+    test::Loaded(library).isLoaded = false;
+    ++test::g_unloads;
 }
 
 LibraryHandle LoadLibraryWithFlags(wchar_t const* /*path*/, std::uint32_t /*flags*/) {
@@ -96,7 +130,7 @@ LibraryHandle LoadLibraryWithFlags(wchar_t const* /*path*/, std::uint32_t /*flag
 void UnloadLibrary(LibraryHandle /*library*/) {}
 
 void* FindSymbol(LibraryHandle library, char const* name) {
-    return library == &test::g_loadedLibrary ? ScriptedAdl_Find(name) : nullptr;
+    return test::Loaded(library).library->Find(name);
 }
 
 // Not told here: the sanitizers see what is read too far.

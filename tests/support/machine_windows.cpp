@@ -1,5 +1,5 @@
-// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted AMD library is loaded
-// by full path before the product asks for it by name.
+// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted vendor libraries are
+// loaded by full path before the product asks for them by name.
 #include <windows.h>
 
 #include <filesystem>
@@ -46,9 +46,6 @@ void Find(HMODULE module, char const* name, Function& function) {
     }
 }
 
-HMODULE g_scripted = nullptr;
-host::Scripted g_adl{};
-
 }  // namespace
 
 sim::WmiStandIn& Wmi() {
@@ -71,27 +68,14 @@ void InstallCaptions(std::vector<std::wstring> const& captions) {
     Wmi().SetCaptions(scripted);
 }
 
-// The two names are copies of one file.
-void InstallLibrary(Machine::AmdLibrary library) {
-    if (library == Machine::AmdLibrary::None) {
-        return;
-    }
-    if (g_scripted != nullptr) {
+ScriptedLibrary& InstallLibrary(Machine::Library library) {
+    std::string const name = FileName(library);
+    if (::GetModuleHandleA(name.c_str()) != nullptr) {
         throw std::runtime_error("one machine in a process");
     }
-    g_scripted = Load(OutputDirectory() / "tests" / "scripted" /
-                      (library == Machine::AmdLibrary::Newer ? "atiadlxx.dll" : "atiadlxy.dll"));
-    Find(g_scripted, "Scripted_Reset", g_adl.Reset);
-    Find(g_scripted, "Scripted_Result", g_adl.Result);
-    Find(g_scripted, "Scripted_Write", g_adl.Write);
-    Find(g_scripted, "Scripted_Allocate", g_adl.Allocate);
-    Find(g_scripted, "Scripted_Then", g_adl.Then);
-    Find(g_scripted, "Scripted_Hide", g_adl.Hide);
-    Find(g_scripted, "Scripted_CallCount", g_adl.CallCount);
-    Find(g_scripted, "Scripted_GetCall", g_adl.GetCall);
-    Find(g_scripted, "Scripted_ClearCalls", g_adl.ClearCalls);
-    Find(g_scripted, "Scripted_AskForMemory", g_adl.AskForMemory);
-    Find(g_scripted, "Scripted_AskWithOddStack", g_adl.AskWithOddStack);
+    ScriptedLibrary* (*scripted)() = nullptr;
+    Find(Load(OutputDirectory() / "tests" / "scripted" / name), "Scripted_Library", scripted);
+    return *scripted();
 }
 
 Exports const& LoadLibraryUnderTest() {
@@ -129,10 +113,6 @@ Exports const& LoadLibraryUnderTest() {
 std::filesystem::path ProfilePath() {
     // Beside the test program, which is the host.
     return ExecutableDirectory() / "Config" / "ConfigModel.xml";
-}
-
-Scripted const& Adl() {
-    return g_adl;
 }
 
 }  // namespace host

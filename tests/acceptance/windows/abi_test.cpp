@@ -297,8 +297,9 @@ TEST(Abi, ValidIsWrittenAsTheOneByteItIs) {
 
 TEST(Abi, AllocationCallbackWorksOnAnOddStack) {
     Machine machine = ReadyBoard();
-    host::Scripted const& adl = host::Adl();
-    for (auto const ask : {adl.AskForMemory, adl.AskWithOddStack}) {
+    ScriptedLibrary& adl = machine.Scripted();
+    for (bool const isOdd : {false, true}) {
+        auto const ask = [&](int size) { return isOdd ? adl.AskWithOddStack(size) : adl.AskForMemory(size); };
         void* const block = ask(1580);
         ASSERT_NE(block, nullptr);
         std::memset(block, 0xAB, 1580);

@@ -93,7 +93,7 @@ TEST(Unload, WritesTheLastWordsOnceAfterSeveralStarts) {
 
 TEST(Unload, WithoutAnAdapterEndsTheBindingAsWell) {
     CountFaults();
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"AMD Radeon RX 580 Series"});
     ASSERT_FALSE(machine.Init());
     machine.TakeLog();
@@ -174,7 +174,7 @@ void ExpectChildEndedWell(DWORD exitCode) {
     EXPECT_EQ(exitCode, 0U);
     EXPECT_TRUE(std::filesystem::exists("reached-the-end"));
     EXPECT_FALSE(std::filesystem::exists(kFaultFile));
-    Machine log(Machine::AmdLibrary::None);
+    Machine log(Machine::Library::None);
     EXPECT_EQ(LastLine(log), kLastWords);
     ExpectLogClosed();
 }

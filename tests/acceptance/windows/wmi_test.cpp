@@ -27,7 +27,7 @@ HRESULT Result(unsigned long code) {
 
 // No AMD library: the log ends with the detection.
 Machine NvidiaMachine() {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"NVIDIA GeForce RTX 4070"});
     return machine;
 }
@@ -52,7 +52,7 @@ bool ThreadIsWithoutCom() {
 }
 
 TEST(Wmi, AsksForTheVideoControllersOneAtATime) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"First", L"NVIDIA GeForce RTX 4070", L"Third"});
     Wmi().ClearRequests();
     machine.Init();
@@ -187,7 +187,7 @@ TEST(Wmi, CaptionsAreLoggedInTheAnsiCodePage) {
         default:
             GTEST_SKIP() << "nothing is known of code page " << ::GetACP();
     }
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"Carte vid\x00E9o NVIDIA"});
     machine.Init();
     EXPECT_EQ(Vendor(machine), 3U);
@@ -195,7 +195,7 @@ TEST(Wmi, CaptionsAreLoggedInTheAnsiCodePage) {
 }
 
 TEST(Wmi, CaptionThatTheCodePageLacksStillDecides) {
-    Machine machine(Machine::AmdLibrary::None);
+    Machine machine(Machine::Library::None);
     machine.Captions({L"\x663E\x5361 nvidia \x30AB", L"Other"});
     machine.Init();
     EXPECT_EQ(Vendor(machine), 3U);

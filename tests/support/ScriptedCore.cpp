@@ -1,0 +1,174 @@
+#include "ScriptedCore.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace gputune::test {
+
+namespace {
+
+unsigned char* Pointer(int word) {
+    return reinterpret_cast<unsigned char*>(word);
+}
+
+}  // namespace
+
+ScriptedCore::ScriptedCore(ScriptedInterface scripted) : interface_(std::move(scripted)), hidden_(interface_.unusual) {}
+
+int ScriptedCore::Answer(char const* name, int const* words) {
+    auto const known = interface_.signatures.find(name);
+    if (known == interface_.signatures.end() && !interface_.otherSignature) {
+        return -8;
+    }
+    Record(name, known == interface_.signatures.end() ? *interface_.otherSignature : known->second, words);
+
+    auto const own = scripts_.find(For(name, words[0]));
+    Script& script = own == scripts_.end() ? scripts_[name] : own->second;
+    Response const& response = script.responses[std::min(script.calls, script.responses.size() - 1)];
+    ++script.calls;
+    for (Output const& output : response.outputs) {
+        Perform(output, words);
+    }
+    return response.result;
+}
+
+void ScriptedCore::Record(char const* name, Signature const& signature, int const* words) {
+    ScriptedCall call{};
+    call.entryPoint = name;
+    call.wordCount = signature.words;
+    std::memcpy(call.words, words, sizeof(int) * static_cast<std::size_t>(signature.words));
+    if (signature.recordArgument >= 0 && words[signature.recordArgument] != 0) {
+        void const* const record = Pointer(words[signature.recordArgument]);
+        int size = signature.recordSize;
+        if (size == kSizeInRecord) {
+            std::memcpy(&size, record, sizeof size);
+        }
+        call.recordSize = std::clamp(size, 0, kMaxRecord);
+        std::memcpy(call.record, record, static_cast<std::size_t>(call.recordSize));
+    }
+    calls_.push_back(call);
+}
+
+void ScriptedCore::Perform(Output const& output, int const* words) {
+    if (words[output.argument] == 0) {
+        return;
+    }
+    unsigned char* const target = Pointer(words[output.argument]) + output.offset;
+    switch (output.kind) {
+        case Output::Kind::Write:
+            std::copy(output.bytes.begin(), output.bytes.end(), target);
+            break;
+        case Output::Kind::WriteThrough: {
+            unsigned char* inner = nullptr;
+            std::memcpy(&inner, target, sizeof inner);
+            std::copy(output.bytes.begin(), output.bytes.end(), inner);
+            break;
+        }
+        case Output::Kind::Allocate: {
+            void* const block = output.bytes.empty() ? nullptr : AskForMemory(static_cast<int>(output.bytes.size()));
+            if (block != nullptr) {
+                std::memcpy(block, output.bytes.data(), output.bytes.size());
+            }
+            std::memcpy(target, &block, sizeof block);
+            break;
+        }
+    }
+}
+
+void* ScriptedCore::Find(std::string const& name) const {
+    auto const found = interface_.entryPoints.find(name);
+    return found == interface_.entryPoints.end() || hidden_.contains(name) ? nullptr : found->second;
+}
+
+void ScriptedCore::OnHiddenChange(HiddenHandler handler) {
+    onHiddenChange_ = std::move(handler);
+    HiddenChanged();
+}
+
+void ScriptedCore::HiddenChanged() {
+    if (onHiddenChange_) {
+        onHiddenChange_(hidden_);
+    }
+}
+
+bool ScriptedCore::Has(char const* entryPoint) const {
+    return interface_.entryPoints.contains(entryPoint);
+}
+
+void ScriptedCore::Reset() {
+    scripts_.clear();
+    calls_.clear();
+    allocator_ = nullptr;
+    hidden_ = interface_.unusual;
+    HiddenChanged();
+}
+
+void ScriptedCore::Result(char const* entryPoint, int result) {
+    Newest(entryPoint).result = result;
+}
+
+void ScriptedCore::Add(char const* entryPoint, Output::Kind kind, int argument, int offset, void const* bytes,
+                       int size) {
+    auto const* const first = static_cast<unsigned char const*>(bytes);
+    Newest(entryPoint).outputs.push_back({kind, argument, offset, Bytes(first, first + size)});
+}
+
+void ScriptedCore::Write(char const* entryPoint, int argument, int offset, void const* bytes, int size) {
+    Add(entryPoint, Output::Kind::Write, argument, offset, bytes, size);
+}
+
+void ScriptedCore::WriteThrough(char const* entryPoint, int argument, int offset, void const* bytes, int size) {
+    Add(entryPoint, Output::Kind::WriteThrough, argument, offset, bytes, size);
+}
+
+void ScriptedCore::Allocate(char const* entryPoint, int argument, void const* bytes, int size) {
+    Add(entryPoint, Output::Kind::Allocate, argument, 0, bytes, size);
+}
+
+void ScriptedCore::Then(char const* entryPoint) {
+    scripts_[entryPoint].responses.emplace_back();
+}
+
+void ScriptedCore::Hide(char const* entryPoint) {
+    hidden_.insert(entryPoint);
+    HiddenChanged();
+}
+
+void ScriptedCore::Show(char const* entryPoint) {
+    hidden_.erase(entryPoint);
+    HiddenChanged();
+}
+
+int ScriptedCore::CallCount() const {
+    return static_cast<int>(calls_.size());
+}
+
+ScriptedCall const& ScriptedCore::CallAt(int index) const {
+    return calls_.at(static_cast<std::size_t>(index));
+}
+
+void ScriptedCore::ClearCalls() {
+    calls_.clear();
+}
+
+void* ScriptedCore::AskForMemory(int size) {
+    return allocator_ == nullptr ? nullptr : allocator_(size);
+}
+
+void* ScriptedCore::AskWithOddStack(int size) {
+    void* block = nullptr;
+    // stdcall: the callee pops the size, so the padding alone is taken back here.
+    __asm__ volatile(
+        "movl %%esp, %%esi\n\t"
+        "andl $-16, %%esp\n\t"
+        "subl $8, %%esp\n\t"
+        "pushl %2\n\t"
+        "call *%1\n\t"
+        "movl %%esi, %%esp\n\t"
+        : "=a"(block)
+        : "r"(allocator_), "r"(size)
+        : "esi", "ecx", "edx", "memory", "cc");
+    return block;
+}
+
+}  // namespace gputune::test
