@@ -123,12 +123,6 @@ void UnloadLibrary(LibraryHandle library) {
     ++test::g_unloads;
 }
 
-LibraryHandle LoadLibraryWithFlags(wchar_t const* /*path*/, std::uint32_t /*flags*/) {
-    return nullptr;
-}
-
-void UnloadLibrary(LibraryHandle /*library*/) {}
-
 void* FindSymbol(LibraryHandle library, char const* name) {
     return test::Loaded(library).library->Find(name);
 }
