@@ -1,4 +1,4 @@
-// The library on a machine whose AMD library costs nothing.
+// The library on a machine whose vendor library costs nothing.
 #pragma once
 
 #include <windows.h>
@@ -13,14 +13,22 @@ namespace gputune::bench {
 
 class BenchMachine {
 public:
+    // Which vendor's machine it is: its library, in the folder of the program, and the name of its board.
+    struct Vendor {
+        wchar_t const* library;
+        wchar_t const* caption;
+    };
+    static constexpr Vendor kAmd{L"atiadlxx.dll", L"AMD Radeon RX 580 Series"};
+    static constexpr Vendor kIntel{L"ControlLib32.dll", L"Intel(R) Arc(TM) A770 Graphics"};
+
     // Throws when anything is missing: a figure of a machine that did not open would be worth nothing.
-    explicit BenchMachine(int logMode) {
+    explicit BenchMachine(int logMode, Vendor const& vendor = kAmd) {
         wchar_t path[MAX_PATH];
         DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
         auto const directory = std::filesystem::path(std::wstring(path, length)).parent_path();
-        adl_ = Load(directory / "atiadlxx.dll");
+        vendorLibrary_ = Load(directory / vendor.library);
         library_ = Load(directory.parent_path() / "bin" / "gputune.dll");
-        wmi_.SetCaptions({{sim::WmiCaption::Kind::Text, L"AMD Radeon RX 580 Series"}});
+        wmi_.SetCaptions({{sim::WmiCaption::Kind::Text, vendor.caption}});
         if (!Export<decltype(&::InitVGAHelper)>("InitVGAHelper")(logMode) ||
             !Export<decltype(&::IsInitOk)>("IsInitOk")()) {
             throw std::runtime_error("the library does not open its board");
@@ -34,7 +42,7 @@ public:
 
     template <class Function>
     Function VendorFunction(char const* name) const {
-        return Find<Function>(adl_, name);
+        return Find<Function>(vendorLibrary_, name);
     }
 
 private:
@@ -56,7 +64,7 @@ private:
     }
 
     sim::WmiStandIn wmi_;
-    HMODULE adl_ = nullptr;
+    HMODULE vendorLibrary_ = nullptr;
     HMODULE library_ = nullptr;
 };
 

@@ -1,0 +1,70 @@
+// What a forwarded control library function costs, between the direct call and one whose entry point is looked up every
+// time; and what a reading of the sensors adds to the one call it makes. With the log off.
+#include <benchmark/benchmark.h>
+
+#include "BenchMachine.h"
+#include "intel/ctl_records.h"
+
+namespace gputune::bench {
+namespace {
+
+constexpr char kFunction[] = "ctlOverclockGpuFrequencyOffsetSet";
+using Function = intel::ctl_result_t(CTL_CDECL*)(intel::ctl_device_adapter_handle_t, double);
+constexpr double kOffset = 50;
+
+BenchMachine& Machine() {
+    static BenchMachine machine(GPUTUNE_LOG_NONE, BenchMachine::kIntel);
+    return machine;
+}
+
+void FloorDirectCall(benchmark::State& state) {
+    auto const direct = Machine().VendorFunction<Function>(kFunction);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(direct(nullptr, kOffset));
+    }
+}
+BENCHMARK(FloorDirectCall);
+
+void ForwardedCall(benchmark::State& state) {
+    auto const forwarded = Machine().Export<Function>(kFunction);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(forwarded(nullptr, kOffset));
+    }
+}
+BENCHMARK(ForwardedCall);
+
+void LookUpAtEachCall(benchmark::State& state) {
+    BenchMachine& machine = Machine();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(machine.VendorFunction<Function>(kFunction)(nullptr, kOffset));
+    }
+}
+BENCHMARK(LookUpAtEachCall);
+
+void FloorVendorCallOfAnIntelFetch(benchmark::State& state) {
+    auto const read =
+        Machine()
+            .VendorFunction<intel::ctl_result_t(CTL_CDECL*)(intel::ctl_device_adapter_handle_t,
+                                                            intel::ctl_power_telemetry_t*)>("ctlPowerTelemetryGet");
+    for (auto _ : state) {
+        intel::ctl_power_telemetry_t telemetry{};
+        telemetry.Size = sizeof telemetry;
+        benchmark::DoNotOptimize(read(nullptr, &telemetry));
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(FloorVendorCallOfAnIntelFetch);
+
+void IntelFetchHwmValues(benchmark::State& state) {
+    auto const fetchHwmValues = Machine().Export<decltype(&::FetchHwmValues)>("FetchHwmValues");
+    for (auto _ : state) {
+        fetchHwmValues();
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(IntelFetchHwmValues);
+
+}  // namespace
+}  // namespace gputune::bench
+
+BENCHMARK_MAIN();
