@@ -1,8 +1,8 @@
 /*
  * gputune_sim_host.h - simulated boards for programs in any language: gputune_sim.dll, plain C.
  *
- * A program starts a board, then loads and uses gputune.dll, which finds the board as it would find a real one. All of it
- * is inside the calling process; nothing else on the machine changes. gputune_sim.dll has the stand-in libraries in
+ * A program starts a board, then loads and uses gputune.dll, which finds the board as it would find a real one. All of
+ * it is inside the calling process; nothing else on the machine changes. gputune_sim.dll has the stand-in libraries in
  * folders beside itself. docs/board-files.md describes boards.
  *
  * Functions are cdecl. Strings are UTF-8, NUL-terminated, and only read during the call. One caller at a time.
@@ -28,9 +28,9 @@ int GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
 
 /*
  * End what a start began; without one, nothing happens. A thread with a single-threaded apartment stops what it started
- * itself. The system's management data is the machine's own again. The stand-in library stays loaded and keeps the board,
- * as a vendor's library would, so that gputune.dll goes on working; the next start brings a new board with a fresh state.
- * The end of the process needs no stop.
+ * itself. The system's management data is the machine's own again. The stand-in library stays loaded and keeps the
+ * board, as a vendor's library would, so that gputune.dll goes on working; the next start brings a new board with a
+ * fresh state. The end of the process needs no stop.
  */
 void GputuneSim_Stop(void);
 

@@ -46,7 +46,7 @@ static unsigned Bool(bool value) {
     return 0xAAAAAA00U | (value ? 1U : 0U);
 }
 
-#define BOOL_FUNCTION(name, parameters)          \
+#define BOOL_FUNCTION(name, parameters)            \
     unsigned Wide##name parameters __asm__(#name); \
     unsigned Wide##name parameters
 
