@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "board/AmdBoard.h"
+#include "board/IntelBoard.h"
 #include "model/ModelSettings.h"
 
 namespace gputune::sim {
@@ -13,6 +14,7 @@ namespace gputune::sim {
 enum class Vendor {
     None,  // a machine without a vendor library
     Amd,
+    Intel,
 };
 
 enum class FaultKind { Result, Missing, Garbage };
@@ -27,6 +29,10 @@ enum class Garbage {
     UnterminatedStrings,
     EndlessEnumeration,
     ExtremeValues,
+    OneTooMany,
+    NullHandles,
+    GrowingCount,
+    ShrinkingCount,
 };
 
 struct Fault {
@@ -46,6 +52,7 @@ struct Board {
 
     // What the vendor's library tells; those of other vendors are empty.
     AmdBoard amd;
+    IntelBoard intel;
 };
 
 }  // namespace gputune::sim

@@ -27,13 +27,17 @@ Board ReadBoardText(std::string const& json, std::string const& source) {
         board.captions.push_back(caption.IsNull() ? std::nullopt : std::optional(caption.String(kTextBytes)));
     });
     // Every vendor has a reader of its own for the rest of the file.
-    switch (object.Required("vendor").Choice({"none", "amd"})) {
+    switch (object.Required("vendor").Choice({"none", "amd", "intel"})) {
         case 0:
             board.vendor = Vendor::None;
             break;
         case 1:
             board.vendor = Vendor::Amd;
             ReadAmd(object, board);
+            break;
+        case 2:
+            board.vendor = Vendor::Intel;
+            ReadIntel(object, board);
             break;
     }
     object.Finish();

@@ -80,9 +80,7 @@ void ReadAmd(JsonObject& object, Board& board) {
     if (board.amd.overdriveVersion == 8 && !board.amd.overdrive8) {
         version.Fail("the part \"overdrive8\" with version 8");
     }
-    if (auto const model = object.Optional("model")) {
-        board.model = ReadModel(*model);
-    }
+    board.model = ReadOwnModel(object, {});
     if (auto const memory = object.Optional("memory")) {
         board.amd.memory = ReadMemory(*memory, board.model);
     }

@@ -11,10 +11,13 @@ namespace gputune::sim {
 
 // Everything in the file that is the vendor's.
 void ReadAmd(JsonObject& object, Board& board);
+void ReadIntel(JsonObject& object, Board& board);
 
 OverdriveN ReadOverdriveN(JsonValue const& value);
 Overdrive8 ReadOverdrive8(JsonValue const& value);
 ModelSettings ReadModel(JsonValue const& value);
+// The key "model" of an object, which may be left out.
+ModelSettings ReadOwnModel(JsonObject& object, ModelSettings const& defaultModel);
 
 // What an entry point can hand out instead of the truth.
 struct GarbageFit {
@@ -29,6 +32,7 @@ struct FaultRules {
 };
 
 FaultRules AmdFaultRules();
+FaultRules IntelFaultRules();
 
 // The key "faults", which may be left out.
 std::vector<Fault> ReadFaults(JsonObject& object, FaultRules const& rules);

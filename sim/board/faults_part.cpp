@@ -39,7 +39,8 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
         // In the order of Garbage, whose first one has no name.
         fault.garbage = static_cast<Garbage>(
             1 + garbage->Choice({"negative-count", "huge-count", "null-list", "short-list", "unterminated-strings",
-                                 "endless-enumeration", "extreme-values"}));
+                                 "endless-enumeration", "extreme-values", "one-too-many", "null-handles",
+                                 "growing-count", "shrinking-count"}));
         if (!Fit(rules.garbage, fault.entryPoint, fault.garbage)) {
             garbage->Fail("a kind of garbage that " + fault.entryPoint + " can hand out");
         }

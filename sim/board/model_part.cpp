@@ -17,10 +17,13 @@ Readings ReadReadings(JsonValue const& value) {
     object.Read("voltage", readings.voltage, 0, kMaxReading);
     object.Read("temperature", readings.temperature, -100, 1000);
     object.Read("hotspotTemperature", readings.hotspotTemperature, -100, 1000);
+    object.Read("memoryTemperature", readings.memoryTemperature, -100, 1000);
     object.Read("fanRpm", readings.fanRpm, 0, kMaxReading);
     object.Read("fanPercent", readings.fanPercent, 0, 100);
     object.Read("power", readings.power, 0, kMaxReading);
     object.Read("memoryUsed", readings.memoryUsed, 0, 1e9);
+    object.Read("energy", readings.energy, 0, 1e12);
+    object.Read("activity", readings.activity, 0, 1e12);
     double olderFanRpm = -1;
     object.Read("olderFanRpm", olderFanRpm, 0, kMaxReading);
     if (olderFanRpm >= 0) {
@@ -54,6 +57,7 @@ void ReadMovingModel(JsonObject& object, ModelSettings& model) {
     object.Read("powerDemand", model.powerDemand, 0, 10);
     object.Read("boardPower", model.boardPower, 0, 5000);
     object.Read("hotspotOffset", model.hotspotOffset, 0, 100);
+    object.Read("memoryOffset", model.memoryOffset, 0, 100);
     object.Read("fanMaximum", model.fanMaximum, 0, 100000);
     if (auto const times = object.Optional("timeConstants")) {
         ReadTimes(*times, model);
@@ -81,6 +85,11 @@ ModelSettings ReadModel(JsonValue const& value) {
     }
     object.Finish();
     return model;
+}
+
+ModelSettings ReadOwnModel(JsonObject& object, ModelSettings const& defaultModel) {
+    auto const model = object.Optional("model");
+    return model ? ReadModel(*model) : defaultModel;
 }
 
 }  // namespace gputune::sim

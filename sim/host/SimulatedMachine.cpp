@@ -45,6 +45,8 @@ wchar_t const* VendorFolder(Vendor vendor) {
             break;
         case Vendor::Amd:
             return L"amd";
+        case Vendor::Intel:
+            return L"intel";
     }
     return nullptr;
 }

@@ -16,12 +16,14 @@ extern "C" {
 #define GPUTUNE_SIM_MAX_RECORD 2560
 
 /* One call that reached the stand-in. What the pointer arguments point to is kept one after the other, in their order:
- * a setting call's record comes first and whole, an output argument's former value follows in its place. */
+ * a setting call's record comes first and whole, an output argument's former value follows in its place; of storage
+ * for lists, nothing is kept. */
 typedef struct GputuneSimCall {
     const char* EntryPoint; /* lives as long as the stand-in */
     int ArgCount;
-    int Args[GPUTUNE_SIM_MAX_ARGS]; /* integers as they are; pointers as their address */
-    int RecordSize;                 /* bytes of the record the caller passed in, as they were on entry; 0 when none */
+    /* Integers as they are; pointers as their address; a floating-point number as two integers, the low half first. */
+    int Args[GPUTUNE_SIM_MAX_ARGS];
+    int RecordSize; /* bytes of the record the caller passed in, as they were on entry; 0 when none */
     unsigned char Record[GPUTUNE_SIM_MAX_RECORD];
 } GputuneSimCall;
 

@@ -14,11 +14,14 @@ struct Readings {
     double voltage = 0;             // mV
     double temperature = 0;         // degrees Celsius
     double hotspotTemperature = 0;  // degrees Celsius
+    double memoryTemperature = 0;   // degrees Celsius
     double fanRpm = 0;
     double fanPercent = 0;
     double power = 0;       // W
     double memoryUsed = 0;  // MB
     double framesPerSecond = 0;
+    double energy = 0;    // J since the start
+    double activity = 0;  // seconds of full load since the start
     // What the older fan reading tells when it differs from fanRpm.
     std::optional<double> olderFanRpm;
 };
@@ -41,6 +44,7 @@ struct ModelSettings {
     double powerDemand = 1.15;
     double boardPower = 185;     // W at the default power limit
     double hotspotOffset = 11;   // kelvin at full load
+    double memoryOffset = 6;     // likewise
     double fanMaximum = 3300;    // RPM
     double framesPerSecond = 0;  // at full load and default clocks
     double memoryIdle = 600;     // MB in use without load

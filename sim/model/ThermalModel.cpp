@@ -75,6 +75,8 @@ void ThermalModel::Step(double seconds) {
     fan_ = Lag(fan_, FanTarget(), seconds, settings_.fanSeconds);
     double const settled = settings_.ambientTemperature + settings_.fullLoadRise * Power() * Cooling(fan_);
     temperature_ = Lag(temperature_, settled, seconds, settings_.temperatureSeconds);
+    energy_ += settings_.boardPower * Power() * seconds;
+    activity_ += load_ * seconds;
 }
 
 double ThermalModel::ProfileLoad() const {
@@ -139,12 +141,15 @@ Readings ThermalModel::Read() const {
     readings.voltage = controls_.idleVoltage + wanted * (controls_.voltage - controls_.idleVoltage);
     readings.temperature = temperature_;
     readings.hotspotTemperature = temperature_ + settings_.hotspotOffset * load_;
+    readings.memoryTemperature = temperature_ + settings_.memoryOffset * load_;
     readings.fanPercent = fan_;
     // A turning fan's speed is never quite steady.
     double const ripple = fan_ > 1 ? 5 * std::sin(2.3 * now_) : 0;
     readings.fanRpm = std::max(0.0, settings_.fanMaximum * fan_ / 100 + ripple);
     readings.power = settings_.boardPower * Power();
     readings.memoryUsed = memoryUsed_;
+    readings.energy = energy_;
+    readings.activity = activity_;
     readings.framesPerSecond = settings_.framesPerSecond * readings.engineClock / controls_.defaultEngineClock;
     return readings;
 }

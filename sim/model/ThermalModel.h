@@ -57,6 +57,8 @@ private:
     double temperature_ = 0;  // degrees Celsius
     double fan_ = 0;          // percent
     double memoryUsed_ = 0;   // MB
+    double energy_ = 0;       // J
+    double activity_ = 0;     // seconds of full load
 };
 
 }  // namespace gputune::sim

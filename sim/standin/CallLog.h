@@ -54,7 +54,8 @@ void LogArgument(LoggedCall& call, Argument argument) {
     if constexpr (std::is_pointer_v<Argument>) {
         call.args.push_back(static_cast<int>(reinterpret_cast<std::uintptr_t>(argument)));
         using Pointee = std::remove_cv_t<std::remove_pointer_t<Argument>>;
-        if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee>) {
+        // An opaque handle's target is nobody's to read.
+        if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee> && requires { sizeof(Pointee); }) {
             if (argument) {
                 auto const* const begin = reinterpret_cast<unsigned char const*>(argument);
                 call.record.insert(call.record.end(), begin, begin + LoggedSize<Pointee>::Of(*argument));

@@ -1,0 +1,70 @@
+// One device behind Intel's control library: what is set in the driver, and the answers to its entry points. Every
+// operation returns the library's result code and changes nothing when that is not 0. Records arrive with their Size
+// checked.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "board/IntelBoard.h"
+#include "intel/ctl_records.h"
+#include "model/ThermalModel.h"
+
+namespace gputune::sim {
+
+class IntelDeviceState {
+public:
+    // The description must outlive the state.
+    explicit IntelDeviceState(IntelDevice const& description);
+
+    // What the settings in force ask of the board.
+    Controls ModelControls() const;
+
+    std::size_t FanCount() const { return fans_.size(); }
+
+    int GetProperties(intel::ctl_device_adapter_properties_t& out) const;
+    int GetTelemetry(intel::ctl_power_telemetry_t& out, Readings const& readings, double now) const;
+
+    int GetOverclockProperties(intel::ctl_oc_properties_t& out) const;
+    int SetWaiver();
+    int GetPowerLimit(double& milliwatts) const;
+    int SetPowerLimit(double milliwatts);
+    int GetGpuFrequencyOffset(double& megahertz) const;
+    int SetGpuFrequencyOffset(double megahertz);
+    int GetVramFrequencyOffset(double& megahertz) const;
+    int SetVramFrequencyOffset(double megahertz);
+
+    // The fan is below FanCount.
+    int GetFanProperties(std::size_t fan, intel::ctl_fan_properties_t& out) const;
+    int GetFanConfig(std::size_t fan, intel::ctl_fan_config_t& out) const;
+    int SetFanDefault(std::size_t fan);
+    int SetFanFixed(std::size_t fan, intel::ctl_fan_speed_t const& speed);
+    int SetFanTable(std::size_t fan, intel::ctl_fan_speed_table_t const& table);
+
+private:
+    enum class FanMode { Default, Fixed, Table };
+
+    struct Fan {
+        FanMode mode = FanMode::Default;
+        int percent = 0;
+        std::vector<FanCurvePoint> curve;
+    };
+
+    // 0, or why the control cannot be read or set.
+    int Readable(OverclockControl const& control) const;
+    int Settable(OverclockControl const& control, bool isOffset) const;
+    int SetOffset(OverclockControl const& control, double wanted, double& offset) const;
+    // 0, or why the fan does not take this mode.
+    int TakesMode(std::size_t fan, std::uint32_t mode) const;
+    int SetFan(std::size_t fan, Fan setting);
+
+    IntelDevice const& description_;
+    bool waiver_ = false;
+    double powerLimit_;  // W
+    double gpuOffset_;   // MHz
+    double vramOffset_;  // MHz
+    std::vector<Fan> fans_;
+    Fan governing_;  // as the fan set last; the model has one fan for all
+};
+
+}  // namespace gputune::sim

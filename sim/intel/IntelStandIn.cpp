@@ -1,0 +1,48 @@
+#include "intel/IntelStandIn.h"
+
+#include <utility>
+
+namespace gputune::sim {
+
+IntelStandIn& IntelStandIn::Instance() {
+    static IntelStandIn standIn;
+    return standIn;
+}
+
+StandIn& StandIn::Instance() {
+    return IntelStandIn::Instance();
+}
+
+std::unique_ptr<BoardDriver> IntelStandIn::NewDriver(Board board) const {
+    return std::make_unique<IntelDriver>(std::move(board));
+}
+
+int IntelStandIn::EnterUnsupported(char const* entryPoint) {
+    std::lock_guard const guard(lock_);
+    return Begin(entryPoint).value_or(kCtlUnsupportedFeature);
+}
+
+int IntelStandIn::Initialize(intel::ctl_init_args_t& args, intel::ctl_api_handle_t& handle) {
+    constexpr std::uint32_t kVersion = intel::CtlVersion(1, 1);
+    if (intel::CtlMajorVersion(args.AppVersion) > intel::CtlMajorVersion(kVersion)) {
+        return kCtlUnsupportedVersion;
+    }
+    args.SupportedVersion = kVersion;
+    handle = reinterpret_cast<intel::ctl_api_handle_t>(this);
+    ++uses_;
+    return kCtlSuccess;
+}
+
+int IntelStandIn::Close(intel::ctl_api_handle_t handle) {
+    if (!IsOwn(handle)) {
+        return kCtlInvalidArgument;
+    }
+    --uses_;
+    return kCtlSuccess;
+}
+
+bool IntelStandIn::IsOwn(intel::ctl_api_handle_t handle) const {
+    return handle == reinterpret_cast<intel::ctl_api_handle_t>(const_cast<IntelStandIn*>(this));
+}
+
+}  // namespace gputune::sim
