@@ -271,9 +271,9 @@ GPUTUNE_API bool GPUTUNE_CALL SetFanSpeed(int percent);
 /*
  * Set a fan curve.
  *
- * table  `count` points in ascending order. For Overdrive8 boards the array MUST hold five points: five are read,
- *        whatever count says (count below 1 or a null table is refused). Intel fans take as many as the fan's own number
- *        of points. OverdriveN and NVIDIA boards have no curve: always false.
+ * table, count  the points in ascending order, and their number. For Overdrive8 boards the array MUST hold five points:
+ *               five are read, whatever count says (count below 1 or a null table is refused). Intel fans take as many
+ *               as the fan's own number of points. OverdriveN and NVIDIA boards have no curve: always false.
  */
 GPUTUNE_API bool GPUTUNE_CALL SetFanSpeedTable(FanTablePoint const* table, int count);
 

@@ -15,15 +15,19 @@ extern "C" {
 #endif
 
 /*
- * Make this process's machine one with the board of a board file (GputuneSim_Start) or of the text of one
- * (GputuneSim_StartText). To be called before InitVGAHelper, which then finds the board.
+ * Make this process's machine one with the board of a board file. To be called before InitVGAHelper, which then finds
+ * the board.
  *
- * error  storage of errorSize bytes for a message, which is cut to fit; may be null. Untouched on success.
+ * boardFile         its path
+ * error, errorSize  storage for a message, and its size in bytes: the message is cut to fit. May be null. Untouched on
+ *                   success.
  *
  * 1 on success; else 0 and a message: the file, the key and what was expected, or that a board is running already, or
  * that a library the board needs to stand in for is loaded in this process already. Nothing has changed then.
  */
 int GputuneSim_Start(const char* boardFile, char* error, int errorSize);
+
+/* The same with the text of a board file. */
 int GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
 
 /*
