@@ -1,6 +1,7 @@
 # The third-party libraries, each under the name its own package gives it:
 #   tinyxml2::tinyxml2  CLI11::CLI11  nlohmann_json::nlohmann_json  GTest::gtest(_main) GTest::gmock(_main)
 #   benchmark::benchmark(_main)
+# and uPlot, a script for pages, whose files are below GPUTUNE_UPLOT_DIR.
 #
 # An installed package is taken where there is one (a package manager for Windows provides them all). Otherwise the sources
 # that scripts/setup has put into build/deps, or that its packages install, are compiled along with ours.
@@ -57,6 +58,16 @@ endif()
 gputune_find(CLI11)
 if(NOT TARGET CLI11::CLI11)
     gputune_header_only(CLI11::CLI11 CLI11 CLI/CLI.hpp)
+endif()
+
+include(uplot)
+set(GPUTUNE_UPLOT_DIR "" CACHE PATH "uPlot's unpacked npm package; empty: below the third-party sources")
+if(NOT GPUTUNE_UPLOT_DIR)
+    set(GPUTUNE_UPLOT_DIR "${GPUTUNE_DEPS_DIR}/${GPUTUNE_UPLOT_FOLDER}")
+endif()
+if(NOT EXISTS "${GPUTUNE_UPLOT_DIR}/dist/uPlot.iife.min.js")
+    message(FATAL_ERROR "uPlot ${GPUTUNE_UPLOT_VERSION} is not in ${GPUTUNE_UPLOT_DIR}. Run scripts/setup or "
+        "cmake -P cmake/uplot.cmake, which fetch it with npm.")
 endif()
 
 if(GPUTUNE_BUILD_TESTS)
