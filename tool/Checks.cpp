@@ -9,10 +9,6 @@ namespace gputune::tool {
 
 namespace {
 
-bool IsKnown(int field) {
-    return field != untouched && field != -1;
-}
-
 std::optional<int> ParseInt(std::string_view text) {
     int value = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -106,6 +102,10 @@ std::string PointName(std::size_t index) {
 }
 
 }  // namespace
+
+bool IsKnown(int field) {
+    return field != untouched && field != -1;
+}
 
 void CheckRange(std::string const& what, int value, int minimum, int maximum, Unit unit) {
     if (value < minimum || value > maximum) {

@@ -14,6 +14,9 @@ namespace gputune::tool {
 // A field of FanSetting that the backend left as it was: no speed and no temperature has this value.
 constexpr int untouched = std::numeric_limits<int>::min();
 
+// Whether a field of the library's records holds a value.
+bool IsKnown(int field);
+
 // Throws ToolError when `value` is outside minimum to maximum, both allowed.
 void CheckRange(std::string const& what, int value, int minimum, int maximum, Unit unit);
 

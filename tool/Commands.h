@@ -21,6 +21,8 @@ struct Context {
 void AddInfoCommand(CLI::App& app, Context& context);
 void AddSensorsCommand(CLI::App& app, Context& context);
 void AddMonitorCommand(CLI::App& app, Context& context);
+void AddRecordCommand(CLI::App& app, Context& context);
+void AddReportCommand(CLI::App& app, Context& context);
 void AddFanCommands(CLI::App& app, Context& context);
 void AddPowerCommands(CLI::App& app, Context& context);
 void AddClocksCommands(CLI::App& app, Context& context);

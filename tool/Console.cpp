@@ -92,6 +92,10 @@ bool OutputIsConsole() {
     return IsConsole(STD_OUTPUT_HANDLE);
 }
 
+bool ErrorIsConsole() {
+    return IsConsole(STD_ERROR_HANDLE);
+}
+
 void WriteOutput(std::string_view text) {
     if (!Write(STD_OUTPUT_HANDLE, stdout, text)) {
         throw ToolError("Standard output: " + SystemMessage(GetLastError()) + ".");

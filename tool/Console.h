@@ -11,6 +11,7 @@ namespace gputune::tool {
 
 bool InputIsConsole();
 bool OutputIsConsole();
+bool ErrorIsConsole();
 
 // Throws ToolError when the text cannot be written (a full disk, a closed pipe).
 void WriteOutput(std::string_view text);

@@ -64,6 +64,8 @@ int Run(std::vector<std::string> arguments) {
     AddInfoCommand(app, context);
     AddSensorsCommand(app, context);
     AddMonitorCommand(app, context);
+    AddRecordCommand(app, context);
+    AddReportCommand(app, context);
     AddFanCommands(app, context);
     AddPowerCommands(app, context);
     AddClocksCommands(app, context);

@@ -1,63 +1,20 @@
 // monitor: the sensors again and again, on the screen and in a file.
-#include <windows.h>
-
-#include <cmath>
-#include <cstdio>
 #include <limits>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Errors.h"
-#include "Text.h"
+#include "Files.h"
+#include "Sampling.h"
 
 namespace gputune::tool {
 
 namespace {
 
 struct MonitorOptions {
-    double interval = 1.0;  // seconds
-    int count = 0;          // 0: until interrupted
-    std::string csvFile;    // UTF-8; empty: none
-};
-
-// Local time, "2025-01-31T12:34:56.789".
-std::string Timestamp() {
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
-    char text[40];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u.%03u", unsigned{now.wYear}, unsigned{now.wMonth},
-                  unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
-                  unsigned{now.wMilliseconds});
-    return text;
-}
-
-// Every line is in the file when AddLine returns.
-class CsvFile {
-public:
-    explicit CsvFile(std::string const& path) : path_(path) {
-        if (!path.empty()) {
-            file_.reset(_wfopen(WideFromUtf8(path).c_str(), L"wb"));
-            if (!file_) {
-                throw ToolError("Cannot write " + path + ": " + SystemMessage(GetLastError()) + ".");
-            }
-        }
-    }
-
-    bool IsOpen() const { return file_ != nullptr; }
-
-    void AddLine(std::string const& line) {
-        if (std::fputs((line + "\n").c_str(), file_.get()) < 0 || std::fflush(file_.get()) != 0) {
-            throw ToolError("Cannot write " + path_ + ".");
-        }
-    }
-
-private:
-    struct Close {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
-    std::string path_;
-    std::unique_ptr<std::FILE, Close> file_;
+    SamplingOptions sampling;
+    int count = 0;        // 0: until interrupted
+    std::string csvFile;  // UTF-8; empty: none
 };
 
 // Where each reading goes: over the last one on a console, else on a line of its own.
@@ -104,34 +61,28 @@ private:
     std::unique_ptr<LiveArea> live_;
 };
 
-// Waits for the next moment on the interval's grid, so that slow readings do not stretch it. True when interrupted.
-bool WaitFor(InterruptEvent const& interrupt, ULONGLONG moment) {
-    ULONGLONG const now = GetTickCount64();
-    return interrupt.Wait(moment > now ? static_cast<unsigned long>(moment - now) : 0);
-}
-
 int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
     Session const session(options);
     session.RequireReady();
-    CsvFile csv(monitor.csvFile);
-    if (csv.IsOpen()) {
-        csv.AddLine(CsvHeading(session.Vendor()));
+    std::optional<OutputFile> csv;
+    RecordingFormat format(DescribeBoard(session, monitor.sampling));
+    if (!monitor.csvFile.empty()) {
+        csv.emplace(monitor.csvFile, Existing::Replace);
+        csv->Write(format.Heading() + "\n");
     }
-    auto const step = static_cast<ULONGLONG>(std::lround(monitor.interval * 1000));
     InterruptEvent const interrupt;
     Screen screen(options, session.Vendor());
-    ULONGLONG next = GetTickCount64();
+    Schedule schedule(monitor.sampling.interval);
     for (int taken = 0; monitor.count == 0 || taken < monitor.count; ++taken) {
-        if (WaitFor(interrupt, next)) {
+        if (interrupt.Wait(schedule.Remaining())) {
             break;
         }
-        Readings const readings = session.ReadSensors();
-        std::string const time = Timestamp();
-        if (csv.IsOpen()) {
-            csv.AddLine(CsvLine(time, readings));
+        schedule.Advance();
+        Sample const sample = TakeSample(session, monitor.sampling);
+        if (csv) {
+            csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
         }
-        screen.Show(time, readings);
-        next = std::max(next + step, GetTickCount64());
+        screen.Show(sample.time, sample.readings);
     }
     return exitSuccess;
 }
@@ -141,12 +92,7 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
 void AddMonitorCommand(CLI::App& app, Context& context) {
     CLI::App* command = app.add_subcommand("monitor", "Read the sensors repeatedly until Ctrl+C");
     auto const monitor = std::make_shared<MonitorOptions>();
-    command->add_option("--interval", monitor->interval, "Seconds between readings, 0.05 to 86400; default 1")
-        ->check(CLI::Range(0.05, 86400.0))
-        ->check([](std::string const& text) {  // a range lets "nan" through
-            return text.find_first_of("nN") == std::string::npos ? std::string() : text + " is not a number of seconds";
-        })
-        ->type_name("SECONDS");
+    AddSamplingOptions(*command, monitor->sampling);
     command->add_option("--count", monitor->count, "End after this many readings; default: go on until Ctrl+C")
         ->transform(DecimalNumber())
         ->check(CLI::Range(1, std::numeric_limits<int>::max()))

@@ -38,27 +38,32 @@ Name Find(std::span<NumberName const> names, std::uint32_t number) {
 }  // namespace
 
 constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> sensorNames{{
-    {GPUTUNE_HWM_GPU_CORE_CLOCK, "GPU Core Clock", "gpu_core_clock", Unit::Megahertz},
-    {GPUTUNE_HWM_GPU_MEMORY_CLOCK, "GPU Memory Clock", "gpu_memory_clock", Unit::Megahertz},
-    {GPUTUNE_HWM_GPU_TEMPERATURE, "GPU Temperature", "gpu_temperature", Unit::Celsius},
-    {GPUTUNE_HWM_GPU_HOTSPOT_TEMPERATURE, "GPU HotSpot Temperature", "gpu_hotspot_temperature", Unit::Celsius},
-    {GPUTUNE_HWM_GPU_MEMORY_TEMPERATURE, "GPU Memory Temperature", "gpu_memory_temperature", Unit::Celsius},
-    {GPUTUNE_HWM_FAN_SPEED_PERCENT, "Fan Speed(%)", "fan_duty", Unit::Percent},
-    {GPUTUNE_HWM_FAN_SPEED_RPM, "Fan Speed(RPM)", "fan_speed", Unit::Rpm},
-    {GPUTUNE_HWM_GPU_LOAD, "GPU Load", "gpu_load", Unit::Percent},
-    {GPUTUNE_HWM_MEMORY_CONTROLLER_LOAD, "Memory Controller Load", "memory_controller_load", Unit::Percent},
-    {GPUTUNE_HWM_GPU_POWER, "GPU only Power Draw", "gpu_power", Unit::Watt},
-    {GPUTUNE_HWM_VDDC_POWER, "VDDC Power Draw", "vddc_power", Unit::Watt},
-    {GPUTUNE_HWM_VDDCI_POWER, "VDDCI Power Draw", "vddci_power", Unit::Watt},
-    {GPUTUNE_HWM_VRM_EFFICIENCY, "VRM Efficiency", "vrm_efficiency", Unit::Percent},
-    {GPUTUNE_HWM_MEMORY_USAGE, "Memory Usage", "memory_usage", Unit::Megabyte},
-    {GPUTUNE_HWM_MEMORY_USAGE_DEDICATED, "Memory Usage (Dedicated)", "memory_usage_dedicated", Unit::Megabyte},
-    {GPUTUNE_HWM_MEMORY_USAGE_DYNAMIC, "Memory Usage (Dynamic)", "memory_usage_dynamic", Unit::Megabyte},
-    {GPUTUNE_HWM_VDDC, "VDDC", "vddc", Unit::Millivolt},
-    {GPUTUNE_HWM_CPU_USAGE, "CPU Usage", "cpu_usage", Unit::Percent},
-    {GPUTUNE_HWM_CPU_FREQUENCY, "CPU Frequency", "cpu_frequency", Unit::Megahertz},
-    {GPUTUNE_HWM_TEMPERATURE_LIMIT, "Temperature Limit", "temperature_limit", Unit::Celsius},
-    {GPUTUNE_HWM_TDP_LIMIT, "TDP Limit", "tdp_limit", Unit::Percent},
+    {GPUTUNE_HWM_GPU_CORE_CLOCK, "GPU Core Clock", "gpu_core_clock", Unit::Megahertz, Quantity::Clock},
+    {GPUTUNE_HWM_GPU_MEMORY_CLOCK, "GPU Memory Clock", "gpu_memory_clock", Unit::Megahertz, Quantity::Clock},
+    {GPUTUNE_HWM_GPU_TEMPERATURE, "GPU Temperature", "gpu_temperature", Unit::Celsius, Quantity::Temperature},
+    {GPUTUNE_HWM_GPU_HOTSPOT_TEMPERATURE, "GPU HotSpot Temperature", "gpu_hotspot_temperature", Unit::Celsius,
+     Quantity::Temperature},
+    {GPUTUNE_HWM_GPU_MEMORY_TEMPERATURE, "GPU Memory Temperature", "gpu_memory_temperature", Unit::Celsius,
+     Quantity::Temperature},
+    {GPUTUNE_HWM_FAN_SPEED_PERCENT, "Fan Speed(%)", "fan_duty", Unit::Percent, Quantity::Fan},
+    {GPUTUNE_HWM_FAN_SPEED_RPM, "Fan Speed(RPM)", "fan_speed", Unit::Rpm, Quantity::Fan},
+    {GPUTUNE_HWM_GPU_LOAD, "GPU Load", "gpu_load", Unit::Percent, Quantity::Load},
+    {GPUTUNE_HWM_MEMORY_CONTROLLER_LOAD, "Memory Controller Load", "memory_controller_load", Unit::Percent,
+     Quantity::Load},
+    {GPUTUNE_HWM_GPU_POWER, "GPU only Power Draw", "gpu_power", Unit::Watt, Quantity::Power},
+    {GPUTUNE_HWM_VDDC_POWER, "VDDC Power Draw", "vddc_power", Unit::Watt, Quantity::Power},
+    {GPUTUNE_HWM_VDDCI_POWER, "VDDCI Power Draw", "vddci_power", Unit::Watt, Quantity::Power},
+    {GPUTUNE_HWM_VRM_EFFICIENCY, "VRM Efficiency", "vrm_efficiency", Unit::Percent, Quantity::Power},
+    {GPUTUNE_HWM_MEMORY_USAGE, "Memory Usage", "memory_usage", Unit::Megabyte, Quantity::Memory},
+    {GPUTUNE_HWM_MEMORY_USAGE_DEDICATED, "Memory Usage (Dedicated)", "memory_usage_dedicated", Unit::Megabyte,
+     Quantity::Memory},
+    {GPUTUNE_HWM_MEMORY_USAGE_DYNAMIC, "Memory Usage (Dynamic)", "memory_usage_dynamic", Unit::Megabyte,
+     Quantity::Memory},
+    {GPUTUNE_HWM_VDDC, "VDDC", "vddc", Unit::Millivolt, Quantity::Voltage},
+    {GPUTUNE_HWM_CPU_USAGE, "CPU Usage", "cpu_usage", Unit::Percent, Quantity::Load},
+    {GPUTUNE_HWM_CPU_FREQUENCY, "CPU Frequency", "cpu_frequency", Unit::Megahertz, Quantity::Clock},
+    {GPUTUNE_HWM_TEMPERATURE_LIMIT, "Temperature Limit", "temperature_limit", Unit::Celsius, Quantity::Temperature},
+    {GPUTUNE_HWM_TDP_LIMIT, "TDP Limit", "tdp_limit", Unit::Percent, Quantity::Power},
 }};
 
 Name UnitName(Unit unit) {
@@ -83,6 +88,28 @@ Name UnitName(Unit unit) {
             return {"fps", "fps"};
         case Unit::Raw:
             return {"(raw counter)", "raw"};
+    }
+    return {"", ""};
+}
+
+Name QuantityName(Quantity quantity) {
+    switch (quantity) {
+        case Quantity::Clock:
+            return {"Clocks", "clocks"};
+        case Quantity::Temperature:
+            return {"Temperatures", "temperatures"};
+        case Quantity::Fan:
+            return {"Fan", "fan"};
+        case Quantity::Load:
+            return {"Load", "load"};
+        case Quantity::Power:
+            return {"Power", "power"};
+        case Quantity::Memory:
+            return {"Memory in use", "memory"};
+        case Quantity::Voltage:
+            return {"Voltage", "voltage"};
+        case Quantity::FrameRate:
+            return {"Frame rate", "frame_rate"};
     }
     return {"", ""};
 }

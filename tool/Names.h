@@ -11,6 +11,9 @@ namespace gputune::tool {
 
 enum class Unit { None, Megahertz, Celsius, Percent, Rpm, Watt, Megabyte, Millivolt, FramesPerSecond, Raw };
 
+// What a sensor measures: sensors of one quantity are shown together and in one colour.
+enum class Quantity { Clock, Temperature, Fan, Load, Power, Memory, Voltage, FrameRate };
+
 struct Name {
     char const* text;  // UTF-8
     char const* code;  // ASCII, lower case
@@ -21,6 +24,7 @@ struct SensorName {
     char const* text;  // the display name the library gives the key
     char const* code;
     Unit unit;
+    Quantity quantity;
 };
 
 // The sensor with key k is at position k.
@@ -28,11 +32,16 @@ extern std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> const sensorNames;
 
 // Both empty for Unit::None.
 Name UnitName(Unit unit);
+// In the plural: "Clocks".
+Name QuantityName(Quantity quantity);
 // A number the table does not know is called "unknown".
 Name VendorName(std::uint32_t vendor);
 Name ApiName(std::uint32_t api);
 // File names of the vendor's control library, for messages.
 char const* ControlLibraryName(std::uint32_t vendor);
+
+// The frame rate is read apart from the sensors and shown with them.
+constexpr Name frameRateName{"Frame rate", "frame_rate"};
 
 // The unit of a sensor on boards of this vendor: Intel's load is a raw activity counter.
 Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor);

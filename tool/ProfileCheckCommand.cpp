@@ -1,44 +1,16 @@
 // profile check: what is wrong with a profile file.
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <utility>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Errors.h"
+#include "Files.h"
 #include "ProfileCheck.h"
-#include "Text.h"
 
 namespace gputune::tool {
 
 namespace {
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-// The file, or as much of it as shows that it is too long.
-std::string ReadFile(std::string const& path) {
-    std::unique_ptr<std::FILE, CloseFile> const file(::_wfopen(WideFromUtf8(path).c_str(), L"rb"));
-    if (!file) {
-        throw ToolError(path + ": " + std::strerror(errno) + ".");
-    }
-    std::string text;
-    std::array<char, 16 * 1024> block;
-    while (std::size_t const count = std::fread(block.data(), 1, block.size(), file.get())) {
-        text.append(block.data(), count);
-        if (text.size() > largestProfileFile) {
-            break;
-        }
-    }
-    if (std::ferror(file.get()) != 0) {
-        throw ToolError(path + " cannot be read.");
-    }
-    return text;
-}
 
 Report JsonReport(std::string const& path, std::vector<Problem> const& problems) {
     Grid grid{.key = "problems",
@@ -58,7 +30,7 @@ Report JsonReport(std::string const& path, std::vector<Problem> const& problems)
 }
 
 int RunCheck(GlobalOptions const& options, std::string const& path) {
-    std::vector<Problem> const problems = CheckProfile(ReadFile(path));
+    std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, largestProfileFile));
     if (options.json) {
         Print(options, JsonReport(path, problems));
     } else {

@@ -44,6 +44,29 @@ std::size_t CountAvailable(Readings const& readings) {
     return static_cast<std::size_t>(std::count_if(readings.begin(), readings.end(), isAvailable));
 }
 
+std::string CountText(std::size_t readings) {
+    return std::to_string(readings) + (readings == 1 ? " reading" : " readings");
+}
+
+std::string ElapsedText(double seconds) {
+    auto const whole = static_cast<long long>(std::llround(seconds));
+    std::string const hours = whole >= 3600 ? std::to_string(whole / 3600) + ":" : "";
+    std::string const minutes = std::to_string(whole / 60 % 60);
+    std::string const rest = std::to_string(whole % 60);
+    return hours + (hours.empty() || minutes.size() > 1 ? "" : "0") + minutes + ":" + (rest.size() > 1 ? "" : "0") +
+           rest;
+}
+
+std::string ProgressBar(double part, std::size_t width) {
+    double const shown = std::clamp(part, 0.0, 1.0);
+    auto const full = static_cast<std::size_t>(shown * static_cast<double>(width));
+    std::string bar;
+    for (std::size_t i = 0; i < width; ++i) {
+        bar += i < full ? "\u2588" : "\u2591";
+    }
+    return bar + PadLeft(std::to_string(static_cast<int>(shown * 100)), 4) + " %";
+}
+
 std::string ReadingsLine(Readings const& readings, std::uint32_t vendor) {
     std::string line;
     for (SensorName const& sensor : sensorNames) {
@@ -68,25 +91,6 @@ std::vector<std::string> MonitorTable(Readings const& readings, Extremes const& 
         lines.emplace_back("no sensor available");
     }
     return lines;
-}
-
-std::string CsvHeading(std::uint32_t vendor) {
-    std::string line = "time";
-    for (SensorName const& sensor : sensorNames) {
-        line += std::string(",") + sensor.code + "_" + UnitName(SensorUnit(sensor, vendor)).code;
-    }
-    return line;
-}
-
-std::string CsvLine(std::string const& time, Readings const& readings) {
-    std::string line = time;
-    for (std::optional<double> const& reading : readings) {
-        line += ",";
-        if (reading && std::isfinite(*reading)) {
-            line += FormatExactNumber(*reading);
-        }
-    }
-    return line;
 }
 
 }  // namespace gputune::tool

@@ -30,14 +30,16 @@ private:
 Section SensorSection(Readings const& readings, std::uint32_t vendor, bool all);
 std::size_t CountAvailable(Readings const& readings);
 
+// "1 reading", "2 readings".
+std::string CountText(std::size_t readings);
+// "1:02:05", without the hours "2:05".
+std::string ElapsedText(double seconds);
+// So many characters, filled up to the part (0 to 1), and the percentage.
+std::string ProgressBar(double part, std::size_t width);
+
 // "GPU Core Clock 1500 MHz, GPU Temperature 65.5 °C": the available readings in one line.
 std::string ReadingsLine(Readings const& readings, std::uint32_t vendor);
 // The available readings as a table with a heading, one line a string.
 std::vector<std::string> MonitorTable(Readings const& readings, Extremes const& extremes, std::uint32_t vendor);
-
-// Comma-separated values without line ends: every sensor has its column, empty where not available. The heading names
-// sensor and unit, "gpu_core_clock_mhz". `time` is put first.
-std::string CsvHeading(std::uint32_t vendor);
-std::string CsvLine(std::string const& time, Readings const& readings);
 
 }  // namespace gputune::tool

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <set>
 
 #include "Readings.h"
@@ -87,24 +86,16 @@ TEST(ToolReadings, MonitorTableOfABoardWithoutSensorsSaysSo) {
     EXPECT_EQ(MonitorTable(Readings{}, Extremes{}, GPUTUNE_VENDOR_AMD).back(), "no sensor available");
 }
 
-TEST(ToolCsv, HeadingNamesSensorAndUnit) {
-    std::string const heading = CsvHeading(GPUTUNE_VENDOR_AMD);
-    EXPECT_TRUE(heading.starts_with("time,gpu_core_clock_mhz,gpu_memory_clock_mhz,gpu_temperature_celsius,"));
-    EXPECT_NE(heading.find(",fan_duty_percent,fan_speed_rpm,gpu_load_percent,"), std::string::npos);
-    EXPECT_NE(CsvHeading(GPUTUNE_VENDOR_INTEL).find(",gpu_load_raw,"), std::string::npos);
+TEST(ToolReadings, ElapsedTimeHasHoursWhenThereAreSome) {
+    EXPECT_EQ(ElapsedText(0.4), "0:00");
+    EXPECT_EQ(ElapsedText(65), "1:05");
+    EXPECT_EQ(ElapsedText(3725), "1:02:05");
 }
 
-TEST(ToolCsv, LineHasAColumnForEverySensor) {
-    std::string const line = CsvLine("12:00", SomeReadings());
-    EXPECT_EQ(line, "12:00,1500,,65.5,,,,,40,,,,,,,,,,,,,");
-    std::string const heading = CsvHeading(GPUTUNE_VENDOR_AMD);
-    EXPECT_EQ(std::count(line.begin(), line.end(), ','), std::count(heading.begin(), heading.end(), ','));
-}
-
-TEST(ToolCsv, NotANumberIsEmpty) {
-    Readings readings{};
-    readings[GPUTUNE_HWM_GPU_CORE_CLOCK] = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(CsvLine("t", readings), "t,,,,,,,,,,,,,,,,,,,,,");
+TEST(ToolReadings, ProgressBarIsFilledUpToThePart) {
+    EXPECT_EQ(ProgressBar(0, 4), "\u2591\u2591\u2591\u2591   0 %");
+    EXPECT_EQ(ProgressBar(0.5, 4), "\u2588\u2588\u2591\u2591  50 %");
+    EXPECT_EQ(ProgressBar(7, 4), "\u2588\u2588\u2588\u2588 100 %");
 }
 
 }  // namespace

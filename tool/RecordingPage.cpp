@@ -1,0 +1,217 @@
+#include "RecordingPage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace gputune::embedded {
+
+extern std::string_view const pageHtml;
+extern std::string_view const pageScript;
+extern std::string_view const pageStyle;
+extern std::string_view const uplotLicence;
+extern std::string_view const uplotScript;
+extern std::string_view const uplotStyle;
+
+}  // namespace gputune::embedded
+
+namespace gputune::tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The order in which quantities are shown.
+constexpr Quantity quantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
+                                   Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
+
+Json ValuesJson(Series const& series) {
+    Json values = Json::array();
+    for (std::optional<double> const& value : series.values) {
+        values.push_back(value ? Json(*value) : Json(nullptr));
+    }
+    return values;
+}
+
+bool IsLimit(Series const& series) {
+    return series.code == sensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code ||
+           series.code == sensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
+}
+
+Json GroupsJson(Recording const& recording) {
+    Json groups = Json::array();
+    for (Quantity const quantity : quantities) {
+        Json members = Json::array();
+        for (Series const& series : recording.series) {
+            if (series.quantity == quantity) {
+                members.push_back({{"title", series.title},
+                                   {"unit", UnitName(series.unit).text},
+                                   {"dashed", IsLimit(series)},
+                                   {"values", ValuesJson(series)}});
+            }
+        }
+        if (!members.empty()) {
+            groups.push_back({{"title", QuantityName(quantity).text}, {"series", std::move(members)}});
+        }
+    }
+    return groups;
+}
+
+Series const* Find(Recording const& recording, GputuneHwmKey key) {
+    auto const found = std::find_if(recording.series.begin(), recording.series.end(),
+                                    [key](Series const& series) { return series.code == sensorNames[key].code; });
+    return found == recording.series.end() ? nullptr : &*found;
+}
+
+// Null without a temperature or a fan.
+Json FanJson(Recording const& recording) {
+    Series const* const temperature = Find(recording, GPUTUNE_HWM_GPU_TEMPERATURE);
+    Series const* speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_PERCENT);
+    if (speed == nullptr) {
+        speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_RPM);
+    }
+    if (temperature == nullptr || speed == nullptr) {
+        return nullptr;
+    }
+    Json curve = Json::array();
+    for (FanTablePoint const& point : recording.fanCurve) {
+        curve.push_back({point.FanTemperature, point.FanSpeed});
+    }
+    return {{"temperatureTitle", temperature->title},
+            {"temperatures", ValuesJson(*temperature)},
+            {"speedTitle", speed->title},
+            {"unit", UnitName(speed->unit).text},
+            {"speeds", ValuesJson(*speed)},
+            {"curve", std::move(curve)}};
+}
+
+// Inside a script element nothing may look like its end.
+std::string DataText(Recording const& recording) {
+    Json const data = {{"seconds", recording.seconds}, {"groups", GroupsJson(recording)}, {"fan", FanJson(recording)}};
+    std::string text = data.dump(-1, ' ', false, Json::error_handler_t::replace);
+    for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
+        text.replace(at, 1, "\\u003c");
+    }
+    return text;
+}
+
+std::string SummaryRows(Recording const& recording) {
+    std::string rows;
+    for (Quantity const quantity : quantities) {
+        std::string body;
+        for (Series const& series : recording.series) {
+            if (series.quantity != quantity) {
+                continue;
+            }
+            SeriesSummary const summary = Summarize(series);
+            body += "<tr><th scope=\"row\">" + EscapeHtml(series.title) + "</th>";
+            for (double const value : {summary.minimum, summary.average, summary.maximum, summary.last}) {
+                body += "<td>" + FormatNumber(value) + "</td>";
+            }
+            body += "<td>" + EscapeHtml(UnitName(series.unit).text) + "</td></tr>\n";
+        }
+        rows += body.empty() ? "" : "<tbody>\n" + body + "</tbody>\n";
+    }
+    return rows;
+}
+
+std::string Facts(Recording const& recording, std::string const& fileName) {
+    std::string start = recording.start;
+    std::replace(start.begin(), start.end(), 'T', ' ');
+    return EscapeHtml(fileName) + " · started " + EscapeHtml(start) + " · " + ElapsedText(recording.seconds.back()) +
+           " · " + CountText(recording.seconds.size());
+}
+
+std::string Remarks(Recording const& recording) {
+    std::string notes;
+    for (CsvError const& remark : recording.remarks) {
+        notes += "<p class=\"note\">Line " + std::to_string(remark.line) + ", column " + std::to_string(remark.column) +
+                 ": " + EscapeHtml(remark.message) + ".</p>\n";
+    }
+    return notes;
+}
+
+// Puts the texts in the place of their {{names}}. What is put in is not looked at again.
+std::string Fill(std::string_view form, std::map<std::string_view, std::string_view> const& texts) {
+    std::string page;
+    for (;;) {
+        std::size_t const start = form.find("{{");
+        std::size_t const end = form.find("}}", start);
+        if (end == std::string_view::npos) {
+            return page.append(form);
+        }
+        page.append(form.substr(0, start)).append(texts.at(form.substr(start + 2, end - start - 2)));
+        form.remove_prefix(end + 2);
+    }
+}
+
+}  // namespace
+
+SeriesSummary Summarize(Series const& series) {
+    SeriesSummary summary;
+    double count = 0;
+    for (std::optional<double> const& value : series.values) {
+        if (value) {
+            summary.minimum = count == 0 ? *value : std::min(summary.minimum, *value);
+            summary.maximum = count == 0 ? *value : std::max(summary.maximum, *value);
+            // Not a sum, which could leave the range of numbers.
+            summary.average += (*value - summary.average) / (count + 1);
+            summary.last = *value;
+            ++count;
+        }
+    }
+    return summary;
+}
+
+std::string EscapeHtml(std::string_view text) {
+    std::string escaped;
+    for (char const c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            case '\'':
+                escaped += "&#39;";
+                break;
+            default:
+                escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string RecordingPage(Recording const& recording, std::string const& fileName) {
+    std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
+    std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
+    std::string const facts = Facts(recording, fileName);
+    std::string const remarks = Remarks(recording);
+    std::string const summary = SummaryRows(recording);
+    std::string const file = EscapeHtml(fileName);
+    std::string const data = DataText(recording);
+    return Fill(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
+                                     {"uplot-version", GPUTUNE_UPLOT_VERSION},
+                                     {"title", title},
+                                     {"heading", heading},
+                                     {"facts", facts},
+                                     {"remarks", remarks},
+                                     {"summary", summary},
+                                     {"file", file},
+                                     {"data", data},
+                                     {"style", embedded::pageStyle},
+                                     {"script", embedded::pageScript},
+                                     {"uplot-licence", embedded::uplotLicence},
+                                     {"uplot-style", embedded::uplotStyle},
+                                     {"uplot-script", embedded::uplotScript}});
+}
+
+}  // namespace gputune::tool
