@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "ProfileCheck.h"
 #include "XmlPositions.h"
+#include "adapter/hex_long.h"
 #include "profile/ProfileReader.h"
 
 namespace {
@@ -83,9 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
             Lookup const lookup = gputune::profile::FindProfile(text, hwid);
             outcome = lookup.outcome;
             RequireSound(lookup);
-        } catch (std::invalid_argument const&) {
-            threw = true;
-        } catch (std::out_of_range const&) {
+        } catch (gputune::HexLongError const&) {
             threw = true;
         }
     }

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <limits>
-#include <stdexcept>
 
 namespace gputune {
 
@@ -30,11 +29,11 @@ std::int32_t ParseHexLong(std::string_view text) {
     std::uint32_t magnitude = 0;
     auto const parsed = std::from_chars(text.data(), text.data() + text.size(), magnitude, 16);
     if (parsed.ec == std::errc::invalid_argument) {
-        throw std::invalid_argument("invalid stol argument");
+        throw HexLongError("invalid stol argument");
     }
     constexpr std::uint32_t kLargest = std::numeric_limits<std::int32_t>::max();
     if (parsed.ec == std::errc::result_out_of_range || magnitude > kLargest + (negative ? 1U : 0U)) {
-        throw std::out_of_range("stol argument out of range");
+        throw HexLongError("stol argument out of range");
     }
     return static_cast<std::int32_t>(negative ? 0U - magnitude : magnitude);
 }

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/Mutex.h"
 #include "platform/memory.h"
 
 namespace gputune::amd {
@@ -13,7 +14,7 @@ namespace {
 
 // ADL may call the allocation callback from threads of its own.
 struct Blocks {
-    std::mutex mutex;
+    platform::Mutex mutex;
     std::map<void const*, std::size_t> sizes;
 };
 

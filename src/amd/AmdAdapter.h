@@ -33,7 +33,7 @@ protected:
 
     // The board's subsystem identifier: the eight hexadecimal digits behind "&SUBSYS_" in the unique device
     // identifier. 0 when there are none. Throws as ParseHexLong does; the conversion is signed on purpose, so that
-    // identifiers above 7FFFFFFF end in std::out_of_range.
+    // identifiers above 7FFFFFFF end in its "out of range".
     std::uint32_t GetVGASubDeviceID() const;
 
     // Why a predefined mode cannot be applied.

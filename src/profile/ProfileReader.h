@@ -39,7 +39,7 @@ struct Lookup {
 std::optional<std::string> ReadDocument(std::FILE* file);
 
 // The board's entry, else the last default entry. What stands behind the board's entry is not looked at. Throws
-// std::invalid_argument or std::out_of_range for an "Id" before it that is no 32-bit hexadecimal number.
+// HexLongError for an "Id" before it that is no 32-bit hexadecimal number.
 Lookup FindProfile(std::string_view document, std::uint32_t hwid);
 
 }  // namespace gputune::profile

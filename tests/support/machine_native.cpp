@@ -1,4 +1,5 @@
 // The machine for the library's code compiled into the test itself: the operating system it sees is this file.
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -8,6 +9,7 @@
 #include "ScriptedCore.h"
 #include "detect/WmiQuery.h"
 #include "native_platform.h"
+#include "platform/Mutex.h"
 #include "platform/display_source.h"
 #include "platform/last_error.h"
 #include "platform/library.h"
@@ -125,6 +127,19 @@ void UnloadLibrary(LibraryHandle library) {
 
 void* FindSymbol(LibraryHandle library, char const* name) {
     return test::Loaded(library).library->Find(name);
+}
+
+void Mutex::lock() {
+    std::atomic_ref state(state_);
+    while (state.exchange(this) != nullptr) {
+        state.wait(this);
+    }
+}
+
+void Mutex::unlock() {
+    std::atomic_ref state(state_);
+    state.store(nullptr);
+    state.notify_one();
 }
 
 // Not told here: the sanitizers see what is read too far.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <stdexcept>
 #include <string>
 
 namespace gputune {
@@ -63,7 +62,7 @@ TEST(ParseHexLong, TextWithoutADigitIsInvalid) {
         try {
             ParseHexLong(text);
             ADD_FAILURE() << "no error";
-        } catch (std::invalid_argument const& error) {
+        } catch (HexLongError const& error) {
             EXPECT_STREQ(error.what(), "invalid stol argument");
         }
     }
@@ -76,7 +75,7 @@ TEST(ParseHexLong, NumbersBeyond32BitsSignedAreOutOfRange) {
         try {
             ParseHexLong(text);
             ADD_FAILURE() << "no error";
-        } catch (std::out_of_range const& error) {
+        } catch (HexLongError const& error) {
             EXPECT_STREQ(error.what(), "stol argument out of range");
         }
     }

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 
+#include "adapter/hex_long.h"
 #include "log/DebugLog.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -131,10 +131,10 @@ TEST_F(ProfileFile, MissingRootIsLogged) {
 
 TEST_F(ProfileFile, MalformedIdLeavesTheFunctionAndNoFurtherEntry) {
     Write("<Boards><Board Id=\"\"/></Boards>");
-    EXPECT_THROW(GetExternalPerformanceParameter(31), std::invalid_argument);
+    EXPECT_THROW(GetExternalPerformanceParameter(31), HexLongError);
     EXPECT_EQ(Log(), Begin("31"));
     Write("<Boards><Board Id=\"80000000\"/></Boards>");
-    EXPECT_THROW(GetExternalPerformanceParameter(31), std::out_of_range);
+    EXPECT_THROW(GetExternalPerformanceParameter(31), HexLongError);
     EXPECT_EQ(Log(), Begin("31") + Begin("31"));
 }
 

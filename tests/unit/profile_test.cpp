@@ -4,9 +4,9 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
-#include <stdexcept>
 #include <string>
 
+#include "adapter/hex_long.h"
 #include "comma_locale.h"
 #include "profile/ProfileReader.h"
 
@@ -313,25 +313,24 @@ TEST(ProfileEntries, IdCountsBeforeDefault) {
     EXPECT_EQ(OutcomeOf(File("<Board Default=\"1\" Id=\"1F\"/>")), Outcome::BoardEntry);
 }
 
-template <class Exception>
 void ExpectThrown(std::string const& id, char const* text) {
     try {
         FindProfile(File(BoardEntry("", id)), kBoard);
         ADD_FAILURE() << id << " was read";
-    } catch (Exception const& error) {
+    } catch (HexLongError const& error) {
         EXPECT_STREQ(error.what(), text) << id;
     }
 }
 
 TEST(ProfileEntries, IdThatIsNoNumberIsThrown) {
     for (char const* id : {"", " ", "none", "0x", "-", "-0x", "g1F"}) {
-        ExpectThrown<std::invalid_argument>(id, "invalid stol argument");
+        ExpectThrown(id, "invalid stol argument");
     }
 }
 
 TEST(ProfileEntries, IdBeyondSigned32BitsIsThrown) {
     for (char const* id : {"80000000", "FFFFFFFF", "-80000001", "123456789", "FFFFFFFFFFFFFFFFFFFF"}) {
-        ExpectThrown<std::out_of_range>(id, "stol argument out of range");
+        ExpectThrown(id, "stol argument out of range");
     }
 }
 
@@ -340,7 +339,7 @@ TEST(ProfileEntries, MalformedIdBehindTheMatchIsNotReached) {
 }
 
 TEST(ProfileEntries, MalformedIdStopsTheLookupOfTheDefaultEntry) {
-    EXPECT_THROW(FindProfile(File(DefaultEntry("") + BoardEntry("", "x")), kBoard), std::invalid_argument);
+    EXPECT_THROW(FindProfile(File(DefaultEntry("") + BoardEntry("", "x")), kBoard), HexLongError);
 }
 
 // ---- Documents ----
