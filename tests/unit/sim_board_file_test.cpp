@@ -6,6 +6,7 @@
 #include <string>
 
 #include "board/BoardFile.h"
+#include "board_text.h"
 
 namespace {
 
@@ -40,22 +41,6 @@ std::string OverdriveNBoard(std::string const& more = "") {
 std::string Overdrive8Board(std::string const& part, std::string const& more = "") {
     return R"({ "format": 1, "captions": [], "vendor": "amd", "adapters": [], "overdriveVersion": 8, "overdrive8": )" +
            part + more + "}";
-}
-
-// The text of the error that the board file raises; empty when it raises none.
-std::string ErrorOf(std::string const& json) {
-    try {
-        ReadBoardText(json, "some.json");
-        return "";
-    } catch (BoardFileError const& error) {
-        return error.what();
-    }
-}
-
-std::string Replaced(std::string text, std::string const& from, std::string const& to) {
-    std::size_t const position = text.find(from);
-    EXPECT_NE(position, std::string::npos) << from;
-    return text.replace(position, from.size(), to);
 }
 
 TEST(SimBoardFile, AdapterAndCaptionsAreRead) {
@@ -220,7 +205,7 @@ TEST(SimBoardFile, OtherFormatIsRefused) {
 
 TEST(SimBoardFile, UnknownVendorIsRefused) {
     EXPECT_EQ(ErrorOf(R"({ "format": 1, "captions": [], "vendor": "acme" })"),
-              "some.json: vendor: expected one of \"none\", \"amd\", found \"acme\"");
+              "some.json: vendor: expected one of \"none\", \"amd\", \"intel\", found \"acme\"");
 }
 
 TEST(SimBoardFile, VersionWithoutItsPartIsRefused) {

@@ -44,6 +44,19 @@ TEST(SimModel, SettledBoardStaysAsItStarts) {
     EXPECT_NEAR(model.Read().fanPercent, first.fanPercent, 0.1);
 }
 
+TEST(SimModel, CountersRunWithPowerAndLoad) {
+    ModelSettings settings = SteadyLoad(50);
+    settings.boardPower = 100;
+    ThermalModel model(settings, {});
+    model.AdvanceTo(10);
+    Readings const first = model.Read();
+    EXPECT_NEAR(first.activity, 5, 0.01);
+    EXPECT_NEAR(first.energy, 10 * first.power, 1);
+    model.AdvanceTo(20);
+    EXPECT_NEAR(model.Read().activity, 10, 0.02);
+    EXPECT_GT(model.Read().energy, first.energy + 100);
+}
+
 TEST(SimModel, FullFanCools) {
     Controls fast;
     fast.fanPercent = 100;
