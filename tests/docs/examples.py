@@ -31,8 +31,8 @@ _PLACEHOLDER = re.compile(r"\[|\b[A-Z]{2,}\b|\.\.\.|…")
 class Command:
     line: int
     text: str
-    moves: bool
-    fails: bool
+    fails: bool = False
+    moves: bool = False
     expected: List[str] = field(default_factory=list)
 
 
@@ -43,7 +43,7 @@ def shown_commands(document):
         if block.info == "console":
             for number, line in enumerate(block.lines, block.line):
                 if line.startswith("$ "):
-                    commands.append(Command(number, line[2:], "the readings move" in mark, False))
+                    commands.append(Command(number, line[2:], moves="the readings move" in mark))
                 else:
                     commands[-1].expected.append(line)
             commands[-1].fails = "fails" in mark
