@@ -1,0 +1,74 @@
+"""architecture.py <root>
+
+docs/architecture.md: the picture of the structure has the arrows that the sources' includes have, and the table of the rooms
+the rules that tests/layout/include_rules checks.
+"""
+
+import glob
+import os
+import re
+import sys
+
+from markdown import Document, Problems
+
+# May be used by all; the picture says so instead of drawing it.
+_COMMON = {"log", "platform"}
+
+
+def actual_arrows(root):
+    arrows = set()
+    folders = set()
+    for path in glob.glob(os.path.join(root, "src", "*", "*.*")):
+        folder = os.path.basename(os.path.dirname(path))
+        folders.add(folder)
+        with open(path, encoding="utf-8") as file:
+            for included in re.findall(r'^\s*#\s*include "(\w+)/', file.read(), re.MULTILINE):
+                if included not in _COMMON | {folder} and folder not in _COMMON:
+                    arrows.add((folder, included))
+    return folders, arrows
+
+
+def check_picture(root, document, problems):
+    folders, actual = actual_arrows(root)
+    picture = next(block for block in document.blocks if block.info == "mermaid" and "flowchart" in block.lines[0])
+    text = "\n".join(picture.lines)
+    drawn = {arrow for arrow in re.findall(r"^\s*(\w+) --> (\w+)$", text, re.MULTILINE) if set(arrow) <= folders}
+    place = document.place(picture.line)
+    for start, end in sorted(actual - drawn):
+        problems.add(place, f"{start} includes headers of {end}, and there is no such arrow")
+    for start, end in sorted(drawn - actual):
+        problems.add(place, f"an arrow from {start} to {end}, and no such include")
+    for folder in sorted(folders):
+        if f"<b>{folder}</b>" not in text:
+            problems.add(place, f"src/{folder} is not in the picture")
+    return len(drawn)
+
+
+def check_rooms(root, document, problems):
+    with open(os.path.join(root, "tests", "layout", "include_rules"), encoding="utf-8") as file:
+        allowed = {folder: set(names.split()) - {folder}
+                   for folder, names in re.findall(r"^    \[(\w+)\]='([\w ]*)'$", file.read(), re.MULTILINE)}
+    rooms = next(rows for _, _, rows in document.tables() if rows[0][0] == "folder")
+    said = {}
+    for folder, _, may_include in rooms[1:]:
+        match = re.fullmatch(r"`src/(\w+)/`", folder)
+        if match:
+            said[match[1]] = set(re.findall(r"`(\w+)`", may_include))
+    folders, _ = actual_arrows(root)
+    for folder in sorted(folders):
+        if said.get(folder) != allowed.get(folder):
+            problems.add(document.path, f"src/{folder} may include {sorted(allowed.get(folder, []))}, "
+                                        f"and the table says {sorted(said.get(folder, []))}")
+    return len(said)
+
+
+def main(root):
+    document = Document(root, "docs/architecture.md")
+    problems = Problems()
+    arrows = check_picture(root, document, problems)
+    rooms = check_rooms(root, document, problems)
+    return problems.report(f"{arrows} arrows, {rooms} rooms")
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1]))
