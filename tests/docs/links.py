@@ -1,9 +1,10 @@
 """links.py <root>
 
-Every relative link and anchor in the documents leads somewhere, the index of docs/ names every document there, and paths
-of this repository that the texts mention exist.
+Every relative link and anchor in the documents leads somewhere, the index of docs/ names every document there, and the
+paths, scripts and presets of this repository that the texts mention exist.
 """
 
+import json
 import os
 import re
 import sys
@@ -12,6 +13,9 @@ from markdown import Problems, documents
 
 # In code spans: paths of the source tree. What is built lies elsewhere, and patterns are not looked up.
 _PATH = re.compile(r"^(src|include|tests|tool|bindings|docs|cmake|scripts|schema|fuzz|bench|Config)/[\w./-]*$")
+
+_SCRIPT = re.compile(r"(?:^|[\s`$(])((?:\./)(?:run|test)|(?:\./)?scripts/[\w-]+)\b")
+_PRESET = re.compile(r"--preset[ =](\w+)")
 
 
 def check_links(root, all_documents, problems):
@@ -42,6 +46,19 @@ def check_paths(root, all_documents, problems):
                 problems.add(document.place(line), f"there is no {span}")
 
 
+def check_commands(root, all_documents, problems):
+    with open(os.path.join(root, "CMakePresets.json"), encoding="utf-8") as file:
+        presets = {preset["name"] for preset in json.load(file)["configurePresets"]}
+    for document in all_documents:
+        for number, line in enumerate(document.lines, 1):
+            for script in _SCRIPT.findall(line):
+                if not os.access(os.path.join(root, script), os.X_OK):
+                    problems.add(document.place(number), f"there is no {script}")
+            for preset in _PRESET.findall(line):
+                if preset not in presets:
+                    problems.add(document.place(number), f"there is no preset {preset}")
+
+
 def check_index(all_documents, problems):
     index = next(document for document in all_documents if document.path == "docs/README.md")
     named = {target.partition("#")[0] for _, target in index.links()}
@@ -56,6 +73,7 @@ def main(root):
     problems = Problems()
     count = check_links(root, all_documents, problems)
     check_paths(root, all_documents, problems)
+    check_commands(root, all_documents, problems)
     check_index(all_documents, problems)
     if count < 20:
         problems.add(root, f"only {count} links found")
