@@ -2,10 +2,8 @@
 // and returned here are UTF-8.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace gputune::tool {
 
@@ -18,28 +16,11 @@ void WriteOutput(std::string_view text);
 // Never throws: there is nowhere left to tell.
 void WriteError(std::string_view text) noexcept;
 
+// To the console behind this handle; false when it refuses.
+bool WriteConsoleText(void* handle, std::wstring_view text);
+
 // Asks on standard error and reads a line of the console: true for "y" and "yes".
 bool Confirm(std::string const& question);
-
-// Lines that are drawn over the ones drawn before.
-class LiveArea {
-public:
-    LiveArea();
-    ~LiveArea();  // the cursor is below the lines and visible again
-    LiveArea(LiveArea const&) = delete;
-    LiveArea& operator=(LiveArea const&) = delete;
-
-    // False, and nothing is drawn, when the console is too low for the lines.
-    bool Draw(std::vector<std::string> const& lines);
-
-private:
-    void MoveUp(std::size_t lines) const;
-
-    void* output_;
-    unsigned long oldMode_ = 0;
-    bool sequences_ = false;  // the console understands escape sequences
-    std::size_t drawn_ = 0;
-};
 
 // Ctrl+C, Ctrl+Break and the closing of the console, from construction on. One at a time.
 class InterruptEvent {
@@ -51,6 +32,8 @@ public:
 
     // True as soon as there was an interrupt, false after the time.
     bool Wait(unsigned long milliseconds) const;
+    // The system's event, to wait for along with others.
+    void* Handle() const;
 };
 
 }  // namespace gputune::tool

@@ -5,6 +5,7 @@
 #include "Console.h"
 #include "Errors.h"
 #include "Files.h"
+#include "LiveScreen.h"
 #include "Sampling.h"
 
 namespace gputune::tool {
@@ -17,64 +18,122 @@ struct MonitorOptions {
     std::string csvFile;  // UTF-8; empty: none
 };
 
-// Where each reading goes: over the last one on a console, else on a line of its own.
-class Screen {
+std::string JsonLine(Sample const& sample, std::uint32_t vendor) {
+    Section time{.key = "", .title = ""};
+    time.fields = {{"time", "Time", sample.time}};
+    Section frameRate{.key = "", .title = ""};
+    frameRate.fields = {{frameRateName.code, frameRateName.text,
+                         sample.frameRate ? Value{std::int64_t{*sample.frameRate}} : Value{}, Unit::FramesPerSecond}};
+    Report report;
+    report.Add(std::move(time));
+    report.Add(SensorSection(sample.readings, vendor, true));
+    report.Add(std::move(frameRate));
+    return report.Json(false);
+}
+
+std::string TextLine(Sample const& sample, std::uint32_t vendor) {
+    std::string line = sample.time + "  " + ReadingsLine(sample.readings, vendor);
+    if (sample.frameRate) {
+        line += std::string(", ") + frameRateName.text + " " +
+                FormatValue(std::int64_t{*sample.frameRate}, Unit::FramesPerSecond);
+    }
+    return line + "\n";
+}
+
+// Where the readings go, and how the time between them is spent.
+class View {
 public:
-    Screen(GlobalOptions const& options, std::uint32_t vendor) : json_(options.json), vendor_(vendor) {
-        // The log's lines would tear the table apart.
-        bool const logOnScreen = options.log == GPUTUNE_LOG_STDOUT || options.log == GPUTUNE_LOG_BOTH;
-        if (OutputIsConsole() && !json_ && !logOnScreen) {
-            live_ = std::make_unique<LiveArea>();
-        }
+    virtual ~View() = default;
+    virtual void Show(Sample const& sample) = 0;
+    // Until the schedule's next moment; false when the user ends it before.
+    virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) = 0;
+};
+
+// Every reading is a line, of text or of JSON.
+class LineView : public View {
+public:
+    LineView(bool json, std::uint32_t vendor) : json_(json), vendor_(vendor) {}
+
+    void Show(Sample const& sample) override {
+        WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
     }
 
-    void Show(std::string const& time, Readings const& readings) {
-        extremes_.Add(readings);
-        if (json_) {
-            WriteOutput(JsonLine(time, readings));
-            return;
-        }
-        if (live_) {
-            std::vector<std::string> lines = MonitorTable(readings, extremes_, vendor_);
-            lines.push_back(time + "  Ctrl+C ends");
-            if (live_->Draw(lines)) {
-                return;
-            }
-            live_.reset();
-        }
-        WriteOutput(time + "  " + ReadingsLine(readings, vendor_) + "\n");
+    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
+        return !interrupt.Wait(schedule.Remaining());
     }
 
 private:
-    std::string JsonLine(std::string const& time, Readings const& readings) const {
-        Section head{.key = "", .title = ""};
-        head.fields = {{"time", "Time", time}};
-        Report report;
-        report.Add(std::move(head));
-        report.Add(SensorSection(readings, vendor_, true));
-        return report.Json(false);
-    }
-
     bool json_;
     std::uint32_t vendor_;
-    Extremes extremes_;
-    std::unique_ptr<LiveArea> live_;
 };
+
+class DashboardView : public View {
+public:
+    DashboardView(Session const& session, double interval) : dashboard_(Title(session), session.Vendor(), interval) {}
+
+    void Show(Sample const& sample) override {
+        dashboard_.Add(sample.time, sample.readings,
+                       sample.frameRate ? std::optional<double>(*sample.frameRate) : std::nullopt);
+        Draw();
+    }
+
+    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
+        for (;;) {
+            switch (screen_.Wait(interrupt, schedule.Remaining())) {
+                case LiveScreen::Event::Time:
+                    return true;
+                case LiveScreen::Event::Interrupt:
+                case LiveScreen::Event::Quit:
+                    return false;
+                case LiveScreen::Event::Reset:
+                    dashboard_.Reset();
+                    Draw();
+                    break;
+                case LiveScreen::Event::Resized:
+                    Draw();
+                    break;
+            }
+        }
+    }
+
+private:
+    static std::string Title(Session const& session) {
+        std::string const name = session.AdapterName();
+        return (name.empty() ? "" : name + ", ") + ApiName(session.ApiType()).text;
+    }
+
+    void Draw() {
+        screen_.Draw(dashboard_.Frame(screen_.Width(), screen_.Height(), screen_.UsableGlyphs(),
+                                      screen_.HasKeys() ? "q ends, r starts the figures anew" : "Ctrl+C ends"));
+    }
+
+    Dashboard dashboard_;
+    LiveScreen screen_;
+};
+
+std::unique_ptr<View> MakeView(Session const& session, GlobalOptions const& options, double interval) {
+    // The log's lines would tear the picture apart.
+    bool const logOnScreen = options.log == GPUTUNE_LOG_STDOUT || options.log == GPUTUNE_LOG_BOTH;
+    if (OutputIsConsole() && !options.json && !logOnScreen) {
+        return std::make_unique<DashboardView>(session, interval);
+    }
+    return std::make_unique<LineView>(options.json, session.Vendor());
+}
 
 int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
     Session const session(options);
     session.RequireReady();
-    std::optional<OutputFile> csv;
     RecordingFormat format(DescribeBoard(session, monitor.sampling));
+    std::optional<OutputFile> csv;
     if (!monitor.csvFile.empty()) {
         csv.emplace(monitor.csvFile, Existing::Replace);
         csv->Write(format.Heading() + "\n");
     }
     InterruptEvent const interrupt;
-    Screen screen(options, session.Vendor());
+    std::unique_ptr<View> const view = MakeView(session, options, monitor.sampling.interval);
     Schedule schedule(monitor.sampling.interval);
     for (int taken = 0; monitor.count == 0 || taken < monitor.count; ++taken) {
-        if (interrupt.Wait(schedule.Remaining())) {
+        if (!view->Wait(interrupt, schedule)) {
             break;
         }
         schedule.Advance();
@@ -82,7 +141,7 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
         if (csv) {
             csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
         }
-        screen.Show(sample.time, sample.readings);
+        view->Show(sample);
     }
     return exitSuccess;
 }
@@ -100,7 +159,9 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
     command->add_option("--csv", monitor->csvFile, "Write the readings to this file, too; an existing one is replaced")
         ->type_name("FILE");
     command->footer(
-        "In a console the table is redrawn; otherwise every reading is a line (with --json an object).\n"
+        "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "
+        "with\n"
+        "--json an object.\n"
         "Examples:\n"
         "  gputunectl monitor\n"
         "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"

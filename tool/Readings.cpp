@@ -11,22 +11,7 @@ Value ToValue(std::optional<double> const& reading) {
     return reading ? Value{*reading} : Value{};
 }
 
-std::string Line(std::string const& label, std::string const& now, std::string const& minimum,
-                 std::string const& maximum, std::string const& unit) {
-    std::string line = PadRight(label, 26) + PadLeft(now, 10) + PadLeft(minimum, 10) + PadLeft(maximum, 10);
-    return unit.empty() ? line : line + " " + unit;
-}
-
 }  // namespace
-
-void Extremes::Add(Readings const& readings) {
-    for (std::size_t i = 0; i < readings.size(); ++i) {
-        if (readings[i]) {
-            minimum_[i] = std::min(*readings[i], minimum_[i].value_or(*readings[i]));
-            maximum_[i] = std::max(*readings[i], maximum_[i].value_or(*readings[i]));
-        }
-    }
-}
 
 Section SensorSection(Readings const& readings, std::uint32_t vendor, bool all) {
     Section section{.key = "sensors", .title = "Sensors", .unitForm = Section::UnitForm::BesideValue};
@@ -76,21 +61,6 @@ std::string ReadingsLine(Readings const& readings, std::uint32_t vendor) {
         }
     }
     return line.empty() ? "no sensor available" : line;
-}
-
-std::vector<std::string> MonitorTable(Readings const& readings, Extremes const& extremes, std::uint32_t vendor) {
-    std::vector<std::string> lines{Line("Sensor", "now", "min", "max", "")};
-    for (SensorName const& sensor : sensorNames) {
-        if (std::optional<double> const& reading = readings[sensor.key]) {
-            lines.push_back(Line(sensor.text, FormatNumber(*reading), FormatNumber(*extremes.Minimum()[sensor.key]),
-                                 FormatNumber(*extremes.Maximum()[sensor.key]),
-                                 UnitName(SensorUnit(sensor, vendor)).text));
-        }
-    }
-    if (lines.size() == 1) {
-        lines.emplace_back("no sensor available");
-    }
-    return lines;
 }
 
 }  // namespace gputune::tool

@@ -14,18 +14,6 @@ namespace gputune::tool {
 // By key; nothing where the sensor is not available.
 using Readings = std::array<std::optional<double>, GPUTUNE_HWM_KEY_COUNT>;
 
-// The lowest and highest reading of each sensor so far.
-class Extremes {
-public:
-    void Add(Readings const& readings);
-    Readings const& Minimum() const { return minimum_; }
-    Readings const& Maximum() const { return maximum_; }
-
-private:
-    Readings minimum_{};
-    Readings maximum_{};
-};
-
 // All sensors, or only those available. The JSON form tells the unit beside the value.
 Section SensorSection(Readings const& readings, std::uint32_t vendor, bool all);
 std::size_t CountAvailable(Readings const& readings);
@@ -39,7 +27,5 @@ std::string ProgressBar(double part, std::size_t width);
 
 // "GPU Core Clock 1500 MHz, GPU Temperature 65.5 °C": the available readings in one line.
 std::string ReadingsLine(Readings const& readings, std::uint32_t vendor);
-// The available readings as a table with a heading, one line a string.
-std::vector<std::string> MonitorTable(Readings const& readings, Extremes const& extremes, std::uint32_t vendor);
 
 }  // namespace gputune::tool

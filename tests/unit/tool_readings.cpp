@@ -55,37 +55,6 @@ TEST(ToolReadings, LineNamesTheAvailableSensors) {
     EXPECT_EQ(ReadingsLine(Readings{}, GPUTUNE_VENDOR_AMD), "no sensor available");
 }
 
-TEST(ToolReadings, ExtremesFollowEachSensor) {
-    Extremes extremes;
-    extremes.Add(SomeReadings());
-    Readings later = SomeReadings();
-    later[GPUTUNE_HWM_GPU_TEMPERATURE] = 70.0;
-    later[GPUTUNE_HWM_GPU_CORE_CLOCK] = 300.0;
-    later[GPUTUNE_HWM_GPU_LOAD].reset();
-    later[GPUTUNE_HWM_TDP_LIMIT] = -5.0;
-    extremes.Add(later);
-    EXPECT_EQ(extremes.Minimum()[GPUTUNE_HWM_GPU_TEMPERATURE], 65.5);
-    EXPECT_EQ(extremes.Maximum()[GPUTUNE_HWM_GPU_TEMPERATURE], 70.0);
-    EXPECT_EQ(extremes.Minimum()[GPUTUNE_HWM_GPU_CORE_CLOCK], 300.0);
-    EXPECT_EQ(extremes.Maximum()[GPUTUNE_HWM_GPU_CORE_CLOCK], 1500.0);
-    EXPECT_EQ(extremes.Maximum()[GPUTUNE_HWM_GPU_LOAD], 40.0);
-    EXPECT_EQ(extremes.Maximum()[GPUTUNE_HWM_TDP_LIMIT], -5.0);
-    EXPECT_FALSE(extremes.Minimum()[GPUTUNE_HWM_VDDC].has_value());
-}
-
-TEST(ToolReadings, MonitorTableAlignsNumbers) {
-    Extremes extremes;
-    extremes.Add(SomeReadings());
-    std::vector<std::string> const lines = MonitorTable(SomeReadings(), extremes, GPUTUNE_VENDOR_AMD);
-    ASSERT_EQ(lines.size(), 4U);
-    EXPECT_EQ(lines[0], "Sensor                           now       min       max");
-    EXPECT_EQ(lines[2], "GPU Temperature                 65.5      65.5      65.5 \u00b0C");
-}
-
-TEST(ToolReadings, MonitorTableOfABoardWithoutSensorsSaysSo) {
-    EXPECT_EQ(MonitorTable(Readings{}, Extremes{}, GPUTUNE_VENDOR_AMD).back(), "no sensor available");
-}
-
 TEST(ToolReadings, ElapsedTimeHasHoursWhenThereAreSome) {
     EXPECT_EQ(ElapsedText(0.4), "0:00");
     EXPECT_EQ(ElapsedText(65), "1:05");
