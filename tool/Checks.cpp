@@ -23,7 +23,7 @@ void CheckKnownRange(std::string const& what, int value, int minimum, int maximu
 
 void RequireAdjustable(std::optional<int> const& value, ClockSetting const& setting, char const* what) {
     if (value.value_or(0) != 0 && !setting.Valid) {
-        throw ToolError(std::string("This board has no adjustable ") + what + ".");
+        throw UnsupportedError(std::string("it has no adjustable ") + what + ".");
     }
 }
 
@@ -43,10 +43,10 @@ ClockCommand PlanOverdriveN(ClockRequest const& request, ClockSetting const& gpu
 
 ClockCommand PlanOverdrive8(ClockRequest const& request, ClockSetting const& gpu, ClockSetting const& memory) {
     if (request.gpuVoltage.value_or(0) != 0 || request.memVoltage.value_or(0) != 0) {
-        throw ToolError("Overdrive8 boards take no voltages: leave out --gpu-voltage and --mem-voltage.");
+        throw UnsupportedError("Overdrive8 boards take no voltages. Leave out --gpu-voltage and --mem-voltage.");
     }
     if (!gpu.Valid) {
-        throw ToolError("This board has no adjustable clocks.");
+        throw UnsupportedError("it has no adjustable clocks.");
     }
     // This interface always takes both clocks, so what is to stay is sent as it is.
     int const currentMem = memory.Valid ? memory.CurrentClock : 0;
@@ -86,7 +86,7 @@ ClockCommand PlanAmd(std::uint32_t api, ClockRequest const& request, ClockSettin
 
 ClockCommand PlanIntel(ClockRequest const& request) {
     if (request.gpuVoltage || request.memVoltage) {
-        throw ToolError("Intel boards take no voltages: leave out --gpu-voltage and --mem-voltage.");
+        throw UnsupportedError("Intel boards take no voltages. Leave out --gpu-voltage and --mem-voltage.");
     }
     // An offset of 0 is a setting, and the offsets in effect cannot be read: nothing can be kept.
     if (!request.gpuClock || !request.memClock) {
@@ -150,7 +150,7 @@ void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setti
         return;
     }
     if (!setting.Valid || setting.PointCount < 2) {
-        throw ToolError("This board has no fan curve.");
+        throw UnsupportedError("it has no fan curve.");
     }
     auto const count = static_cast<std::size_t>(setting.PointCount);
     if (curve.size() != count) {

@@ -34,8 +34,8 @@ Section ClockSection(char const* key, char const* title, ClockSetting const& set
 int RunGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
-    PrintReadings(options, {GpuClockSection(session), MemoryClockSection(session)},
-                  "This board does not report its clock settings (sensors may show the clocks).");
+    PrintReadings(session, options, {GpuClockSection(session), MemoryClockSection(session)},
+                  "its clock settings (sensors may show the clocks)");
     return exitSuccess;
 }
 
@@ -81,7 +81,7 @@ int RunDefault(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     if (session.ApiType() == GPUTUNE_API_IGCL) {
-        throw ToolError("Intel boards take offsets: restore the default clocks with clocks set --gpu 0 --mem 0.");
+        throw UnsupportedError("Intel boards take offsets. clocks set --gpu 0 --mem 0 sets the default clocks.");
     }
     ConfirmChange(session, options, "Restore the default clocks, voltages and power limit");
     RequireDone(session, session.Api().SetPerformanceDefault(), "the default clocks");

@@ -22,7 +22,8 @@ void Print(GlobalOptions const& options, Report const& report) {
     WriteOutput(options.json ? report.Json() : report.Text());
 }
 
-void PrintReadings(GlobalOptions const& options, std::vector<Section> sections, char const* missing) {
+void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
+                   std::string const& what) {
     bool available = false;
     Report report;
     for (Section& section : sections) {
@@ -30,9 +31,13 @@ void PrintReadings(GlobalOptions const& options, std::vector<Section> sections, 
         report.Add(std::move(section));
     }
     Print(options, report);
-    if (!available) {
-        throw ToolError(missing);
+    if (available) {
+        return;
     }
+    if (session.Vendor() != GPUTUNE_VENDOR_AMD) {
+        throw UnsupportedError("it does not report " + what + ".");
+    }
+    throw ToolError("This board does not report " + what + "." + session.LogHint());
 }
 
 void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
@@ -51,7 +56,7 @@ void PrintChange(GlobalOptions const& options, std::string command, std::string 
 void RequireTunable(Session const& session) {
     session.RequireReady();
     if (session.ApiType() == GPUTUNE_API_NVAPI) {
-        throw ToolError("NVIDIA boards can be monitored, not tuned.");
+        throw UnsupportedError("NVIDIA boards can be monitored, not tuned.");
     }
 }
 

@@ -38,14 +38,16 @@ CLI::Validator DecimalNumber();
 
 // Text or JSON on standard output, as --json says.
 void Print(GlobalOptions const& options, Report const& report);
-// The result of a "get" command. Throws ToolError with `missing` after printing when no section is available.
-void PrintReadings(GlobalOptions const& options, std::vector<Section> sections, char const* missing);
+// The result of a "get" command. After printing, throws ToolError when no section is available, and UnsupportedError
+// when this library cannot read `what` ("its fan") on any such board.
+void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
+                   std::string const& what);
 // The result of a command that changed the board, and the new state as far as it can be read back.
 void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
                  std::vector<Section> sections);
 
-// For commands that change the board. Throws ToolError when the board was not opened, or is one that this library only
-// monitors.
+// For commands that change the board. Throws ToolError when the board was not opened, UnsupportedError when it is one
+// that this library only monitors.
 void RequireTunable(Session const& session);
 // Asks whether `change` ("Set the fan speed to 60 %") is to be done, when someone is there to ask and --yes was not
 // given. Throws ToolError when the answer is no.

@@ -42,7 +42,7 @@ Value ReadingValue(Readings const& readings, GputuneHwmKey key) {
 int RunGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
-    PrintReadings(options, {FanSection(session)}, "This board does not report its fan.");
+    PrintReadings(session, options, {FanSection(session)}, "its fan");
     return exitSuccess;
 }
 
@@ -81,7 +81,12 @@ int RunCurve(GlobalOptions const& options, std::vector<std::string> const& point
                 FormatValue(std::int64_t{point.FanSpeed}, Unit::Percent);
     }
     ConfirmChange(session, options, "Set the fan curve to " + text);
-    RequireDone(session, session.Api().SetFanSpeedTable(curve.data(), static_cast<int>(curve.size())), "the fan curve");
+    bool const done = session.Api().SetFanSpeedTable(curve.data(), static_cast<int>(curve.size()));
+    bool const isIntel = session.ApiType() == GPUTUNE_API_IGCL;
+    RequireDone(session, done,
+                isIntel ? "the fan curve, or its fans take another number of points than " +
+                              std::to_string(curve.size()) + ", or none"
+                        : "the fan curve");
     return Finish(session, options, "fan curve", "Fan curve set to " + text + ".");
 }
 

@@ -17,9 +17,10 @@ int RunFps(GlobalOptions const& options) {
     report.Add(std::move(section));
     Print(options, report);
     if (rate == -1) {
-        throw ToolError(session.ApiType() == GPUTUNE_API_OVERDRIVE8
-                            ? "The driver's frame metrics are not running." + session.LogHint()
-                            : "Only AMD Overdrive8 boards tell the frame rate.");
+        if (session.ApiType() != GPUTUNE_API_OVERDRIVE8) {
+            throw UnsupportedError("only AMD Overdrive8 boards tell the frame rate.");
+        }
+        throw ToolError("The driver's frame metrics are not running." + session.LogHint());
     }
     return exitSuccess;
 }
@@ -29,7 +30,7 @@ int RunFps(GlobalOptions const& options) {
 void AddFpsCommand(CLI::App& app, Context& context) {
     CLI::App* fps = app.add_subcommand("fps", "Show the frame rate that the driver measures on the board's display");
     fps->footer(
-        "The exit code is 1 when no frame rate is available.\n"
+        "The exit code is 1 when the driver measures none, 3 on boards that do not tell it.\n"
         "Examples:\n"
         "  gputunectl fps\n"
         "  gputunectl --json fps");

@@ -72,7 +72,7 @@ int Run(std::vector<std::string> arguments) {
     AddFpsCommand(app, context);
     AddProfileCommands(app, context);
     app.footer(
-        "Exit codes: 0 success, 1 failure, 2 wrong command line.\n"
+        "Exit codes: 0 success, 1 failure, 2 wrong command line, 3 not supported by this board.\n"
         "Examples:\n"
         "  gputunectl info\n"
         "  gputunectl sensors --all\n"
@@ -120,6 +120,9 @@ int wmain(int count, wchar_t** values) {
     } catch (UsageError const& error) {
         WriteError(std::string(error.what()) + "\n");
         return exitUsage;
+    } catch (UnsupportedError const& error) {
+        WriteError(std::string(error.what()) + "\n");
+        return exitUnsupported;
     } catch (std::exception const& error) {
         WriteError(std::string(error.what()) + "\n");
         return exitFailure;

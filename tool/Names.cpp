@@ -1,7 +1,5 @@
 #include "Names.h"
 
-#include <span>
-
 namespace gputune::tool {
 
 namespace {
@@ -122,16 +120,41 @@ Name ApiName(std::uint32_t api) {
     return Find(apiNames, api);
 }
 
-char const* ControlLibraryName(std::uint32_t vendor) {
+std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor) {
+    static constexpr char const* amd[] = {"atiadlxx.dll", "atiadlxy.dll"};
+    static constexpr char const* intel[] = {"ControlLib32.dll"};
+    static constexpr char const* nvidia[] = {"nvapi.dll"};
     switch (vendor) {
         case GPUTUNE_VENDOR_AMD:
-            return "atiadlxx.dll or atiadlxy.dll";
+            return amd;
         case GPUTUNE_VENDOR_INTEL:
-            return "ControlLib32.dll";
+            return intel;
         case GPUTUNE_VENDOR_NVIDIA:
-            return "nvapi.dll";
+            return nvidia;
         default:
-            return "unknown";
+            return {};
+    }
+}
+
+std::string ControlLibraryNames(std::uint32_t vendor) {
+    std::string names;
+    for (char const* file : ControlLibraryFiles(vendor)) {
+        names += names.empty() ? "" : " or ";
+        names += file;
+    }
+    return names;
+}
+
+char const* DriverName(std::uint32_t vendor) {
+    switch (vendor) {
+        case GPUTUNE_VENDOR_AMD:
+            return "AMD's driver for Radeon graphics";
+        case GPUTUNE_VENDOR_INTEL:
+            return "Intel's driver for Arc graphics";
+        case GPUTUNE_VENDOR_NVIDIA:
+            return "NVIDIA's graphics driver";
+        default:
+            return "the vendor's graphics driver";
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
+#include <string>
 
 #include "gputune.h"
 
@@ -37,8 +39,11 @@ Name QuantityName(Quantity quantity);
 // A number the table does not know is called "unknown".
 Name VendorName(std::uint32_t vendor);
 Name ApiName(std::uint32_t api);
-// File names of the vendor's control library, for messages.
-char const* ControlLibraryName(std::uint32_t vendor);
+// File names of the vendor's control library, one of which must be there: each, and all for messages.
+std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor);
+std::string ControlLibraryNames(std::uint32_t vendor);
+// What installs it.
+char const* DriverName(std::uint32_t vendor);
 
 // The frame rate is read apart from the sensors and shown with them.
 constexpr Name frameRateName{"Frame rate", "frame_rate"};

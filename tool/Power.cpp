@@ -27,7 +27,7 @@ std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting con
 int RunGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
-    PrintReadings(options, {PowerSection(session)}, "This board does not report its power limit.");
+    PrintReadings(session, options, {PowerSection(session)}, "its power limit");
     return exitSuccess;
 }
 
@@ -41,7 +41,7 @@ int RunSet(GlobalOptions const& options, int temperature, int percent) {
     RequireTunable(session);
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
     if (setting.Valid && !IsAdjustable(setting)) {
-        throw ToolError("This board has no adjustable power limit.");
+        throw UnsupportedError("it has no adjustable power limit.");
     }
     if (setting.Valid) {
         CheckRange("Power limit", percent, setting.Min, setting.Max, Unit::Percent);

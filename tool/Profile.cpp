@@ -102,7 +102,7 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
     Session const session(options);
     RequireTunable(session);
     if (session.ApiType() == GPUTUNE_API_IGCL) {
-        throw ToolError("Profiles cannot be applied to Intel boards.");
+        throw UnsupportedError("profiles cannot be applied to Intel boards.");
     }
     std::string const what = name == "oc" ? "overclock" : name;
     ConfirmChange(session, options, "Apply the " + what + " profile");

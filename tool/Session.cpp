@@ -38,6 +38,20 @@ std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardF
     }
 }
 
+// Whether the library can find one of the vendor's: loaded already, or in the system directory.
+bool HasControlLibrary(std::uint32_t vendor) {
+    std::wstring directory(MAX_PATH, L'\0');
+    directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
+    for (char const* name : ControlLibraryFiles(vendor)) {
+        std::wstring const file = WideFromUtf8(name);
+        if (GetModuleHandleW(file.c_str()) != nullptr ||
+            GetFileAttributesW((directory + L"\\" + file).c_str()) != INVALID_FILE_ATTRIBUTES) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 Name InitStateName(InitState state) {
@@ -68,13 +82,23 @@ Session::Session(GlobalOptions const& options) : options_(options) {
         return;
     }
     state_ = library_->IsInitOk() ? InitState::Ready : InitState::AdapterNotOpened;
-    if (state_ == InitState::Ready && options.adapter && !library_->SetActiveAdapterIndex(*options.adapter)) {
-        throw ToolError("There is no adapter with index " + std::to_string(*options.adapter) +
-                        (vendor_ == GPUTUNE_VENDOR_NVIDIA ? ": NVIDIA boards cannot be selected." : ".") + LogHint());
+    if (state_ == InitState::Ready && options.adapter) {
+        SelectAdapter(*options.adapter);
     }
 }
 
 Session::~Session() = default;
+
+void Session::SelectAdapter(int index) const {
+    // NVIDIA's refuses even the index it has.
+    if (index == library_->GetActiveAdapterIndex() || library_->SetActiveAdapterIndex(index)) {
+        return;
+    }
+    if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
+        throw UnsupportedError("of NVIDIA boards, none but adapter 0 can be selected.");
+    }
+    throw ToolError("There is no adapter with index " + std::to_string(index) + "." + LogHint());
+}
 
 std::optional<std::string> Session::Problem() const {
     std::string const vendor = VendorName(vendor_).text;
@@ -86,17 +110,20 @@ std::optional<std::string> Session::Problem() const {
                    "system's management service (WMI) does not answer." +
                    LogHint();
         case InitState::LibraryNotOpened:
-            if (vendor_ != GPUTUNE_VENDOR_AMD) {
-                return "There is an " + vendor + " GPU, but this version of gputune has no backend for it yet.";
+        case InitState::AdapterNotOpened: {
+            std::string const there = "There is an " + vendor + " GPU, but ";
+            std::string const library =
+                std::string("the vendor's control library (") + ControlLibraryNames(vendor_) + ")";
+            if (!HasControlLibrary(vendor_)) {
+                return there + library +
+                       " is not installed on this system. It comes with the graphics driver: install " +
+                       DriverName(vendor_) + ".";
             }
-            return "There is an " + vendor + " GPU, but the vendor's control library (" + ControlLibraryName(vendor_) +
-                   ") could not be opened, or it offers no interface that is known here. Is the vendor's driver "
-                   "installed?" +
-                   LogHint();
-        case InitState::AdapterNotOpened:
-            return "There is an " + vendor + " GPU, but no usable adapter: the vendor's control library (" +
-                   ControlLibraryName(vendor_) + ") could not be opened, or it shows no board that can be used." +
-                   LogHint();
+            return there + "no usable adapter: " + library +
+                   " could not be opened, or it shows no board that can be used. Another version of the driver may "
+                   "help: " +
+                   DriverName(vendor_) + "." + LogHint();
+        }
     }
     return std::nullopt;
 }

@@ -28,7 +28,7 @@ struct GlobalOptions {
 enum class InitState {
     Ready,
     AdapterNotOpened,  // a backend exists, and IsInitOk says no
-    LibraryNotOpened,  // a vendor, and no backend for it
+    LibraryNotOpened,  // a vendor, and no backend: AMD's library is missing, or tells no interface that is known
     NoSupportedGpu
 };
 
@@ -62,6 +62,8 @@ public:
     std::string LogHint() const;
 
 private:
+    void SelectAdapter(int index) const;
+
     GlobalOptions options_;
     // Before the library, so that the library is unloaded while the machine is still there.
     std::unique_ptr<sim::SimulatedMachine> machine_;

@@ -226,7 +226,8 @@ TEST(SimIntelDevice, BoardWithMorePointsThanARecordHoldsIsNotReadBeyondIt) {
     IntelDevice device = SomeDevice();
     device.fans[0].maxPoints = 1000;
     IntelDeviceState state(device);
-    auto table = Table({{40, 20}});
+    auto table = Table(std::vector<std::pair<std::uint32_t, int>>(32, {50, 50}));
+    EXPECT_EQ(state.SetFanTable(0, table), kCtlSuccess);
     table.numPoints = 33;
     EXPECT_EQ(state.SetFanTable(0, table), kCtlInvalidArgument);
     ctl_fan_properties_t properties{};

@@ -142,7 +142,7 @@ TEST(ToolCurve, AnotherNumberOfPointsThanTheBoardsIsAUsageError) {
 
 TEST(ToolCurve, BoardWithASinglePointHasNoCurve) {
     EXPECT_EQ(MessageOf([] { CheckCurve(ParseCurve({"40:30"}), CurveSetting(1), GPUTUNE_API_OVERDRIVEN); }),
-              "This board has no fan curve.");
+              "Not supported by this board: it has no fan curve.");
 }
 
 TEST(ToolCurve, IntelFanIsLeftToItsDriver) {
@@ -197,7 +197,7 @@ TEST(ToolClocks, Overdrive8SendsTheCurrentClockForWhatIsAbsent) {
 TEST(ToolClocks, Overdrive8WithoutMemorySettingSendsNoMemoryClock) {
     ExpectCommand(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.gpuClock = 1600}, GpuSetting(), ClockSetting{}), 1600, 0, 0, 0);
     EXPECT_EQ(MessageOf([] { PlanClocks(GPUTUNE_API_OVERDRIVE8, {.memClock = 900}, GpuSetting(), ClockSetting{}); }),
-              "This board has no adjustable memory clock.");
+              "Not supported by this board: it has no adjustable memory clock.");
 }
 
 TEST(ToolClocks, Overdrive8TellsClocksThatAreInEffect) {
