@@ -28,6 +28,7 @@ void AddPowerCommands(CLI::App& app, Context& context);
 void AddClocksCommands(CLI::App& app, Context& context);
 void AddFpsCommand(CLI::App& app, Context& context);
 void AddProfileCommands(CLI::App& app, Context& context);
+void AddCompletionCommand(CLI::App& app, Context& context);
 void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the former's
 
 // ---- What the commands share ----

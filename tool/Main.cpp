@@ -71,6 +71,7 @@ int Run(std::vector<std::string> arguments) {
     AddClocksCommands(app, context);
     AddFpsCommand(app, context);
     AddProfileCommands(app, context);
+    AddCompletionCommand(app, context);
     app.footer(
         "Exit codes: 0 success, 1 failure, 2 wrong command line, 3 not supported by this board.\n"
         "Examples:\n"

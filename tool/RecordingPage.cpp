@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <nlohmann/json.hpp>
+
+#include "Form.h"
 
 namespace gputune::embedded {
 
@@ -132,20 +133,6 @@ std::string Remarks(Recording const& recording) {
     return notes;
 }
 
-// Puts the texts in the place of their {{names}}. What is put in is not looked at again.
-std::string Fill(std::string_view form, std::map<std::string_view, std::string_view> const& texts) {
-    std::string page;
-    for (;;) {
-        std::size_t const start = form.find("{{");
-        std::size_t const end = form.find("}}", start);
-        if (end == std::string_view::npos) {
-            return page.append(form);
-        }
-        page.append(form.substr(0, start)).append(texts.at(form.substr(start + 2, end - start - 2)));
-        form.remove_prefix(end + 2);
-    }
-}
-
 }  // namespace
 
 SeriesSummary Summarize(Series const& series) {
@@ -198,20 +185,20 @@ std::string RecordingPage(Recording const& recording, std::string const& fileNam
     std::string const summary = SummaryRows(recording);
     std::string const file = EscapeHtml(fileName);
     std::string const data = DataText(recording);
-    return Fill(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
-                                     {"uplot-version", GPUTUNE_UPLOT_VERSION},
-                                     {"title", title},
-                                     {"heading", heading},
-                                     {"facts", facts},
-                                     {"remarks", remarks},
-                                     {"summary", summary},
-                                     {"file", file},
-                                     {"data", data},
-                                     {"style", embedded::pageStyle},
-                                     {"script", embedded::pageScript},
-                                     {"uplot-licence", embedded::uplotLicence},
-                                     {"uplot-style", embedded::uplotStyle},
-                                     {"uplot-script", embedded::uplotScript}});
+    return FillForm(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
+                                         {"uplot-version", GPUTUNE_UPLOT_VERSION},
+                                         {"title", title},
+                                         {"heading", heading},
+                                         {"facts", facts},
+                                         {"remarks", remarks},
+                                         {"summary", summary},
+                                         {"file", file},
+                                         {"data", data},
+                                         {"style", embedded::pageStyle},
+                                         {"script", embedded::pageScript},
+                                         {"uplot-licence", embedded::uplotLicence},
+                                         {"uplot-style", embedded::uplotStyle},
+                                         {"uplot-script", embedded::uplotScript}});
 }
 
 }  // namespace gputune::tool
