@@ -57,8 +57,10 @@ ctl_fan_speed_table_t EmptyTable(int numPoints) {
 
 void SetFixedSpeed(ctl_fan_handle_t fan, int percent) {
     constexpr log::Tag tag = kSpeedTag / "ctlFanSetFixedSpeedMode";
-    ctl_fan_speed_t const speed{
-        .Size = sizeof(ctl_fan_speed_t), .Version = 0, .speed = percent, .units = kCtlFanUnitsPercent};
+    ctl_fan_speed_t speed{};
+    speed.Size = sizeof speed;
+    speed.speed = percent;
+    speed.units = kCtlFanUnitsPercent;
     if (Succeeded(tag, ctlFanSetFixedSpeedMode(fan, &speed))) {
         log::Entry(tag, "set to ", percent);
     }
@@ -83,13 +85,13 @@ void SetFlatTable(ctl_fan_handle_t fan, int maxPoints, int percent) {
 ctl_fan_speed_table_t ToTable(FanTablePoint const* points, int count) {
     ctl_fan_speed_table_t table = EmptyTable(count);
     for (int i = 0; i < table.numPoints; ++i) {
-        table.table[i] = {.Size = sizeof(ctl_fan_temp_speed_t),
-                          .Version = 0,
-                          .temperature = static_cast<std::uint32_t>(points[i].FanTemperature),
-                          .speed = {.Size = sizeof(ctl_fan_speed_t),
-                                    .Version = 0,
-                                    .speed = points[i].FanSpeed,
-                                    .units = kCtlFanUnitsPercent}};
+        // Field by field: what lies between the fields stays zero.
+        ctl_fan_temp_speed_t& point = table.table[i];
+        point.Size = sizeof point;
+        point.temperature = static_cast<std::uint32_t>(points[i].FanTemperature);
+        point.speed.Size = sizeof point.speed;
+        point.speed.speed = points[i].FanSpeed;
+        point.speed.units = kCtlFanUnitsPercent;
     }
     return table;
 }

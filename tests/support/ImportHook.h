@@ -1,0 +1,62 @@
+// Puts a function of the test in the place of one that gputune.dll imports, for the life of the object.
+#pragma once
+
+#include <windows.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+#include "WindowsMachine.h"
+
+namespace gputune::test {
+
+class ImportHook {
+public:
+    // Throws when the library imports no function of this name.
+    template <class Function>
+    ImportHook(char const* name, Function* replacement) : slot_(FindSlot(name)) {
+        original_ = Exchange(reinterpret_cast<ULONG_PTR>(replacement));
+    }
+    ~ImportHook() { Exchange(original_); }
+    ImportHook(ImportHook const&) = delete;
+    ImportHook& operator=(ImportHook const&) = delete;
+
+private:
+    static unsigned char* At(DWORD offset) { return reinterpret_cast<unsigned char*>(LibraryUnderTest()) + offset; }
+
+    static ULONG_PTR* FindSlot(char const* name) {
+        auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(At(0));
+        auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(At(static_cast<DWORD>(dos->e_lfanew)));
+        DWORD const imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+        for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR const*>(At(imports)); library->Name != 0;
+             ++library) {
+            auto const* names = reinterpret_cast<IMAGE_THUNK_DATA const*>(At(library->OriginalFirstThunk));
+            auto* addresses = reinterpret_cast<IMAGE_THUNK_DATA*>(At(library->FirstThunk));
+            for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
+                if (!IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) {
+                    auto const* const byName =
+                        reinterpret_cast<IMAGE_IMPORT_BY_NAME const*>(At(names->u1.AddressOfData));
+                    if (std::strcmp(reinterpret_cast<char const*>(&byName->Name), name) == 0) {
+                        return reinterpret_cast<ULONG_PTR*>(&addresses->u1.Function);
+                    }
+                }
+            }
+        }
+        throw std::runtime_error(std::string("gputune.dll does not import ") + name);
+    }
+
+    ULONG_PTR Exchange(ULONG_PTR address) {
+        DWORD protection = 0;
+        ::VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &protection);
+        ULONG_PTR const previous = *slot_;
+        *slot_ = address;
+        ::VirtualProtect(slot_, sizeof *slot_, protection, &protection);
+        return previous;
+    }
+
+    ULONG_PTR* slot_;
+    ULONG_PTR original_ = 0;
+};
+
+}  // namespace gputune::test
