@@ -20,11 +20,12 @@ bool SetLimit(log::Tag tag, ctl_device_adapter_handle_t device, double milliwatt
 }  // namespace
 
 bool IGCLHelper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
-    constexpr log::Tag tag{"[IGCLHelper::SetPowerLimit(int,int)]"};
-    log::Entry(tag, "begin");
     if (powerLimit == 0) {
+        // In the log, too, it is the other operation alone.
         return SetPowerLimitDefault();
     }
+    constexpr log::Tag tag{"[IGCLHelper::SetPowerLimit(int,int)]"};
+    log::Entry(tag, "begin");
     ctl_oc_properties_t properties;
     if (!ReadOcProperties(tag, properties)) {
         return false;
