@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 namespace gputune::test {
 
@@ -209,6 +210,14 @@ int Machine::CountOf(std::string const& entryPoint) const {
         count += library.CallAt(index).entryPoint == entryPoint ? 1 : 0;
     }
     return count;
+}
+
+std::vector<LibraryLoad> Machine::TakeLoads() {
+    return std::exchange(host::Loads(), {});
+}
+
+int Machine::UnloadCount() const {
+    return host::UnloadCount();
 }
 
 void Machine::WriteProfile(std::string const& text) {

@@ -47,7 +47,13 @@ struct Call {
     double DoubleArgument(std::size_t word) const;  // an argument of two words
 };
 
-// The exports of the library under test.
+// A load with flags that the library under test has asked for.
+struct LibraryLoad {
+    std::wstring path;
+    std::uint32_t flags;
+};
+
+// The flat exports of the library under test.
 struct Exports {
     decltype(&::InitVGAHelper) InitVGAHelper;
     decltype(&::IsInitOk) IsInitOk;
@@ -110,6 +116,10 @@ public:
     // Load the library under test on this machine, without initialising it.
     Exports const& Api();
 
+    // Call one of the control library's functions that the library under test exports.
+    template <class... Args>
+    int Ctl(std::string const& name, Args... args);
+
     // InitVGAHelper with this log mode; the file by default, which TakeLog reads. The calls and the log of the
     // initialisation stay to be looked at.
     bool Init(int logMode = GPUTUNE_LOG_FILE);
@@ -126,6 +136,10 @@ public:
     std::vector<std::string> TakeCallNames();
     Call LastCall(std::string const& entryPoint) const;
     int CountOf(std::string const& entryPoint) const;
+
+    // The loads that no earlier TakeLoads has returned, and how many of all of them were given back.
+    std::vector<LibraryLoad> TakeLoads();
+    int UnloadCount() const;
 
     // Write the profile file where the library under test looks for it, or make sure that there is none. Under Windows
     // that is one place for all tests: only for tests in profile_*_test.cpp, which run one after the other.
@@ -148,8 +162,16 @@ void InstallCaptions(std::vector<std::wstring> const& captions);
 ScriptedLibrary& InstallLibrary(Machine::Library library);
 std::string FileName(Machine::Library library);
 Exports const& LoadLibraryUnderTest();
+void* FindExport(std::string const& name);
+std::vector<LibraryLoad>& Loads();
+int UnloadCount();
 std::filesystem::path ProfilePath();
 
 }  // namespace host
+
+template <class... Args>
+int Machine::Ctl(std::string const& name, Args... args) {
+    return reinterpret_cast<int (*)(Args...)>(host::FindExport(name))(args...);
+}
 
 }  // namespace gputune::test

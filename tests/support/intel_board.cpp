@@ -67,12 +67,18 @@ Lines TakeIntelTraffic(Machine& machine) {
         if (call.args.size() == 3 && call.entryPoint.ends_with("Set")) {
             std::snprintf(text, sizeof text, "%s %X %.3f", call.entryPoint.c_str(),
                           static_cast<unsigned>(call.args.at(0)), call.DoubleArgument(1));
+        } else if (call.entryPoint == "ctlInit") {
+            std::snprintf(text, sizeof text, "ctlInit");
         } else {
             std::snprintf(text, sizeof text, "%s %X", call.entryPoint.c_str(), static_cast<unsigned>(call.args.at(0)));
         }
         lines.push_back(text);
     }
     return lines;
+}
+
+Bytes SizedRecord(int size) {
+    return Patched(Bytes(static_cast<std::size_t>(size)), 0, Ints({size}));
 }
 
 Lines WithoutDetection(Lines const& log) {

@@ -93,8 +93,11 @@ FanProperties TableFan(int points);
 void OrderFans(Machine& machine, std::vector<FanProperties> const& fans);
 
 // The calls since the last look, in a form that reads well where a test fails: the name, the first argument in
-// hexadecimal, and the value of a call that takes a double.
+// hexadecimal where it is a handle, and the value of a call that takes a double.
 Lines TakeIntelTraffic(Machine& machine);
+
+// A record as it is before it is filled: its size, and zeros.
+Bytes SizedRecord(int size);
 
 // Log lines without those of the vendor's detection, which come first.
 Lines WithoutDetection(Lines const& log);

@@ -17,6 +17,10 @@
 #include "platform/paths.h"
 #include "platform/text.h"
 
+// Of whatever signature: only the addresses are used.
+#define CTL_FORWARD(name, ...) extern "C" int name();
+#include "intel/ctl_functions.inc"
+
 namespace gputune::test {
 
 namespace {
@@ -33,8 +37,15 @@ struct Module {
     bool isLoaded = true;
 };
 std::deque<Module> g_modules;
-std::vector<Load> g_loadsWithFlags;
+std::vector<LibraryLoad> g_loads;
 int g_unloads = 0;
+
+std::size_t g_refusedSize = 0;
+int g_served = 0;
+
+bool IsRefused(std::size_t size) {
+    return size != 0 && size == g_refusedSize && g_served-- <= 0;
+}
 
 Module* LoadModule(std::wstring const& path) {
     auto const found = g_installed.find(path.substr(path.find_last_of(L"\\/") + 1));
@@ -52,16 +63,13 @@ Module& Loaded(void* handle) {
 
 }  // namespace
 
+void RefuseAllocationsOf(std::size_t size, int served) {
+    g_refusedSize = size;
+    g_served = served;
+}
+
 void SetDisplay(std::wstring const& name, std::uint32_t source) {
     g_displays[name] = source;
-}
-
-std::vector<Load> const& LoadsWithFlags() {
-    return g_loadsWithFlags;
-}
-
-int UnloadCount() {
-    return g_unloads;
 }
 
 namespace host {
@@ -95,6 +103,22 @@ Exports const& LoadLibraryUnderTest() {
     return exports;
 }
 
+void* FindExport(std::string const& name) {
+    static std::map<std::string, void*> const exports = {
+#define CTL_FORWARD(name, ...) {#name, reinterpret_cast<void*>(&::name)},
+#include "intel/ctl_functions.inc"
+    };
+    return exports.at(name);
+}
+
+std::vector<LibraryLoad>& Loads() {
+    return g_loads;
+}
+
+int UnloadCount() {
+    return g_unloads;
+}
+
 std::filesystem::path ProfilePath() {
     return "Config/ConfigModel.xml";
 }
@@ -102,6 +126,24 @@ std::filesystem::path ProfilePath() {
 }  // namespace host
 
 }  // namespace gputune::test
+
+// The linker puts these in the place of the two functions.
+extern "C" {
+
+void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
+
+void* __wrap_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size) {
+    return gputune::test::IsRefused(size) ? nullptr : __real_malloc(size);
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t size);
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    return gputune::test::IsRefused(count * size) ? nullptr : __real_calloc(count, size);
+}
+
+}  // extern "C"
 
 namespace gputune {
 
@@ -116,7 +158,7 @@ LibraryHandle LoadLibraryByName(wchar_t const* name) {
 }
 
 LibraryHandle LoadLibraryWithFlags(wchar_t const* path, std::uint32_t flags) {
-    test::g_loadsWithFlags.push_back({path, flags});
+    test::g_loads.push_back({path, flags});
     return test::LoadModule(path);
 }
 

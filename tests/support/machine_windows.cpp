@@ -2,9 +2,11 @@
 // loaded by full path before the product asks for them by name.
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
+#include "ImportHook.h"
 #include "Machine.h"
 #include "WindowsMachine.h"
 
@@ -46,6 +48,28 @@ void Find(HMODULE module, char const* name, Function& function) {
     }
 }
 
+std::vector<LibraryLoad> g_loads;
+std::vector<HMODULE> g_modules;  // those that are loaded now
+int g_unloads = 0;
+
+HMODULE WINAPI RecordingLoad(wchar_t const* path, HANDLE file, DWORD flags) {
+    g_loads.push_back({path, flags});
+    HMODULE const module = ::LoadLibraryExW(path, file, flags);
+    if (module != nullptr) {
+        g_modules.push_back(module);
+    }
+    return module;
+}
+
+BOOL WINAPI RecordingUnload(HMODULE module) {
+    auto const found = std::find(g_modules.begin(), g_modules.end(), module);
+    if (found != g_modules.end()) {
+        g_modules.erase(found);
+        ++g_unloads;
+    }
+    return ::FreeLibrary(module);
+}
+
 }  // namespace
 
 sim::WmiStandIn& Wmi() {
@@ -80,6 +104,10 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = [] {
+        // Never taken back: the test may unload the library.
+        static ImportHook* const hooks[] = {new ImportHook("LoadLibraryExW", RecordingLoad),
+                                            new ImportHook("FreeLibrary", RecordingUnload)};
+        static_cast<void>(hooks);
         Exports found{};
 #define FIND(name) Find(LibraryUnderTest(), #name, found.name)
         FIND(InitVGAHelper);
@@ -108,6 +136,21 @@ Exports const& LoadLibraryUnderTest() {
         return found;
     }();
     return exports;
+}
+
+void* FindExport(std::string const& name) {
+    LoadLibraryUnderTest();
+    void* address = nullptr;
+    Find(LibraryUnderTest(), name.c_str(), address);
+    return address;
+}
+
+std::vector<LibraryLoad>& Loads() {
+    return g_loads;
+}
+
+int UnloadCount() {
+    return g_unloads;
 }
 
 std::filesystem::path ProfilePath() {

@@ -11,6 +11,7 @@
 
 #include "WindowsMachine.h"
 #include "boards.h"
+#include "intel_board.h"
 
 namespace gputune::test {
 namespace {
@@ -113,6 +114,31 @@ TEST(Unload, BeforeTheFirstStartLeavesNothing) {
     EXPECT_EQ(g_faults, 0);
 }
 
+TEST(Unload, ClosesTheControlLibraryOfAnIntelBoard) {
+    CountFaults();
+    Machine machine = IntelBoard();
+    ASSERT_TRUE(machine.InitAndForget());
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_FALSE(IsLoaded());
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlClose A91000"}));
+    EXPECT_EQ(machine.UnloadCount(), 1);
+    EXPECT_EQ(machine.TakeLog(), Lines{});
+    ExpectLogClosed();
+    EXPECT_EQ(g_faults, 0);
+}
+
+TEST(Unload, LeavesAControlLibraryThatOnlyTheHostOpened) {
+    CountFaults();
+    Machine machine = IntelBoard();
+    void* handle = nullptr;
+    int args[9] = {36, 0, 0x00010001};
+    ASSERT_EQ(machine.Ctl("ctlInit", &args, &handle), 0);
+    machine.TakeCalls();
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_EQ(machine.TakeCallNames(), Lines{});
+    EXPECT_EQ(g_faults, 0);
+}
+
 TEST(Unload, AndLoadAgainStartsAfresh) {
     CountFaults();
     Machine machine = OverdriveNBoard();
@@ -189,6 +215,22 @@ TEST(Unload, EndOfTheProcessWritesTheLastWords) {
     ASSERT_TRUE(machine.Init());
     machine.Api().FetchHwmValues();
     Mark();
+}
+
+TEST(Unload, EndOfTheProcessWithAnIntelBoardIsClean) {
+    if (!IsChild()) {
+        EXPECT_EQ(RunAsChild("Unload.EndOfTheProcessWithAnIntelBoardIsClean"), 0U);
+        EXPECT_TRUE(std::filesystem::exists("reached-the-end"));
+        EXPECT_FALSE(std::filesystem::exists(kFaultFile));
+        ExpectLogClosed();
+        return;
+    }
+    CountFaults();
+    Machine machine = IntelBoard();
+    ASSERT_TRUE(machine.Init());
+    machine.Api().FetchHwmValues();
+    Mark();
+    ::ExitProcess(0);
 }
 
 TEST(Unload, ProcessThatEndsAbruptlyWritesTheLastWords) {

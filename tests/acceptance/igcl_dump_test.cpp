@@ -1,0 +1,226 @@
+// Intel boards: what the log says about their abilities, and how it names results.
+#include "igcl_lines.h"
+
+namespace gputune::test {
+namespace {
+
+// The dumps that choosing the adapter logs.
+Lines TakeDumps(Machine& machine) {
+    EXPECT_TRUE(machine.Init());
+    Lines const log = machine.TakeLog();
+    auto const begin = std::find(log.begin(), log.end(), "[PrintProperties()] ... begin");
+    return {begin, log.end()};
+}
+
+struct Flag {
+    char const* label;
+    int offset;
+};
+
+Flag const kOverclockFlags[] = {
+    {"Oc Supported?", oc::kSupported},
+    {"Gpu Frequency Offset Supported?", oc::kGpuFrequency},
+    {"Gpu Voltage Offset Supported?", oc::kGpuVoltage},
+    {"VRAM Frequency Offset Supported?", oc::kVramFrequency},
+    {"VRAM Voltage Offset Supported?", oc::kVramVoltage},
+    {"Power Limit Supported?", oc::kPowerLimit},
+    {"Temperature Limit Supported?", oc::kTemperatureLimit},
+};
+
+TEST(IgclDump, EachOverclockFlagIsReadWhereItStands) {
+    Machine machine = IntelBoard();
+    TakeDumps(machine);
+    for (Flag const& flag : kOverclockFlags) {
+        SCOPED_TRACE(flag.label);
+        machine.Then("ctlOverclockGetProperties").Write("ctlOverclockGetProperties", 1, {1}, flag.offset);
+        EXPECT_EQ(TakeDumps(machine), Joined({OverclockDump(Flags(kOverclockLabels, {flag.label})),
+                                              TelemetryDump(Flags(kTelemetryLabels, {}))}));
+    }
+}
+
+TEST(IgclDump, ReferenceFollowsARelativeControlThatHasOne) {
+    std::pair<std::size_t, int> const controls[] = {
+        {1, oc::kGpuFrequency}, {2, oc::kGpuVoltage}, {3, oc::kVramFrequency}, {4, oc::kVramVoltage}};
+    Machine machine = IntelBoard();
+    for (auto const& [position, offset] : controls) {
+        machine.Write("ctlOverclockGetProperties", 1, {1, 1}, offset + oc::kRelative);
+        machine.Write("ctlOverclockGetProperties", 1, Doubles({1000.5 * static_cast<double>(position)}),
+                      offset + oc::kReferenceValue);
+    }
+    // These have none to print.
+    for (int const offset : {oc::kPowerLimit, oc::kTemperatureLimit}) {
+        machine.Write("ctlOverclockGetProperties", 1, {1, 1, 1}, offset);
+        machine.Write("ctlOverclockGetProperties", 1, Doubles({99}), offset + oc::kReferenceValue);
+    }
+    EXPECT_EQ(
+        TakeDumps(machine),
+        Joined({OverclockDump({"Oc Supported? ... false", "Gpu Frequency Offset Supported? ... false",
+                               "  - reference value ... 1000.500000", "Gpu Voltage Offset Supported? ... false",
+                               "  - reference value ... 2001.000000", "VRAM Frequency Offset Supported? ... false",
+                               "  - reference value ... 3001.500000", "VRAM Voltage Offset Supported? ... false",
+                               "  - reference value ... 4002.000000", "Power Limit Supported? ... true",
+                               "Temperature Limit Supported? ... true"}),
+                TelemetryDump(Flags(kTelemetryLabels, {}))}));
+}
+
+TEST(IgclDump, RelativeOrReferenceAloneIsNotEnough) {
+    Machine machine = IntelBoard();
+    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kGpuFrequency + oc::kRelative);
+    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kGpuVoltage + oc::kReference);
+    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramFrequency + oc::kReference);
+    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramVoltage + oc::kRelative);
+    EXPECT_EQ(TakeDumps(machine), kDumps);
+}
+
+TEST(IgclDump, AnyByteButZeroIsTrue) {
+    Machine machine = IntelBoard();
+    for (Flag const& flag : kOverclockFlags) {
+        machine.Write("ctlOverclockGetProperties", 1, {0x80}, flag.offset);
+    }
+    machine.Write("ctlOverclockGetProperties", 1, {2, 0xFF}, oc::kGpuVoltage + oc::kRelative);
+    machine.Write("ctlPowerTelemetryGet", 1, {0xFE}, telemetry::kFanSpeed);
+    Lines overclock = Flags(kOverclockLabels, kOverclockLabels);
+    overclock.insert(overclock.begin() + 3, "  - reference value ... 0.000000");
+    EXPECT_EQ(TakeDumps(machine),
+              Joined({OverclockDump(overclock), TelemetryDump(Flags(kTelemetryLabels, {"Fan Speed Supported?"}))}));
+}
+
+TEST(IgclDump, EachTelemetryFlagIsReadWhereItStands) {
+    Flag const flags[] = {
+        {"TimeStamp Supported?", telemetry::kTimeStamp},
+        {"Gpu Energy Counter Supported?", telemetry::kGpuEnergy},
+        {"Gpu Voltage Supported?", telemetry::kGpuVoltage},
+        {"Gpu Current Frequency Supported?", telemetry::kGpuClock},
+        {"Gpu Current Temperature Supported?", telemetry::kGpuTemperature},
+        {"Gpu Activity Counter Supported?", telemetry::kGlobalActivity},
+        {"Render Activity Counter Supported?", telemetry::kRenderActivity},
+        {"Media Activity Counter Supported?", telemetry::kMediaActivity},
+        {"VRAM Energy Counter Supported?", telemetry::kVramEnergy},
+        {"VRAM Voltage Supported?", telemetry::kVramVoltage},
+        {"VRAM Frequency Supported?", telemetry::kVramClock},
+        {"VRAM Effective Frequency Supported?", telemetry::kVramEffectiveClock},
+        {"VRAM Read Bandwidth Supported?", telemetry::kVramRead},
+        {"VRAM Write Bandwidth Supported?", telemetry::kVramWrite},
+        {"VRAM Temperature Supported?", telemetry::kVramTemperature},
+        {"Fan Speed Supported?", telemetry::kFanSpeed},
+    };
+    Machine machine = IntelBoard();
+    TakeDumps(machine);
+    for (Flag const& flag : flags) {
+        SCOPED_TRACE(flag.label);
+        machine.Then("ctlPowerTelemetryGet").Write("ctlPowerTelemetryGet", 1, {1}, flag.offset);
+        EXPECT_EQ(TakeDumps(machine), Joined({OverclockDump(Flags(kOverclockLabels, {})),
+                                              TelemetryDump(Flags(kTelemetryLabels, {flag.label}))}));
+    }
+    // What the dump does not name: the whole card's energy, the limits, the other fans.
+    machine.Then("ctlPowerTelemetryGet");
+    for (int const offset :
+         {200, 201, 202, 203, 204, 376, 377, 378, 379, 380, 384, 408, 416, 440, 712, 736, 760, 784}) {
+        machine.Write("ctlPowerTelemetryGet", 1, {1}, offset);
+    }
+    EXPECT_EQ(TakeDumps(machine), kDumps);
+}
+
+TEST(IgclDump, FailingPropertiesAreReportedAndPrintedAsTheyAre) {
+    Machine machine = IntelBoard();
+    machine.Result("ctlOverclockGetProperties", kFailure);
+    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramVoltage);
+    ASSERT_TRUE(machine.Init());
+    EXPECT_TRUE(machine.Api().IsInitOk());
+    EXPECT_EQ(WithoutDetection(machine.TakeLog()),
+              Joined({DeviceLines({}),
+                      {"[IGCLHelper::RetrieveOcProperties()] ... begin",
+                       FailureLine("[IGCLHelper::RetrieveOcProperties()] ctlOverclockGetProperties")},
+                      OverclockDump(Flags(kOverclockLabels, {"VRAM Voltage Offset Supported?"})),
+                      TelemetryDump(Flags(kTelemetryLabels, {}))}));
+}
+
+TEST(IgclDump, FailingTelemetryLeavesTheFeaturesOut) {
+    Machine machine = IntelBoard();
+    machine.Result("ctlPowerTelemetryGet", kFailure);
+    machine.Write("ctlPowerTelemetryGet", 1, {1}, telemetry::kTimeStamp);
+    ASSERT_TRUE(machine.Init());
+    EXPECT_TRUE(machine.Api().IsInitOk());
+    EXPECT_EQ(WithoutDetection(machine.TakeLog()),
+              Joined({DeviceLines({}),
+                      kRetrieved,
+                      OverclockDump(Flags(kOverclockLabels, {})),
+                      {FailureLine("[IGCLHelper::SetFanSpeed(int)] ctlPowerTelemetryGet")}}));  // deliberate
+}
+
+TEST(IgclDump, MissingFunctionsCountAsNotInitialized) {
+    Machine machine = IntelBoard();
+    machine.Hide("ctlOverclockGetProperties").Hide("ctlPowerTelemetryGet");
+    ASSERT_TRUE(machine.Init());
+    EXPECT_TRUE(machine.Api().IsInitOk());
+    EXPECT_EQ(WithoutDetection(machine.TakeLog()),
+              Joined({DeviceLines({}),
+                      {"[IGCLHelper::RetrieveOcProperties()] ... begin",
+                       NotInitializedLine("[IGCLHelper::RetrieveOcProperties()] ctlOverclockGetProperties")},
+                      OverclockDump(Flags(kOverclockLabels, {})),
+                      {NotInitializedLine("[IGCLHelper::SetFanSpeed(int)] ctlPowerTelemetryGet")}}));
+}
+
+// ---- Names of results ----
+
+TEST(IgclResults, EveryCodeHasItsText) {
+    std::pair<std::uint32_t, char const*> const texts[] = {
+        {0x40000000, "[CTL_RESULT_ERROR_GENERIC_START]"},
+        {0x40000001, "[CTL_RESULT_ERROR_NOT_INITIALIZED]"},
+        {0x40000002, "[CTL_RESULT_ERROR_ALREADY_INITIALIZED]"},
+        {0x40000003, "[CTL_RESULT_ERROR_DEVICE_LOST]"},
+        {0x40000004, "[Unknown Error]"},
+        {0x40000005, "[Unknown Error]"},
+        {0x40000006, "[CTL_RESULT_ERROR_INSUFFICIENT_PERMISSIONS]"},
+        {0x40000007, "[CTL_RESULT_ERROR_NOT_AVAILABLE]"},
+        {0x40000008, "[CTL_RESULT_ERROR_UNINITIALIZED]"},
+        {0x40000009, "[CTL_RESULT_ERROR_UNSUPPORTED_VERSION]"},
+        {0x4000000A, "[CTL_RESULT_ERROR_UNSUPPORTED_FEATURE]"},
+        {0x4000000B, "[CTL_RESULT_ERROR_INVALID_ARGUMENT]"},
+        {0x4000000C, "[Unknown Error]"},
+        {0x4000000D, "[CTL_RESULT_ERROR_INVALID_NULL_HANDLE]"},
+        {0x4000000E, "[CTL_RESULT_ERROR_INVALID_NULL_POINTER]"},
+        {0x4000000F, "[CTL_RESULT_ERROR_INVALID_SIZE]"},
+        {0x40000010, "[CTL_RESULT_ERROR_UNSUPPORTED_SIZE]"},
+        {0x40000011, "[Unknown Error]"},
+        {0x40000012, "[Unknown Error]"},
+        {0x40000013, "[Unknown Error]"},
+        {0x40000014, "[Unknown Error]"},
+        {0x40000015, "[CTL_RESULT_ERROR_NOT_IMPLEMENTED]"},
+        {0x40000016, "[Unknown Error]"},
+        {0x40000017, "[Unknown Error]"},
+        {0x40000018, "[Unknown Error]"},
+        {0x40000019, "[CTL_RESULT_ERROR_ZE_LOADER]"},
+        {0x4000001A, "[CTL_RESULT_ERROR_INVALID_OPERATION_TYPE]"},
+        {0x4000001B, "[Unknown Error]"},
+        {0x40000026, "[Unknown Error]"},
+        {0x4000FFFE, "[Unknown Error]"},
+        {0x4000FFFF, "[CTL_RESULT_ERROR_UNKNOWN]"},
+        {0x44000000, "[Unknown Error]"},
+        {0x44000001, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_NOT_SUPPORTED]"},
+        {0x44000002, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_VOLTAGE_OUTSIDE_RANGE]"},
+        {0x44000003, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_FREQUENCY_OUTSIDE_RANGE]"},
+        {0x44000004, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_POWER_OUTSIDE_RANGE]"},
+        {0x44000005, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_TEMPERATURE_OUTSIDE_RANGE]"},
+        {0x44000006, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_IN_VOLTAGE_LOCKED_MODE"},  // without its bracket, deliberate
+        {0x44000007, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_RESET_REQUIRED]"},
+        {0x44000008, "[CTL_RESULT_ERROR_CORE_OVERCLOCK_WAIVER_NOT_SET]"},
+        {0x44000009, "[Unknown Error]"},
+        {1, "[Unknown Error]"},
+        {0x7FFFFFFF, "[Unknown Error]"},
+        {0x80000000, "[Unknown Error]"},
+        {0xFFFFFFFF, "[Unknown Error]"},
+    };
+    Machine machine = IntelBoard();
+    ASSERT_TRUE(machine.InitAndForget());
+    for (auto const& [code, text] : texts) {
+        int const result = static_cast<int>(code);
+        machine.Then("ctlPowerTelemetryGet").Result("ctlPowerTelemetryGet", result);
+        machine.Api().FetchHwmValues();
+        EXPECT_EQ(machine.TakeLog().back(),
+                  ErrorLine("[IGCLHelper::FetchHwmTelemetry()] ctlPowerTelemetryGet", result, text));
+    }
+}
+
+}  // namespace
+}  // namespace gputune::test
