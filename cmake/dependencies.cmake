@@ -6,6 +6,11 @@
 # An installed package is taken where there is one (a package manager for Windows provides them all). Otherwise the sources
 # that scripts/setup has put into build/deps, or that its packages install, are compiled along with ours.
 set(GPUTUNE_DEPS_DIR "${PROJECT_SOURCE_DIR}/build/deps" CACHE PATH "Third-party sources, filled by scripts/setup")
+if(WIN32)
+    # See flags.cmake.
+    target_compile_options(gputune_platform_flags INTERFACE
+        $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${GPUTUNE_DEPS_DIR}=deps>)
+endif()
 set(GPUTUNE_GOOGLETEST_DIR "/usr/src/googletest" CACHE PATH "GoogleTest's sources")
 
 # Says which file is missing, and what provides it.

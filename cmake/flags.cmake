@@ -37,8 +37,10 @@ if(WIN32)
         $<$<COMPILE_LANGUAGE:C,CXX>:-mstackrealign>
         # A section per function and object, of which the linker keeps those in use.
         $<$<COMPILE_LANGUAGE:C,CXX>:-ffunction-sections -fdata-sections>
-        # No build directory in assertions and symbols: the same source makes the same file everywhere.
-        $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>)
+        # No directory of this machine in assertions and symbols: the same source makes the same file everywhere. Of several
+        # that fit, the last counts.
+        $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>
+        $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
     target_compile_definitions(gputune_platform_flags INTERFACE
         # Windows 7 and later; no min and max macros, no rarely used headers. Empty, to agree with a #define in a source.
         _WIN32_WINNT=0x0601 WINVER=0x0601 NOMINMAX= WIN32_LEAN_AND_MEAN=)
