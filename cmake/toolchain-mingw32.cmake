@@ -14,8 +14,9 @@ set(CMAKE_OBJDUMP i686-w64-mingw32-objdump CACHE FILEPATH "")
 set(CMAKE_STRIP i686-w64-mingw32-strip CACHE FILEPATH "")
 set(CMAKE_DLLTOOL i686-w64-mingw32-dlltool CACHE FILEPATH "")
 
-# The machine's own libraries and packages are for another system; its programs are ours to use.
-set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)
+# The machine's own libraries and packages are for another system; its programs are ours to use. What the user names as a
+# prefix is for Windows.
+set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32 ${CMAKE_PREFIX_PATH})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -1,0 +1,57 @@
+# What an installation is made of, by component. Every path is relative to the prefix, which can be moved.
+#
+#   library        bin/gputune.dll
+#   development    include/, lib/: import libraries, CMake package, pkg-config file
+#   tool           bin/gputunectl.exe and the example profile file, which it reads from bin/Config
+#   simulation     bin/sim, share/gputune/boards, headers and import library for programs that use simulated boards
+#   bindings       share/gputune/bindings
+#   documentation  share/gputune: documents, licences, the example profile file and its schema
+if(NOT WIN32)
+    return()
+endif()
+include(CMakePackageConfigHelpers)
+include(import-library)
+
+install(TARGETS gputune
+    RUNTIME DESTINATION bin COMPONENT library
+    ARCHIVE DESTINATION lib COMPONENT development)
+
+gputune_microsoft_import_library(gputune microsoftLibrary)
+if(microsoftLibrary)
+    install(FILES "${microsoftLibrary}" DESTINATION lib COMPONENT development)
+endif()
+install(FILES include/gputune.h DESTINATION include COMPONENT development)
+
+# All that has to be built before an installation.
+add_custom_target(package_contents DEPENDS gputune gputunectl sim)
+if(microsoftLibrary)
+    add_dependencies(package_contents gputune_microsoft_import_library)
+endif()
+
+set(packageDir "${PROJECT_BINARY_DIR}/package")
+configure_package_config_file(cmake/package/gputuneConfig.cmake.in "${packageDir}/gputuneConfig.cmake"
+    INSTALL_DESTINATION lib/cmake/gputune
+    NO_SET_AND_CHECK_MACRO)
+# Refuses hosts of another width than 32 bits, too.
+write_basic_package_version_file("${packageDir}/gputuneConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${packageDir}/gputuneConfig.cmake" "${packageDir}/gputuneConfigVersion.cmake"
+    DESTINATION lib/cmake/gputune COMPONENT development)
+configure_file(cmake/package/gputune.pc.in "${packageDir}/gputune.pc" @ONLY)
+install(FILES "${packageDir}/gputune.pc" DESTINATION lib/pkgconfig COMPONENT development)
+
+install(TARGETS gputunectl RUNTIME DESTINATION bin COMPONENT tool)
+install(FILES Config/ConfigModel.xml DESTINATION bin/Config COMPONENT tool)
+
+# The folder as it was built: stand-ins have a folder for each vendor, and some come under two names.
+install(DIRECTORY "${GPUTUNE_OUTPUT_DIR}/bin/sim" DESTINATION bin COMPONENT simulation FILES_MATCHING PATTERN "*.dll")
+install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION lib COMPONENT simulation)
+install(DIRECTORY sim/include/ DESTINATION include COMPONENT simulation)
+install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)
+
+# Laid out as in the source tree, so that the links between the documents hold.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION share/gputune COMPONENT documentation)
+install(DIRECTORY docs licenses Config DESTINATION share/gputune COMPONENT documentation PATTERN reference EXCLUDE)
+install(FILES schema/ConfigModel.xsd DESTINATION share/gputune/schema COMPONENT documentation)
+install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
+    FILES_MATCHING REGEX "\\.(cs|js|json|py)$"
+    PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)

@@ -1,0 +1,13 @@
+# Microsoft's binary interface without Microsoft's tools: clang compiles for it, LLVM's linker links. There is nothing of
+# the system but what this folder declares; MICROSOFT_RUNTIME is where it was compiled to.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86)
+set(CMAKE_C_COMPILER clang-14)
+set(CMAKE_C_COMPILER_TARGET i686-pc-windows-msvc)
+set(CMAKE_AR llvm-ar-14 CACHE FILEPATH "")
+set(CMAKE_C_FLAGS_INIT "-ffreestanding -isystem ${CMAKE_CURRENT_LIST_DIR}/include")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Xlinker /nodefaultlib -Xlinker /manifest:no")
+set(CMAKE_C_STANDARD_LIBRARIES
+    "${MICROSOFT_RUNTIME}/start.obj ${MICROSOFT_RUNTIME}/kernel32.lib ${MICROSOFT_RUNTIME}/msvcrt.lib" CACHE STRING "")
+# CMake tries the compiler without these libraries.
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
