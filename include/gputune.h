@@ -23,8 +23,8 @@
  *     page).
  *  8. "Not available" is -1 in int fields and -1.0 in HwmValue::Value.
  *  9. After a one-byte `Valid` the next three bytes are padding without meaning: read the byte only.
- * 10. NVIDIA boards are detected and reported by GetVendorInfo, but have no backend yet: InitVGAHelper answers false for
- *     them, and what is said of them below holds from the day they do.
+ * 10. NVIDIA boards are detected and reported by GetVendorInfo, but have no backend yet: InitVGAHelper answers false
+ *     for them, and what is said of them below holds from the day they do.
  * 11. The library also exports the 95 functions of the Intel Graphics Control Library under their published names and
  *     signatures (cdecl, not declared here). ctlInit loads that library, the others pass their calls on to it; without
  *     it they return 0x40000001 (not initialised). The Intel backend is a client of the same functions: a host's own

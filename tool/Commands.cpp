@@ -1,5 +1,7 @@
 #include "Commands.h"
 
+#include <algorithm>
+
 #include "Console.h"
 #include "Errors.h"
 
@@ -12,7 +14,7 @@ CLI::Validator DecimalNumber() {
                     return text + " is not a whole number";
                 }
                 std::size_t const significant = text.find_first_not_of('0', digits);
-                text = text.substr(0, digits) + (significant == std::string::npos ? "0" : text.substr(significant));
+                text.erase(digits, std::min(significant, text.size() - 1) - digits);
                 return std::string();
             },
             ""};

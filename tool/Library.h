@@ -53,7 +53,7 @@ private:
     // returns it. Called by its declaration, the compiler provides storage with undefined contents; but GetFanSetting
     // leaves the points of OverdriveN boards as they are. Called in this form, with storage that was filled before,
     // what was left is told from what was read.
-    using GetFanSettingInPlace = ::FanSetting*(GPUTUNE_CALL*)(::FanSetting* storage);
+    using GetFanSettingInPlace = FanSetting*(GPUTUNE_CALL*)(FanSetting* storage);
 
     std::unique_ptr<void, Unload> module_;
     GetFanSettingInPlace getFanSetting_ = nullptr;

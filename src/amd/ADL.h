@@ -39,7 +39,7 @@ public:
     // context and adapter index. True when it returned 0; otherwise "null ptr" (the entry point is missing) or
     // "failed: " and the result code is logged, under the method's tag followed by the entry point's name.
     template <FixedString Name, class... Params, class... Args>
-    bool Call(log::Tag method, AdlEntry<Name, AdlContext, int, Params...> const& entry, Args... args) const {
+    bool Call(log::Tag method, AdlEntry<Name, int(AdlContext, int, Params...)> const& entry, Args... args) const {
         return Judge(method / entry.kName, entry(m_Context, m_AdapterIndex, args...));
     }
 

@@ -22,8 +22,11 @@ struct FixedString {
 };
 
 // One entry point. Null when the library does not export it, which is no error until it is needed.
+template <FixedString Name, class Signature>
+struct AdlEntry;
+
 template <FixedString Name, class... Params>
-struct AdlEntry {
+struct AdlEntry<Name, int(Params...)> {
     int(ADL_CDECL* address)(Params...) = nullptr;
 
     static constexpr char const* kName = Name.text;
@@ -39,7 +42,7 @@ struct AdlEntry {
 };
 
 struct AdlFunctions {
-#define ADL_FUNCTION(name, ...) AdlEntry<#name __VA_OPT__(, ) __VA_ARGS__> name;
+#define ADL_FUNCTION(name, ...) AdlEntry<#name, int(__VA_ARGS__)> name;
 #include "amd/adl_functions.inc"
 
     // Look every entry point up, in order.

@@ -36,7 +36,7 @@ Status Call(char const* thunk, Record& record) {
     static LibraryHandle const gdi = LoadLibraryByName(L"gdi32.dll");
     auto* const function =
         gdi == nullptr ? nullptr : reinterpret_cast<Status(WINAPI*)(Record*)>(FindSymbol(gdi, thunk));
-    constexpr Status kNotImplemented = static_cast<Status>(0xC0000002);
+    constexpr auto kNotImplemented = static_cast<Status>(0xC0000002);
     return function == nullptr ? kNotImplemented : function(&record);
 }
 

@@ -66,8 +66,8 @@ bool TagsAreShort(std::string_view text) {
 }
 
 // Reads as scanf's "%f" does, with '.' as decimal point whatever locale the host has set: leading white space, a sign,
-// hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. What is too large for a float
-// is infinite, what is too small 0. Nothing for what is no number.
+// hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. What is too large for a
+// float is infinite, what is too small 0. Nothing for what is no number.
 //
 // By way of strtof, which goes by the host's locale; std::from_chars would not, but it adds a tenth to the library.
 std::optional<float> ScanFloat(std::string_view text) {

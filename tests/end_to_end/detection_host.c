@@ -1,13 +1,12 @@
 /*
- * Starts the library on the machine as it is, with the log in debug.log, and prints what GetVendorInfo tells: interface and
- * vendor.
+ * Starts the library on the machine as it is, with the log in debug.log, and prints what GetVendorInfo tells: interface
+ * and vendor.
  */
 #include <stdio.h>
 
 #include "gputune.h"
 
-int main(void)
-{
+int main(void) {
     uint64_t info;
 
     InitVGAHelper(GPUTUNE_LOG_FILE);

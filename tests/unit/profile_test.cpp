@@ -205,8 +205,8 @@ TEST(ProfileNumbers, FloatBeyondSinglePrecisionIsInfiniteOrZero) {
 }
 
 TEST(ProfileNumbers, FloatThatDoesNotConvertLeavesTheField) {
-    for (char const* text : {"", " ", "x", "-", "+", ".", "+-1", "--1", "-+1", "- 1", "0x", "0xg", "0x-1", "0xinf",
-                             "e1", "&#1;1"}) {
+    for (char const* text :
+         {"", " ", "x", "-", "+", ".", "+-1", "--1", "-+1", "- 1", "0x", "0xg", "0x-1", "0xinf", "e1", "&#1;1"}) {
         EXPECT_EQ(Float(text), -7.0F) << text;
     }
 }
