@@ -20,6 +20,7 @@ public:
     };
     static constexpr Vendor kAmd{L"atiadlxx.dll", L"AMD Radeon RX 580 Series"};
     static constexpr Vendor kIntel{L"ControlLib32.dll", L"Intel(R) Arc(TM) A770 Graphics"};
+    static constexpr Vendor kNvidia{L"nvapi.dll", L"NVIDIA GeForce RTX 4070"};
 
     // Throws when anything is missing: a figure of a machine that did not open would be worth nothing.
     explicit BenchMachine(int logMode, Vendor const& vendor = kAmd) {

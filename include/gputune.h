@@ -23,8 +23,8 @@
  *     page).
  *  8. "Not available" is -1 in int fields and -1.0 in HwmValue::Value.
  *  9. After a one-byte `Valid` the next three bytes are padding without meaning: read the byte only.
- * 10. NVIDIA boards are detected and reported by GetVendorInfo, but have no backend yet: InitVGAHelper answers false
- *     for them, and what is said of them below holds from the day they do.
+ * 10. NVIDIA boards can be monitored only: FetchHwmValues reads GPUTUNE_HWM_GPU_TEMPERATURE. Every setter is false, and
+ *     every record but HwmValue all zero.
  * 11. The library also exports the 95 functions of the Intel Graphics Control Library under their published names and
  *     signatures (cdecl, not declared here). ctlInit loads that library, the others pass their calls on to it; without
  *     it they return 0x40000001 (not initialised). The Intel backend is a client of the same functions: a host's own
@@ -200,8 +200,7 @@ typedef struct PredefinedPerformanceParameter {
  * logMode  a GputuneLogMode. The first call in the process fixes the log's destination; later values change nothing.
  *
  * True when a backend of the right kind exists (then ask IsInitOk). False when no supported GPU was found, or the AMD
- * library could not be opened, or it offers no known Overdrive generation, or the vendor has no backend yet; an earlier
- * backend then stays in use.
+ * library could not be opened, or it offers no known Overdrive generation; an earlier backend then stays in use.
  * Call it once. On Intel boards a second call leaves the new backend without the vendor's library, because the old
  * backend, deleted last, closes it: readings then stay as they are, and settings fail.
  * Thread: COM is used on the calling thread, multithreaded; a thread that runs a single-threaded apartment works too.

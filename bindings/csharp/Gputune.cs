@@ -272,8 +272,7 @@ namespace Gputune
             if (Vendor == Vendor.Unknown)
                 throw new GputuneException("No supported GPU was found.");
             throw new GputuneException(string.Format("There is an {0} GPU, but it cannot be used: its vendor's library "
-                + "cannot (is the driver installed?), shows no usable adapter, or gputune has no backend for it.",
-                Vendor));
+                + "cannot (is the driver installed?), or shows no usable adapter.", Vendor));
         }
 
         /// <summary>As <see cref="Start"/>; false when there is no board that can be used.</summary>

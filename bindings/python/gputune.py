@@ -345,7 +345,7 @@ class Gputune:
             if self.vendor == Vendor.UNKNOWN:
                 raise GputuneError("no supported GPU was found")
             raise GputuneError(f"there is an {self.vendor.name} GPU, but its vendor's library cannot be used "
-                               "(is the driver installed?), or gputune has no backend for it")
+                               "(is the driver installed?)")
         if not self.is_ready:
             raise GputuneError(f"there is an {self.vendor.name} GPU, but no adapter that can be used")
 

@@ -9,6 +9,7 @@
 #include "detect/GpuVendor.h"
 #include "intel/IGCLHelper.h"
 #include "log/DebugLog.h"
+#include "nvidia/NVAPIHelper.h"
 
 namespace gputune::api {
 
@@ -22,6 +23,11 @@ constinit AdapterApiType g_apiType = AdapterApiType::None;
 amd::ADL& AdlInstance() {
     static amd::ADL adl;
     return adl;
+}
+
+nvidia::Nvapi& NvapiInstance() {
+    static nvidia::Nvapi nvapi;
+    return nvapi;
 }
 
 std::unique_ptr<IVideoAdapter> CreateAmdAdapter() {
@@ -49,7 +55,7 @@ std::unique_ptr<IVideoAdapter> CreateAdapter(GpuVendor vendor) {
             return std::make_unique<intel::IGCLHelper>();
         case GpuVendor::Nvidia:
             g_apiType = AdapterApiType::Nvapi;
-            return nullptr;  // no backend yet
+            return std::make_unique<nvidia::NVAPIHelper>(NvapiInstance());
         case GpuVendor::Unknown:
             break;
     }

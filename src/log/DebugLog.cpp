@@ -47,13 +47,14 @@ void DebugLog::WriteLine(LineText& line) {
 
 namespace {
 
+constexpr std::string_view kSeparator = " ... ";
+
 void AppendTag(LineText& line, Tag tag) {
     line.Append(tag.method);
     if (!tag.subject.empty()) {
         line.Append(" ");
         line.Append(tag.subject);
     }
-    line.Append(" ... ");
 }
 
 void AppendAll(LineText& line, std::span<Part const> message) {
@@ -84,6 +85,16 @@ namespace detail {
 void WriteEntry(Tag tag, std::span<Part const> message) noexcept {
     Write([&](LineText& line) {
         AppendTag(line, tag);
+        line.Append(kSeparator);
+        AppendAll(line, message);
+    });
+}
+
+void WriteNumberedEntry(Tag tag, std::size_t number, std::span<Part const> message) noexcept {
+    Write([&](LineText& line) {
+        AppendTag(line, tag);
+        Part(number).AppendTo(line);
+        line.Append(kSeparator);
         AppendAll(line, message);
     });
 }
@@ -97,6 +108,7 @@ void WriteLine(std::span<Part const> message) noexcept {
 void WideEntry(Tag tag, std::wstring_view message) noexcept {
     Write([&](LineText& line) {
         AppendTag(line, tag);
+        line.Append(kSeparator);
         line.Append(platform::ToNarrow(message));
     });
 }

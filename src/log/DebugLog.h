@@ -10,6 +10,7 @@
 // A failure to log never changes a result, and no message is built when nothing will be logged.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -55,6 +56,7 @@ private:
 namespace detail {
 
 void WriteEntry(Tag tag, std::span<Part const> message) noexcept;
+void WriteNumberedEntry(Tag tag, std::size_t number, std::span<Part const> message) noexcept;
 void WriteLine(std::span<Part const> message) noexcept;
 
 }  // namespace detail
@@ -64,6 +66,13 @@ template <class... Parts>
 void Entry(Tag tag, Parts const&... message) noexcept {
     Part const parts[] = {Part(message)...};
     detail::WriteEntry(tag, parts);
+}
+
+// tagnumber ... message: about one of several, whose number stands right behind the tag.
+template <class... Parts>
+void NumberedEntry(Tag tag, std::size_t number, Parts const&... message) noexcept {
+    Part const parts[] = {Part(message)...};
+    detail::WriteNumberedEntry(tag, number, parts);
 }
 
 // A message without a tag.

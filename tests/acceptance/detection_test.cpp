@@ -15,14 +15,15 @@ struct Row {
     Vendor vendor;
 };
 
-// Without the vendors' libraries: whether a backend opens is not asked here.
+// Without a vendor's library; the start of Intel and NVIDIA boards succeeds all the same.
 void ExpectVendors(std::vector<Row> const& rows) {
     Machine machine(Machine::Library::None);
     for (std::size_t index = 0; index < rows.size(); ++index) {
         SCOPED_TRACE("row " + std::to_string(index));
         machine.Captions(rows[index].captions);
-        machine.Init(GPUTUNE_LOG_NONE);
-        EXPECT_EQ(static_cast<std::uint32_t>(machine.Api().GetVendorInfo()), rows[index].vendor);
+        Vendor const vendor = rows[index].vendor;
+        EXPECT_EQ(machine.Init(GPUTUNE_LOG_NONE), vendor == kIntel || vendor == kNvidia);
+        EXPECT_EQ(static_cast<std::uint32_t>(machine.Api().GetVendorInfo()), vendor);
     }
 }
 
@@ -112,19 +113,14 @@ TEST(Detection, LogListsTheControllersBetweenTwoLines) {
           "[GetVendor()] ... NVIDIA"}},
         {{L"", L"Intel(R) Arc(TM) A770 Graphics"},
          {begin, "", "Intel(R) Arc(TM) A770 Graphics", end, "[GetVendor()] ... INTEL"}},
+        {{L"AMD Radeon RX 580 Series"}, {begin, "AMD Radeon RX 580 Series", end, "[GetVendor()] ... AMD"}},
     };
     Machine machine(Machine::Library::None);
     for (LogRow const& row : rows) {
         machine.Captions(row.captions);
         machine.Init();
-        EXPECT_EQ(machine.TakeLog(), row.lines);
+        EXPECT_EQ(DetectionOf(machine.TakeLog()), row.lines);
     }
-    machine.Captions({L"AMD Radeon RX 580 Series"});
-    EXPECT_FALSE(machine.Init());
-    Lines const amd = machine.TakeLog();
-    ASSERT_GT(amd.size(), 4U);
-    EXPECT_EQ(Lines(amd.begin(), amd.begin() + 4),
-              Lines({begin, "AMD Radeon RX 580 Series", end, "[GetVendor()] ... AMD"}));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "boards.h"
 
+#include <algorithm>
+
 namespace gputune::test {
 
 Bytes AdapterList(std::vector<AdapterRecord> const& adapters) {
@@ -110,6 +112,12 @@ Machine Overdrive8Board(int capabilities) {
     machine.Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({1000}));
     machine.Write("ADL2_Adapter_MemoryInfo_Get", 2, Ints({0, 2}));  // 2 x 2^32 bytes
     return machine;
+}
+
+Lines DetectionOf(Lines const& log) {
+    auto const last = std::find_if(log.begin(), log.end(),
+                                   [](std::string const& line) { return line.starts_with("[GetVendor()] ..."); });
+    return {log.begin(), last == log.end() ? last : last + 1};
 }
 
 }  // namespace gputune::test

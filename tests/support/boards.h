@@ -55,4 +55,7 @@ std::vector<int> Overdrive8Current();
 // What PMLOG answers: sensors 1 (1340 MHz), 2 (875 MHz), 8 (61 C), 14 (1450 RPM), 19 (97 %), 27 (74 C), 45 (1).
 Bytes SensorData();
 
+// The lines of the vendor's detection, which come first in the log of a start.
+Lines DetectionOf(Lines const& log);
+
 }  // namespace gputune::test

@@ -8,10 +8,10 @@
 #include "Machine.h"
 #include "ScriptedCore.h"
 #include "detect/WmiQuery.h"
+#include "fake_libraries.h"
 #include "native_platform.h"
 #include "platform/Mutex.h"
 #include "platform/display_source.h"
-#include "platform/last_error.h"
 #include "platform/library.h"
 #include "platform/memory.h"
 #include "platform/paths.h"
@@ -159,15 +159,21 @@ LibraryHandle LoadLibraryByName(wchar_t const* name) {
 
 LibraryHandle LoadLibraryWithFlags(wchar_t const* path, std::uint32_t flags) {
     test::g_loads.push_back({path, flags});
-    return test::LoadModule(path);
+    auto const fake = test::LoadFakeLibrary(path, flags);
+    return fake ? *fake : test::LoadModule(path);
 }
 
 void UnloadLibrary(LibraryHandle library) {
-    test::Loaded(library).isLoaded = false;
-    ++test::g_unloads;
+    if (!test::UnloadFakeLibrary(library)) {
+        test::Loaded(library).isLoaded = false;
+        ++test::g_unloads;
+    }
 }
 
 void* FindSymbol(LibraryHandle library, char const* name) {
+    if (auto const found = test::FindInFakeLibrary(library, name)) {
+        return *found;
+    }
     return test::Loaded(library).library->Find(name);
 }
 
@@ -187,10 +193,6 @@ void Mutex::unlock() {
 // Not told here: the sanitizers see what is read too far.
 std::size_t ReadableBytes(void const* /*address*/) {
     return static_cast<std::size_t>(-1);
-}
-
-std::uint32_t LastError() {
-    return 0;
 }
 
 // One byte a character, like the narrow encodings of Western systems.

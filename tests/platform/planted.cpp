@@ -1,0 +1,28 @@
+// A library that nobody has signed and that lies where the careful load must not find it; and NVAPI, when it is called
+// that. Any thread may call it.
+#include <atomic>
+
+#include "nvidia/nvapi_records.h"
+
+using namespace gputune::nvidia;
+
+namespace {
+
+std::atomic<int> g_initializations = 0;
+
+int NVAPI_CDECL Initialize() {
+    return ++g_initializations == 1 ? kNvapiOk : kNvapiError;
+}
+
+int NVAPI_CDECL VersionString(char* text) {
+    text[0] = 'v';
+    return kNvapiOk;
+}
+
+}  // namespace
+
+extern "C" __declspec(dllexport) void* NVAPI_CDECL nvapi_QueryInterface(std::uint32_t identifier) {
+    return identifier == 0x0150E828   ? reinterpret_cast<void*>(&Initialize)
+           : identifier == 0x01053FA5 ? reinterpret_cast<void*>(&VersionString)
+                                      : nullptr;
+}
