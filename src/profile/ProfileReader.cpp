@@ -5,6 +5,7 @@
 #include <array>
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "adapter/hex_long.h"
@@ -14,6 +15,8 @@ namespace gputune::profile {
 namespace {
 
 using tinyxml2::XMLElement;
+
+constexpr char kWhiteSpace[] = " \t\n\v\f\r";
 
 // Where the end mark begins, and past it; npos when it is missing.
 std::size_t PastEndMark(std::string_view text, std::size_t from, std::string_view mark) {
@@ -82,7 +85,7 @@ std::optional<float> ScanFloat(std::string_view text) {
         return std::nullopt;
     }
     // A lone "0x" is no number to scanf and a 0 to strtof.
-    std::size_t const digits = number.find_first_not_of(" \t\n\v\f\r+-");
+    std::size_t const digits = number.find_first_not_of("+-", std::strspn(number.c_str(), kWhiteSpace));
     bool const isLonePrefix = (*end == 'x' || *end == 'X') && end == number.c_str() + digits + 1 && end[-1] == '0';
     return isLonePrefix ? std::nullopt : std::optional(value);
 }
@@ -90,6 +93,23 @@ std::optional<float> ScanFloat(std::string_view text) {
 void ReadFloat(XMLElement const& row, char const* attribute, float& field) {
     if (char const* const text = row.Attribute(attribute)) {
         field = ScanFloat(text).value_or(field);
+    }
+}
+
+// Reads as the XML library's own conversion does, which goes by way of sscanf and thus adds a twentieth to the library:
+// leading white space, a sign, and hexadecimal numbers are accepted, and what follows the number is ignored. What is
+// too large becomes the nearest number that an int, or 32 hexadecimal bits, can hold.
+void ReadInt(XMLElement const& row, char const* attribute, int& field) {
+    char const* const text = row.Attribute(attribute);
+    if (text == nullptr) {
+        return;
+    }
+    std::string_view const number(text + std::strspn(text, kWhiteSpace));
+    char* end = nullptr;
+    if (number.starts_with("0x") || number.starts_with("0X")) {
+        field = static_cast<int>(std::strtoul(text, nullptr, 16));
+    } else if (long const value = std::strtol(text, &end, 10); end != text) {
+        field = static_cast<int>(value);
     }
 }
 
@@ -132,7 +152,7 @@ void ReadRow(XMLElement const& row, std::string_view name, Entry entry, Predefin
     }
     for (IntRow const& known : kIntRows) {
         if (name == known.name && entry == Entry::Board) {
-            row.QueryIntAttribute("Normal", &(record.*known.normal));
+            ReadInt(row, "Normal", record.*known.normal);
         }
     }
 }

@@ -226,6 +226,26 @@ TEST(ProfileNumbers, IntegersAreScannedUpToWhatBelongsToNoNumber) {
     EXPECT_EQ(Int("0xFFFFFFFF"), -1);
 }
 
+TEST(ProfileNumbers, IntegerBeyondItsRangeIsTheNearest) {
+    EXPECT_EQ(Int("2147483648"), 2147483647);
+    EXPECT_EQ(Int("99999999999999999999"), 2147483647);
+    EXPECT_EQ(Int("-2147483649"), -2147483647 - 1);
+    EXPECT_EQ(Int("-99999999999999999999"), -2147483647 - 1);
+    EXPECT_EQ(Int("0x1FFFFFFFF"), -1);
+    EXPECT_EQ(Int("0xFFFFFFFFFFFFFFFFFFFF"), -1);
+}
+
+// "-0x10" is a decimal zero with something behind it.
+TEST(ProfileNumbers, IntegerIsHexadecimalOnlyBehindAnUnsignedPrefix) {
+    EXPECT_EQ(Int(" 0X1fz"), 31);
+    EXPECT_EQ(Int("-0x10"), 0);
+    EXPECT_EQ(Int("+0x10"), 0);
+    EXPECT_EQ(Int("1F"), 1);
+    EXPECT_EQ(Int("0x"), 0);
+    EXPECT_EQ(Int("0xg"), 0);
+    EXPECT_EQ(Int("0x-1"), 0);
+}
+
 TEST(ProfileNumbers, IntegerThatDoesNotConvertLeavesTheField) {
     for (char const* text : {"", " ", "x", "-", "--1", ".5", "inf"}) {
         EXPECT_EQ(Int(text), -7) << text;
@@ -422,6 +442,15 @@ TEST(HostileProfiles, LongestTagIsReadAndALongerOneIsNot) {
     };
     EXPECT_EQ(OutcomeOf(withTag(kLongestTag)), Outcome::BoardEntry);
     EXPECT_EQ(OutcomeOf(withTag(kLongestTag + 1)), Outcome::Unreadable);
+}
+
+// The XML parser writes names into its error messages, in a buffer of 1000 characters.
+TEST(HostileProfiles, ErrorsAboutLongNamesAreUnreadable) {
+    for (std::size_t const length : {940U, 960U, 980U, 1000U, 4000U}) {
+        std::string const name(length, 'n');
+        EXPECT_EQ(OutcomeOf("<" + name + "></other>"), Outcome::Unreadable) << length;
+        EXPECT_EQ(OutcomeOf("<root/><?" + name + Repeat(name, 100) + "?>"), Outcome::Unreadable) << length;
+    }
 }
 
 TEST(HostileProfiles, LongCommentsAndSectionsAreNoTags) {
