@@ -1,7 +1,8 @@
 #include "log/Text.h"
 
 #include <charconv>
-#include <cstdio>
+
+#include "log/FixedNotation.h"
 
 namespace gputune::log {
 
@@ -11,17 +12,6 @@ void AppendInteger(LineText& line, long long value) {
     char digits[24];
     auto const end = std::to_chars(digits, digits + sizeof digits, value);
     line.Append({digits, end.ptr});
-}
-
-void AppendReal(LineText& line, double value) {
-    char digits[352];  // the largest double has 309 digits before the point
-    int const length = std::snprintf(digits, sizeof digits, "%f", value);
-    // The host may have set a locale of its own: the seventh character from the end is then its decimal point.
-    constexpr int kPointFromEnd = 7;
-    if (length > kPointFromEnd && digits[length - kPointFromEnd] == ',') {
-        digits[length - kPointFromEnd] = '.';
-    }
-    line.Append({digits, static_cast<std::size_t>(length)});
 }
 
 }  // namespace
@@ -47,7 +37,7 @@ void Part::AppendTo(LineText& line) const {
             AppendInteger(line, integer_);
             break;
         case Kind::Real:
-            AppendReal(line, real_);
+            line.Append(FixedNotation(real_).View());
             break;
     }
 }

@@ -4,9 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <clocale>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
+#include <random>
 #include <string>
 
 namespace gputune::log {
@@ -52,6 +56,56 @@ TEST(LogText, RealsHaveSixDigitsBehindThePoint) {
         EXPECT_EQ(TextOf(row.number), row.text);
     }
     EXPECT_EQ(TextOf(1.5F), "1.500000");
+}
+
+TEST(LogText, HalvesOfTheLastDigitGoToTheEvenOne) {
+    // Binary fractions, which are halves exactly.
+    EXPECT_EQ(TextOf(1.0 / 128), "0.007812");
+    EXPECT_EQ(TextOf(3.0 / 128), "0.023438");
+    EXPECT_EQ(TextOf(-1.0 / 128), "-0.007812");
+    EXPECT_EQ(TextOf(std::nextafter(1.0 / 128, 1.0)), "0.007813");
+    EXPECT_EQ(TextOf(1024 + 127.0 / 128), "1024.992188");
+}
+
+TEST(LogText, RealsThatRoundToAWholeNumberCarry) {
+    EXPECT_EQ(TextOf(0.9999994), "0.999999");
+    EXPECT_EQ(TextOf(0.99999951), "1.000000");
+    EXPECT_EQ(TextOf(-9.99999951), "-10.000000");
+    EXPECT_EQ(TextOf(99999999.9999999), "100000000.000000");
+}
+
+TEST(LogText, InfinityAndNotANumberHaveNames) {
+    double const notANumber = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(TextOf(std::numeric_limits<double>::infinity()), "inf");
+    EXPECT_EQ(TextOf(-std::numeric_limits<double>::infinity()), "-inf");
+    EXPECT_EQ(TextOf(notANumber), "nan");
+    EXPECT_EQ(TextOf(std::copysign(notANumber, -1.0)), "nan");
+}
+
+std::string PrintedText(double number) {
+    char text[400];
+    return std::string(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%f", number)));
+}
+
+TEST(LogText, RealsAreWrittenAsPrintfWritesThem) {
+    std::mt19937_64 random(1);
+    for (int round = 0; round < 3000; ++round) {
+        std::uint64_t const bits = random();
+        double const any = std::bit_cast<double>(bits);
+        // With exponents at which digits both before and behind the point matter.
+        double const usual = std::ldexp(static_cast<double>(bits >> 11), static_cast<int>(random() % 160) - 140);
+        double const thousandths = static_cast<double>(bits % 100000000) / 1000;
+        double const half = static_cast<double>(bits % 100000000) / std::ldexp(1.0, static_cast<int>(random() % 40));
+        for (double const number : {any, -usual, thousandths, half}) {
+            if (!std::isnan(number)) {
+                ASSERT_EQ(TextOf(number), PrintedText(number));
+            }
+        }
+    }
+    for (double const number : {std::numeric_limits<double>::max(), std::numeric_limits<double>::min(),
+                                std::numeric_limits<double>::denorm_min(), -0.0, 1e22, 1e23}) {
+        EXPECT_EQ(TextOf(number), PrintedText(number));
+    }
 }
 
 TEST(LogText, TheLargestRealFits) {
