@@ -4,12 +4,19 @@
 
 namespace gputune::amd {
 
+namespace {
+
+std::size_t Size(int levelCount) {
+    return sizeof(ADLODNPerformanceLevelsX2) + static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
+}
+
+}  // namespace
+
 std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int mode) {
     if (levelCount < 0 || levelCount > kMaxLevels) {
         return std::nullopt;
     }
-    std::size_t const size =
-        sizeof(ADLODNPerformanceLevelsX2) + static_cast<std::size_t>(levelCount) * sizeof(ADLODNPerformanceLevelX2);
+    std::size_t const size = Size(levelCount);
     // Behind the end that ADL is told, room for a driver that writes the levels it has instead of those it was asked
     // for.
     constexpr std::size_t kSpare = 64 * sizeof(ADLODNPerformanceLevelX2);
@@ -21,6 +28,12 @@ std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int m
     table->iMode = mode;
     table->iNumberOfPerformanceLevels = levelCount;
     return PerformanceLevels(table, levelCount);
+}
+
+ADLODNPerformanceLevelsX2* PerformanceLevels::Record() {
+    table_->iSize = std::clamp(table_->iSize, 0, static_cast<int>(Size(capacity_)));
+    table_->iNumberOfPerformanceLevels = static_cast<int>(Counted());
+    return table_.get();
 }
 
 std::size_t PerformanceLevels::Counted() const {

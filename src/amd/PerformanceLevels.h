@@ -19,8 +19,9 @@ public:
     // More than any board has; a larger count is garbage.
     static constexpr int kMaxLevels = 65536;
 
-    // The block as ADL takes it.
-    ADLODNPerformanceLevelsX2* Record() { return table_.get(); }
+    // The block as ADL takes it. What ADL wrote into the head goes back to it, but never more than the block holds: it
+    // would believe its own numbers.
+    ADLODNPerformanceLevelsX2* Record();
 
     void SetMode(int mode) { table_->iMode = mode; }
 

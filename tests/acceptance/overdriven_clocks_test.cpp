@@ -265,9 +265,10 @@ TEST(OverdriveNUserClocks, LevelsAreCountedByTheHeadWithinTheTable) {
     struct Case {
         int head;
         int changed;  // levels
+        int sent;     // head
     };
-    std::vector<Case> const cases = {{2, 1},       {1, 0}, {0, 0},          {-1, 0},
-                                     {INT_MIN, 0}, {4, 2}, {0x10000000, 2}, {INT_MAX, 2}};
+    std::vector<Case> const cases = {{2, 1, 2},       {1, 0, 1}, {0, 0, 0},          {-1, 0, 0},
+                                     {INT_MIN, 0, 0}, {4, 2, 3}, {0x10000000, 2, 3}, {INT_MAX, 2, 3}};
     Machine machine = RunningBoard();
     for (Case const& known : cases) {
         SCOPED_TRACE(known.head);
@@ -275,14 +276,32 @@ TEST(OverdriveNUserClocks, LevelsAreCountedByTheHeadWithinTheTable) {
         EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
         Call const engine = machine.LastCall(kEngineSet);
         EXPECT_EQ(engine.Int(4), 3);
-        EXPECT_EQ(engine.Int(8), known.head);
+        EXPECT_EQ(engine.Int(8), known.sent);
         EXPECT_EQ(engine.Int(kHead), 31000);
         EXPECT_EQ(engine.Int(kHead + 16), known.changed >= 1 ? 150000 : 91000);
         EXPECT_EQ(engine.Int(kHead + 32), known.changed >= 2 ? 150000 : 130099);
         Call const memory = machine.LastCall(kMemorySet);
-        EXPECT_EQ(memory.Int(8), known.head);
+        EXPECT_EQ(memory.Int(8), known.sent);
         EXPECT_EQ(memory.Int(kHead + 16), known.changed >= 1 ? 210000 : 101000);
         EXPECT_EQ(memory.Int(kHead + 32), known.changed >= 2 ? 210000 : 190000);
+    }
+}
+
+// A driver takes the size for the truth, also when the number in it is garbage of its own.
+TEST(OverdriveNUserClocks, SizeNeverLeadsBeyondTheTable) {
+    constexpr int kTable = kHead + 3 * 16;
+    struct Case {
+        int written;
+        std::size_t sent;
+    };
+    Machine machine = RunningBoard();
+    for (auto const& [written, sent] :
+         {Case{INT_MAX, kTable}, Case{kTable + 1, kTable}, Case{kTable, kTable}, Case{28, 28}, Case{-1, 0}}) {
+        SCOPED_TRACE(written);
+        machine.Write(kEngineGet, 2, Ints({written})).Write(kMemoryGet, 2, Ints({written}));
+        EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
+        EXPECT_EQ(machine.LastCall(kEngineSet).record.size(), sent);
+        EXPECT_EQ(machine.LastCall(kMemorySet).record.size(), sent);
     }
 }
 
