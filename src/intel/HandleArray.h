@@ -11,13 +11,15 @@ namespace gputune::intel {
 template <class Handle>
 class HandleArray {
 public:
-    // Room for `count` handles, all null; false without memory. Behind them lies room for a device or fan that appears
-    // between the two calls, in case the library writes more handles than it was asked for.
+    // More than any machine has; a larger count is garbage, and would keep whoever walks the handles busy for hours.
+    static constexpr std::uint32_t kMostHandles = 1024;
+
+    // Room for `count` handles, all null; false for too many and without memory. Behind them lies room for a device or
+    // fan that appears between the two calls, in case the library writes more handles than it was asked for.
     bool Allocate(std::uint32_t count) {
-        constexpr std::uint64_t kSpare = 64;
-        std::uint64_t const bytes = (count + kSpare) * sizeof(Handle);
-        handles_.reset(bytes <= SIZE_MAX ? static_cast<Handle*>(std::calloc(1, static_cast<std::size_t>(bytes)))
-                                         : nullptr);
+        constexpr std::size_t kSpare = 64;
+        handles_.reset(count <= kMostHandles ? static_cast<Handle*>(std::calloc(count + kSpare, sizeof(Handle)))
+                                             : nullptr);
         return handles_ != nullptr;
     }
 
