@@ -23,10 +23,10 @@ std::string Position(std::string const& text, std::size_t offset) {
 // "expected a string, found 3"; long values are cut.
 std::string Shown(json const& value) {
     constexpr std::size_t kMax = 40;
-    std::string text = value.dump();
     if (value.is_object() || value.is_array()) {
         return value.is_object() ? "an object" : "an array";
     }
+    std::string const text = value.dump();
     return text.size() <= kMax ? text : text.substr(0, kMax) + "...";
 }
 

@@ -279,4 +279,13 @@ TEST(SimBoardFile, FileIsReadByItsUtf8Path) {
     EXPECT_THROW(ReadBoardFile(path), BoardFileError);
 }
 
+// What is found instead is said without looking into it: deeper than any stack.
+TEST(SimBoardFile, DeepNestingIsAnErrorLikeAnyOther) {
+    constexpr std::size_t kDepth = 200000;
+    std::string const lists = std::string(kDepth, '[') + std::string(kDepth, ']');
+    EXPECT_EQ(ErrorOf("{\"format\": " + lists + "}"),
+              "some.json: format: expected 1, found an array");
+    EXPECT_NE(ErrorOf(std::string(kDepth, '[')).find("not valid JSON"), std::string::npos);
+}
+
 }  // namespace
