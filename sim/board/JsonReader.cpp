@@ -30,6 +30,16 @@ std::string Shown(json const& value) {
     return text.size() <= kMax ? text : text.substr(0, kMax) + "...";
 }
 
+// The parser's text, without its own prefix of number and position.
+std::string Cause(json::exception const& error) {
+    std::string const what = error.what();
+    std::size_t const cause = what.find(": ");
+    std::size_t const number = what.find("] ");
+    return cause != std::string::npos    ? what.substr(cause + 2)
+           : number != std::string::npos ? what.substr(number + 2)
+                                         : what;
+}
+
 }  // namespace
 
 json ParseJson(std::string const& text, std::string const& source) {
@@ -49,12 +59,11 @@ json ParseJson(std::string const& text, std::string const& source) {
     try {
         return json::parse(text, watch);
     } catch (json::parse_error const& error) {
-        // The parser's text, without its own prefix of number and position.
-        std::string what = error.what();
-        std::size_t const cause = what.find(": ");
-        what = cause == std::string::npos ? what : what.substr(cause + 2);
         throw BoardFileError(source + ": " + Position(text, error.byte == 0 ? 0 : error.byte - 1) +
-                             ": not valid JSON: " + what);
+                             ": not valid JSON: " + Cause(error));
+    } catch (json::out_of_range const& error) {
+        // A number that is well written, but larger than any.
+        throw BoardFileError(source + ": " + Cause(error));
     }
 }
 

@@ -283,9 +283,12 @@ TEST(SimBoardFile, FileIsReadByItsUtf8Path) {
 TEST(SimBoardFile, DeepNestingIsAnErrorLikeAnyOther) {
     constexpr std::size_t kDepth = 200000;
     std::string const lists = std::string(kDepth, '[') + std::string(kDepth, ']');
-    EXPECT_EQ(ErrorOf("{\"format\": " + lists + "}"),
-              "some.json: format: expected 1, found an array");
+    EXPECT_EQ(ErrorOf("{\"format\": " + lists + "}"), "some.json: format: expected 1, found an array");
     EXPECT_NE(ErrorOf(std::string(kDepth, '[')).find("not valid JSON"), std::string::npos);
+}
+
+TEST(SimBoardFile, NumberBeyondADoubleIsRefused) {
+    EXPECT_EQ(ErrorOf("{\"format\": 1e400}"), "some.json: number overflow parsing '1e400'");
 }
 
 }  // namespace
