@@ -1,8 +1,6 @@
 // Feeds arbitrary text to the reader of the profile file and to the tool's check of such files, and holds one against
 // the other: what the check finds nothing wrong with, the reader reads.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -12,19 +10,13 @@
 #include "XmlPositions.h"
 #include "adapter/hex_long.h"
 #include "profile/ProfileReader.h"
+#include "require.h"
 
 namespace {
 
+using gputune::fuzz::Require;
 using gputune::profile::Lookup;
 using gputune::profile::Outcome;
-
-// Stops the process, which the fuzzer takes for a finding.
-void Require(bool condition, char const* what) {
-    if (!condition) {
-        std::fprintf(stderr, "violated: %s\n", what);
-        std::abort();
-    }
-}
 
 bool IsZero(PredefinedPerformanceParameter const& record) {
     return !record.Valid && record.GpuOC == 0 && record.GpuOCGivenValue == 0 && record.MemOC == 0 &&

@@ -1,5 +1,6 @@
-// Runs a fuzz target without a fuzzing engine: replay_main RUNS FILE... feeds it every file, every truncation of every
-// file, and RUNS random changes of them. The same arguments give the same inputs.
+// Runs a fuzz target without a fuzzing engine: replay_main RUNS TRUNCATIONS FILE... feeds it every file, that many
+// truncations of every file (all of them where there are no more), and RUNS random changes of them. The same arguments give
+// the same inputs.
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 // The sanitizers', where the program is built with them.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
@@ -57,17 +59,22 @@ private:
 
     std::string const& Any() { return corpus_[Below(corpus_.size())]; }
 
+    // Of those that mean something in a text as often as of all.
+    char Character() {
+        constexpr char kTelling[] = "<>/=\"'&#;!-?[]{}:, \n\0x0159AFe.+\xEF\xFF";
+        return Below(2) == 0 ? kTelling[Below(sizeof kTelling)] : static_cast<char>(Below(256));
+    }
+
     void Change(std::string& text) {
-        constexpr char kTelling[] = "<>/=\"'&#;!-?[] \n\0x0159AFe.+\xEF\xFF";
         std::size_t const at = Below(text.size() + 1);
         switch (Below(5)) {
             case 0:  // another character
                 if (at < text.size()) {
-                    text[at] = kTelling[Below(sizeof kTelling)];
+                    text[at] = Character();
                 }
                 break;
             case 1:  // one more
-                text.insert(at, 1, kTelling[Below(sizeof kTelling)]);
+                text.insert(at, 1, Character());
                 break;
             case 2:  // some less
                 text.erase(at, 1 + Below(8));
@@ -90,12 +97,12 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 3) {
-        std::fprintf(stderr, "usage: %s RUNS FILE...\n", argv[0]);
+    if (argc < 4) {
+        std::fprintf(stderr, "usage: %s RUNS TRUNCATIONS FILE...\n", argv[0]);
         return 2;
     }
     std::vector<std::string> corpus;
-    for (int i = 2; i < argc; ++i) {
+    for (int i = 3; i < argc; ++i) {
         std::ifstream file(argv[i], std::ios::binary);
         if (!file) {
             std::fprintf(stderr, "%s cannot be read\n", argv[i]);
@@ -103,15 +110,21 @@ int main(int argc, char** argv) {
         }
         corpus.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
+    if (LLVMFuzzerInitialize != nullptr) {
+        LLVMFuzzerInitialize(&argc, &argv);
+    }
     std::signal(SIGABRT, OnAbort);
     if (__sanitizer_set_death_callback != nullptr) {
         __sanitizer_set_death_callback(WriteInput);
     }
     long executions = 0;
+    auto const truncations = static_cast<std::size_t>(std::atol(argv[2]));
     for (std::string const& text : corpus) {
-        for (std::size_t length = 0; length <= text.size(); ++length, ++executions) {
+        for (std::size_t length = 0; length < text.size(); length += text.size() / truncations + 1, ++executions) {
             Run(text.substr(0, length));
         }
+        Run(text);
+        ++executions;
     }
     Mutator mutator(corpus);
     for (long run = std::atol(argv[1]); run > 0; --run, ++executions) {

@@ -21,7 +21,10 @@ int ScriptedCore::Answer(char const* name, int const* words) {
         return -8;
     }
     Record(name, known == interface_.signatures.end() ? *interface_.otherSignature : known->second, words);
+    return interceptor_ != nullptr ? interceptor_->Answer(name, words) : AsOrdered(name, words);
+}
 
+int ScriptedCore::AsOrdered(char const* name, int const* words) {
     auto const own = scripts_.find(For(name, words[0]));
     Script& script = own == scripts_.end() ? scripts_[name] : own->second;
     Response const& response = script.responses[std::min(script.calls, script.responses.size() - 1)];
@@ -99,6 +102,7 @@ void ScriptedCore::Reset() {
     scripts_.clear();
     calls_.clear();
     allocator_ = nullptr;
+    interceptor_ = nullptr;
     hidden_ = interface_.unusual;
     HiddenChanged();
 }

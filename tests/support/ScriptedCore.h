@@ -83,6 +83,8 @@ public:
     int CallCount() const override;
     ScriptedCall const& CallAt(int index) const override;
     void ClearCalls() override;
+    void AnswerBy(Interceptor* interceptor) override { interceptor_ = interceptor; }
+    int AsOrdered(char const* entryPoint, int const* words) override;
     void* AskForMemory(int size) override;
     void* AskWithOddStack(int size) override;
 
@@ -118,6 +120,7 @@ private:
     std::vector<ScriptedCall> calls_;
     HiddenHandler onHiddenChange_;
     Allocator allocator_ = nullptr;
+    Interceptor* interceptor_ = nullptr;
 };
 
 // The libraries. Under Windows each is in a DLL of its own, natively all are in one program.

@@ -29,12 +29,22 @@ struct ScriptedCall {
     unsigned char record[kMaxRecord];  // its bytes on entry
 };
 
+// Answers calls in a library's stead.
+class Interceptor {
+public:
+    // `words` are the call's arguments. Everything that ScriptedLibrary::AsOrdered does is its own choice, in its own order.
+    virtual int Answer(char const* entryPoint, int const* words) = 0;
+
+protected:
+    ~Interceptor() = default;
+};
+
 class ScriptedLibrary {
 public:
     // Whether the library can have an entry point of this name, hidden or not.
     virtual bool Has(char const* entryPoint) const = 0;
 
-    // Forget all orders and calls.
+    // Forget all orders and calls, and who answers instead.
     virtual void Reset() = 0;
 
     virtual void Result(char const* entryPoint, int result) = 0;
@@ -58,6 +68,11 @@ public:
     virtual int CallCount() const = 0;
     virtual ScriptedCall const& CallAt(int index) const = 0;
     virtual void ClearCalls() = 0;
+
+    // Let `interceptor` answer from now on (null: the orders again), and answer a call as it was ordered. Calls are recorded
+    // either way.
+    virtual void AnswerBy(Interceptor* interceptor) = 0;
+    virtual int AsOrdered(char const* entryPoint, int const* words) = 0;
 
     // What the client's allocation callback returns for a size: null while the library knows of none.
     virtual void* AskForMemory(int size) = 0;

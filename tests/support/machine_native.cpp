@@ -72,6 +72,16 @@ void SetDisplay(std::wstring const& name, std::uint32_t source) {
     g_displays[name] = source;
 }
 
+void ForgetMachine() {
+    g_captions.clear();
+    g_displays.clear();
+    g_installed.clear();
+    g_modules.clear();
+    g_loads.clear();
+    g_unloads = 0;
+    RefuseAllocationsOf(0);
+}
+
 namespace host {
 
 void InstallCaptions(std::vector<std::wstring> const& captions) {

@@ -1,0 +1,26 @@
+// Feeds arbitrary text to the reader of board files: it reads a board, or says what is wrong and where.
+#include <cstdint>
+#include <string>
+
+#include "board/BoardFile.h"
+#include "require.h"
+
+namespace {
+
+using gputune::fuzz::Require;
+
+constexpr char kSource[] = "fuzzed.json";
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    std::string const text(data, data + size);
+    try {
+        gputune::sim::Board const board = gputune::sim::ReadBoardText(text, kSource);
+        Require(board.amd.adapters.size() <= text.size(), "a board is no larger than its text");
+    } catch (gputune::sim::BoardFileError const& error) {
+        std::string const message = error.what();
+        Require(message.starts_with(kSource) && message.size() > sizeof kSource, "an error names the file");
+    }
+    return 0;
+}

@@ -1,0 +1,36 @@
+// What a host can ask of the library: the exported operations, one by one, and what gputune.h promises of every answer.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+
+#include "Machine.h"
+
+namespace gputune::test {
+
+using Arguments = std::array<int, 4>;
+
+struct Answer {
+    Bytes bytes;          // as the call left them, in storage that held kStorage before
+    std::string breach;   // the promise that it breaks; empty when it breaks none
+    bool success = true;  // false from what answers a bool
+};
+
+// What is in a record's storage before the call.
+constexpr unsigned char kStorage = 0xEE;
+
+struct Operation {
+    char const* name;
+    int argumentCount;
+    bool answersBool;
+    Answer (*call)(Exports const& api, Arguments const& arguments);
+};
+
+// All exported functions but InitVGAHelper, FetchHwmValues together with the readings it leaves.
+std::span<Operation const> Operations();
+
+// Five points, which is what SetFanSpeedTable is given to read.
+constexpr int kCurvePoints = 5;
+
+}  // namespace gputune::test
