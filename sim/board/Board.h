@@ -7,6 +7,7 @@
 
 #include "board/AmdBoard.h"
 #include "board/IntelBoard.h"
+#include "board/NvidiaBoard.h"
 #include "model/ModelSettings.h"
 
 namespace gputune::sim {
@@ -15,6 +16,7 @@ enum class Vendor {
     None,  // a machine without a vendor library
     Amd,
     Intel,
+    Nvidia,
 };
 
 enum class FaultKind { Result, Missing, Garbage };
@@ -53,6 +55,7 @@ struct Board {
     // What the vendor's library tells; those of other vendors are empty.
     AmdBoard amd;
     IntelBoard intel;
+    NvidiaBoard nvidia;
 };
 
 }  // namespace gputune::sim

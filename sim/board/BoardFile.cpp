@@ -27,7 +27,7 @@ Board ReadBoardText(std::string const& json, std::string const& source) {
         board.captions.push_back(caption.IsNull() ? std::nullopt : std::optional(caption.String(kTextBytes)));
     });
     // Every vendor has a reader of its own for the rest of the file.
-    switch (object.Required("vendor").Choice({"none", "amd", "intel"})) {
+    switch (object.Required("vendor").Choice({"none", "amd", "intel", "nvidia"})) {
         case 0:
             board.vendor = Vendor::None;
             break;
@@ -38,6 +38,10 @@ Board ReadBoardText(std::string const& json, std::string const& source) {
         case 2:
             board.vendor = Vendor::Intel;
             ReadIntel(object, board);
+            break;
+        case 3:
+            board.vendor = Vendor::Nvidia;
+            ReadNvidia(object, board);
             break;
     }
     object.Finish();

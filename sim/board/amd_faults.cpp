@@ -54,7 +54,7 @@ constexpr GarbageFit kGarbage[] = {
 }  // namespace
 
 FaultRules AmdFaultRules() {
-    return {.entryPoints = kEntryPoints, .garbage = kGarbage};
+    return {.entryPoints = kEntryPoints, .withoutResult = {}, .garbage = kGarbage};
 }
 
 }  // namespace gputune::sim

@@ -12,6 +12,7 @@ namespace gputune::sim {
 // Everything in the file that is the vendor's.
 void ReadAmd(JsonObject& object, Board& board);
 void ReadIntel(JsonObject& object, Board& board);
+void ReadNvidia(JsonObject& object, Board& board);
 
 OverdriveN ReadOverdriveN(JsonValue const& value);
 Overdrive8 ReadOverdrive8(JsonValue const& value);
@@ -28,11 +29,13 @@ struct GarbageFit {
 // What can be wrong with one vendor's library.
 struct FaultRules {
     std::span<std::string_view const> entryPoints;
+    std::span<std::string_view const> withoutResult;  // of these, those whose result is none to choose
     std::span<GarbageFit const> garbage;
 };
 
 FaultRules AmdFaultRules();
 FaultRules IntelFaultRules();
+FaultRules NvidiaFaultRules();
 
 // The key "faults", which may be left out.
 std::vector<Fault> ReadFaults(JsonObject& object, FaultRules const& rules);

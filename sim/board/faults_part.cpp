@@ -6,6 +6,10 @@ namespace gputune::sim {
 
 namespace {
 
+bool Contains(std::span<std::string_view const> names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 bool Fit(std::span<GarbageFit const> rules, std::string_view entryPoint, Garbage garbage) {
     return std::any_of(rules.begin(), rules.end(),
                        [&](GarbageFit const& fit) { return fit.entryPoint == entryPoint && fit.garbage == garbage; });
@@ -16,7 +20,7 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     Fault fault;
     JsonValue const entryPoint = object.Required("entryPoint");
     fault.entryPoint = entryPoint.String(255);
-    if (std::find(rules.entryPoints.begin(), rules.entryPoints.end(), fault.entryPoint) == rules.entryPoints.end()) {
+    if (!Contains(rules.entryPoints, fault.entryPoint)) {
         entryPoint.Fail("the name of an entry point of the vendor's library");
     }
     auto const result = object.Optional("result");
@@ -29,6 +33,9 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     if (result) {
         fault.kind = FaultKind::Result;
         fault.result = result->Int();
+        if (Contains(rules.withoutResult, fault.entryPoint)) {
+            result->Fail("no result for " + fault.entryPoint);
+        }
     } else if (missing) {
         fault.kind = FaultKind::Missing;
         if (!missing->Bool()) {

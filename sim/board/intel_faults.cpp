@@ -40,7 +40,7 @@ constexpr GarbageFit kGarbage[] = {
 }  // namespace
 
 FaultRules IntelFaultRules() {
-    return {.entryPoints = kEntryPoints, .garbage = kGarbage};
+    return {.entryPoints = kEntryPoints, .withoutResult = {}, .garbage = kGarbage};
 }
 
 }  // namespace gputune::sim

@@ -47,6 +47,8 @@ wchar_t const* VendorFolder(Vendor vendor) {
             return L"amd";
         case Vendor::Intel:
             return L"intel";
+        case Vendor::Nvidia:
+            return L"nvidia";
     }
     return nullptr;
 }

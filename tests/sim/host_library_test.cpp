@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "gputune.h"
 #include "gputune_sim_host.h"
@@ -102,6 +103,18 @@ TEST_F(HostLibrary, BoardInUseWorksOnAfterStop) {
     stop_();
     EXPECT_TRUE(isInitOk_());
     EXPECT_STREQ(getVgaInfo_().AdapterName, "Radeon RX 580 Series");
+}
+
+TEST_F(HostLibrary, BoardOfAnotherVendorFollows) {
+    for (auto const& [file, vendor] :
+         {std::pair("overdriven.json", GPUTUNE_VENDOR_AMD), std::pair("intel.json", GPUTUNE_VENDOR_INTEL),
+          std::pair("nvidia.json", GPUTUNE_VENDOR_NVIDIA)}) {
+        ASSERT_EQ(Start(file), "");
+        ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+        EXPECT_TRUE(isInitOk_()) << file;
+        EXPECT_EQ(static_cast<std::uint32_t>(getVendorInfo_()), std::uint32_t{vendor}) << file;
+        stop_();
+    }
 }
 
 TEST_F(HostLibrary, OneBoardAfterAnotherGivesTheLatter) {

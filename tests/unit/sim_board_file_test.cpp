@@ -205,7 +205,7 @@ TEST(SimBoardFile, OtherFormatIsRefused) {
 
 TEST(SimBoardFile, UnknownVendorIsRefused) {
     EXPECT_EQ(ErrorOf(R"({ "format": 1, "captions": [], "vendor": "acme" })"),
-              "some.json: vendor: expected one of \"none\", \"amd\", \"intel\", found \"acme\"");
+              "some.json: vendor: expected one of \"none\", \"amd\", \"intel\", \"nvidia\", found \"acme\"");
 }
 
 TEST(SimBoardFile, VersionWithoutItsPartIsRefused) {
