@@ -1,6 +1,6 @@
 // Runs a fuzz target without a fuzzing engine: replay_main RUNS TRUNCATIONS FILE... feeds it every file, that many
-// truncations of every file (all of them where there are no more), and RUNS random changes of them. The same arguments give
-// the same inputs.
+// truncations of every file (all of them where there are no more), and RUNS random changes of them. The same arguments
+// give the same inputs.
 #include <csignal>
 #include <cstdint>
 #include <cstdio>

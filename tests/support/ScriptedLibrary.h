@@ -32,7 +32,8 @@ struct ScriptedCall {
 // Answers calls in a library's stead.
 class Interceptor {
 public:
-    // `words` are the call's arguments. Everything that ScriptedLibrary::AsOrdered does is its own choice, in its own order.
+    // `words` are the call's arguments. Everything that ScriptedLibrary::AsOrdered does is its own choice, in its own
+    // order.
     virtual int Answer(char const* entryPoint, int const* words) = 0;
 
 protected:
@@ -69,8 +70,8 @@ public:
     virtual ScriptedCall const& CallAt(int index) const = 0;
     virtual void ClearCalls() = 0;
 
-    // Let `interceptor` answer from now on (null: the orders again), and answer a call as it was ordered. Calls are recorded
-    // either way.
+    // Let `interceptor` answer from now on (null: the orders again), and answer a call as it was ordered. Calls are
+    // recorded either way.
     virtual void AnswerBy(Interceptor* interceptor) = 0;
     virtual int AsOrdered(char const* entryPoint, int const* words) = 0;
 

@@ -14,8 +14,8 @@ void SetDisplay(std::wstring const& name, std::uint32_t source);
 // takes it back.
 void RefuseAllocationsOf(std::size_t size, int served = 0);
 
-// Forget the machine with all of that, for a process with many machines one after the other. The library under test holds
-// none of its libraries any more.
+// Forget the machine with all of that, for a process with many machines one after the other. The library under test
+// holds none of its libraries any more.
 void ForgetMachine();
 
 }  // namespace gputune::test
