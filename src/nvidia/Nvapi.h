@@ -22,8 +22,7 @@ class Nvapi : public NvapiLoader {
     };
 
 public:
-#define NVAPI_FUNCTION(name, identifier, ...) \
-    Binding<NvapiSlot::name, identifier __VA_OPT__(, ) __VA_ARGS__> const name{*this};
+#define NVAPI_FUNCTION(name, identifier, ...) Binding<NvapiSlot::name, identifier, __VA_ARGS__> const name{*this};
 #include "nvidia/nvapi_functions.inc"
 };
 
