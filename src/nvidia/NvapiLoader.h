@@ -33,13 +33,9 @@ public:
     static constexpr int kWithMode = 1;
 
     // Load and initialise the library if that has not happened yet. -2 when there is none, -1 when it cannot be
-    // initialised, or else its own status. A thread that meets another at this waits for it, a second at most, then
-    // gets -1.
-    int EnsureLoaded(int mode) {
-        bool const isLoaded =
-            !state_.loading.load(std::memory_order_acquire) && state_.module.load(std::memory_order_acquire) != nullptr;
-        return isLoaded ? kNvapiOk : Load(mode);
-    }
+    // initialised, -3 when it cannot be in this mode, else the status of its initialisation. A thread that meets
+    // another at this waits for it, a second at most, then gets -1.
+    int EnsureLoaded(int mode) { return IsLoaded() ? kNvapiOk : Load(mode); }
 
     // NVAPI's initialisation. Loading does it as well, so that this only counts what was done.
     int NvAPI_Initialize();

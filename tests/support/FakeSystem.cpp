@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <thread>
 
 #include "fake_libraries.h"
@@ -17,6 +18,8 @@ namespace gputune::test {
 namespace {
 
 thread_local std::uint32_t t_lastError = 0;
+
+std::mutex g_traceMutex;
 
 std::wstring Hexadecimal(std::uint32_t number) {
     wchar_t text[16];
@@ -43,7 +46,7 @@ FakeLibrary* FindLoaded(void* handle, std::wstring* name = nullptr) {
 }  // namespace
 
 Trace FakeSystem::TraceOf(std::wstring const& beginning) {
-    std::lock_guard const lock(mutex_);
+    std::lock_guard const lock(g_traceMutex);
     Trace lines;
     for (std::wstring const& line : trace) {
         if (line.starts_with(beginning)) {
@@ -54,7 +57,7 @@ Trace FakeSystem::TraceOf(std::wstring const& beginning) {
 }
 
 void FakeSystem::Note(std::wstring const& line) {
-    std::lock_guard const lock(mutex_);
+    std::lock_guard const lock(g_traceMutex);
     trace.push_back(line);
 }
 
@@ -146,15 +149,18 @@ RegistryAnswer ReadMachineSubkeys(std::wstring const& key) {
 // A refused query leaves its reason behind, as the system's does.
 bool IsWindowsAtLeast(std::uint32_t major, std::uint32_t minor) {
     TheSystem().Note(L"version " + std::to_wstring(major) + L"." + std::to_wstring(minor));
-    SetLastError(TheSystem().isWindows8 ? 0 : 1150);
+    if (!TheSystem().isWindows8) {
+        SetLastError(1150);
+    }
     return TheSystem().isWindows8;
 }
 
 bool IsBuildAtLeast(std::uint32_t build) {
     TheSystem().Note(L"build " + std::to_wstring(build));
-    bool const isAtLeast = TheSystem().build >= build;
-    SetLastError(isAtLeast ? 0 : 1150);
-    return isAtLeast;
+    if (TheSystem().build < build) {
+        SetLastError(1150);
+    }
+    return TheSystem().build >= build;
 }
 
 TrustedFile::TrustedFile(LibraryHandle wintrust, std::wstring const& path)

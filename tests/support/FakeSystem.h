@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -61,12 +60,9 @@ struct FakeSystem {
     // The lines that begin so.
     Trace TraceOf(std::wstring const& beginning);
     void Note(std::wstring const& line);
-
-private:
-    std::mutex mutex_;
 };
 
-// The one that the code under test runs on.
+// The one that the code under test runs on. Assigning a new one starts afresh.
 FakeSystem& TheSystem();
 
 }  // namespace gputune::test

@@ -22,7 +22,10 @@ void SetValue(std::wstring const& adapter, std::wstring const& value, Texts text
 
 class DriverStore : public testing::Test {
 protected:
-    DriverStore() { TheSystem().subkeys[kClass] = {0, {L"0000"}}; }
+    DriverStore() {
+        TheSystem() = {};
+        TheSystem().subkeys[kClass] = {0, {L"0000"}};
+    }
 
     std::wstring Find(std::wstring const& name = L"nvapi.dll") {
         platform::SetLastError(4711);

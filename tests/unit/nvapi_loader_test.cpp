@@ -34,7 +34,6 @@ struct FakeNvapi {
     std::atomic<int> initializations = 0;
     std::atomic<int> result = 0;  // of everything but the initialisation
     std::atomic<int> initializeResult = 0;
-    std::vector<int> afterCall;  // identifier, both words, status
 
     void Note(std::string const& call) {
         std::lock_guard const lock(mutex);
@@ -111,6 +110,12 @@ public:
 class NvapiLoad : public testing::Test {
 protected:
     NvapiLoad() {
+        TheSystem() = {};
+        Library().queries.clear();
+        Library().calls.clear();
+        Library().initializations = 0;
+        Library().result = 0;
+        Library().initializeResult = 0;
         TheSystem().libraries[L"nvapi.dll"].entryPoints = {{"nvapi_QueryInterface", Address(Query)}};
         Library().functions = {
             {kInitialize, Address(Initialize)},
