@@ -16,8 +16,9 @@ class Scratch:
             if not name.startswith(".") and os.path.isdir(os.path.join(root, name)):
                 os.symlink(os.path.join(root, name), name)
         with open("run", "w", encoding="utf-8") as file:
-            file.write("#!/bin/bash\nexec scripts/wine build/bin/gputunectl.exe "
-                       "--simulate boards/overdriven.json \"$@\"\n")
+            file.write("#!/bin/bash\n"
+                       "[ \"$1\" = --simulate ] || set -- --simulate boards/overdriven.json \"$@\"\n"
+                       "exec scripts/wine build/bin/gputunectl.exe \"$@\"\n")
         os.chmod("run", 0o755)
 
     @staticmethod
