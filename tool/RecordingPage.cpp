@@ -177,6 +177,10 @@ std::string EscapeHtml(std::string_view text) {
     return escaped;
 }
 
+bool HasCharts() {
+    return !embedded::uplotScript.empty();
+}
+
 std::string RecordingPage(Recording const& recording, std::string const& fileName) {
     std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
     std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));

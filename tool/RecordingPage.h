@@ -22,6 +22,9 @@ SeriesSummary Summarize(Series const& series);
 // As text of an element or in a quoted attribute.
 std::string EscapeHtml(std::string_view text);
 
+// Whether this program was built with the library that draws the charts; without it there are no pages.
+bool HasCharts();
+
 // `fileName` names the recording to the reader; UTF-8.
 std::string RecordingPage(Recording const& recording, std::string const& fileName);
 

@@ -46,6 +46,9 @@ std::string PageBeside(std::string const& recording) {
 }
 
 int RunReport(GlobalOptions const& options, ReportOptions const& report) {
+    if (!HasCharts()) {
+        throw ToolError("This gputunectl was built without uPlot, which draws the charts.");
+    }
     Recording const recording = Read(report.recording);
     for (CsvError const& remark : recording.remarks) {
         WriteError(Message(report.recording, remark, "warning") + "\n");
