@@ -52,8 +52,9 @@ if(WIN32)
         LINKER:--no-insert-timestamp
         # The linker would choose a library's preferred address by a hash of the path it is written to.
         LINKER:--disable-auto-image-base
-        # Data is not executed, and the load address is not fixed.
-        LINKER:--nxcompat LINKER:--dynamicbase)
+        # Data is not executed, the load address is not fixed, and nothing in the file is an exception handler: this
+        # compiler's exceptions need none, and without the word the system would take any address in it for one.
+        LINKER:--nxcompat LINKER:--dynamicbase LINKER:--no-seh)
 endif()
 
 if(GPUTUNE_SANITIZE)

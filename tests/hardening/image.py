@@ -1,0 +1,118 @@
+"""A 32-bit Windows image: what its headers say of how it may be loaded and run."""
+
+import struct
+
+I386 = 0x014C
+PE32 = 0x010B
+
+# Of the file header.
+RELOCATIONS_STRIPPED = 0x0001
+
+# Of the optional header.
+DYNAMIC_BASE = 0x0040
+NX_COMPATIBLE = 0x0100
+NO_SEH = 0x0400
+
+# Of a section.
+SECTION_CODE = 0x00000020
+SECTION_EXECUTABLE = 0x20000000
+SECTION_WRITABLE = 0x80000000
+
+# Data directories.
+IMPORTS = 1
+RELOCATIONS = 5
+TLS = 9
+BOUND_IMPORTS = 11
+DELAY_IMPORTS = 13
+
+
+class Section:
+    def __init__(self, name, address, size, offset, flags):
+        self.name = name
+        self.address = address
+        self.size = size
+        self.offset = offset
+        self.flags = flags
+
+
+class Image:
+    def __init__(self, data):
+        self._data = data
+        header = self._read("<I", 0x3C)[0]
+        if data[header:header + 4] != b"PE\0\0":
+            raise ValueError("no Windows image")
+        self.file_header = header + 4
+        self.optional_header = header + 24
+        self.machine, count = self._read("<HH", self.file_header)
+        symbols, symbol_count, optional_size, self.characteristics = self._read("<IIHH", self.file_header + 8)
+        self._long_names = symbols + 18 * symbol_count
+        self.magic = self._read("<H", self.optional_header)[0]
+        self.base = self._read("<I", self.optional_header + 28)[0]
+        self.dll_characteristics = self._read("<H", self.optional_header + 70)[0]
+        self.section_table = self.optional_header + optional_size
+        self.sections = [self._section(self.section_table + 40 * index) for index in range(count)]
+
+    def directory(self, index):
+        """Address and size."""
+        return self._read("<II", self.optional_header + 96 + 8 * index)
+
+    def imports(self):
+        """The names of the libraries, in lower case."""
+        names = []
+        address, _ = self.directory(IMPORTS)
+        while address:
+            name = self._read("<5I", self.offset_of(address))[3]
+            if name == 0:
+                break
+            names.append(self._text(self.offset_of(name)).lower())
+            address += 20
+        return names
+
+    def tls_callbacks(self):
+        """Their addresses, as the image was linked."""
+        address, _ = self.directory(TLS)
+        if not address:
+            return []
+        callbacks = []
+        table = self._read("<6I", self.offset_of(address))[3]
+        while table:
+            callback = self._read("<I", self.offset_of(table - self.base))[0]
+            if callback == 0:
+                break
+            callbacks.append(callback)
+            table += 4
+        return callbacks
+
+    def relocation_count(self):
+        """Of the places that the loader moves with the image."""
+        address, size = self.directory(RELOCATIONS)
+        offset = self.offset_of(address) if size else 0
+        end = offset + size
+        count = 0
+        while offset + 8 <= end:
+            _, block = self._read("<II", offset)
+            if block < 8:
+                raise ValueError("the relocations are broken")
+            # Type 0 pads.
+            count += sum(entry >> 12 != 0 for entry in self._read(f"<{(block - 8) // 2}H", offset + 8))
+            offset += block
+        return count
+
+    def offset_of(self, address):
+        for section in self.sections:
+            if section.address <= address < section.address + section.size:
+                return section.offset + address - section.address
+        raise ValueError(f"{address:#x} is in no section")
+
+    def _section(self, offset):
+        name, _, address, size, position = self._read("<8s4I", offset)
+        name = name.rstrip(b"\0").decode()
+        if name.startswith("/"):
+            name = self._text(self._long_names + int(name[1:]))
+        return Section(name, address, size, position, self._read("<I", offset + 36)[0])
+
+    def _read(self, form, offset):
+        return struct.unpack_from(form, self._data, offset)
+
+    def _text(self, offset):
+        return self._data[offset:self._data.index(b"\0", offset)].decode()
