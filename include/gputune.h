@@ -24,7 +24,7 @@
  *  8. "Not available" is -1 in int fields and -1.0 in HwmValue::Value.
  *  9. After a one-byte `Valid` the next three bytes are padding without meaning: read the byte only.
  * 10. NVIDIA boards can be monitored only: FetchHwmValues reads GPUTUNE_HWM_GPU_TEMPERATURE. Every setter is false, and
- *     every record but HwmValue all zero.
+ *     every record about the board all zero. docs/support-matrix.md has a table of all operations and boards.
  * 11. The library also exports the 95 functions of the Intel Graphics Control Library under their published names and
  *     signatures (cdecl, not declared here). ctlInit loads that library, the others pass their calls on to it; without
  *     it they return 0x40000001 (not initialised). The Intel backend is a client of the same functions: a host's own
