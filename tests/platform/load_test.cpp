@@ -126,6 +126,14 @@ TEST(Load, UnsignedFileIsRefusedByItsPath) {
     EXPECT_EQ(platform::LastError(), 160U);
 }
 
+TEST(Load, CheckOfTheSignatureComesFromTheSystemDirectory) {
+    ASSERT_FALSE(IsLoaded(L"wintrust.dll"));
+    PlantedFile const instead(std::filesystem::current_path() / "wintrust.dll");
+    PlantedFile const file(std::filesystem::current_path() / OwnName(L"gputune-unsigned"));
+    EXPECT_EQ(HardenedLoader().LoadByFullPath(file.Path().wstring(), 0), nullptr);
+    EXPECT_EQ(PathOf(::GetModuleHandleW(L"wintrust.dll")).parent_path(), System32());
+}
+
 // An adapter, installed from this package.
 class Driver {
 public:

@@ -1,5 +1,8 @@
 // A library that nobody has signed and that lies where the careful load must not find it; and NVAPI, when it is called
-// that. Any thread may call it.
+// that. Any thread may call it. Where GPUTUNE_SHOW_PLANTED is in the environment, it says on standard output that it
+// has been loaded.
+#include <windows.h>
+
 #include <atomic>
 
 #include "nvidia/nvapi_records.h"
@@ -25,4 +28,14 @@ extern "C" __declspec(dllexport) void* NVAPI_CDECL nvapi_QueryInterface(std::uin
     return identifier == 0x0150E828   ? reinterpret_cast<void*>(&Initialize)
            : identifier == 0x01053FA5 ? reinterpret_cast<void*>(&VersionString)
                                       : nullptr;
+}
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* /*reserved*/) {
+    if (reason == DLL_PROCESS_ATTACH && ::GetEnvironmentVariableW(L"GPUTUNE_SHOW_PLANTED", nullptr, 0) != 0) {
+        char path[MAX_PATH + 16] = "loaded ";
+        DWORD length = 7 + ::GetModuleFileNameA(module, path + 7, MAX_PATH);
+        path[length++] = '\n';
+        ::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), path, length, &length, nullptr);
+    }
+    return TRUE;
 }
