@@ -5,7 +5,7 @@
 #   tool           bin/gputunectl.exe and the example profile file, which it reads from bin/Config
 #   simulation     bin/sim, share/gputune/boards, headers and import library for programs that use simulated boards
 #   bindings       share/gputune/bindings
-#   documentation  share/gputune: documents, licences, the example profile file and its schema
+#   documentation  share/gputune: documents, licences, the example profile file, the schemas
 if(NOT WIN32)
     return()
 endif()
@@ -51,7 +51,8 @@ install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)
 # Laid out as in the source tree, so that the links between the documents hold.
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION share/gputune COMPONENT documentation)
 install(DIRECTORY docs licenses Config DESTINATION share/gputune COMPONENT documentation PATTERN reference EXCLUDE)
-install(FILES schema/ConfigModel.xsd DESTINATION share/gputune/schema COMPONENT documentation)
+install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
+    DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
     FILES_MATCHING REGEX "\\.(cs|js|json|py)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)

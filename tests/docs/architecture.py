@@ -1,7 +1,7 @@
 """architecture.py <root>
 
 docs/architecture.md: the picture of the structure has the arrows that the sources' includes have, and the table of the rooms
-the rules that tests/layout/include_rules checks.
+the rules that tests/layout/include_rules checks. The layout in README.md names every folder, and those of src/.
 """
 
 import glob
@@ -62,9 +62,22 @@ def check_rooms(root, document, problems):
     return len(said)
 
 
+def check_layout(root, problems):
+    readme = Document(root, "README.md")
+    line, rows = next((line, rows) for line, section, rows in readme.tables() if section == "Layout")
+    named = {folder: row[1] for row in rows for folder in re.findall(r"`(\w+)/`", row[0])}
+    folders, _ = actual_arrows(root)
+    for folder in sorted(folders ^ set(re.findall(r"`(\w+)`", named.get("src", "")))):
+        problems.add(readme.place(line), f"src/{folder} is missing, or is none")
+    there = {name for name in os.listdir(root) if os.path.isdir(os.path.join(root, name)) and not name.startswith(".")}
+    for folder in sorted((there - {"build"}) ^ set(named)):
+        problems.add(readme.place(line), f"{folder}/ is missing, or is none")
+
+
 def main(root):
     document = Document(root, "docs/architecture.md")
     problems = Problems()
+    check_layout(root, problems)
     arrows = check_picture(root, document, problems)
     rooms = check_rooms(root, document, problems)
     return problems.report(f"{arrows} arrows, {rooms} rooms")

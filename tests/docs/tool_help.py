@@ -1,8 +1,11 @@
 """tool_help.py <root>
 
-docs/gputunectl.md and the tool's own help name the same commands and options.
+docs/gputunectl.md and the tool's own help name the same commands and options, and its section about JSON every key of the
+schema.
 """
 
+import json
+import os
 import re
 import sys
 
@@ -38,9 +41,30 @@ def agree(said, known):
     return all(said & set(names) for names in known) and said <= {name for names in known for name in names}
 
 
+def keys(schema):
+    """The names of all properties anywhere in it."""
+    if isinstance(schema, list):
+        return set().union(*map(keys, schema))
+    if not isinstance(schema, dict):
+        return set()
+    own = schema.get("properties", {})
+    return set(own) | set().union(*map(keys, schema.values()))
+
+
+def check_keys(root, document, problems):
+    with open(os.path.join(root, "schema", "gputunectl.schema.json"), encoding="utf-8") as file:
+        known = keys(json.load(file))
+    start = next(line for line, _, text in document.headings if text == "JSON")
+    end = next(line for line, _, text in document.headings if text == "Recordings")
+    said = set(re.findall(r"[a-z0-9_]+", "\n".join(document.lines[start:end])))
+    for key in sorted(known - said):
+        problems.add(document.place(start), f"{key} is not explained")
+
+
 def main(root):
     document = Document(root, "docs/gputunectl.md")
     problems = Problems()
+    check_keys(root, document, problems)
     scratch = Scratch(root)
     tables = {rows[0][0]: (line, rows[1:]) for line, _, rows in document.tables()}
 
