@@ -51,6 +51,7 @@ if(NOT TARGET tinyxml2::tinyxml2)
     target_link_libraries(tinyxml2 PRIVATE gputune::platform_flags)
     if(WIN32)
         # It goes into the library, whose profile file is small: size counts.
+        target_link_libraries(tinyxml2 PUBLIC gputune::stack_protection)
         target_compile_options(tinyxml2 PRIVATE -Os -include "${CMAKE_CURRENT_LIST_DIR}/msvcrt-stdio.h")
     endif()
 endif()

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "ChildProcess.h"
 #include "WindowsMachine.h"
 #include "boards.h"
 #include "intel_board.h"
@@ -18,7 +19,6 @@ namespace {
 
 constexpr char kLastWords[] = "[ADL::~ADL()] ~ADL ... destructor called";
 constexpr wchar_t kFaultFile[] = L"faults";
-constexpr char kChild[] = "GPUTUNE_UNLOAD_CHILD";
 
 std::atomic<int> g_faults = 0;
 
@@ -165,32 +165,6 @@ TEST(Unload, AndLoadAgainStartsAfresh) {
     EXPECT_EQ(g_faults, 0);
 }
 
-// Runs this test alone in a process of its own, which ends with the library loaded. The exit code.
-DWORD RunAsChild(char const* test) {
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::string const name(test);
-    std::wstring command =
-        L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
-    ::SetEnvironmentVariableA(kChild, "1");
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
-        return ~DWORD{0};
-    }
-    ::WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD code = ~DWORD{0};
-    ::GetExitCodeProcess(process.hProcess, &code);
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return code;
-}
-
-bool IsChild() {
-    return ::GetEnvironmentVariableA(kChild, nullptr, 0) != 0;
-}
-
 // The mark of a child that came to the end of its test.
 void Mark() {
     std::ofstream("reached-the-end") << "yes";
@@ -207,7 +181,7 @@ void ExpectChildEndedWell(DWORD exitCode) {
 
 TEST(Unload, EndOfTheProcessWritesTheLastWords) {
     if (!IsChild()) {
-        ExpectChildEndedWell(RunAsChild("Unload.EndOfTheProcessWritesTheLastWords"));
+        ExpectChildEndedWell(RunAsChild());
         return;
     }
     CountFaults();
@@ -219,7 +193,7 @@ TEST(Unload, EndOfTheProcessWritesTheLastWords) {
 
 TEST(Unload, EndOfTheProcessWithAnIntelBoardIsClean) {
     if (!IsChild()) {
-        EXPECT_EQ(RunAsChild("Unload.EndOfTheProcessWithAnIntelBoardIsClean"), 0U);
+        EXPECT_EQ(RunAsChild(), 0U);
         EXPECT_TRUE(std::filesystem::exists("reached-the-end"));
         EXPECT_FALSE(std::filesystem::exists(kFaultFile));
         ExpectLogClosed();
@@ -235,7 +209,7 @@ TEST(Unload, EndOfTheProcessWithAnIntelBoardIsClean) {
 
 TEST(Unload, ProcessThatEndsAbruptlyWritesTheLastWords) {
     if (!IsChild()) {
-        ExpectChildEndedWell(RunAsChild("Unload.ProcessThatEndsAbruptlyWritesTheLastWords"));
+        ExpectChildEndedWell(RunAsChild());
         return;
     }
     CountFaults();

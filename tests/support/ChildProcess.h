@@ -1,0 +1,49 @@
+// The running test once more, alone in a process of its own whose end the first one looks at.
+//
+//     TEST(Unload, EndOfTheProcessIsClean) {
+//         if (!IsChild()) {
+//             EXPECT_EQ(RunAsChild(), 0U);
+//             return;
+//         }
+//         ...
+//     }
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <string>
+
+namespace gputune::test {
+
+inline constexpr char kChildVariable[] = "GPUTUNE_TEST_CHILD";
+
+inline bool IsChild() {
+    return ::GetEnvironmentVariableA(kChildVariable, nullptr, 0) != 0;
+}
+
+// The exit code.
+inline DWORD RunAsChild() {
+    wchar_t program[MAX_PATH];
+    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+    testing::TestInfo const& test = *testing::UnitTest::GetInstance()->current_test_info();
+    std::string const name = std::string(test.test_suite_name()) + "." + test.name();
+    std::wstring command =
+        L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
+    ::SetEnvironmentVariableA(kChildVariable, "1");
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+        return ~DWORD{0};
+    }
+    ::WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = ~DWORD{0};
+    ::GetExitCodeProcess(process.hProcess, &code);
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    return code;
+}
+
+}  // namespace gputune::test
