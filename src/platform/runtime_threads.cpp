@@ -7,7 +7,7 @@
 #include <pthread.h>
 #include <windows.h>
 
-#include <cstddef>
+#include <cstdint>
 
 namespace {
 
@@ -45,7 +45,8 @@ extern char _tls_start;
 Exceptions* ExceptionsOfThisThread() {
     char** blocks;
     __asm__("movl %%fs:0x2C, %0" : "=r"(blocks));  // the thread's environment block: ThreadLocalStoragePointer
-    std::ptrdiff_t const offset = reinterpret_cast<char*>(&g_initialExceptions) - &_tls_start;
+    std::uintptr_t const offset =
+        reinterpret_cast<std::uintptr_t>(&g_initialExceptions) - reinterpret_cast<std::uintptr_t>(&_tls_start);
     return reinterpret_cast<Exceptions*>(blocks[_tls_index] + offset);
 }
 
