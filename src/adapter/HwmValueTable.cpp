@@ -1,6 +1,5 @@
 #include "adapter/HwmValueTable.h"
 
-#include <array>
 #include <cstring>
 
 namespace gputune {
@@ -33,35 +32,36 @@ constexpr std::array<std::string_view, GPUTUNE_HWM_KEY_COUNT> kNames = {
     "TDP Limit",
 };
 
+bool IsKey(int key) {
+    return key >= 0 && key < GPUTUNE_HWM_KEY_COUNT;
+}
+
 }  // namespace
 
 std::string_view HwmValueName(int key) {
-    return key >= 0 && key < GPUTUNE_HWM_KEY_COUNT ? kNames[static_cast<std::size_t>(key)] : std::string_view();
+    return IsKey(key) ? kNames[static_cast<std::size_t>(key)] : std::string_view();
 }
 
 HwmValueTable::HwmValueTable() {
-    for (int key = 0; key < GPUTUNE_HWM_KEY_COUNT; ++key) {
-        entries_[key] = HwmValue{};
-        entries_[key].Value = kNeverRead;
+    for (HwmValue& entry : entries_) {
+        entry.Value = kNeverRead;
     }
 }
 
 void HwmValueTable::Store(int key, double reading) {
-    auto const found = entries_.find(key);
-    if (found == entries_.end()) {
+    if (!IsKey(key)) {
         return;
     }
-    HwmValue& entry = found->second;
+    auto const index = static_cast<std::size_t>(key);
+    HwmValue& entry = entries_[index];
     entry.Value = reading;
     // Without the terminator: what follows the name in the entry is zero from the start.
-    std::string_view const name = HwmValueName(key);
-    std::memcpy(entry.Name, name.data(), name.size());
+    std::memcpy(entry.Name, kNames[index].data(), kNames[index].size());
     entry.Valid = true;
 }
 
 HwmValue const* HwmValueTable::Find(int key) const {
-    auto const found = entries_.find(key);
-    return found == entries_.end() ? nullptr : &found->second;
+    return IsKey(key) ? &entries_[static_cast<std::size_t>(key)] : nullptr;
 }
 
 }  // namespace gputune

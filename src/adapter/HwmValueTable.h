@@ -1,7 +1,7 @@
 // The monitored values that an adapter holds: one entry for each key of GputuneHwmKey.
 #pragma once
 
-#include <map>
+#include <array>
 #include <string_view>
 
 #include "adapter/records.h"
@@ -24,7 +24,7 @@ public:
     HwmValue const* Find(int key) const;
 
 private:
-    std::map<int, HwmValue> entries_;
+    std::array<HwmValue, GPUTUNE_HWM_KEY_COUNT> entries_{};
 };
 
 }  // namespace gputune

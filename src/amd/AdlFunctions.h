@@ -29,10 +29,10 @@ template <FixedString Name, class... Params>
 struct AdlEntry<Name, int(Params...)> {
     int(ADL_CDECL* address)(Params...) = nullptr;
 
-    static constexpr char const* kName = Name.text;
+    static constexpr std::string_view kName = Name.text;
 
     void Resolve(platform::LibraryHandle library) {
-        address = reinterpret_cast<int(ADL_CDECL*)(Params...)>(platform::FindSymbol(library, kName));
+        address = reinterpret_cast<int(ADL_CDECL*)(Params...)>(platform::FindSymbol(library, Name.text));
     }
 
     // The library's result code; nothing when the entry point is missing.

@@ -13,7 +13,7 @@ namespace gputune::api {
 // Run `operation` on the current adapter. Without one nothing happens; an exception ends here, with a log entry under
 // the exported function's tag. True when the operation ran to its end.
 template <class Operation>
-bool OnAdapter(std::string_view exportTag, Operation&& operation) noexcept {
+bool OnAdapter(char const* exportTag, Operation&& operation) noexcept {
     IVideoAdapter* const adapter = CurrentAdapter();
     if (adapter == nullptr) {
         return false;

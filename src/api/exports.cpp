@@ -13,12 +13,12 @@ using gputune::IVideoAdapter;
 using gputune::api::CurrentAdapter;
 using gputune::api::OnAdapter;
 
-bool ForwardBool(std::string_view exportTag, auto&& operation) {
+bool ForwardBool(char const* exportTag, auto&& operation) {
     bool result = false;
     return OnAdapter(exportTag, [&](IVideoAdapter& adapter) { result = operation(adapter); }) && result;
 }
 
-int ForwardInt(std::string_view exportTag, auto&& operation) {
+int ForwardInt(char const* exportTag, auto&& operation) {
     int result = gputune::kNotAvailable;
     OnAdapter(exportTag, [&](IVideoAdapter& adapter) { result = operation(adapter); });
     return result;
@@ -26,7 +26,7 @@ int ForwardInt(std::string_view exportTag, auto&& operation) {
 
 // All zero without an adapter.
 template <class Record>
-void FillRecord(std::string_view exportTag, Record& record, void (IVideoAdapter::*operation)(Record&)) {
+void FillRecord(char const* exportTag, Record& record, void (IVideoAdapter::*operation)(Record&)) {
     if (CurrentAdapter() == nullptr) {
         std::memset(&record, 0, sizeof record);
     }

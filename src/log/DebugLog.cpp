@@ -15,6 +15,8 @@ constexpr char kFileName[] = "debug.log";
 
 }  // namespace
 
+constinit std::atomic<bool> detail::g_isSilent = false;
+
 DebugLog& DebugLog::Get(int mode) {
     static DebugLog log(mode);
     return log;
@@ -24,6 +26,7 @@ DebugLog::DebugLog(int mode) : toConsole_(mode == kModeConsole || mode == kModeB
     if (mode == kModeFile || mode == kModeBoth) {
         file_ = std::fopen(kFileName, "w");
     }
+    detail::g_isSilent = !WritesAnything();
 }
 
 DebugLog::~DebugLog() {

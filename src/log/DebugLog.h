@@ -10,6 +10,7 @@
 // A failure to log never changes a result, and no message is built when nothing will be logged.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <span>
@@ -28,6 +29,12 @@ struct Tag {
 
 constexpr Tag operator/(Tag tag, std::string_view subject) {
     return {tag.method, subject};
+}
+
+// Of a literal, whose length is known here: tags are put together whether or not anything is logged.
+template <std::size_t N>
+constexpr Tag operator/(Tag tag, char const (&subject)[N]) {
+    return {tag.method, {subject, N - 1}};
 }
 
 // One per process. Its mode is fixed by the call that creates it.
@@ -55,6 +62,12 @@ private:
 
 namespace detail {
 
+// Set once the log exists and writes nothing: what most hosts run with costs them next to nothing then.
+extern constinit std::atomic<bool> g_isSilent;
+inline bool IsSilent() {
+    return g_isSilent.load(std::memory_order_relaxed);
+}
+
 void WriteEntry(Tag tag, std::span<Part const> message) noexcept;
 void WriteNumberedEntry(Tag tag, std::size_t number, std::span<Part const> message) noexcept;
 void WriteLine(std::span<Part const> message) noexcept;
@@ -64,6 +77,9 @@ void WriteLine(std::span<Part const> message) noexcept;
 // tag ... message
 template <class... Parts>
 void Entry(Tag tag, Parts const&... message) noexcept {
+    if (detail::IsSilent()) {
+        return;
+    }
     Part const parts[] = {Part(message)...};
     detail::WriteEntry(tag, parts);
 }
@@ -71,6 +87,9 @@ void Entry(Tag tag, Parts const&... message) noexcept {
 // tagnumber ... message: about one of several, whose number stands right behind the tag.
 template <class... Parts>
 void NumberedEntry(Tag tag, std::size_t number, Parts const&... message) noexcept {
+    if (detail::IsSilent()) {
+        return;
+    }
     Part const parts[] = {Part(message)...};
     detail::WriteNumberedEntry(tag, number, parts);
 }
@@ -78,6 +97,9 @@ void NumberedEntry(Tag tag, std::size_t number, Parts const&... message) noexcep
 // A message without a tag.
 template <class... Parts>
 void Line(Parts const&... message) noexcept {
+    if (detail::IsSilent()) {
+        return;
+    }
     Part const parts[] = {Part(message)...};
     detail::WriteLine(parts);
 }
