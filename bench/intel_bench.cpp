@@ -1,5 +1,5 @@
 // What a forwarded control library function costs, between the direct call and one whose entry point is looked up every
-// time; and what a reading of the sensors adds to the one call it makes. With the log off.
+// time.
 #include <benchmark/benchmark.h>
 
 #include "BenchMachine.h"
@@ -40,29 +40,6 @@ void LookUpAtEachCall(benchmark::State& state) {
     }
 }
 BENCHMARK(LookUpAtEachCall);
-
-void FloorVendorCallOfAnIntelFetch(benchmark::State& state) {
-    auto const read =
-        Machine()
-            .VendorFunction<intel::ctl_result_t(CTL_CDECL*)(intel::ctl_device_adapter_handle_t,
-                                                            intel::ctl_power_telemetry_t*)>("ctlPowerTelemetryGet");
-    for (auto _ : state) {
-        intel::ctl_power_telemetry_t telemetry{};
-        telemetry.Size = sizeof telemetry;
-        benchmark::DoNotOptimize(read(nullptr, &telemetry));
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(FloorVendorCallOfAnIntelFetch);
-
-void IntelFetchHwmValues(benchmark::State& state) {
-    auto const fetchHwmValues = Machine().Export<decltype(&::FetchHwmValues)>("FetchHwmValues");
-    for (auto _ : state) {
-        fetchHwmValues();
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(IntelFetchHwmValues);
 
 }  // namespace
 }  // namespace gputune::bench

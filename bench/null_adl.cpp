@@ -1,6 +1,9 @@
-// An AMD library that does next to nothing: one OverdriveN adapter with constant answers. What is measured above it is
-// the cost of the library alone.
+// An AMD library that does next to nothing: one adapter with constant answers, of the OverdriveN generation, or of
+// Overdrive8 where the environment variable GPUTUNE_BENCH_BACKEND says "overdrive8". What is measured above it is the
+// cost of the library alone.
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "amd/adl_records.h"
 
@@ -39,7 +42,8 @@ NULL_ADL ADL2_Adapter_Active_Get(AdlContext, int, int* status) {
 }
 
 NULL_ADL ADL2_Overdrive_Caps(AdlContext, int, int*, int*, int* version) {
-    *version = 7;
+    char const* const backend = std::getenv("GPUTUNE_BENCH_BACKEND");
+    *version = backend != nullptr && std::string_view(backend) == "overdrive8" ? 8 : 7;
     return 0;
 }
 
@@ -87,5 +91,17 @@ NULL_ADL ADL2_OverdriveN_Temperature_Get(AdlContext, int, int, int* millidegrees
 
 NULL_ADL ADL2_OverdriveN_PowerLimit_Get(AdlContext, int, ADLODNPowerLimitSetting* limit) {
     limit->iMaxOperatingTemperature = 75;
+    return 0;
+}
+
+NULL_ADL ADL2_New_QueryPMLogData_Get(AdlContext, int, ADLPMLogDataOutput* output) {
+    for (int const sensor : {1, 2, 8, 14, 19, 27}) {
+        output->sensors[sensor] = {.supported = 1, .value = 61};
+    }
+    return 0;
+}
+
+NULL_ADL ADL2_Adapter_MemoryInfo_Get(AdlContext, int, ADLMemoryInfo* memory) {
+    memory->iMemorySize = 8LL << 30;
     return 0;
 }

@@ -1,5 +1,4 @@
-// What a bound NVAPI function costs, between the direct call and one whose address is asked for every time; and what a
-// reading of the sensors adds to the one call it makes. With the log off.
+// What a bound NVAPI function costs, between the direct call and one whose address is asked for every time.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -70,15 +69,6 @@ void QueryAtEachNvapiCall(benchmark::State& state) {
     }
 }
 BENCHMARK(QueryAtEachNvapiCall);
-
-void NvidiaFetchHwmValues(benchmark::State& state) {
-    auto const fetchHwmValues = Machine().Export<decltype(&::FetchHwmValues)>("FetchHwmValues");
-    for (auto _ : state) {
-        fetchHwmValues();
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(NvidiaFetchHwmValues);
 
 }  // namespace
 }  // namespace gputune::bench
