@@ -6,6 +6,7 @@
 #include <mutex>
 #include <thread>
 
+#include "Outside.h"
 #include "fake_libraries.h"
 #include "platform/last_error.h"
 #include "platform/paths.h"
@@ -67,6 +68,7 @@ FakeSystem& TheSystem() {
 }
 
 std::optional<void*> LoadFakeLibrary(std::wstring const& what, std::uint32_t flags) {
+    Outside const outside;
     FakeSystem& system = TheSystem();
     system.Note(L"load " + what + L" " + Hexadecimal(flags));
     if (system.inLoad) {
@@ -87,6 +89,7 @@ std::optional<void*> LoadFakeLibrary(std::wstring const& what, std::uint32_t fla
 }
 
 bool UnloadFakeLibrary(void* handle) {
+    Outside const outside;
     std::wstring name;
     FakeLibrary* const library = FindLoaded(handle, &name);
     if (library == nullptr) {
@@ -98,6 +101,7 @@ bool UnloadFakeLibrary(void* handle) {
 }
 
 std::optional<void*> FindInFakeLibrary(void* handle, char const* name) {
+    Outside const outside;
     FakeLibrary* const library = FindLoaded(handle);
     if (library == nullptr) {
         return std::nullopt;
@@ -129,12 +133,14 @@ std::wstring SystemDirectory() {
 }
 
 std::uint32_t FindFile(std::wstring const& path) {
+    test::Outside const outside;
     TheSystem().Note(L"file " + path);
     auto const found = TheSystem().files.find(path);
     return found == TheSystem().files.end() ? kErrorFileNotFound : found->second;
 }
 
 RegistryAnswer ReadMachineTexts(std::wstring const& key, wchar_t const* value) {
+    test::Outside const outside;
     std::wstring const name = key + L"\\" + value;
     TheSystem().Note(L"value " + name);
     auto const found = TheSystem().values.find(name);
@@ -142,12 +148,14 @@ RegistryAnswer ReadMachineTexts(std::wstring const& key, wchar_t const* value) {
 }
 
 RegistryAnswer ReadMachineSubkeys(std::wstring const& key) {
+    test::Outside const outside;
     auto const found = TheSystem().subkeys.find(key);
     return found == TheSystem().subkeys.end() ? RegistryAnswer{kErrorFileNotFound, {}} : found->second;
 }
 
 // A refused query leaves its reason behind, as the system's does.
 bool IsWindowsAtLeast(std::uint32_t major, std::uint32_t minor) {
+    test::Outside const outside;
     TheSystem().Note(L"version " + std::to_wstring(major) + L"." + std::to_wstring(minor));
     if (!TheSystem().isWindows8) {
         SetLastError(1150);
@@ -156,6 +164,7 @@ bool IsWindowsAtLeast(std::uint32_t major, std::uint32_t minor) {
 }
 
 bool IsBuildAtLeast(std::uint32_t build) {
+    test::Outside const outside;
     TheSystem().Note(L"build " + std::to_wstring(build));
     if (TheSystem().build < build) {
         SetLastError(1150);
@@ -165,12 +174,16 @@ bool IsBuildAtLeast(std::uint32_t build) {
 
 TrustedFile::TrustedFile(LibraryHandle wintrust, std::wstring const& path)
     : trusted_(wintrust != nullptr && TheSystem().trustedFiles.contains(path)) {
+    test::Outside const outside;
     TheSystem().Note(L"trust " + path);
 }
 
 TrustedFile::~TrustedFile() = default;
 
-Lock::Lock() : section_(new std::recursive_mutex) {}
+Lock::Lock() {
+    test::Outside const outside;
+    section_ = new std::recursive_mutex;
+}
 
 Lock::~Lock() {
     delete static_cast<std::recursive_mutex*>(section_);
@@ -186,6 +199,7 @@ void Lock::unlock() {
 
 // Time flies: a tenth of what was asked for.
 void SleepMilliseconds(std::uint32_t duration) {
+    test::Outside const outside;
     TheSystem().Note(L"sleep " + std::to_wstring(duration));
     if (TheSystem().inSleep) {
         TheSystem().inSleep(duration);

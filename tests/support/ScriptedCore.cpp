@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Outside.h"
+
 namespace gputune::test {
 
 namespace {
@@ -16,6 +18,7 @@ unsigned char* Pointer(int word) {
 ScriptedCore::ScriptedCore(ScriptedInterface scripted) : interface_(std::move(scripted)), hidden_(interface_.unusual) {}
 
 int ScriptedCore::Answer(char const* name, int const* words) {
+    Outside const outside;
     auto const known = interface_.signatures.find(name);
     if (known == interface_.signatures.end() && !interface_.otherSignature) {
         return -8;
@@ -79,6 +82,7 @@ void ScriptedCore::Perform(Output const& output, int const* words) {
 }
 
 void* ScriptedCore::Find(std::string const& name) const {
+    Outside const outside;
     auto const found = interface_.entryPoints.find(name);
     return found == interface_.entryPoints.end() || hidden_.contains(name) ? nullptr : found->second;
 }
@@ -156,10 +160,12 @@ void ScriptedCore::ClearCalls() {
 }
 
 void* ScriptedCore::AskForMemory(int size) {
+    CallBack const callBack;
     return allocator_ == nullptr ? nullptr : allocator_(size);
 }
 
 void* ScriptedCore::AskWithOddStack(int size) {
+    CallBack const callBack;
     void* block = nullptr;
     // stdcall: the callee pops the size, so the padding alone is taken back here.
     __asm__ volatile(

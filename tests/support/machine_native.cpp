@@ -1,4 +1,5 @@
 // The machine for the library's code compiled into the test itself: the operating system it sees is this file.
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -6,6 +7,7 @@
 #include <map>
 
 #include "Machine.h"
+#include "Outside.h"
 #include "ScriptedCore.h"
 #include "detect/WmiQuery.h"
 #include "fake_libraries.h"
@@ -42,8 +44,12 @@ int g_unloads = 0;
 
 std::size_t g_refusedSize = 0;
 int g_served = 0;
+bool (*g_refuse)() = nullptr;
 
 bool IsRefused(std::size_t size) {
+    if (g_refuse != nullptr && !Outside::IsAtWork() && g_refuse()) {
+        return true;
+    }
     return size != 0 && size == g_refusedSize && g_served-- <= 0;
 }
 
@@ -68,6 +74,15 @@ void RefuseAllocationsOf(std::size_t size, int served) {
     g_served = served;
 }
 
+void RefuseAllocationsBy(bool (*refuse)()) {
+    g_refuse = refuse;
+}
+
+int LoadedLibraries() {
+    return static_cast<int>(
+        std::count_if(g_modules.begin(), g_modules.end(), [](Module const& module) { return module.isLoaded; }));
+}
+
 void SetDisplay(std::wstring const& name, std::uint32_t source) {
     g_displays[name] = source;
 }
@@ -80,6 +95,10 @@ void ForgetMachine() {
     g_loads.clear();
     g_unloads = 0;
     RefuseAllocationsOf(0);
+}
+
+void RemoveLibrary(Machine::Library library) {
+    g_installed.erase(platform::ToWide(host::FileName(library)));
 }
 
 namespace host {
@@ -164,16 +183,19 @@ std::vector<std::wstring> GetWmiData(char const* /*query*/, wchar_t const* /*pro
 namespace platform {
 
 LibraryHandle LoadLibraryByName(wchar_t const* name) {
+    test::Outside const outside;
     return test::LoadModule(name);
 }
 
 LibraryHandle LoadLibraryWithFlags(wchar_t const* path, std::uint32_t flags) {
+    test::Outside const outside;
     test::g_loads.push_back({path, flags});
     auto const fake = test::LoadFakeLibrary(path, flags);
     return fake ? *fake : test::LoadModule(path);
 }
 
 void UnloadLibrary(LibraryHandle library) {
+    test::Outside const outside;
     if (!test::UnloadFakeLibrary(library)) {
         test::Loaded(library).isLoaded = false;
         ++test::g_unloads;
@@ -181,6 +203,7 @@ void UnloadLibrary(LibraryHandle library) {
 }
 
 void* FindSymbol(LibraryHandle library, char const* name) {
+    test::Outside const outside;
     if (auto const found = test::FindInFakeLibrary(library, name)) {
         return *found;
     }
@@ -227,6 +250,7 @@ std::wstring HostDirectory() {
 }
 
 std::FILE* OpenForReading(std::wstring const& path) {
+    test::Outside const outside;
     std::string narrow = ToNarrow(path);
     for (char& character : narrow) {
         character = character == '\\' ? '/' : character;
@@ -235,6 +259,7 @@ std::FILE* OpenForReading(std::wstring const& path) {
 }
 
 std::optional<std::uint32_t> VideoPresentSource(std::wstring_view displayName) {
+    test::Outside const outside;
     auto const found = test::g_displays.find(std::wstring(displayName));
     return found == test::g_displays.end() ? std::nullopt : std::optional(found->second);
 }

@@ -1,6 +1,7 @@
 // The scripted NVAPI library: one export, which hands out the other functions by identifier. Each identifier asked for
 // is a call of "nvapi_QueryInterface" with that one argument. A hidden function is one whose identifier it does not
 // know.
+#include "Outside.h"
 #include "ScriptedCore.h"
 
 // Name, identifier and signature of what the library hands out; entered by hand from the published interface. The two
@@ -31,6 +32,7 @@ NVAPI_FUNCTIONS(DEFINE)
 #undef DEFINE
 
 extern "C" void* SCRIPTED_CDECL SCRIPTED_NAME(nvapi_QueryInterface)(unsigned identifier) {
+    gputune::test::Outside const outside;
     int const words[gputune::test::kMaxWords] = {static_cast<int>(identifier)};
     Answer("nvapi_QueryInterface", words);
     switch (identifier) {

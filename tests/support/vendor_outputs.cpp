@@ -51,6 +51,44 @@ std::map<std::string_view, std::vector<VendorOutput>> const kOutputs = {
     {"ctlOverclockPowerLimitGet", {{1, 8}}},
     {"ctlOverclockGpuFrequencyOffsetGet", {{1, 8}}},
     {"ctlOverclockVramFrequencyOffsetGet", {{1, 8}}},
+
+    {"NvAPI_GetErrorMessage", {{1, 64}}},
+    {"NvAPI_GetInterfaceVersionString", {{0, 64}}},
+    {"NvAPI_EnumPhysicalGPUs", {{0, 256}, {1, 4}}},
+    {"NvAPI_GPU_GetFullName", {{1, 64}}},
+    {"NvAPI_GPU_GetThermalSettings", {{2, 68}}},
+};
+
+std::map<std::string_view, std::vector<VendorCount>> const kCounts = {
+    {"ADL2_Adapter_AdapterInfoX4_Get", {{2, 0}}},
+    {"ADL2_Adapter_AdapterInfoX3_Get", {{2, 0}}},
+    {"ADL2_OverdriveN_CapabilitiesX2_Get", {{2, 0}}},
+    {"ADL2_OverdriveN_SystemClocksX2_Get", {{2, 0}, {2, 8}}},
+    {"ADL2_OverdriveN_SystemClocksX2_Set", {{2, 0}, {2, 8}}},
+    {"ADL2_OverdriveN_MemoryClocksX2_Get", {{2, 0}, {2, 8}}},
+    {"ADL2_OverdriveN_MemoryClocksX2_Set", {{2, 0}, {2, 8}}},
+    {"ADL2_Overdrive8_Init_Setting_Get", {{2, 0}}},
+    {"ADL2_Overdrive8_Init_SettingX2_Get", {{3, 0}}},
+    {"ADL2_Overdrive8_Current_Setting_Get", {{2, 0}}},
+    {"ADL2_Overdrive8_Current_SettingX2_Get", {{2, 0}}},
+    {"ADL2_Overdrive8_Setting_Set", {{3, 0}}},
+
+    {"ctlEnumerateDevices", {{1, 0}}},
+    {"ctlEnumFans", {{1, 0}}},
+    {"ctlFanGetProperties", {{1, 20}}},
+    {"ctlFanGetConfig", {{1, 36}}},
+
+    {"NvAPI_EnumPhysicalGPUs", {{1, 0}}},
+    {"NvAPI_GPU_GetThermalSettings", {{2, 4}}},
+};
+
+std::map<std::string_view, std::vector<VendorText>> const kTexts = {
+    {"ADL2_Adapter_AdapterInfoX4_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
+    {"ADL2_Adapter_AdapterInfoX3_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
+    {"ctlGetDeviceProperties", {{1, 80, 100}}},
+    {"NvAPI_GetErrorMessage", {{1, 0, 64}}},
+    {"NvAPI_GetInterfaceVersionString", {{0, 0, 64}}},
+    {"NvAPI_GPU_GetFullName", {{1, 0, 64}}},
 };
 
 std::vector<int> Range(int first, int last) {
@@ -77,16 +115,33 @@ std::vector<int> const kControlCodes =
     Joined(Range(0x40000000, 0x40000010), std::vector{0x40000015, 0x40000019, 0x4000001A, 0x4000FFFF, 1},
            Range(0x44000001, 0x44000008), kAnybodys);
 
+// 1 is no published status.
+std::vector<int> const kNvapiCodes = Joined(Range(-14, -2), Range(-140, -100), std::vector{1}, kAnybodys);
+
+template <class Item>
+std::vector<Item> const& Of(std::map<std::string_view, std::vector<Item>> const& items, char const* entryPoint) {
+    static std::vector<Item> const none;
+    auto const found = items.find(entryPoint);
+    return found == items.end() ? none : found->second;
+}
+
 }  // namespace
 
 std::vector<VendorOutput> const& VendorOutputs(char const* entryPoint) {
-    static std::vector<VendorOutput> const none;
-    auto const found = kOutputs.find(entryPoint);
-    return found == kOutputs.end() ? none : found->second;
+    return Of(kOutputs, entryPoint);
+}
+
+std::vector<VendorCount> const& VendorCounts(char const* entryPoint) {
+    return Of(kCounts, entryPoint);
+}
+
+std::vector<VendorText> const& VendorTexts(char const* entryPoint) {
+    return Of(kTexts, entryPoint);
 }
 
 std::vector<int> const& FailureCodes(char const* entryPoint) {
-    return std::string_view(entryPoint).starts_with("ADL2_") ? kAdlCodes : kControlCodes;
+    std::string_view const name = entryPoint;
+    return name.starts_with("ADL2_") ? kAdlCodes : name.starts_with("ctl") ? kControlCodes : kNvapiCodes;
 }
 
 }  // namespace gputune::test

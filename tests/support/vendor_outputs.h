@@ -19,6 +19,22 @@ struct VendorOutput {
 // Empty for an entry point that writes nothing, or that nobody calls.
 std::vector<VendorOutput> const& VendorOutputs(char const* entryPoint);
 
+// Where in an output the number of something stands: in bytes from where the argument points, of a list from the
+// beginning of its block.
+struct VendorCount {
+    int argument;
+    int offset;
+};
+std::vector<VendorCount> const& VendorCounts(char const* entryPoint);
+
+// Where a text stands that has room for `size` characters, its end included.
+struct VendorText {
+    int argument;
+    int offset;
+    int size;
+};
+std::vector<VendorText> const& VendorTexts(char const* entryPoint);
+
 // Every way in which calls of this entry point fail: the vendor's published codes, some that are in no list, and the
 // vendor's warnings, which are no success either.
 std::vector<int> const& FailureCodes(char const* entryPoint);
