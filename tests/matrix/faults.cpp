@@ -1,0 +1,138 @@
+#include "faults.h"
+
+#include <algorithm>
+#include <climits>
+#include <sstream>
+
+#include "ScriptedCore.h"
+#include "vendor_outputs.h"
+
+namespace gputune::matrix {
+
+namespace {
+
+using Kind = Fault::Kind;
+using test::VendorOutput;
+
+template <class... Parts>
+std::string Text(Parts const&... parts) {
+    std::ostringstream text;
+    (text << ... << parts);
+    return text.str();
+}
+
+bool IsFree(char const* entryPoint) {
+    // It answers with an address, and writes nothing.
+    return std::string(entryPoint) != "nvapi_QueryInterface";
+}
+
+void AddCodes(std::vector<Fault>& faults, char const* entryPoint) {
+    for (int const code : test::FailureCodes(entryPoint)) {
+        faults.push_back({.kind = Kind::Code, .value = code});
+    }
+    faults.push_back({.kind = Kind::CodeAndOutputs, .value = -1});
+    faults.push_back({.kind = Kind::CodeAndOutputs, .value = 1});
+}
+
+// Each of a record's numbers in turn, up to this many bytes: behind them, the large records repeat themselves.
+constexpr int kSwept = 320;
+// Of a record that tells its own size: three performance levels.
+constexpr int kSizeOfLevels = 60;
+
+void AddWords(std::vector<Fault>& faults, VendorOutput const& output) {
+    int const size = output.size == test::kSizeInRecord ? kSizeOfLevels : output.size;
+    for (int offset = 0; offset + 4 <= std::min(size, kSwept); offset += 4) {
+        for (int const value : {INT_MIN, INT_MAX}) {
+            faults.push_back({.kind = Kind::Word, .value = value, .argument = output.argument, .offset = offset});
+        }
+    }
+}
+
+void AddLists(std::vector<Fault>& faults, VendorOutput const& output) {
+    faults.push_back({.kind = Kind::NullList});
+    for (int const size : {0, 1, output.size - 1, output.size, 2 * output.size + 3}) {
+        faults.push_back({.kind = Kind::ShortList, .value = size});
+    }
+    faults.push_back({.kind = Kind::ForeignList});
+#if defined(_WIN32)  // elsewhere the tests' platform does not know what can be read
+    faults.push_back({.kind = Kind::UnreadableList});
+#endif
+}
+
+}  // namespace
+
+std::vector<Fault> FaultsOf(std::string const& entryPoint) {
+    std::vector<Fault> faults{{.kind = Kind::Missing}};
+    char const* const name = entryPoint.c_str();
+    if (!IsFree(name)) {
+        return faults;
+    }
+    AddCodes(faults, name);
+    auto const& outputs = test::VendorOutputs(name);
+    if (outputs.empty()) {
+        return faults;
+    }
+    faults.push_back({.kind = Kind::Silent});
+    for (int const byte : {0x00, 0x01, 0x41, 0x7F, 0x80, 0xFF}) {
+        faults.push_back({.kind = Kind::Fill, .value = byte});
+    }
+    for (auto const& count : test::VendorCounts(name)) {
+        for (int const value : {0, -1, 64, 65, 1024, 1025, 100000}) {
+            faults.push_back({.kind = Kind::Word, .value = value, .argument = count.argument, .offset = count.offset});
+        }
+        for (int const value : {-1, 1}) {
+            faults.push_back({.kind = Kind::OffBy, .value = value, .argument = count.argument, .offset = count.offset});
+        }
+    }
+    for (auto const& text : test::VendorTexts(name)) {
+        faults.push_back(
+            {.kind = Kind::Unterminated, .argument = text.argument, .offset = text.offset, .size = text.size});
+    }
+    for (VendorOutput const& output : outputs) {
+        AddWords(faults, output);
+        if (output.kind == VendorOutput::Kind::List) {
+            AddLists(faults, output);
+        }
+    }
+    return faults;
+}
+
+std::string NameOf(Fault const& fault) {
+    switch (fault.kind) {
+        case Kind::Missing:
+            return "missing";
+        case Kind::Code:
+            return Text("returns ", fault.value);
+        case Kind::CodeAndOutputs:
+            return Text("returns ", fault.value, " with outputs");
+        case Kind::Silent:
+            return "writes nothing";
+        case Kind::Fill:
+            return Text("filled with ", fault.value);
+        case Kind::Word:
+            return Text(fault.argument, ":", fault.offset, " is ", fault.value);
+        case Kind::OffBy:
+            return Text(fault.argument, ":", fault.offset, " off by ", fault.value);
+        case Kind::Unterminated:
+            return Text(fault.argument, ":", fault.offset, " has no end");
+        case Kind::NullList:
+            return "null list";
+        case Kind::ShortList:
+            return Text("list of ", fault.value, " bytes");
+        case Kind::ForeignList:
+            return "foreign list";
+        case Kind::UnreadableList:
+            return "unreadable list";
+        case Kind::NoMemory:
+            return Text("none in allocation ", fault.value);
+        case Kind::NoMoreMemory:
+            return Text("none from allocation ", fault.value, " on");
+    }
+    return "";
+}
+
+std::string NameOf(Calls calls) {
+    return calls == Calls::Every ? "every call" : calls == Calls::First ? "first call" : "later calls";
+}
+
+}  // namespace gputune::matrix

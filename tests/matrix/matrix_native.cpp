@@ -1,0 +1,317 @@
+// The matrix against the library's code compiled for this system with sanitizers, each cell in a process of its own.
+//
+//     matrix                     all cells
+//     matrix PART OF             the PART-th (from 0) of every OF cells; "today" is another part every day
+//     matrix --only TEXT         those whose names hold the text; a red cell's name is printed
+//     matrix --list              their names
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <new>
+
+#include "Child.h"
+#include "FakeSystem.h"
+#include "Trial.h"
+#include "forwarding.h"
+#include "memory.h"
+#include "native_platform.h"
+#include "packing.h"
+
+// The sanitizers' own.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+extern "C" int __lsan_do_recoverable_leak_check();
+
+// Whence memory came is told when the red cell is tried again with ASAN_OPTIONS=malloc_context_size=30.
+extern "C" char const* __asan_default_options();
+extern "C" char const* __asan_default_options() {
+    return "malloc_context_size=0";
+}
+
+// Leaks are asked for where they are of interest.
+extern "C" char const* __lsan_default_options();
+extern "C" char const* __lsan_default_options() {
+    return "leak_check_at_exit=0";
+}
+
+namespace gputune::matrix {
+
+namespace {
+
+class NativeSurroundings final : public Surroundings {
+public:
+    NativeSurroundings(test::Machine& machine, test::Machine::Library library)
+        : exports_(WatchedExports(machine.Api())), library_(library) {}
+
+    test::Exports const& Api() override { return exports_; }
+    std::size_t MemoryInUse() override {
+        // The records of the machine are not the library's.
+        test::Trace().swap(test::TheSystem().trace);
+        std::vector<test::LibraryLoad>().swap(test::host::Loads());
+        return __sanitizer_get_current_allocated_bytes();
+    }
+    void RefuseMemory(int first, bool thenAll) override { matrix::RefuseMemory(first, thenAll); }
+    void CountAllocations() override { matrix::CountAllocations(); }
+    int Allocations() override { return matrix::Allocations(); }
+    void PutLibrary(bool isThere) override {
+        if (isThere) {
+            test::host::InstallLibrary(library_);
+        } else {
+            test::RemoveLibrary(library_);
+        }
+    }
+
+private:
+    test::Exports const& exports_;
+    test::Machine::Library library_;
+};
+
+struct Choice {
+    int part = 0;
+    int of = 1;
+    char const* only = nullptr;
+    bool listOnly = false;
+
+    bool Takes(Cell const& cell, std::size_t position) const {
+        return (position % static_cast<std::size_t>(of)) == static_cast<std::size_t>(part) &&
+               (only == nullptr || cell.Name().find(only) != std::string::npos);
+    }
+};
+
+// What all of the program's processes add to.
+struct Totals {
+    int cells[4];  // that there are, by backend
+    int memoryCells;
+    int tried;
+    int red;
+};
+
+// About as many as there were when this was written: a matrix that shrinks is a mistake in what makes it.
+constexpr int kFewestCells[4] = {7900, 13300, 4050, 2450};
+constexpr int kFewestForwardingCells = 3700;
+// There are the fewer of these, the fewer allocations the library makes.
+constexpr int kFewestMemoryCells = 100;
+Totals* g_totals = nullptr;
+std::FILE* g_report = nullptr;
+
+double ProcessorSeconds() {
+    double seconds = 0;
+    for (int const who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage usage{};
+        ::getrusage(who, &usage);
+        for (timeval const& time : {usage.ru_utime, usage.ru_stime}) {
+            seconds += static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+        }
+    }
+    return seconds;
+}
+
+// At the end of a process, when the library's own clean-up has run.
+int g_mayStayLoaded = 0;
+std::string LoadsAreBalanced() {
+    int const loaded = test::LoadedLibraries();
+    return loaded <= g_mayStayLoaded ? "" : "    " + std::to_string(loaded) + " libraries loaded at the end\n";
+}
+
+// AMD's and NVIDIA's libraries stay for the life of the process.
+int MayStayLoaded(Cell const& cell) {
+    if (cell.board->backend == Backend::Intel) {
+        return 0;
+    }
+    // Memory that runs out between AMD's library and the end of its opening lets the exception through, and the next
+    // attempt opens it again: the first context is left to the end of the process like any.
+    bool const opensAgain = cell.step == &Initialisation() && cell.entryPoint == "memory" &&
+                            cell.board->library == test::Machine::Library::AmdNewer;
+    return opensAgain ? 1 + kRepeats : 1;
+}
+
+std::string LoadsAndLeaks() {
+    return LoadsAreBalanced() + (__lsan_do_recoverable_leak_check() == 0 ? "" : "    memory that nothing leads to\n");
+}
+
+constexpr unsigned kMostSecondsOfBoard = 3600;
+constexpr unsigned kMostSecondsOfCell = 60;
+
+// At once: what stands in a buffer would be a child's as well.
+void Report(std::string const& name, std::string const& what) {
+    ++g_totals->red;
+    std::string const text = "red: " + name + "\n" + what + "\n";
+    std::fwrite(text.data(), 1, text.size(), g_report);
+    std::fflush(g_report);
+}
+
+template <class Work>
+void InOwnProcess(char const* name, Work const& work) {
+    ChildResult const result = InChild(kMostSecondsOfBoard, [&] {
+        work();
+        return std::string();
+    });
+    if (!result.death.empty()) {
+        Report(name, result.death);
+    }
+}
+
+class BoardMatrix {
+public:
+    BoardMatrix(Board const& board, Choice const& choice)
+        : board_(board),
+          choice_(choice),
+          machine_(board.make()),
+          vendor_(machine_),
+          surroundings_(machine_, board.library),
+          trial_(surroundings_, vendor_) {
+        vendor_.SetThermalControllers(board.thermalControllers);
+        test::SetDisplay(L"\\\\.\\DISPLAY1", 0);
+        test::host::InstallCaptions({board.caption});
+        machine_.WriteProfile(kProfile);
+    }
+
+    void Run() {
+        for (Step const* const step : MatrixSteps()) {
+            reference_[step->name] = Observed([=, this] { return trial_.Observe(*step, step != &Initialisation()); });
+        }
+        reference_[Initialisation().name].afterOne = Observed([this] { return trial_.ObserveOne(); }).after;
+        cells_ = CellsOf(board_, reference_);
+        for (Cell const& cell : cells_) {
+            ++(cell.entryPoint == "memory" ? g_totals->memoryCells : g_totals->cells[static_cast<int>(board_.backend)]);
+        }
+        if (choice_.listOnly) {
+            for (Cell const& cell : cells_) {
+                std::fprintf(g_report, "%s\n", cell.Name().c_str());
+            }
+            std::fflush(g_report);
+            return;
+        }
+        Try(true);
+        // The others in copies of a process in which the library is initialised.
+        InOwnProcess(board_.name, [this] {
+            trial_.Initialise();
+            Try(false);
+        });
+    }
+
+private:
+    template <class Observe>
+    static Healthy Observed(Observe const& observe) {
+        ChildResult const result = InChild(kMostSecondsOfCell, [&] { return Pack(observe()); });
+        if (!result.death.empty()) {
+            std::fprintf(stderr, "on the healthy board: %s\n", result.death.c_str());
+            std::exit(1);
+        }
+        return Unpack(result.answer);
+    }
+
+    void Try(bool fromStart) {
+        for (std::size_t position = 0; position < cells_.size(); ++position) {
+            Cell const& cell = cells_[position];
+            if (cell.IsFromStart() != fromStart || !choice_.Takes(cell, position)) {
+                continue;
+            }
+            // Looking for leaks takes longer than the cell: once for every operation and entry point.
+            bool const isFirst = position == 0 || cells_[position - 1].entryPoint != cell.entryPoint ||
+                                 cells_[position - 1].step != cell.step;
+            g_mayStayLoaded = MayStayLoaded(cell);
+            ChildResult const result = InChild(
+                kMostSecondsOfCell, [&] { return trial_.Try(cell, reference_); },
+                isFirst || choice_.only != nullptr ? LoadsAndLeaks : LoadsAreBalanced);
+            ++g_totals->tried;
+            if (!result.death.empty() || !result.answer.empty()) {
+                Report(cell.Name(), result.death.empty() ? result.answer : "    " + result.death);
+            }
+        }
+    }
+
+    Board const& board_;
+    Choice const& choice_;
+    test::Machine machine_;
+    FaultyVendor vendor_;
+    NativeSurroundings surroundings_;
+    Trial trial_;
+    Reference reference_;
+    std::vector<Cell> cells_;
+};
+
+void TryForwardings(Choice const& choice) {
+    test::Machine machine(test::Machine::Library::Intel);
+    NativeSurroundings surroundings(machine, test::Machine::Library::Intel);
+    for (std::string const& function : ForwardedFunctions()) {
+        bool const isTaken =
+            choice.only == nullptr || ("Forwarding / " + function).find(choice.only) != std::string::npos;
+        if (choice.listOnly || !isTaken) {
+            continue;
+        }
+        ChildResult const result = InChild(
+            kMostSecondsOfCell, [&] { return TryForwarding(machine, surroundings, function); }, LoadsAndLeaks);
+        g_totals->tried += ForwardingCells(function);
+        if (!result.death.empty() || !result.answer.empty()) {
+            Report("Forwarding / " + function, result.answer + result.death);
+        }
+    }
+}
+
+Choice Parse(int argc, char** argv) {
+    Choice choice;
+    if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
+        choice.listOnly = true;
+    } else if (argc == 3 && std::strcmp(argv[1], "--only") == 0) {
+        choice.only = argv[2];
+    } else if (argc == 3 && std::atoi(argv[2]) > 0) {
+        constexpr std::time_t kDay = 24 * 60 * 60;
+        choice.of = std::atoi(argv[2]);
+        choice.part = std::strcmp(argv[1], "today") == 0 ? static_cast<int>(std::time(nullptr) / kDay % choice.of)
+                                                         : std::atoi(argv[1]);
+        std::printf("part %d of %d\n", choice.part, choice.of);
+    } else if (argc != 1) {
+        std::fprintf(stderr, "usage: %s [PART OF | --only TEXT | --list]\n", argv[0]);
+        std::exit(2);
+    }
+    return choice;
+}
+
+int Main(int argc, char** argv) {
+    Choice const choice = Parse(argc, argv);
+    PrepareChildren();
+    g_report = ::fdopen(::dup(STDOUT_FILENO), "w");
+    g_totals =
+        new (::mmap(nullptr, sizeof(Totals), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Totals{};
+    for (Board const& board : Boards()) {
+        // Each on a machine of its own.
+        InOwnProcess(board.name, [&] { BoardMatrix(board, choice).Run(); });
+    }
+    int forwardings = 0;
+    for (std::string const& function : ForwardedFunctions()) {
+        forwardings += ForwardingCells(function);
+    }
+    InOwnProcess("Forwarding", [&] { TryForwardings(choice); });
+    bool isComplete = true;
+    auto const count = [&](char const* name, int cells, int fewest) {
+        std::printf("%s: %d cells\n", name, cells);
+        if (cells < fewest) {
+            std::printf("red: there were %d\n", fewest);
+            isComplete = false;
+        }
+        return cells;
+    };
+    int all = 0;
+    for (Backend const backend : {Backend::OverdriveN, Backend::Overdrive8, Backend::Intel, Backend::Nvidia}) {
+        auto const position = static_cast<std::size_t>(backend);
+        all += count(NameOf(backend), g_totals->cells[position], kFewestCells[position]);
+    }
+    all += count("Lack of memory", g_totals->memoryCells, kFewestMemoryCells);
+    all += count("Forwarding", forwardings, kFewestForwardingCells);
+    std::printf("%d cells, %d tried, %d red, %.1f s of processor time\n", all, g_totals->tried, g_totals->red,
+                ProcessorSeconds());
+    return isComplete && g_totals->red == 0 && (choice.listOnly || g_totals->tried > 0) ? 0 : 1;
+}
+
+}  // namespace
+
+}  // namespace gputune::matrix
+
+int main(int argc, char** argv) {
+    return gputune::matrix::Main(argc, argv);
+}

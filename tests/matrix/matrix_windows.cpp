@@ -1,0 +1,208 @@
+// A sample of the matrix against the real gputune.dll, which is loaded anew for every cell.
+//
+//     windows_matrix BOARD PART OF    the PART-th (from 0) of every OF cells of a board, which is given by its
+//     position;
+//                                     "today" is another part every day
+//     windows_matrix BOARD --only TEXT
+//
+// One board in a process, as the vendors' libraries are loaded for its life. What needs the native machine is left out:
+// the lack of memory, and a vendor's library that is not there.
+#include <windows.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <stdexcept>
+
+#include "Trial.h"
+#include "WindowsMachine.h"
+
+namespace gputune::matrix {
+
+namespace {
+
+// The cell at work, for the handler of faults.
+std::string g_cell;
+
+LONG CALLBACK ReportFault(EXCEPTION_POINTERS* exception) {
+    constexpr DWORD kError = 0xC0000000;
+    DWORD const code = exception->ExceptionRecord->ExceptionCode;
+    if ((code & kError) == kError) {
+        std::printf("red: %s\n    exception %lX at %p\n", g_cell.c_str(), code,
+                    exception->ExceptionRecord->ExceptionAddress);
+        std::fflush(stdout);
+        ::TerminateProcess(::GetCurrentProcess(), 1);
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+// The library under test, from its load to its unload.
+class LoadedLibrary {
+public:
+    explicit LoadedLibrary(std::wstring const& path) : module_(::LoadLibraryW(path.c_str())) {
+        if (module_ == nullptr) {
+            throw std::runtime_error("gputune.dll cannot be loaded");
+        }
+#define FIND(name) Find(#name, exports_.name)
+        FIND(InitVGAHelper);
+        FIND(IsInitOk);
+        FIND(GetVendorInfo);
+        FIND(SetActiveAdapterIndex);
+        FIND(GetActiveAdapterIndex);
+        FIND(GetVGAInfo);
+        FIND(FetchHwmValues);
+        FIND(GetHwmValue);
+        FIND(GetFrameRate);
+        FIND(SetFanSpeed);
+        FIND(SetFanSpeedTable);
+        FIND(GetFanSetting);
+        FIND(SetPowerLimit);
+        FIND(SetPowerLimitDefault);
+        FIND(GetPowerLimitSetting);
+        FIND(SetPerformanceUser);
+        FIND(SetPerformanceOC);
+        FIND(SetPerformanceDefault);
+        FIND(SetPerformanceSilent);
+        FIND(GetGpuClockSetting);
+        FIND(GetMemClockSetting);
+        FIND(GetExternalPerformanceParameter);
+#undef FIND
+    }
+    ~LoadedLibrary() {
+        ::FreeLibrary(module_);
+        if (::GetModuleHandleW(L"gputune.dll") != nullptr) {
+            std::printf("red: %s\n    the library stays loaded\n", g_cell.c_str());
+            std::exit(1);
+        }
+    }
+    LoadedLibrary(LoadedLibrary const&) = delete;
+    LoadedLibrary& operator=(LoadedLibrary const&) = delete;
+
+    test::Exports const& Exports() const {
+        return exports_;
+    }
+
+private:
+    template <class Function>
+    void Find(char const* name, Function& function) {
+        function = reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module_, name)));
+        if (function == nullptr) {
+            throw std::runtime_error(std::string("no export ") + name);
+        }
+    }
+
+    HMODULE module_;
+    test::Exports exports_{};
+};
+
+class WindowsSurroundings final : public Surroundings {
+public:
+    test::Exports const& Api() override { return library_->Exports(); }
+    void RefuseMemory(int, bool) override {}
+    void PutLibrary(bool) override {}
+    void SetLibrary(LoadedLibrary const* library) { library_ = library; }
+
+private:
+    LoadedLibrary const* library_ = nullptr;
+};
+
+std::wstring PathOf(HMODULE module) {
+    wchar_t path[MAX_PATH];
+    DWORD const length = ::GetModuleFileNameW(module, path, MAX_PATH);
+    return {path, length};
+}
+
+class WindowsMatrix {
+public:
+    explicit WindowsMatrix(Board const& board)
+        : board_(board), machine_(board.make()), vendor_(machine_), trial_(surroundings_, vendor_) {
+        vendor_.SetThermalControllers(board.thermalControllers);
+        test::host::InstallCaptions({board.caption});
+        machine_.WriteProfile(kProfile);
+        path_ = PathOf(test::LibraryUnderTest());
+        ::FreeLibrary(test::LibraryUnderTest());
+    }
+
+    std::vector<Cell> Cells() {
+        for (Step const* const step : MatrixSteps()) {
+            WithLibrary([&] { reference_[step->name] = trial_.Observe(*step, step != &Initialisation()); });
+        }
+        WithLibrary([&] { reference_[Initialisation().name].afterOne = trial_.ObserveOne().after; });
+        std::vector<Cell> cells = CellsOf(board_, reference_);
+        std::erase_if(cells, [](Cell const& cell) { return cell.entryPoint == "library"; });
+        return cells;
+    }
+
+    std::string Try(Cell const& cell) {
+        g_cell = cell.Name();
+        std::string complaints;
+        WithLibrary([&] {
+            if (!cell.IsFromStart()) {
+                trial_.Initialise();
+            }
+            complaints = trial_.Try(cell, reference_);
+        });
+        return complaints;
+    }
+
+private:
+    template <class Work>
+    void WithLibrary(Work const& work) {
+        LoadedLibrary const library(path_);
+        surroundings_.SetLibrary(&library);
+        work();
+    }
+
+    Board const& board_;
+    test::Machine machine_;
+    FaultyVendor vendor_;
+    WindowsSurroundings surroundings_;
+    Trial trial_;
+    std::wstring path_;
+    Reference reference_;
+};
+
+int Main(int argc, char** argv) {
+    auto const boards = Boards();
+    std::size_t const position = argc == 4 ? static_cast<std::size_t>(std::atoi(argv[1])) : boards.size();
+    if (position >= boards.size()) {
+        std::printf("usage: windows_matrix BOARD PART OF | windows_matrix BOARD --only TEXT\n");
+        return 2;
+    }
+    std::string const only = std::strcmp(argv[2], "--only") == 0 ? argv[3] : "";
+    auto const of = only.empty() ? static_cast<std::size_t>(std::atoi(argv[3])) : 1;
+    constexpr std::time_t kDay = 24 * 60 * 60;
+    auto const part = !only.empty()                        ? 0
+                      : std::strcmp(argv[2], "today") == 0 ? static_cast<std::size_t>(std::time(nullptr) / kDay) % of
+                                                           : static_cast<std::size_t>(std::atoi(argv[2]));
+    ::AddVectoredExceptionHandler(1, ReportFault);
+    WindowsMatrix matrix(boards[position]);
+    std::vector<Cell> const cells = matrix.Cells();
+    int tried = 0;
+    int red = 0;
+    for (std::size_t index = part; index < cells.size(); index += of) {
+        if (cells[index].Name().find(only) == std::string::npos) {
+            continue;
+        }
+        ++tried;
+        std::string const complaints = matrix.Try(cells[index]);
+        if (!complaints.empty()) {
+            ++red;
+            std::printf("red: %s\n%s\n", cells[index].Name().c_str(), complaints.c_str());
+        }
+    }
+    std::printf("%s: %d cells, part %d of %d: %d tried, %d red\n", boards[position].name,
+                static_cast<int>(cells.size()), static_cast<int>(part), static_cast<int>(of), tried, red);
+    return red == 0 && tried > 0 ? 0 : 1;
+}
+
+}  // namespace
+
+}  // namespace gputune::matrix
+
+int main(int argc, char** argv) {
+    return gputune::matrix::Main(argc, argv);
+}

@@ -1,0 +1,90 @@
+#include "steps.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <new>
+
+namespace gputune::matrix {
+
+namespace {
+
+// By name; every operation that takes arguments is here.
+std::map<std::string, std::vector<test::Arguments>> const kArguments = {
+    {"SetActiveAdapterIndex", {{5}, {0}, {1}}},  // AMD's, and Intel's two
+    {"GetHwmValue", {{GPUTUNE_HWM_GPU_TEMPERATURE}}},
+    {"SetFanSpeed", {{50}, {-1}}},
+    {"SetFanSpeedTable", {{1, test::kCurvePoints}}},
+    {"SetPowerLimit", {{75, 10}, {75, 0}}},
+    {"SetPerformanceUser", {{1300, 1100, 1900, 900}, {0, 0, 0, 0}}},
+    {"GetExternalPerformanceParameter", {{0x0B361002}}},
+};
+
+std::string NameOf(test::Operation const& operation, test::Arguments const& arguments) {
+    std::string name = operation.name;
+    for (int position = 0; position < operation.argumentCount; ++position) {
+        name += (position == 0 ? "(" : ",") + std::to_string(arguments[static_cast<std::size_t>(position)]);
+    }
+    return operation.argumentCount == 0 ? name : name + ")";
+}
+
+bool Worked(test::Operation const& operation, test::Answer const& answer) {
+    std::string const name = operation.name;
+    if (operation.answersBool) {
+        return answer.success;
+    }
+    if (name == "GetFrameRate" || name == "GetActiveAdapterIndex") {
+        return answer.bytes != test::Ints({-1});
+    }
+    bool const hasValidFirst = name.ends_with("Setting") || name == "GetExternalPerformanceParameter";
+    return !hasValidFirst || answer.bytes.at(0) != 0;
+}
+
+StepAnswer Initialise(test::Exports const& api) {
+    StepAnswer answer;
+    try {
+        bool const hasBackend = api.InitVGAHelper(GPUTUNE_LOG_FILE);
+        answer.worked = hasBackend && api.IsInitOk();
+        answer.bytes = {static_cast<unsigned char>(hasBackend), static_cast<unsigned char>(answer.worked)};
+    } catch (std::bad_alloc const&) {
+        answer.worked = false;
+        answer.threw = true;
+    }
+    answer.success = !answer.threw && answer.bytes[0] != 0;
+    return answer;
+}
+
+}  // namespace
+
+Step const& Initialisation() {
+    static Step const initialisation{"InitVGAHelper"};
+    return initialisation;
+}
+
+std::vector<Step> const& Steps() {
+    static std::vector<Step> const steps = [] {
+        std::vector<Step> all;
+        for (test::Operation const& operation : test::Operations()) {
+            if (operation.argumentCount == 0) {
+                all.push_back({operation.name, &operation});
+                continue;
+            }
+            for (test::Arguments const& arguments : kArguments.at(operation.name)) {
+                all.push_back({NameOf(operation, arguments), &operation, arguments});
+            }
+        }
+        return all;
+    }();
+    return steps;
+}
+
+StepAnswer Run(test::Exports const& api, Step const& step) {
+    if (step.IsInitialisation()) {
+        return Initialise(api);
+    }
+    StepAnswer answer{step.operation->call(api, step.arguments)};
+    answer.worked = Worked(*step.operation, answer);
+    return answer;
+}
+
+}  // namespace gputune::matrix
