@@ -44,10 +44,6 @@ std::span<ADLODNPerformanceLevelX2> PerformanceLevels::Levels() {
     return {First(), Counted()};
 }
 
-std::span<ADLODNPerformanceLevelX2 const> PerformanceLevels::Levels() const {
-    return {First(), Counted()};
-}
-
 ADLODNPerformanceLevelX2 const* PerformanceLevels::At(int position) const {
     return position >= 0 && position < capacity_ ? First() + position : nullptr;
 }

@@ -27,7 +27,6 @@ public:
 
     // The levels that the head counts, never more than the block holds, whatever ADL wrote into the head.
     std::span<ADLODNPerformanceLevelX2> Levels();
-    std::span<ADLODNPerformanceLevelX2 const> Levels() const;
 
     // The level at a position of the block; null when the block does not reach that far.
     ADLODNPerformanceLevelX2 const* At(int position) const;
