@@ -86,8 +86,8 @@ void FaultyVendor::Begin() {
 int FaultyVendor::Answer(char const* entryPoint, int const* words) {
     library_.ClearCalls();
     int const before = counts_[entryPoint]++;
-    bool const isMet =
-        entryPoint == entryPoint_ && (calls_ == Calls::Every || (calls_ == Calls::First) == (before == 0));
+    bool const isMet = (entryPoint_ == kEveryEntryPoint || entryPoint == entryPoint_) &&
+                       (calls_ == Calls::Every || (calls_ == Calls::First) == (before == 0));
     if (!isMet) {
         return AsHealthy(entryPoint, words);
     }

@@ -75,6 +75,15 @@ std::vector<Cell> CellsOf(Board const& board, Reference const& reference) {
                 }
             }
         }
+        if (!healthy.calls.empty()) {
+            for (Fault const& fault : FaultsOfEverything()) {
+                cells.push_back({&board, step, kEveryEntryPoint, fault, Calls::Every});
+                if (ComesAndGoes(fault)) {
+                    // After the first call of each.
+                    cells.push_back({&board, step, kEveryEntryPoint, fault, Calls::Later});
+                }
+            }
+        }
         AddMemory(cells, board, *step, healthy.allocations);
     }
     return cells;

@@ -26,6 +26,8 @@ bool IsFree(char const* entryPoint) {
     return std::string(entryPoint) != "nvapi_QueryInterface";
 }
 
+constexpr int kFillings[] = {0x00, 0x01, 0x41, 0x7F, 0x80, 0xFF};
+
 void AddCodes(std::vector<Fault>& faults, char const* entryPoint) {
     for (int const code : test::FailureCodes(entryPoint)) {
         faults.push_back({.kind = Kind::Code, .value = code});
@@ -73,7 +75,7 @@ std::vector<Fault> FaultsOf(std::string const& entryPoint) {
         return faults;
     }
     faults.push_back({.kind = Kind::Silent});
-    for (int const byte : {0x00, 0x01, 0x41, 0x7F, 0x80, 0xFF}) {
+    for (int const byte : kFillings) {
         faults.push_back({.kind = Kind::Fill, .value = byte});
     }
     for (auto const& count : test::VendorCounts(name)) {
@@ -93,6 +95,18 @@ std::vector<Fault> FaultsOf(std::string const& entryPoint) {
         if (output.kind == VendorOutput::Kind::List) {
             AddLists(faults, output);
         }
+    }
+    return faults;
+}
+
+std::vector<Fault> FaultsOfEverything() {
+    std::vector<Fault> faults{{.kind = Kind::Silent}};
+    for (int const code : {-1, 1}) {
+        faults.push_back({.kind = Kind::Code, .value = code});
+        faults.push_back({.kind = Kind::CodeAndOutputs, .value = code});
+    }
+    for (int const byte : kFillings) {
+        faults.push_back({.kind = Kind::Fill, .value = byte});
     }
     return faults;
 }

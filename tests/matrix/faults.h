@@ -34,11 +34,17 @@ struct Fault {
 // Which of an operation's calls of the entry point it meets.
 enum class Calls { Every, First, Later };
 
+// In the place of an entry point's name: all of them at once.
+constexpr char kEveryEntryPoint[] = "everything";
+
 std::string NameOf(Fault const& fault);
 std::string NameOf(Calls calls);
 
-// All of them, but for the lack of memory, which is the client's.
+// All of an entry point's, but for the lack of memory, which is the client's.
 std::vector<Fault> FaultsOf(std::string const& entryPoint);
+
+// Those of a library that has lost its board, or its mind.
+std::vector<Fault> FaultsOfEverything();
 
 // What a library says of a list that is not as long, or not there.
 constexpr int kPromisedRecords = 5;

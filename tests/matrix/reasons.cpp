@@ -188,7 +188,8 @@ bool GivesReason(std::string const& line) {
 
 std::string MissingReason(Incident const& incident, Lines const& lines, Lines const& healthy) {
     Kind const kind = incident.fault.kind;
-    bool const entryFailed = kind == Kind::Missing || kind == Kind::Code || kind == Kind::CodeAndOutputs;
+    bool const isOne = incident.entryPoint != kEveryEntryPoint;
+    bool const entryFailed = isOne && (kind == Kind::Missing || kind == Kind::Code || kind == Kind::CodeAndOutputs);
     if (entryFailed) {
         Rule const* const rule = RuleFor(incident);
         if (rule == nullptr) {
@@ -216,11 +217,14 @@ std::string MissingReason(Incident const& incident, Lines const& lines, Lines co
     if (incident.worked || !incident.workedHealthy || kind == Kind::NoMoreMemory) {
         return "";  // without any memory there is no log either
     }
+    bool const isOpening = incident.board.backend == Backend::Intel && incident.step.IsInitialisation();
+    if (!isOne && (isOpening || incident.step.name == "GetFrameRate")) {
+        return "";  // as where ctlInit alone fails, or the frame metrics
+    }
     if (incident.entryPoint == "ctlEnumerateDevices") {
         return "";  // without a device there is nothing to say
     }
-    if (incident.entryPoint == "memory" && incident.board.backend == Backend::Intel &&
-        incident.step.IsInitialisation()) {
+    if (incident.entryPoint == "memory" && isOpening) {
         return "";  // no room for a device's identifier ends the initialisation without a word
     }
     bool const explained = std::any_of(lines.begin(), lines.end(), [&](std::string const& line) {
