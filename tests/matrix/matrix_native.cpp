@@ -4,26 +4,20 @@
 //     matrix PART OF             the PART-th (from 0) of every OF cells; "today" is another part every day
 //     matrix --only TEXT         those whose names hold the text; a red cell's name is printed
 //     matrix --list              their names
-#include <sys/mman.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <new>
 
 #include "Child.h"
-#include "FakeSystem.h"
+#include "NativeSurroundings.h"
 #include "Trial.h"
 #include "forwarding.h"
-#include "memory.h"
 #include "native_platform.h"
 #include "packing.h"
+#include "totals.h"
 
-// The sanitizers' own.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+// The sanitizer's own.
 extern "C" int __lsan_do_recoverable_leak_check();
 
 // Whence memory came is told when the red cell is tried again with ASAN_OPTIONS=malloc_context_size=30.
@@ -42,34 +36,6 @@ namespace gputune::matrix {
 
 namespace {
 
-class NativeSurroundings final : public Surroundings {
-public:
-    NativeSurroundings(test::Machine& machine, test::Machine::Library library)
-        : exports_(WatchedExports(machine.Api())), library_(library) {}
-
-    test::Exports const& Api() override { return exports_; }
-    std::size_t MemoryInUse() override {
-        // The records of the machine are not the library's.
-        test::Trace().swap(test::TheSystem().trace);
-        std::vector<test::LibraryLoad>().swap(test::host::Loads());
-        return __sanitizer_get_current_allocated_bytes();
-    }
-    void RefuseMemory(int first, bool thenAll) override { matrix::RefuseMemory(first, thenAll); }
-    void CountAllocations() override { matrix::CountAllocations(); }
-    int Allocations() override { return matrix::Allocations(); }
-    void PutLibrary(bool isThere) override {
-        if (isThere) {
-            test::host::InstallLibrary(library_);
-        } else {
-            test::RemoveLibrary(library_);
-        }
-    }
-
-private:
-    test::Exports const& exports_;
-    test::Machine::Library library_;
-};
-
 struct Choice {
     int part = 0;
     int of = 1;
@@ -81,34 +47,6 @@ struct Choice {
                (only == nullptr || cell.Name().find(only) != std::string::npos);
     }
 };
-
-// What all of the program's processes add to.
-struct Totals {
-    int cells[4];  // that there are, by backend
-    int memoryCells;
-    int tried;
-    int red;
-};
-
-// About as many as there were when this was written: a matrix that shrinks is a mistake in what makes it.
-constexpr int kFewestCells[4] = {8350, 14150, 4200, 2500};
-constexpr int kFewestForwardingCells = 3700;
-// There are the fewer of these, the fewer allocations the library makes.
-constexpr int kFewestMemoryCells = 100;
-Totals* g_totals = nullptr;
-std::FILE* g_report = nullptr;
-
-double ProcessorSeconds() {
-    double seconds = 0;
-    for (int const who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
-        rusage usage{};
-        ::getrusage(who, &usage);
-        for (timeval const& time : {usage.ru_utime, usage.ru_stime}) {
-            seconds += static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-        }
-    }
-    return seconds;
-}
 
 // At the end of a process, when the library's own clean-up has run.
 int g_mayStayLoaded = 0;
@@ -135,14 +73,6 @@ std::string LoadsAndLeaks() {
 
 constexpr unsigned kMostSecondsOfBoard = 3600;
 constexpr unsigned kMostSecondsOfCell = 60;
-
-// At once: what stands in a buffer would be a child's as well.
-void Report(std::string const& name, std::string const& what) {
-    ++g_totals->red;
-    std::string const text = "red: " + name + "\n" + what + "\n";
-    std::fwrite(text.data(), 1, text.size(), g_report);
-    std::fflush(g_report);
-}
 
 template <class Work>
 void InOwnProcess(char const* name, Work const& work) {
@@ -177,13 +107,13 @@ public:
         reference_[Initialisation().name].afterOne = Observed([this] { return trial_.ObserveOne(); }).after;
         cells_ = CellsOf(board_, reference_);
         for (Cell const& cell : cells_) {
-            ++(cell.entryPoint == "memory" ? g_totals->memoryCells : g_totals->cells[static_cast<int>(board_.backend)]);
+            ++(cell.entryPoint == "memory" ? SharedTotals().memoryCells
+                                           : SharedTotals().cells[static_cast<int>(board_.backend)]);
         }
         if (choice_.listOnly) {
             for (Cell const& cell : cells_) {
-                std::fprintf(g_report, "%s\n", cell.Name().c_str());
+                Say(cell.Name() + "\n");
             }
-            std::fflush(g_report);
             return;
         }
         Try(true);
@@ -218,7 +148,7 @@ private:
             ChildResult const result = InChild(
                 kMostSecondsOfCell, [&] { return trial_.Try(cell, reference_); },
                 isFirst || choice_.only != nullptr ? LoadsAndLeaks : LoadsAreBalanced);
-            ++g_totals->tried;
+            ++SharedTotals().tried;
             if (!result.death.empty() || !result.answer.empty()) {
                 Report(cell.Name(), result.death.empty() ? result.answer : "    " + result.death);
             }
@@ -246,7 +176,7 @@ void TryForwardings(Choice const& choice) {
         }
         ChildResult const result = InChild(
             kMostSecondsOfCell, [&] { return TryForwarding(machine, surroundings, function); }, LoadsAndLeaks);
-        g_totals->tried += ForwardingCells(function);
+        SharedTotals().tried += ForwardingCells(function);
         if (!result.death.empty() || !result.answer.empty()) {
             Report("Forwarding / " + function, result.answer + result.death);
         }
@@ -265,6 +195,7 @@ Choice Parse(int argc, char** argv) {
         choice.part = std::strcmp(argv[1], "today") == 0 ? static_cast<int>(std::time(nullptr) / kDay % choice.of)
                                                          : std::atoi(argv[1]);
         std::printf("part %d of %d\n", choice.part, choice.of);
+        std::fflush(stdout);
     } else if (argc != 1) {
         std::fprintf(stderr, "usage: %s [PART OF | --only TEXT | --list]\n", argv[0]);
         std::exit(2);
@@ -275,37 +206,18 @@ Choice Parse(int argc, char** argv) {
 int Main(int argc, char** argv) {
     Choice const choice = Parse(argc, argv);
     PrepareChildren();
-    g_report = ::fdopen(::dup(STDOUT_FILENO), "w");
-    g_totals =
-        new (::mmap(nullptr, sizeof(Totals), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Totals{};
+    ShareTotals();
     for (Board const& board : Boards()) {
         // Each on a machine of its own.
         InOwnProcess(board.name, [&] { BoardMatrix(board, choice).Run(); });
     }
-    int forwardings = 0;
     for (std::string const& function : ForwardedFunctions()) {
-        forwardings += ForwardingCells(function);
+        SharedTotals().forwardingCells += ForwardingCells(function);
     }
     InOwnProcess("Forwarding", [&] { TryForwardings(choice); });
-    bool isComplete = true;
-    auto const count = [&](char const* name, int cells, int fewest) {
-        std::printf("%s: %d cells\n", name, cells);
-        if (cells < fewest) {
-            std::printf("red: there were %d\n", fewest);
-            isComplete = false;
-        }
-        return cells;
-    };
-    int all = 0;
-    for (Backend const backend : {Backend::OverdriveN, Backend::Overdrive8, Backend::Intel, Backend::Nvidia}) {
-        auto const position = static_cast<std::size_t>(backend);
-        all += count(NameOf(backend), g_totals->cells[position], kFewestCells[position]);
-    }
-    all += count("Lack of memory", g_totals->memoryCells, kFewestMemoryCells);
-    all += count("Forwarding", forwardings, kFewestForwardingCells);
-    std::printf("%d cells, %d tried, %d red, %.1f s of processor time\n", all, g_totals->tried, g_totals->red,
-                ProcessorSeconds());
-    return isComplete && g_totals->red == 0 && (choice.listOnly || g_totals->tried > 0) ? 0 : 1;
+    bool const isComplete = PrintTotals();
+    bool const isGreen = SharedTotals().red == 0 && (choice.listOnly || SharedTotals().tried > 0);
+    return isComplete && isGreen ? 0 : 1;
 }
 
 }  // namespace

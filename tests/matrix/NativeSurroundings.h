@@ -1,0 +1,42 @@
+// The surroundings of the library under test natively: its memory, and which libraries there are.
+#pragma once
+
+#include "FakeSystem.h"
+#include "Trial.h"
+#include "memory.h"
+#include "native_platform.h"
+
+// The sanitizers' own.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+
+namespace gputune::matrix {
+
+class NativeSurroundings final : public Surroundings {
+public:
+    NativeSurroundings(test::Machine& machine, test::Machine::Library library)
+        : exports_(WatchedExports(machine.Api())), library_(library) {}
+
+    test::Exports const& Api() override { return exports_; }
+    std::size_t MemoryInUse() override {
+        // The records of the machine are not the library's.
+        test::Trace().swap(test::TheSystem().trace);
+        std::vector<test::LibraryLoad>().swap(test::host::Loads());
+        return __sanitizer_get_current_allocated_bytes();
+    }
+    void RefuseMemory(int first, bool thenAll) override { matrix::RefuseMemory(first, thenAll); }
+    void CountAllocations() override { matrix::CountAllocations(); }
+    int Allocations() override { return matrix::Allocations(); }
+    void PutLibrary(bool isThere) override {
+        if (isThere) {
+            test::host::InstallLibrary(library_);
+        } else {
+            test::RemoveLibrary(library_);
+        }
+    }
+
+private:
+    test::Exports const& exports_;
+    test::Machine::Library library_;
+};
+
+}  // namespace gputune::matrix
