@@ -131,6 +131,7 @@ FanTablePoint ParseCurvePoint(std::string const& text) {
 
 std::vector<FanTablePoint> ParseCurve(std::vector<std::string> const& points) {
     std::vector<FanTablePoint> curve;
+    curve.reserve(points.size());
     for (std::string const& point : points) {
         curve.push_back(ParseCurvePoint(point));
     }

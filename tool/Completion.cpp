@@ -70,6 +70,11 @@ bool IsEverywhere(CommandLine const& line, std::string const& word) {
                        [&word](Candidate const& candidate) { return candidate.word == word; });
 }
 
+// What an option of a place is known by, among the options that take a value.
+std::string ValueKey(std::string const& place, std::string const& option) {
+    return place + " " + option;
+}
+
 void DescribeOption(CLI::Option const& option, std::string const& place, CommandLine& line) {
     std::vector<Candidate>& candidates = place.empty() ? line.everywhere : line.candidates[place];
     for (std::string const& name : Names(option)) {
@@ -79,7 +84,7 @@ void DescribeOption(CLI::Option const& option, std::string const& place, Command
         }
         candidates.push_back({name, option.get_description()});
         if (option.get_items_expected_max() > 0) {
-            line.values[place + " " + name] = {IsFile(option), Choices(option)};
+            line.values[ValueKey(place, name)] = {IsFile(option), Choices(option)};
         }
     }
     if (option.get_positional() && IsFile(option)) {
@@ -134,6 +139,11 @@ std::string BashValue(OptionValue const& value) {
     return words.empty() ? "compopt +o default 2>/dev/null; return" : "candidates='" + words + "'";
 }
 
+// The words of a place.
+std::string BashCandidates(std::string const& place, std::string const& words) {
+    return "                '" + place + "') candidates='" + words + "' ;;";
+}
+
 std::string BashScript(CommandLine const& line) {
     std::string withValue;
     std::string values;
@@ -149,7 +159,7 @@ std::string BashScript(CommandLine const& line) {
     std::string candidates;
     for (auto const& [place, words] : line.candidates) {
         places = place.empty() ? places : Join(places, " | ", place);
-        candidates = Join(candidates, "\n", "                '" + place + "') candidates='" + Words(words) + "' ;;");
+        candidates = Join(candidates, "\n", BashCandidates(place, Words(words)));
     }
     return FillForm(embedded::completionBash, {{"with-value", withValue},
                                                {"values", values},
@@ -170,23 +180,34 @@ std::string PowerShellText(std::string const& text) {
     return quoted + "'";
 }
 
+std::string PowerShellPair(Candidate const& candidate, std::string const& indentation) {
+    return indentation + ", @(" + PowerShellText(candidate.word) + ", " + PowerShellText(candidate.meaning) + ")";
+}
+
 // A line each, which gives a word and what it means.
 std::string PowerShellPairs(std::vector<Candidate> const& candidates, std::string const& indentation) {
     std::string lines;
     for (Candidate const& candidate : candidates) {
-        lines = Join(
-            lines, "\n",
-            indentation + ", @(" + PowerShellText(candidate.word) + ", " + PowerShellText(candidate.meaning) + ")");
+        lines = Join(lines, "\n", PowerShellPair(candidate, indentation));
     }
     return lines;
+}
+
+// An entry of a table of lists.
+std::string PowerShellList(std::string const& key, std::string const& items) {
+    return "        " + PowerShellText(key) + " = @(" + items + ")";
+}
+
+// The words of a place.
+std::string PowerShellPlace(std::string const& place, std::vector<Candidate> const& words) {
+    return PowerShellList(place,
+                          "\n" + PowerShellPairs(words, "            ") + (words.empty() ? "" : "\n") + "        ");
 }
 
 std::string PowerShellScript(CommandLine const& line) {
     std::string candidates;
     for (auto const& [place, words] : line.candidates) {
-        candidates = Join(candidates, "\n",
-                          "        " + PowerShellText(place) + " = @(\n" + PowerShellPairs(words, "            ") +
-                              (words.empty() ? "" : "\n") + "        )");
+        candidates = Join(candidates, "\n", PowerShellPlace(place, words));
     }
     std::string values;
     for (auto const& [key, value] : line.values) {
@@ -194,7 +215,7 @@ std::string PowerShellScript(CommandLine const& line) {
         for (std::string const& choice : value.choices) {
             choices = Join(choices, ", ", PowerShellText(choice));
         }
-        values = Join(values, "\n", "        " + PowerShellText(key) + " = @(" + choices + ")");
+        values = Join(values, "\n", PowerShellList(key, choices));
     }
     return FillForm(
         embedded::completionPowerShell,

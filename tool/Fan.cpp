@@ -138,7 +138,7 @@ void AddFanCommands(CLI::App& app, Context& context) {
     automatic->footer("Example:\n  gputunectl fan auto");
     automatic->callback([&context] { context.run = [&context] { return RunAuto(context.options); }; });
 
-    CLI::App* curve = fan->add_subcommand("curve", "Set a fan curve of five points");
+    CLI::App* curve = fan->add_subcommand("curve", "Set a fan curve");
     auto const points = std::make_shared<std::vector<std::string>>();
     curve
         ->add_option("points", *points,
@@ -147,7 +147,7 @@ void AddFanCommands(CLI::App& app, Context& context) {
         ->expected(1, 50)
         ->type_name("TEMPERATURE:SPEED");
     curve->footer(
-        "AMD boards take five points; Intel fans as many as the fan has.\n"
+        "AMD Overdrive8 boards take five points, Intel fans as many as the fan has; other boards have no curve.\n"
         "Example:\n"
         "  gputunectl fan curve 40:20 55:30 65:45 75:65 85:90");
     curve->callback(

@@ -30,7 +30,8 @@ int RunFps(GlobalOptions const& options) {
 void AddFpsCommand(CLI::App& app, Context& context) {
     CLI::App* fps = app.add_subcommand("fps", "Show the frame rate that the driver measures on the board's display");
     fps->footer(
-        "The exit code is 1 when the driver measures none, 3 on boards that do not tell it.\n"
+        "The exit code is 1 when the driver measures none, 3 on boards that do not tell it. Some drivers have crashed\n"
+        "programs that read it.\n"
         "Examples:\n"
         "  gputunectl fps\n"
         "  gputunectl --json fps");

@@ -37,6 +37,7 @@ public:
     // Loads the file, a full path. Throws ToolError when it is missing, no 32-bit library, or lacks an export.
     explicit Library(std::wstring const& path);
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared takes none
 #define GPUTUNE_TOOL_MEMBER(name) decltype(&::name) name = nullptr;
     GPUTUNE_TOOL_EXPORTS(GPUTUNE_TOOL_MEMBER)
 #undef GPUTUNE_TOOL_MEMBER

@@ -178,11 +178,11 @@ private:
         if (id != nullptr) {
             CheckId(id, place);
             if (isDefault != nullptr) {
-                AddWarning(NamePlace(place, "Default"), "\"Default\" is not looked at beside \"Id\"");
+                AddWarning(NamePlace(place, "Default"), R"("Default" is not looked at beside "Id")");
             }
             CheckRows(entry, place.start, true);
         } else if (isDefault == nullptr) {
-            AddError(place.start, "an entry with neither \"Id\" nor \"Default\" is never used");
+            AddError(place.start, R"(an entry with neither "Id" nor "Default" is never used)");
             SkipPositions(entry);
         } else if (std::string_view(isDefault) != "1") {
             AddWarning(ValuePlace(place, "Default"),

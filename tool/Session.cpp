@@ -42,10 +42,11 @@ std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardF
 bool HasControlLibrary(std::uint32_t vendor) {
     std::wstring directory(MAX_PATH, L'\0');
     directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
+    directory += L'\\';
     for (char const* name : ControlLibraryFiles(vendor)) {
         std::wstring const file = WideFromUtf8(name);
         if (GetModuleHandleW(file.c_str()) != nullptr ||
-            GetFileAttributesW((directory + L"\\" + file).c_str()) != INVALID_FILE_ATTRIBUTES) {
+            GetFileAttributesW((directory + file).c_str()) != INVALID_FILE_ATTRIBUTES) {
             return true;
         }
     }

@@ -158,7 +158,7 @@ private:
                 return false;
             }
             if (AtEnd()) {
-                Fail(start, "the tag \"" + std::string(tag) + "\" has no end \">\"");
+                Fail(start, "the tag \"" + std::string(tag) + R"(" has no end ">")");
                 return false;
             }
             if (Rest().starts_with('>')) {

@@ -201,14 +201,18 @@ void JsonObject::Read(char const* key, bool& value) {
 void JsonObject::Finish() const {
     for (auto const& item : object_.value_->items()) {
         if (!known_.contains(item.key())) {
-            std::string expected;
-            for (auto const& name : known_) {
-                expected += (expected.empty() ? "" : ", ") + name;
-            }
-            std::string const path = object_.path_.empty() ? item.key() : object_.path_ + "." + item.key();
-            throw BoardFileError(*object_.source_ + ": " + path + ": unknown key; known are " + expected);
+            FailUnknown(item.key());
         }
     }
+}
+
+void JsonObject::FailUnknown(std::string const& key) const {
+    std::string expected;
+    for (auto const& name : known_) {
+        expected += (expected.empty() ? "" : ", ") + name;
+    }
+    std::string const path = object_.path_.empty() ? key : object_.path_ + "." + key;
+    throw BoardFileError(*object_.source_ + ": " + path + ": unknown key; known are " + expected);
 }
 
 }  // namespace gputune::sim

@@ -69,6 +69,8 @@ public:
     JsonValue const& Value() const { return object_; }
 
 private:
+    [[noreturn]] void FailUnknown(std::string const& key) const;
+
     JsonValue object_;
     std::set<std::string> known_;
 };

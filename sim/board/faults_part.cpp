@@ -28,7 +28,7 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     auto const garbage = object.Optional("garbage");
     object.Finish();
     if (result.has_value() + missing.has_value() + garbage.has_value() != 1) {
-        value.Fail("one of \"result\", \"missing\" and \"garbage\" beside \"entryPoint\"");
+        value.Fail(R"(one of "result", "missing" and "garbage" beside "entryPoint")");
     }
     if (result) {
         fault.kind = FaultKind::Result;

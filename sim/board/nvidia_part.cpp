@@ -18,7 +18,7 @@ NvidiaSensor ReadSensor(JsonValue const& value) {
     auto const quantity = object.Optional("quantity");
     auto const constant = object.Optional("value");
     if (quantity && constant) {
-        quantity->Fail("either \"quantity\" or \"value\"");
+        quantity->Fail(R"(either "quantity" or "value")");
     }
     if (quantity) {
         sensor.quantity = static_cast<ThermalQuantity>(

@@ -43,7 +43,7 @@ Sensor ReadSensor(JsonValue const& value) {
     object.Read("value", sensor.value);
     if (auto const quantity = object.Optional("quantity")) {
         if (object.Optional("value")) {
-            quantity->Fail("either \"quantity\" or \"value\"");
+            quantity->Fail(R"(either "quantity" or "value")");
         }
         // In the order of Quantity, whose first one has no name.
         std::size_t const position =

@@ -1,11 +1,14 @@
 // What of Intel's records is spoilt. Flags are neither 0 nor 1, numbers the greatest, the least and none in turn.
 #pragma once
 
+#include <algorithm>
 #include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <type_traits>
 
 #include "intel/ctl_records.h"
 #include "standin/spoil.h"
@@ -42,11 +45,15 @@ inline void Spoil(intel::ctl_oc_properties_t& record) {
 }
 inline void Spoil(intel::ctl_power_telemetry_t& record) {
     std::size_t turn = 0;
+    auto const spoilItem = [&](intel::ctl_telemetry_item_t& item) {
+        item.bSupported = kOddFlag;
+        item.value = ExtremeNumber(turn++);
+    };
     auto const spoil = [&](auto& field) {
-        auto* const items = reinterpret_cast<intel::ctl_telemetry_item_t*>(&field);
-        for (std::size_t i = 0; i < sizeof(field) / sizeof(*items); ++i) {
-            items[i].bSupported = kOddFlag;
-            items[i].value = ExtremeNumber(turn++);
+        if constexpr (std::is_array_v<std::remove_reference_t<decltype(field)>>) {
+            std::for_each(std::begin(field), std::end(field), spoilItem);
+        } else {
+            spoilItem(field);
         }
     };
 #define SIM_TELEMETRY(name, ...) spoil(record.name);

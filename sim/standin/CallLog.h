@@ -37,10 +37,11 @@ private:
     std::deque<LoggedCall> calls_;
 };
 
-// How many bytes of a record are kept. A vendor specialises it for a record with a tail.
+// How many bytes of a record are kept. A vendor specialises it for a record with a tail. What is passed may also be the
+// place of a handle: a pointer, whose own size is meant.
 template <class Record>
 struct LoggedSize {
-    static std::size_t Of(Record const&) { return sizeof(Record); }
+    static std::size_t Of(Record const&) { return sizeof(Record); }  // NOLINT(bugprone-sizeof-expression)
 };
 
 // A pointer argument of which only the address is kept: how much the caller has there is not known.
@@ -48,6 +49,9 @@ template <class T>
 struct AddressOnly {
     T* address;
 };
+// As clang needs to be told before its version 17.
+template <class T>
+AddressOnly(T*) -> AddressOnly<T>;
 
 template <class Argument>
 void LogArgument(LoggedCall& call, Argument argument) {
@@ -55,6 +59,7 @@ void LogArgument(LoggedCall& call, Argument argument) {
         call.args.push_back(static_cast<int>(reinterpret_cast<std::uintptr_t>(argument)));
         using Pointee = std::remove_cv_t<std::remove_pointer_t<Argument>>;
         // An opaque handle's target is nobody's to read.
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): whether it has a size, whatever it is
         if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee> && requires { sizeof(Pointee); }) {
             if (argument) {
                 auto const* const begin = reinterpret_cast<unsigned char const*>(argument);

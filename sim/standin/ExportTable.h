@@ -9,7 +9,7 @@ namespace gputune::sim {
 
 // Take out exactly the given names and put back all others. Names without an export are ignored. False when the system
 // does not let the table be written.
-bool HideExports(std::set<std::string> const& names);
+bool HideExports(std::set<std::string> const& hidden);
 
 bool HasExport(std::string const& name);
 

@@ -73,6 +73,7 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) {
     return 0;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's header has other names
 int pthread_once(pthread_once_t* control, void (*initialize)()) {
     auto* const once = reinterpret_cast<INIT_ONCE*>(control);
     BOOL isFirst = FALSE;
