@@ -11,6 +11,7 @@ constexpr int kAllAdapters = -1;
 constexpr int kEveryAdapter = 0;          // not only those with a display connected
 constexpr int kThreadingModelLocked = 1;  // ADL serialises its own calls
 constexpr int kActive = 1;
+constexpr std::size_t kUsualAdapters = 64;
 
 constexpr log::Tag kInitTag{"[ADL::InitADL()]"};
 
@@ -32,6 +33,8 @@ ADL::~ADL() {
 }
 
 bool ADL::InitADL() {
+    // Memory that runs out does so before the library is opened: the next attempt will not open it a second time.
+    m_ActiveAdapters.reserve(kUsualAdapters);
     if (!LoadRuntime()) {
         log::Entry(kInitTag, "ADL initialization failed");
         return false;

@@ -55,16 +55,9 @@ std::string LoadsAreBalanced() {
     return loaded <= g_mayStayLoaded ? "" : "    " + std::to_string(loaded) + " libraries loaded at the end\n";
 }
 
-// AMD's and NVIDIA's libraries stay for the life of the process.
-int MayStayLoaded(Cell const& cell) {
-    if (cell.board->backend == Backend::Intel) {
-        return 0;
-    }
-    // Memory that runs out between AMD's library and the end of its opening lets the exception through, and the next
-    // attempt opens it again: the first context is left to the end of the process like any.
-    bool const opensAgain = cell.step == &Initialisation() && cell.entryPoint == "memory" &&
-                            cell.board->library == test::Machine::Library::AmdNewer;
-    return opensAgain ? 1 + kRepeats : 1;
+// AMD's and NVIDIA's libraries stay for the life of the process, once loaded.
+int MayStayLoaded(Board const& board) {
+    return board.backend == Backend::Intel ? 0 : 1;
 }
 
 std::string LoadsAndLeaks() {
@@ -144,7 +137,7 @@ private:
             // Looking for leaks takes longer than the cell: once for every operation and entry point.
             bool const isFirst = position == 0 || cells_[position - 1].entryPoint != cell.entryPoint ||
                                  cells_[position - 1].step != cell.step;
-            g_mayStayLoaded = MayStayLoaded(cell);
+            g_mayStayLoaded = MayStayLoaded(board_);
             ChildResult const result = InChild(
                 kMostSecondsOfCell, [&] { return trial_.Try(cell, reference_); },
                 isFirst || choice_.only != nullptr ? LoadsAndLeaks : LoadsAreBalanced);
