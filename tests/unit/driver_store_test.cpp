@@ -66,6 +66,15 @@ TEST_F(DriverStore, PackageIsWhereTheDriversLibrariesAre) {
     }
 }
 
+TEST_F(DriverStore, PackageOfThe32BitLibrariesGoesFirst) {
+    std::wstring const other = kStore + L"nv_other.inf_1\\";
+    TheSystem().files[kPackage + L"nvapi.dll"] = 0;
+    TheSystem().files[other + L"nvapi.dll"] = 0;
+    SetValue(L"0000", L"UserModeDriverName", {other + L"nvldumd.dll"});
+    SetValue(L"0000", L"UserModeDriverNameWow", {kPackage + L"nvldumd.dll"});
+    EXPECT_EQ(Find(), kPackage + L"nvapi.dll");
+}
+
 TEST_F(DriverStore, EveryLibraryOfTheListCounts) {
     TheSystem().files[kPackage + L"nvapi.dll"] = 0;
     SetValue(L"0000", L"UserModeDriverName", {L"nvldumd.dll", kStore + L"other.inf_1\\a.dll", kPackage + L"b.dll"});
@@ -76,6 +85,7 @@ TEST_F(DriverStore, ModuleListTellsThePlaceInThePackage) {
     SetValue(L"0000", L"UserModeDriverName", {kPackage + L"nvldumd.dll"});
     TheSystem().files[kPackage + L"nvapi.dll"] = 0;
     TheSystem().files[kPackage + L"wow\\NvApi.dll"] = 0;
+    TheSystem().files[kPackage + L"other.dll"] = 0;
     SetValue(L"0000", L"DriverSupportModules", {L"other.dll", L"wow\\NvApi.dll"});
     EXPECT_EQ(Find(), kPackage + L"wow\\NvApi.dll");
 

@@ -178,6 +178,18 @@ TEST_F(NvapiLoad, FirstCallLoadsInitialisesAndLooksUp) {
     EXPECT_FALSE(nvapi_.state_.loading);
 }
 
+TEST_F(NvapiLoad, LibraryComesFromTheSystemDirectoryWhateverTheDriversPackageHolds) {
+    std::wstring const adapters = L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4d36e968-e325-11ce-bfc1-08002be10318}";
+    std::wstring const package = L"C:\\Windows\\system32\\DriverStore\\FileRepository\\nv_dispi.inf_x86_1\\";
+    TheSystem().subkeys[adapters] = {0, {L"0000"}};
+    TheSystem().values[adapters + L"\\0000\\UserModeDriverName"] = {0, {package + L"nvldumd.dll"}};
+    TheSystem().files[package + L"nvapi.dll"] = 0;
+    TheSystem().trustedFiles.insert(package + L"nvapi.dll");
+    EXPECT_EQ(Version(), 0);
+    EXPECT_EQ(TheSystem().TraceOf(L"file "), Trace{});
+    EXPECT_EQ(Loads(), 1);
+}
+
 TEST_F(NvapiLoad, LaterCallsLookNothingUp) {
     Version();
     TakeCalls();
