@@ -1,9 +1,8 @@
 // A sample of the matrix against the real gputune.dll, which is loaded anew for every cell.
 //
-//     windows_matrix BOARD PART OF    the PART-th (from 0) of every OF cells of a board, which is given by its
-//     position;
-//                                     "today" is another part every day
-//     windows_matrix BOARD --only TEXT
+//     windows_matrix BOARD PART OF       the PART-th (from 0) of every OF cells of the board at this position; as PART,
+//                                        "today" is another one every day
+//     windows_matrix BOARD --only TEXT   the cells whose names hold the text
 //
 // One board in a process, as the vendors' libraries are loaded for its life. What needs the native machine is left out:
 // the lack of memory, and a vendor's library that is not there.
@@ -46,30 +45,7 @@ public:
         if (module_ == nullptr) {
             throw std::runtime_error("gputune.dll cannot be loaded");
         }
-#define FIND(name) Find(#name, exports_.name)
-        FIND(InitVGAHelper);
-        FIND(IsInitOk);
-        FIND(GetVendorInfo);
-        FIND(SetActiveAdapterIndex);
-        FIND(GetActiveAdapterIndex);
-        FIND(GetVGAInfo);
-        FIND(FetchHwmValues);
-        FIND(GetHwmValue);
-        FIND(GetFrameRate);
-        FIND(SetFanSpeed);
-        FIND(SetFanSpeedTable);
-        FIND(GetFanSetting);
-        FIND(SetPowerLimit);
-        FIND(SetPowerLimitDefault);
-        FIND(GetPowerLimitSetting);
-        FIND(SetPerformanceUser);
-        FIND(SetPerformanceOC);
-        FIND(SetPerformanceDefault);
-        FIND(SetPerformanceSilent);
-        FIND(GetGpuClockSetting);
-        FIND(GetMemClockSetting);
-        FIND(GetExternalPerformanceParameter);
-#undef FIND
+        exports_ = test::FindExports(module_);
     }
     ~LoadedLibrary() {
         ::FreeLibrary(module_);
@@ -81,19 +57,9 @@ public:
     LoadedLibrary(LoadedLibrary const&) = delete;
     LoadedLibrary& operator=(LoadedLibrary const&) = delete;
 
-    test::Exports const& Exports() const {
-        return exports_;
-    }
+    test::Exports const& Exports() const { return exports_; }
 
 private:
-    template <class Function>
-    void Find(char const* name, Function& function) {
-        function = reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module_, name)));
-        if (function == nullptr) {
-            throw std::runtime_error(std::string("no export ") + name);
-        }
-    }
-
     HMODULE module_;
     test::Exports exports_{};
 };

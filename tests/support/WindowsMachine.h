@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "Machine.h"
 #include "wmi/WmiStandIn.h"
 
 namespace gputune::test {
@@ -12,5 +13,8 @@ sim::WmiStandIn& Wmi();
 
 // The loaded gputune.dll.
 HMODULE LibraryUnderTest();
+
+// The exports of a library that was loaded otherwise. Throws std::runtime_error when one is missing.
+Exports FindExports(HMODULE library);
 
 }  // namespace gputune::test

@@ -82,6 +82,35 @@ HMODULE LibraryUnderTest() {
     return module;
 }
 
+Exports FindExports(HMODULE library) {
+    Exports found{};
+#define FIND(name) Find(library, #name, found.name)
+    FIND(InitVGAHelper);
+    FIND(IsInitOk);
+    FIND(GetVendorInfo);
+    FIND(SetActiveAdapterIndex);
+    FIND(GetActiveAdapterIndex);
+    FIND(GetVGAInfo);
+    FIND(FetchHwmValues);
+    FIND(GetHwmValue);
+    FIND(GetFrameRate);
+    FIND(SetFanSpeed);
+    FIND(SetFanSpeedTable);
+    FIND(GetFanSetting);
+    FIND(SetPowerLimit);
+    FIND(SetPowerLimitDefault);
+    FIND(GetPowerLimitSetting);
+    FIND(SetPerformanceUser);
+    FIND(SetPerformanceOC);
+    FIND(SetPerformanceDefault);
+    FIND(SetPerformanceSilent);
+    FIND(GetGpuClockSetting);
+    FIND(GetMemClockSetting);
+    FIND(GetExternalPerformanceParameter);
+#undef FIND
+    return found;
+}
+
 namespace host {
 
 void InstallCaptions(std::vector<std::wstring> const& captions) {
@@ -108,32 +137,7 @@ Exports const& LoadLibraryUnderTest() {
         static ImportHook* const hooks[] = {new ImportHook("LoadLibraryExW", RecordingLoad),
                                             new ImportHook("FreeLibrary", RecordingUnload)};
         static_cast<void>(hooks);
-        Exports found{};
-#define FIND(name) Find(LibraryUnderTest(), #name, found.name)
-        FIND(InitVGAHelper);
-        FIND(IsInitOk);
-        FIND(GetVendorInfo);
-        FIND(SetActiveAdapterIndex);
-        FIND(GetActiveAdapterIndex);
-        FIND(GetVGAInfo);
-        FIND(FetchHwmValues);
-        FIND(GetHwmValue);
-        FIND(GetFrameRate);
-        FIND(SetFanSpeed);
-        FIND(SetFanSpeedTable);
-        FIND(GetFanSetting);
-        FIND(SetPowerLimit);
-        FIND(SetPowerLimitDefault);
-        FIND(GetPowerLimitSetting);
-        FIND(SetPerformanceUser);
-        FIND(SetPerformanceOC);
-        FIND(SetPerformanceDefault);
-        FIND(SetPerformanceSilent);
-        FIND(GetGpuClockSetting);
-        FIND(GetMemClockSetting);
-        FIND(GetExternalPerformanceParameter);
-#undef FIND
-        return found;
+        return FindExports(LibraryUnderTest());
     }();
     return exports;
 }
