@@ -145,8 +145,12 @@ Exports const& Machine::Api() {
     return host::LoadLibraryUnderTest();
 }
 
-bool Machine::Init(int logMode) {
+void Machine::InstallCaptions() const {
     host::InstallCaptions(captions_);
+}
+
+bool Machine::Init(int logMode) {
+    InstallCaptions();
     return Api().InitVGAHelper(logMode);
 }
 

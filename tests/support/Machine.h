@@ -120,6 +120,9 @@ public:
     template <class... Args>
     int Ctl(std::string const& name, Args... args);
 
+    // Let the library under test find the machine's display controllers, as Init does.
+    void InstallCaptions() const;
+
     // InitVGAHelper with this log mode; the file by default, which TakeLog reads. The calls and the log of the
     // initialisation stay to be looked at.
     bool Init(int logMode = GPUTUNE_LOG_FILE);

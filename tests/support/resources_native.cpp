@@ -1,0 +1,28 @@
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+
+#include "Resources.h"
+
+// The address sanitizer's. Its header is not everywhere where the compiler is.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+
+namespace gputune::test {
+
+namespace {
+
+long long CountIn(char const* directory) {
+    return std::distance(std::filesystem::directory_iterator(directory), std::filesystem::directory_iterator{});
+}
+
+}  // namespace
+
+Resources ResourcesNow() {
+    Resources now;
+    now.bytes = static_cast<long long>(__sanitizer_get_current_allocated_bytes());
+    now.handles = CountIn("/proc/self/fd");
+    now.threads = CountIn("/proc/self/task");
+    return now;
+}
+
+}  // namespace gputune::test
