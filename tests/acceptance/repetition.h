@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 #if !defined(_WIN32)
 #include "FakeSystem.h"
 #endif
@@ -67,8 +69,15 @@ inline void Forget(Machine& machine) {
     ForgetLoads(machine);
 }
 
+// Under Windows without the frame rate, which asks about a display: Wine starts its desktop for that, and two tests
+// that are the first to need one at times wait for each other for good.
 inline void CallEverything(Exports const& api) {
     for (Operation const& operation : Operations()) {
+#if defined(_WIN32)
+        if (std::string_view(operation.name) == "GetFrameRate") {
+            continue;
+        }
+#endif
         operation.call(api, {1, 2, 3, 4});
     }
 }

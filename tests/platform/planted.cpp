@@ -30,6 +30,11 @@ extern "C" __declspec(dllexport) void* NVAPI_CDECL nvapi_QueryInterface(std::uin
                                       : nullptr;
 }
 
+// The next initialisation is the first again.
+extern "C" __declspec(dllexport) void Planted_Forget() {
+    g_initializations = 0;
+}
+
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH && ::GetEnvironmentVariableW(L"GPUTUNE_SHOW_PLANTED", nullptr, 0) != 0) {
         char path[MAX_PATH + 16] = "loaded ";

@@ -15,7 +15,9 @@ class ImportHook {
 public:
     // Throws when the library imports no function of this name.
     template <class Function>
-    ImportHook(char const* name, Function* replacement) : slot_(FindSlot(name)) {
+    ImportHook(char const* name, Function* replacement) : ImportHook(LibraryUnderTest(), name, replacement) {}
+    template <class Function>
+    ImportHook(HMODULE library, char const* name, Function* replacement) : slot_(FindSlot(library, name)) {
         original_ = Exchange(reinterpret_cast<ULONG_PTR>(replacement));
     }
     ~ImportHook() { Exchange(original_); }
@@ -23,20 +25,19 @@ public:
     ImportHook& operator=(ImportHook const&) = delete;
 
 private:
-    static unsigned char* At(DWORD offset) { return reinterpret_cast<unsigned char*>(LibraryUnderTest()) + offset; }
-
-    static ULONG_PTR* FindSlot(char const* name) {
-        auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(At(0));
-        auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(At(static_cast<DWORD>(dos->e_lfanew)));
+    static ULONG_PTR* FindSlot(HMODULE module, char const* name) {
+        auto const at = [module](DWORD offset) { return reinterpret_cast<unsigned char*>(module) + offset; };
+        auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(at(0));
+        auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(at(static_cast<DWORD>(dos->e_lfanew)));
         DWORD const imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-        for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR const*>(At(imports)); library->Name != 0;
+        for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR const*>(at(imports)); library->Name != 0;
              ++library) {
-            auto const* names = reinterpret_cast<IMAGE_THUNK_DATA const*>(At(library->OriginalFirstThunk));
-            auto* addresses = reinterpret_cast<IMAGE_THUNK_DATA*>(At(library->FirstThunk));
+            auto const* names = reinterpret_cast<IMAGE_THUNK_DATA const*>(at(library->OriginalFirstThunk));
+            auto* addresses = reinterpret_cast<IMAGE_THUNK_DATA*>(at(library->FirstThunk));
             for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
                 if (!IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) {
                     auto const* const byName =
-                        reinterpret_cast<IMAGE_IMPORT_BY_NAME const*>(At(names->u1.AddressOfData));
+                        reinterpret_cast<IMAGE_IMPORT_BY_NAME const*>(at(names->u1.AddressOfData));
                     if (std::strcmp(reinterpret_cast<char const*>(&byName->Name), name) == 0) {
                         return reinterpret_cast<ULONG_PTR*>(&addresses->u1.Function);
                     }
