@@ -12,6 +12,8 @@
 // The order of the operations is fixed.
 #pragma once
 
+#include <cstdint>
+
 #include "adapter/HwmValueTable.h"
 #include "adapter/records.h"
 
