@@ -29,7 +29,7 @@ namespace {
 
 // Another value in every process, and in every load: the system encodes pointers with a random number that it draws for
 // each process. A function that checks the value must not change it.
-[[gnu::constructor(101), gnu::no_stack_protector]] void ChooseValue() {
+__attribute__((constructor(101), no_stack_protector)) void ChooseValue() {
     LARGE_INTEGER counter;
     ::QueryPerformanceCounter(&counter);
     __stack_chk_guard = reinterpret_cast<std::uintptr_t>(::EncodePointer(&counter)) ^ counter.LowPart;

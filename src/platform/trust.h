@@ -21,7 +21,7 @@ public:
     bool IsTrusted() const { return trusted_; }
 
 private:
-    void* file_ = nullptr;
+    [[maybe_unused]] void* file_ = nullptr;
     bool trusted_ = false;
 };
 

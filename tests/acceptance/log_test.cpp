@@ -81,7 +81,7 @@ TEST_P(LogMode, OfTheFirstCallDecidesWhereTheLogGoes) {
     Machine machine = UnsupportedMachine();
 
     bool initialized = true;
-    std::string const printed = StandardOutputOf([&] { initialized = machine.Init(number); });
+    std::string const printed = StandardOutputOf([&, mode = number] { initialized = machine.Init(mode); });
 
     EXPECT_FALSE(initialized);
     EXPECT_EQ(machine.Api().GetVendorInfo(), 0U);

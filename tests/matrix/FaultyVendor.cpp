@@ -22,6 +22,13 @@ int IntAt(unsigned char const* place) {
     return value;
 }
 
+// The block that the pointer at this place leads to.
+unsigned char* ListAt(unsigned char const* place) {
+    unsigned char* block = nullptr;
+    std::memcpy(&block, place, sizeof block);
+    return block;
+}
+
 VendorOutput const* ListOf(char const* entryPoint) {
     for (VendorOutput const& output : test::VendorOutputs(entryPoint)) {
         if (output.kind == VendorOutput::Kind::List) {
@@ -40,7 +47,7 @@ unsigned char* PlaceOf(char const* entryPoint, int const* words, Fault const& fa
     unsigned char* place = Pointer(words[fault.argument]);
     VendorOutput const* const list = ListOf(entryPoint);
     if (list != nullptr && list->argument == fault.argument) {
-        std::memcpy(&place, place, sizeof place);
+        place = ListAt(place);
     }
     return place == nullptr ? nullptr : place + fault.offset;
 }
@@ -159,7 +166,7 @@ void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
         unsigned char* place = Pointer(words[output.argument]);
         int const size = output.size == test::kSizeInRecord ? IntAt(place) : output.size;
         if (output.kind == VendorOutput::Kind::List) {
-            std::memcpy(&place, place, sizeof place);
+            place = ListAt(place);
         }
         if (place != nullptr && size > 0) {
             std::memset(place, fault_.value, static_cast<std::size_t>(size));
