@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 namespace gputune::sim {
@@ -97,6 +98,10 @@ double JsonValue::Number(double min, double max) const {
         Fail("a number from " + json(min).dump() + " to " + json(max).dump());
     }
     return value;
+}
+
+bool JsonValue::IsNull() const {
+    return value_->is_null();
 }
 
 bool JsonValue::Bool() const {

@@ -10,7 +10,8 @@
 #include <stdexcept>
 #include <string>
 
-#include <nlohmann/json.hpp>
+// The whole header takes the compiler longer than any file that reads a part of a board.
+#include <nlohmann/json_fwd.hpp>
 
 namespace gputune::sim {
 
@@ -37,7 +38,7 @@ public:
     int Mask() const;
     // The position of the text in a list of names.
     std::size_t Choice(std::initializer_list<char const*> names) const;
-    bool IsNull() const { return value_->is_null(); }
+    bool IsNull() const;
     // Calls with each element of an array.
     void ForEach(std::function<void(JsonValue const&)> const& visit) const;
 
