@@ -1,5 +1,5 @@
 # The third-party libraries, each under the name its own package gives it:
-#   tinyxml2::tinyxml2  CLI11::CLI11  nlohmann_json::nlohmann_json  GTest::gtest(_main) GTest::gmock(_main)
+#   tinyxml2::tinyxml2  CLI11::CLI11  nlohmann_json::nlohmann_json  GTest::gtest(_main)
 #   benchmark::benchmark(_main)
 # and uPlot, a script for pages, whose files are below GPUTUNE_UPLOT_DIR.
 #
@@ -88,9 +88,11 @@ if(GPUTUNE_BUILD_TESTS)
     if(NOT TARGET GTest::gtest)
         gputune_require_source(GoogleTest "${GPUTUNE_GOOGLETEST_DIR}/CMakeLists.txt")
         set(INSTALL_GTEST OFF)
+        set(BUILD_GMOCK OFF)
         add_subdirectory("${GPUTUNE_GOOGLETEST_DIR}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
-        foreach(name gtest gtest_main gmock gmock_main)
+        foreach(name gtest gtest_main)
             target_link_libraries(${name} PRIVATE gputune::platform_flags)
+            target_compile_options(${name} PRIVATE -O0 -g0)
             if(NOT TARGET GTest::${name})
                 add_library(GTest::${name} ALIAS ${name})
             endif()

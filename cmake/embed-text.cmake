@@ -33,5 +33,6 @@ function(gputune_embed_text target name file)
         DEPENDS "${file}" "${gputune_embed_script}"
         COMMENT "Embedding ${file}"
         VERBATIM)
+    set_source_files_properties("${source}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_sources(${target} PRIVATE "${source}")
 endfunction()

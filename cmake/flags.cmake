@@ -75,4 +75,15 @@ if(GPUTUNE_SANITIZE)
     # For everything, third-party code included: a container that crosses from checked to unchecked code gives false alarms.
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
+    # The scripted entry points have one signature for all; under cdecl that is none of the caller's business.
+    add_compile_options($<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
 endif()
+
+# gputune_compile_together(<target>)  For sources whose headers take the compiler longer than they do themselves.
+function(gputune_compile_together target)
+    # Two halves, one for each of the processors that even a small machine has.
+    get_target_property(sources ${target} SOURCES)
+    list(LENGTH sources count)
+    math(EXPR half "(${count} + 1) / 2")
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${GPUTUNE_UNITY} UNITY_BUILD_BATCH_SIZE ${half})
+endfunction()

@@ -22,3 +22,22 @@ function(gputune_discover_tests target)
         ${arg_UNPARSED_ARGUMENTS}
         PROPERTIES TIMEOUT 60 ${arg_PROPERTIES})
 endfunction()
+
+# gputune_compile_quickly(<target>)  Tests are read by the compiler far more often than they run: no optimisation, and
+#                                    GoogleTest's headers parsed once.
+function(gputune_compile_quickly target)
+    target_compile_options(${target} PRIVATE -O0 -g1)
+    target_precompile_headers(${target} PRIVATE <gtest/gtest.h> <string> <vector>)
+endfunction()
+
+# gputune_release_tests(<test>...)  Tests that guard a release and not every checkout: ./test leaves them out, ./test --all
+#                                   runs them.
+function(gputune_release_tests)
+    set_property(TEST ${ARGN} APPEND PROPERTY LABELS release)
+endfunction()
+# The programs that only those tests need.
+add_custom_target(release_tests)
+function(gputune_release_programs)
+    set_target_properties(${ARGN} PROPERTIES EXCLUDE_FROM_ALL ON)
+    add_dependencies(release_tests ${ARGN})
+endfunction()

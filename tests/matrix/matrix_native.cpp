@@ -1,13 +1,12 @@
 // The matrix against the library's code compiled for this system with sanitizers, each cell in a process of its own.
 //
 //     matrix                     all cells
-//     matrix PART OF             the PART-th (from 0) of every OF cells; "today" is another part every day
+//     matrix PART OF             the PART-th (from 0) of every OF cells
 //     matrix --only TEXT         those whose names hold the text; a red cell's name is printed
 //     matrix --list              their names
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 
 #include "Child.h"
 #include "NativeSurroundings.h"
@@ -183,10 +182,8 @@ Choice Parse(int argc, char** argv) {
     } else if (argc == 3 && std::strcmp(argv[1], "--only") == 0) {
         choice.only = argv[2];
     } else if (argc == 3 && std::atoi(argv[2]) > 0) {
-        constexpr std::time_t kDay = 24 * 60 * 60;
+        choice.part = std::atoi(argv[1]);
         choice.of = std::atoi(argv[2]);
-        choice.part = std::strcmp(argv[1], "today") == 0 ? static_cast<int>(std::time(nullptr) / kDay % choice.of)
-                                                         : std::atoi(argv[1]);
         std::printf("part %d of %d\n", choice.part, choice.of);
         std::fflush(stdout);
     } else if (argc != 1) {

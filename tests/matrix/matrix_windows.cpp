@@ -1,7 +1,6 @@
-// A sample of the matrix against the real gputune.dll, which is loaded anew for every cell.
+// The matrix against the real gputune.dll, which is loaded anew for every cell.
 //
-//     windows_matrix BOARD PART OF       the PART-th (from 0) of every OF cells of the board at this position; as PART,
-//                                        "today" is another one every day
+//     windows_matrix BOARD PART OF       the PART-th (from 0) of every OF cells of the board at this position
 //     windows_matrix BOARD --only TEXT   the cells whose names hold the text
 //
 // One board in a process, as the vendors' libraries are loaded for its life. What needs the native machine is left out:
@@ -12,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 
@@ -140,10 +138,7 @@ int Main(int argc, char** argv) {
     }
     std::string const only = std::strcmp(argv[2], "--only") == 0 ? argv[3] : "";
     auto const of = only.empty() ? static_cast<std::size_t>(std::atoi(argv[3])) : 1;
-    constexpr std::time_t kDay = 24 * 60 * 60;
-    auto const part = !only.empty()                        ? 0
-                      : std::strcmp(argv[2], "today") == 0 ? static_cast<std::size_t>(std::time(nullptr) / kDay) % of
-                                                           : static_cast<std::size_t>(std::atoi(argv[2]));
+    auto const part = only.empty() ? static_cast<std::size_t>(std::atoi(argv[2])) : 0;
     ::AddVectoredExceptionHandler(1, ReportFault);
     WindowsMatrix matrix(boards[position]);
     std::vector<Cell> const cells = matrix.Cells();

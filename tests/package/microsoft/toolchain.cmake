@@ -2,7 +2,7 @@
 # the system but what this folder declares; MICROSOFT_RUNTIME is where it was compiled to.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
-set(CMAKE_C_COMPILER clang-14)
+set(CMAKE_C_COMPILER clang)
 set(CMAKE_C_COMPILER_TARGET i686-pc-windows-msvc)
 set(CMAKE_AR llvm-ar-14 CACHE FILEPATH "")
 set(CMAKE_C_FLAGS_INIT "-ffreestanding -isystem ${CMAKE_CURRENT_LIST_DIR}/include")
