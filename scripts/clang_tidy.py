@@ -24,7 +24,6 @@ import threading
 
 # Of a batch. The longer, the fewer times the headers are read; the shorter, the better all processors have work.
 _MOST_FILES = 12
-_COMPILER = "i686-w64-mingw32-g++-posix"
 _ERROR = re.compile(r"^(?P<file>[^\s:]+\.cpp):\d+:\d+: error: ", re.MULTILINE)
 
 
@@ -37,10 +36,6 @@ class Sources:
 
     def __init__(self, build, folders):
         root = os.getcwd()
-        headers = output_of(_COMPILER, "-print-file-name=include/c++").strip()
-        # The commands are GCC's: clang is told the target, and where GCC's C++ library is.
-        self._extra = ["--target=i686-w64-mingw32", "-stdlib++-isystem" + headers,
-                       "-isystem" + headers + "/i686-w64-mingw32"]
         self.arguments = {}
         self.directory = os.path.abspath(build)
         with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
@@ -52,9 +47,8 @@ class Sources:
         self._headers = self._included(build)
 
     def _flags(self, command):
-        """Without the compiler, the files, and the one flag that clang does not know."""
-        command = [word for word in command if word != "-fno-keep-inline-dllexport"]
-        return self._extra + command[1:command.index("-o")]
+        """Without the compiler and the files."""
+        return command[1:command.index("-o")]
 
     @staticmethod
     def _included(build):
@@ -96,7 +90,7 @@ class Tidy:
             source = os.path.join(os.path.abspath(self._state), hashlib.sha256(" ".join(paths).encode()).hexdigest()[:16] + ".cpp")
             with open(source, "w", encoding="utf-8") as file:
                 file.write("".join(f'#include "{os.path.abspath(path)}"\n' for path in paths))
-        command = [program, *options, source] + (["--"] if program != "clang++-14" else []) + arguments
+        command = [program, *options, source] + (["--"] if program != "clang++" else []) + arguments
         done = subprocess.run(command, cwd=self._sources.directory, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
         if len(paths) > 1:
             os.remove(source)
@@ -111,7 +105,7 @@ class Tidy:
             while files:
                 together, later = files[:_MOST_FILES], []
                 while len(together) > 1:
-                    _, said = self._ask(together, "clang++-14", "-fsyntax-only", "-w", "-ferror-limit=0")
+                    _, said = self._ask(together, "clang++", "-fsyntax-only", "-w", "-ferror-limit=0")
                     wrong = {os.path.relpath(match["file"]) for match in _ERROR.finditer(said)}
                     if not wrong:
                         break
@@ -124,7 +118,7 @@ class Tidy:
         options = ["--quiet", "--warnings-as-errors=*"]
         if len(paths) > 1:
             options += ["--header-filter=" + self._filter(), "--checks=-bugprone-suspicious-include"]
-        code, said = self._ask(paths, "clang-tidy-14", *options)
+        code, said = self._ask(paths, "clang-tidy", *options)
         if code == 0:
             return True
         if len(paths) > 1:
