@@ -3,7 +3,8 @@
 #   library        bin/gputune.dll
 #   development    include/, lib/: import libraries, CMake package, pkg-config file
 #   tool           bin/gputunectl.exe and the example profile file, which it reads from bin/Config
-#   simulation     bin/sim, share/gputune/boards, headers and import library for programs that use simulated boards
+#   simulation     bin/sim, share/gputune/boards; headers, import libraries and pkg-config file for programs that use
+#                  simulated boards
 #   bindings       share/gputune/bindings
 #   documentation  share/gputune: documents, licences, the example profile file, the schemas
 if(NOT WIN32)
@@ -17,15 +18,17 @@ install(TARGETS gputune
     ARCHIVE DESTINATION lib COMPONENT development)
 
 gputune_microsoft_import_library(gputune microsoftLibrary)
+gputune_microsoft_import_library(gputune_sim microsoftSimLibrary)
 if(microsoftLibrary)
     install(FILES "${microsoftLibrary}" DESTINATION lib COMPONENT development)
+    install(FILES "${microsoftSimLibrary}" DESTINATION lib COMPONENT simulation)
 endif()
 install(FILES include/gputune.h DESTINATION include COMPONENT development)
 
 # All that has to be built before an installation.
 add_custom_target(package_contents DEPENDS gputune gputunectl sim)
 if(microsoftLibrary)
-    add_dependencies(package_contents gputune_microsoft_import_library)
+    add_dependencies(package_contents gputune_microsoft_import_library gputune_sim_microsoft_import_library)
 endif()
 
 set(packageDir "${PROJECT_BINARY_DIR}/package")
@@ -38,6 +41,8 @@ install(FILES "${packageDir}/gputuneConfig.cmake" "${packageDir}/gputuneConfigVe
     DESTINATION lib/cmake/gputune COMPONENT development)
 configure_file(cmake/package/gputune.pc.in "${packageDir}/gputune.pc" @ONLY)
 install(FILES "${packageDir}/gputune.pc" DESTINATION lib/pkgconfig COMPONENT development)
+configure_file(cmake/package/gputune_sim.pc.in "${packageDir}/gputune_sim.pc" @ONLY)
+install(FILES "${packageDir}/gputune_sim.pc" DESTINATION lib/pkgconfig COMPONENT simulation)
 
 install(TARGETS gputunectl RUNTIME DESTINATION bin COMPONENT tool)
 install(FILES Config/ConfigModel.xml DESTINATION bin/Config COMPONENT tool)
