@@ -59,5 +59,5 @@ install(DIRECTORY docs licenses Config DESTINATION share/gputune COMPONENT docum
 install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
     DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
-    FILES_MATCHING REGEX "\\.(cs|js|json|py)$"
+    FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
