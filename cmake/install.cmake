@@ -6,12 +6,13 @@
 #   simulation     bin/sim, share/gputune/boards; headers, import libraries and pkg-config file for programs that use
 #                  simulated boards
 #   bindings       share/gputune/bindings
-#   documentation  share/gputune: documents, licences, the example profile file, the schemas
+#   documentation  README.txt; share/gputune: documents, licences, the example profile file, the schemas
 if(NOT WIN32)
     return()
 endif()
 include(CMakePackageConfigHelpers)
 include(import-library)
+include(package/documents)
 
 install(TARGETS gputune
     RUNTIME DESTINATION bin COMPONENT library
@@ -53,9 +54,13 @@ install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION lib COMPONENT simu
 install(DIRECTORY sim/include/ DESTINATION include COMPONENT simulation)
 install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)
 
+# For someone who has unpacked the ZIP on Windows; README.md is for the source tree.
+configure_file(cmake/package/README.txt.in "${packageDir}/README.txt" @ONLY NEWLINE_STYLE CRLF)
+install(FILES "${packageDir}/README.txt" DESTINATION . COMPONENT documentation)
 # Laid out as in the source tree, so that the links between the documents hold.
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION share/gputune COMPONENT documentation)
-install(DIRECTORY docs licenses Config DESTINATION share/gputune COMPONENT documentation PATTERN reference EXCLUDE)
+gputune_released_documents("${packageDir}/docs")
+install(FILES CHANGELOG.md LICENSE DESTINATION share/gputune COMPONENT documentation)
+install(DIRECTORY "${packageDir}/docs" licenses Config DESTINATION share/gputune COMPONENT documentation)
 install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
     DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings

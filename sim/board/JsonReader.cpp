@@ -61,7 +61,8 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     return distance[a.size()][b.size()];
 }
 
-// Whether one is the other mistyped: two mistakes at most, and one in a short word, so that "min" is not taken for "max".
+// Whether one is the other mistyped: two mistakes at most, and one in a short word, so that "min" is not taken for
+// "max".
 bool IsNearly(std::string_view a, std::string_view b) {
     constexpr std::size_t kShort = 5;
     constexpr std::size_t kLongest = 64;

@@ -1,8 +1,8 @@
 /*
  * gputune_sim.h - control interface of the simulated boards' vendor libraries, plain C.
  *
- * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below, and those of
- * gputune_sim_host.h under "The running board", which gputune_sim.dll passes on to it. There is no import library: a
+ * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below, and the four of
+ * gputune_sim_host.h that change a running board, which gputune_sim.dll passes on to it. There is no import library: a
  * stand-in is found at run time, once it is loaded. One caller at a time. Strings are UTF-8 and copied.
  * docs/board-files.md describes boards.
  */

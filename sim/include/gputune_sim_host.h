@@ -52,8 +52,6 @@ GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_StartText(const char* boardJson,
  */
 GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Stop(void);
 
-/* ---- The running board ------------------------------------------------------------------------------------------- */
-
 /*
  * Make an entry point of the vendor's library return a result without doing anything, whatever it would have answered,
  * until GputuneSim_ClearFaults or the next start.
@@ -61,8 +59,8 @@ GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Stop(void);
  * entryPoint  its name, as in the "faults" of a board file: "ADL2_OverdriveN_FanControl_Set"
  * result      what it returns; 0 is success with every vendor
  *
- * 1 when that holds from now on; 0, and nothing has changed, when no board runs, the vendor's library has no entry point
- * of that name, or what the entry point returns is no result (nvapi_QueryInterface).
+ * 1 when that holds from now on; 0, and nothing has changed, when no board runs, the vendor's library has no entry
+ * point of that name, or what the entry point returns is no result (nvapi_QueryInterface).
  */
 GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_SetResult(const char* entryPoint, int result);
 

@@ -5,8 +5,8 @@
 
 namespace gputune::sim {
 
-// All texts that a vendor's library hands out. A character that the code page does not have becomes what the system puts
-// in its place, mostly a question mark.
+// All texts that a vendor's library hands out. A character that the code page does not have becomes what the system
+// puts in its place, mostly a question mark.
 void ToAnsi(Board& board);
 
 }  // namespace gputune::sim

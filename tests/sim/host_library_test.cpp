@@ -201,7 +201,8 @@ TEST_F(HostLibrary, BoardIsRefusedWhenAVendorsOwnLibraryIsLoaded) {
     EXPECT_EQ(::GetModuleHandleW(L"atiadlxy.dll"), nullptr);
 }
 
-// The running board ----------------------------------------------------------------------------------------------------
+// The running board
+// ----------------------------------------------------------------------------------------------------
 
 TEST_F(HostLibrary, OrderedResultIsReturnedUntilTheOrdersAreTakenBack) {
     ASSERT_EQ(Start("overdrive8.json"), "");
@@ -274,7 +275,8 @@ TEST_F(HostLibrary, BoardNameArrivesInTheAnsiCodePage) {
     ASSERT_EQ(startText_(text.c_str(), nullptr, 0), 1);
     ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
     char expected[64] = "";
-    ::WideCharToMultiByte(CP_ACP, 0, L"Gr\u00FCn \u5361 RX 580 Series", -1, expected, sizeof(expected), nullptr, nullptr);
+    ::WideCharToMultiByte(CP_ACP, 0, L"Gr\u00FCn \u5361 RX 580 Series", -1, expected, sizeof(expected), nullptr,
+                          nullptr);
     EXPECT_STREQ(getVgaInfo_().AdapterName, expected);
 }
 
