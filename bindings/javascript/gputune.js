@@ -204,7 +204,7 @@ const untouched = -(2 ** 31);
 
 // The library's functions, with these differences: GetVendorInfo gives { vendor, api }; GetFanSetting's Points are
 // those that count, and a field that the board does not tell is null; SetFanSpeedTable takes an array of
-// { FanTemperature, FanSpeed }. Without a file, gputune.dll is taken from beside this one.
+// { FanTemperature, FanSpeed }; SetFanSpeed takes no more than 100. Without a file, gputune.dll is taken from beside this one.
 function load(file = path.join(__dirname, 'gputune.dll')) {
     checkProcess();
     const { koffi, records } = declare();

@@ -68,8 +68,8 @@ GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_SetResult(const char* entryPoint
 GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_ClearFaults(void);
 
 /*
- * Hide an entry point until the next start: who looks for it from now on does not find it. A program that has its
- * address already can still call it: gputune.dll looks for what it needs in InitVGAHelper.
+ * Hide an entry point until the next start: who looks for it from now on does not find it. Who has its address already
+ * can still call it, as gputune.dll does with all that its first InitVGAHelper has found: hide it before that.
  *
  * 1 when it is hidden; 0 when no board runs or the vendor's library has no entry point of that name.
  */
