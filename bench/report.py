@@ -209,7 +209,11 @@ def page(data, runs):
     missed = "\n".join(table.missed) if table.missed else "Nothing."
     return f"""# Performance
 
-Made by `scripts/bench --write`, which measures everything anew: do not edit. Each figure stands beside its floor, the least
+<!-- in the source tree -->
+Made by `scripts/bench --write`, which measures everything anew: do not edit.
+
+<!-- /in the source tree -->
+Each figure stands beside its floor, the least
 that any library in its place would do, measured in turn with it in the same run. The vendors' libraries cost next to nothing
 here (`bench/null_*.cpp`), so that what is seen is the library's own share; a real driver's call takes microseconds to
 milliseconds. Under Wine, on a machine with {os.cpu_count()} processors; medians of {runs} runs; times of calls are processor time.

@@ -3,29 +3,33 @@
 #   library        bin/gputune.dll
 #   development    include/, lib/: import libraries, CMake package, pkg-config file
 #   tool           bin/gputunectl.exe and the example profile file, which it reads from bin/Config
-#   simulation     bin/sim, share/gputune/boards, headers and import library for programs that use simulated boards
+#   simulation     bin/sim, share/gputune/boards; headers, import libraries and pkg-config file for programs that use
+#                  simulated boards
 #   bindings       share/gputune/bindings
-#   documentation  share/gputune: documents, licences, the example profile file, the schemas
+#   documentation  README.txt; share/gputune: documents, licences, the example profile file, the schemas
 if(NOT WIN32)
     return()
 endif()
 include(CMakePackageConfigHelpers)
 include(import-library)
+include(package/documents)
 
 install(TARGETS gputune
     RUNTIME DESTINATION bin COMPONENT library
     ARCHIVE DESTINATION lib COMPONENT development)
 
 gputune_microsoft_import_library(gputune microsoftLibrary)
+gputune_microsoft_import_library(gputune_sim microsoftSimLibrary)
 if(microsoftLibrary)
     install(FILES "${microsoftLibrary}" DESTINATION lib COMPONENT development)
+    install(FILES "${microsoftSimLibrary}" DESTINATION lib COMPONENT simulation)
 endif()
 install(FILES include/gputune.h DESTINATION include COMPONENT development)
 
 # All that has to be built before an installation.
 add_custom_target(package_contents DEPENDS gputune gputunectl sim)
 if(microsoftLibrary)
-    add_dependencies(package_contents gputune_microsoft_import_library)
+    add_dependencies(package_contents gputune_microsoft_import_library gputune_sim_microsoft_import_library)
 endif()
 
 set(packageDir "${PROJECT_BINARY_DIR}/package")
@@ -38,6 +42,8 @@ install(FILES "${packageDir}/gputuneConfig.cmake" "${packageDir}/gputuneConfigVe
     DESTINATION lib/cmake/gputune COMPONENT development)
 configure_file(cmake/package/gputune.pc.in "${packageDir}/gputune.pc" @ONLY)
 install(FILES "${packageDir}/gputune.pc" DESTINATION lib/pkgconfig COMPONENT development)
+configure_file(cmake/package/gputune_sim.pc.in "${packageDir}/gputune_sim.pc" @ONLY)
+install(FILES "${packageDir}/gputune_sim.pc" DESTINATION lib/pkgconfig COMPONENT simulation)
 
 install(TARGETS gputunectl RUNTIME DESTINATION bin COMPONENT tool)
 install(FILES Config/ConfigModel.xml DESTINATION bin/Config COMPONENT tool)
@@ -48,11 +54,15 @@ install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION lib COMPONENT simu
 install(DIRECTORY sim/include/ DESTINATION include COMPONENT simulation)
 install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)
 
+# For someone who has unpacked the ZIP on Windows; README.md is for the source tree.
+configure_file(cmake/package/README.txt.in "${packageDir}/README.txt" @ONLY NEWLINE_STYLE CRLF)
+install(FILES "${packageDir}/README.txt" DESTINATION . COMPONENT documentation)
 # Laid out as in the source tree, so that the links between the documents hold.
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION share/gputune COMPONENT documentation)
-install(DIRECTORY docs licenses Config DESTINATION share/gputune COMPONENT documentation PATTERN reference EXCLUDE)
+gputune_released_documents("${packageDir}/docs")
+install(FILES CHANGELOG.md LICENSE DESTINATION share/gputune COMPONENT documentation)
+install(DIRECTORY "${packageDir}/docs" licenses Config DESTINATION share/gputune COMPONENT documentation)
 install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
     DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
-    FILES_MATCHING REGEX "\\.(cs|js|json|py)$"
+    FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)

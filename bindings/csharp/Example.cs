@@ -25,6 +25,7 @@ internal static class Example
     {
         try
         {
+            GraphicsBoard.CheckProcess();
             if (arguments.Length > 1)
                 Simulate(arguments[1]);
             GraphicsBoard.Start();

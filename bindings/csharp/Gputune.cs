@@ -280,7 +280,7 @@ namespace Gputune
         /// <exception cref="DllNotFoundException">gputune.dll is not beside the program.</exception>
         public static bool TryStart(LogMode log = LogMode.None)
         {
-            CheckProcess(Environment.OSVersion.Platform, IntPtr.Size);
+            CheckProcess();
             return Native.InitVGAHelper((int)log) && Native.IsInitOk();
         }
 
@@ -300,6 +300,16 @@ namespace Gputune
         public static ApiType Api
         {
             get { return (ApiType)(Native.GetVendorInfo() >> 32); }
+        }
+
+        /// <summary>
+        /// What <see cref="Start"/> sees to first, for a program that loads other 32-bit libraries before. A member that
+        /// is used before the start sees to it, too: the exception is then that of a type initializer.
+        /// </summary>
+        /// <exception cref="PlatformNotSupportedException">This is no 32-bit Windows process.</exception>
+        public static void CheckProcess()
+        {
+            CheckProcess(Environment.OSVersion.Platform, IntPtr.Size);
         }
 
         internal static void CheckProcess(PlatformID system, int pointerSize)
@@ -584,6 +594,12 @@ namespace Gputune
         private const int TextCapacity = 256;
         private const string Library = "gputune.dll";
         private const CallingConvention Convention = CallingConvention.Cdecl;
+
+        // Before the first of the functions is called, and the library loaded for it.
+        static Native()
+        {
+            GraphicsBoard.CheckProcess();
+        }
 
         [StructLayout(LayoutKind.Sequential, CharSet = CharSet.Ansi)]
         internal struct HwmValue

@@ -5,7 +5,6 @@
 
 const path = require('node:path');
 const { parseArgs } = require('node:util');
-const koffi = require('koffi');
 const gputune = require('./gputune');
 
 const { values: options } = parseArgs({
@@ -17,8 +16,9 @@ const { values: options } = parseArgs({
     },
 });
 
-// Gives this process a simulated board, to be called before InitVGAHelper.
+// Gives this process a simulated board, to be called before start().
 function simulate(library, boardFile) {
+    const koffi = require('koffi');
     const start = koffi.load(path.resolve(library)).func(
         'int __cdecl GputuneSim_Start(str boardFile, _Out_ uint8_t* error, int errorSize)');
     const error = Buffer.alloc(512);
@@ -28,27 +28,18 @@ function simulate(library, boardFile) {
 }
 
 function main() {
+    const board = new gputune.Gputune(options.library);
     if (options.simulate) {
         simulate(options.simulate, options.board);
     }
-    const board = gputune.load(options.library);
-    if (!board.InitVGAHelper(gputune.LogMode.NONE) || !board.IsInitOk()) {
-        throw new Error('no graphics board that can be used');
-    }
-    console.log(board.GetVGAInfo().AdapterName);
-
-    board.FetchHwmValues();
-    for (const key of Object.values(gputune.HwmKey)) {
-        const reading = board.GetHwmValue(key);
-        if (reading.Valid) {
-            console.log(`  ${reading.Name.padEnd(25)} ${reading.Value.toFixed(2)}`);
-        }
+    board.start();
+    console.log(board.identity()?.name ?? 'A graphics board');
+    for (const { name, value, unit } of board.readSensors()) {
+        console.log(`  ${name.padEnd(25)} ${value.toFixed(2).padStart(9)} ${unit}`);
     }
 
     if (options.fan !== undefined) {
-        if (!board.SetFanSpeed(Number(options.fan))) {
-            throw new Error(`the board refuses a fan speed of ${options.fan} %`);
-        }
+        board.setFanSpeed(Number(options.fan));
         console.log(`Fan speed set to ${options.fan} %.`);
     }
 }

@@ -284,6 +284,19 @@ def _bind(library: ctypes.CDLL) -> Dict[str, ctypes._CFuncPtr]:
     return functions
 
 
+def _whole(value: int, minimum: int = -(2**31), maximum: int = 2**31 - 1) -> int:
+    """The value of a C integer argument: ctypes would send another one for what does not fit."""
+    if not isinstance(value, int):
+        raise TypeError(f"an integer is needed, not {value!r}")
+    if not minimum <= value <= maximum:
+        raise ValueError(f"{value} is not from {minimum} to {maximum}")
+    return value
+
+
+# What can be sent as an argument of a type.
+_FIT = {c_int: _whole, c_uint32: lambda value: _whole(value, 0, 2**32 - 1)}
+
+
 def _check_process() -> None:
     bits = struct.calcsize("P") * 8
     if sys.platform != "win32" or bits != 32:
@@ -320,7 +333,8 @@ class Gputune:
         self._functions = _bind(ctypes.CDLL(path))
 
     def _call(self, name: str, *arguments):
-        result = _FUNCTIONS[name][0]
+        result, *types = _FUNCTIONS[name]
+        arguments = [_FIT.get(type_, lambda value: value)(value) for type_, value in zip(types, arguments)]
         if not _is_record(result):
             return self._functions[name](*arguments)
         record = result()
@@ -421,7 +435,8 @@ class Gputune:
 
     def set_fan_curve(self, points: Iterable[Tuple[int, int]]) -> None:
         """Set a fan curve: (temperature in °C, speed in percent) in ascending order. Overdrive8 boards take five."""
-        table = [_FanTablePoint(FanSpeed=speed, FanTemperature=temperature) for temperature, speed in points]
+        table = [_FanTablePoint(FanSpeed=_whole(speed), FanTemperature=_whole(temperature))
+                 for temperature, speed in points]
         # Five are read, whatever number is given.
         if not table or (self.api == ApiType.OVERDRIVE8 and len(table) != _OVERDRIVE8_POINTS):
             raise ValueError(f"a fan curve of this board has {_OVERDRIVE8_POINTS} points, not {len(table)}"

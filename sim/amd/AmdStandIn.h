@@ -80,6 +80,7 @@ private:
     AmdStandIn() : StandIn(Vendor::Amd) {}
 
     std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
+    FaultRules Rules() const override { return AmdFaultRules(); }
     std::set<std::string> AbsentWith(Board const& board) const override;
 
     // From the client; null without memory or before there is a context.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <vector>
 
 namespace gputune::sim {
@@ -39,6 +40,34 @@ std::string Cause(json::exception const& error) {
     return cause != std::string::npos    ? what.substr(cause + 2)
            : number != std::string::npos ? what.substr(number + 2)
                                          : what;
+}
+
+// How many letters have to be put in, left out, changed or swapped with their neighbour to make one word the other.
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+    std::vector<std::vector<std::size_t>> distance(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            if (i == 0 || j == 0) {
+                distance[i][j] = i + j;
+                continue;
+            }
+            std::size_t const change = a[i - 1] == b[j - 1] ? 0 : 1;
+            distance[i][j] =
+                std::min({distance[i - 1][j] + 1, distance[i][j - 1] + 1, distance[i - 1][j - 1] + change});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                distance[i][j] = std::min(distance[i][j], distance[i - 2][j - 2] + 1);
+            }
+        }
+    }
+    return distance[a.size()][b.size()];
+}
+
+// Whether one is the other mistyped: two mistakes at most, and one in a short word, so that "min" is not taken for
+// "max".
+bool IsNearly(std::string_view a, std::string_view b) {
+    constexpr std::size_t kShort = 5;
+    constexpr std::size_t kLongest = 64;
+    return a.size() <= kLongest && EditDistance(a, b) <= (std::min(a.size(), b.size()) <= kShort ? 1 : 2);
 }
 
 }  // namespace
@@ -173,14 +202,18 @@ std::optional<JsonValue> JsonObject::Optional(char const* key) {
     if (found == object_.value_->end()) {
         return std::nullopt;
     }
-    return JsonValue(*found, object_.path_.empty() ? key : object_.path_ + "." + key, *object_.source_);
+    return JsonValue(*found, PathTo(key), *object_.source_);
 }
 
 JsonValue JsonObject::Required(char const* key) {
     auto value = Optional(key);
     if (!value) {
-        std::string const path = object_.path_.empty() ? key : object_.path_ + "." + key;
-        throw BoardFileError(*object_.source_ + ": " + path + ": this key is missing");
+        for (auto const& item : object_.value_->items()) {
+            if (!known_.contains(item.key()) && IsNearly(item.key(), key)) {
+                FailMistyped(item.key(), key);
+            }
+        }
+        throw BoardFileError(*object_.source_ + ": " + PathTo(key) + ": this key is missing");
     }
     return *value;
 }
@@ -214,10 +247,21 @@ void JsonObject::Finish() const {
 void JsonObject::FailUnknown(std::string const& key) const {
     std::string expected;
     for (auto const& name : known_) {
+        if (IsNearly(key, name)) {
+            FailMistyped(key, name);
+        }
         expected += (expected.empty() ? "" : ", ") + name;
     }
-    std::string const path = object_.path_.empty() ? key : object_.path_ + "." + key;
-    throw BoardFileError(*object_.source_ + ": " + path + ": unknown key; known are " + expected);
+    throw BoardFileError(*object_.source_ + ": " + PathTo(key) + ": unknown key; known are " + expected);
+}
+
+void JsonObject::FailMistyped(std::string const& key, std::string const& meant) const {
+    throw BoardFileError(*object_.source_ + ": " + (object_.path_.empty() ? "" : object_.path_ + ": ") +
+                         "unknown key \"" + key + "\"; did you mean \"" + meant + "\"?");
+}
+
+std::string JsonObject::PathTo(std::string const& key) const {
+    return object_.path_.empty() ? key : object_.path_ + "." + key;
 }
 
 }  // namespace gputune::sim

@@ -56,6 +56,8 @@ class JsonObject {
 public:
     explicit JsonObject(JsonValue value);
 
+    // Throws when the key is missing; then another one that is nearly the same, and that nobody asked for, is taken for
+    // it mistyped.
     JsonValue Required(char const* key);
     std::optional<JsonValue> Optional(char const* key);
 
@@ -64,13 +66,15 @@ public:
     void Read(char const* key, double& value, double min, double max);
     void Read(char const* key, bool& value);
 
-    // Throws for the first unknown key.
+    // Throws for the first unknown key; for one that is nearly a known one, names that.
     void Finish() const;
 
     JsonValue const& Value() const { return object_; }
 
 private:
     [[noreturn]] void FailUnknown(std::string const& key) const;
+    [[noreturn]] void FailMistyped(std::string const& key, std::string const& meant) const;
+    std::string PathTo(std::string const& key) const;
 
     JsonValue object_;
     std::set<std::string> known_;

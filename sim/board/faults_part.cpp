@@ -6,10 +6,6 @@ namespace gputune::sim {
 
 namespace {
 
-bool Contains(std::span<std::string_view const> names, std::string_view name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 bool Fit(std::span<GarbageFit const> rules, std::string_view entryPoint, Garbage garbage) {
     return std::any_of(rules.begin(), rules.end(),
                        [&](GarbageFit const& fit) { return fit.entryPoint == entryPoint && fit.garbage == garbage; });
@@ -20,7 +16,7 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     Fault fault;
     JsonValue const entryPoint = object.Required("entryPoint");
     fault.entryPoint = entryPoint.String(255);
-    if (!Contains(rules.entryPoints, fault.entryPoint)) {
+    if (!rules.HasEntryPoint(fault.entryPoint)) {
         entryPoint.Fail("the name of an entry point of the vendor's library");
     }
     auto const result = object.Optional("result");
@@ -33,7 +29,7 @@ Fault ReadFault(JsonValue const& value, FaultRules const& rules) {
     if (result) {
         fault.kind = FaultKind::Result;
         fault.result = result->Int();
-        if (Contains(rules.withoutResult, fault.entryPoint)) {
+        if (!rules.HasResult(fault.entryPoint)) {
             result->Fail("no result for " + fault.entryPoint);
         }
     } else if (missing) {

@@ -23,10 +23,6 @@ constexpr TelemetryName kTelemetryNames[] = {
 #include "board/telemetry_items.inc"
 };
 
-double Setting(JsonObject& object, char const* key) {
-    return object.Required(key).Number(-kMaxSetting, kMaxSetting);
-}
-
 OverclockControl ReadControl(JsonValue const& value) {
     JsonObject object(value);
     OverclockControl control;
@@ -34,10 +30,10 @@ OverclockControl ReadControl(JsonValue const& value) {
     object.Read("supported", control.supported);
     object.Read("relative", control.relative);
     object.Read("units", control.units, 0);
-    control.min = Setting(object, "min");
+    control.min = object.Required("min").Number(-kMaxSetting, kMaxSetting);
     control.max = object.Required("max").Number(control.min, kMaxSetting);
     object.Read("step", control.step, 0, kMaxSetting);
-    control.defaultValue = Setting(object, "default");
+    control.defaultValue = object.Required("default").Number(control.min, control.max);
     if (auto const reference = object.Optional("reference")) {
         control.reference = reference->Number(-kMaxSetting, kMaxSetting);
     }

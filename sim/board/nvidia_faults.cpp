@@ -1,4 +1,4 @@
-#include "board/board_parts.h"
+#include "board/FaultRules.h"
 
 namespace gputune::sim {
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <sstream>
 
 #include "board/board_parts.h"
 
@@ -9,6 +10,15 @@ namespace {
 constexpr int kDefaultSettings = 39;
 constexpr int kMaxSettings = 64;  // newer drivers know more than the older records hold
 constexpr int kSensors = 256;
+
+struct Feature {
+    int capability;
+    std::size_t firstSetting, lastSetting;
+};
+constexpr Feature kFeatures[] = {
+#define SIM_OD8_FEATURE(capability, first, last) {capability, first, last},
+#include "board/overdrive8_features.inc"
+};
 
 void ReadSettings(JsonValue const& value, Overdrive8& part) {
     int const last = static_cast<int>(part.settings.size()) - 1;
@@ -28,11 +38,26 @@ void ReadSettings(JsonValue const& value, Overdrive8& part) {
         object.Read("feature", setting.feature);
         setting.min = object.Required("min").Int();
         setting.max = object.Required("max").Int(setting.min);
-        setting.defaultValue = object.Required("default").Int();
+        setting.defaultValue = object.Required("default").Int(setting.min, setting.max);
         setting.current = setting.defaultValue;
         object.Read("current", setting.current);
         object.Finish();
     });
+}
+
+// A driver gives a range for everything it says the board can do.
+void RequireRanges(JsonValue const& settings, Overdrive8 const& part) {
+    for (auto const& feature : kFeatures) {
+        for (std::size_t id = feature.firstSetting; id <= feature.lastSetting; ++id) {
+            Setting const& setting = part.settings[id];
+            if ((part.capabilities & feature.capability) != 0 && setting.min == 0 && setting.max == 0) {
+                std::ostringstream expected;
+                expected << "a range other than 0 to 0 for the setting " << id << ", as \"capabilities\" has 0x"
+                         << std::hex << feature.capability;
+                settings.Fail(expected.str());
+            }
+        }
+    }
 }
 
 Sensor ReadSensor(JsonValue const& value) {
@@ -64,10 +89,12 @@ Overdrive8 ReadOverdrive8(JsonValue const& value) {
     int count = kDefaultSettings;
     object.Read("count", count, 0, kMaxSettings);
     part.settings.resize(static_cast<std::size_t>(count));
-    ReadSettings(object.Required("settings"), part);
+    JsonValue const settings = object.Required("settings");
+    ReadSettings(settings, part);
     // The older records always hold all of theirs.
     part.settings.resize(std::max(part.settings.size(), static_cast<std::size_t>(kDefaultSettings)));
     part.count = count;
+    RequireRanges(settings, part);
     if (auto const entryPoints = object.Optional("entryPoints")) {
         std::size_t const choice = entryPoints->Choice({"both", "newer", "older", "none"});
         part.newerEntryPoints = choice == 0 || choice == 1;

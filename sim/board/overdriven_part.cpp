@@ -12,19 +12,28 @@ Range ReadRange(JsonValue const& value) {
     range.min = object.Required("min").Int();
     range.max = object.Required("max").Int(range.min);
     object.Read("step", range.step, 0);
-    range.defaultValue = object.Required("default").Int();
+    range.defaultValue = object.Required("default").Int(range.min, range.max);
     object.Finish();
+    return range;
+}
+
+// Of something that every board lets be set.
+Range ReadSettableRange(JsonValue const& value) {
+    Range const range = ReadRange(value);
+    if (range.min == 0 && range.max == 0) {
+        value.Fail("a range other than 0 to 0");
+    }
     return range;
 }
 
 void ReadRanges(JsonValue const& value, OverdriveN& part) {
     JsonObject object(value);
-    part.engineClock = ReadRange(object.Required("engineClock"));
-    part.memoryClock = ReadRange(object.Required("memoryClock"));
-    part.voltage = ReadRange(object.Required("voltage"));
-    part.power = ReadRange(object.Required("power"));
-    part.temperature = ReadRange(object.Required("temperature"));
-    part.fanSpeed = ReadRange(object.Required("fanSpeed"));
+    part.engineClock = ReadSettableRange(object.Required("engineClock"));
+    part.memoryClock = ReadSettableRange(object.Required("memoryClock"));
+    part.voltage = ReadSettableRange(object.Required("voltage"));
+    part.power = ReadSettableRange(object.Required("power"));
+    part.temperature = ReadSettableRange(object.Required("temperature"));
+    part.fanSpeed = ReadSettableRange(object.Required("fanSpeed"));
     auto const optional = [&](char const* key, Range& range) {
         if (auto const entry = object.Optional(key)) {
             range = ReadRange(*entry);

@@ -7,19 +7,12 @@
 #include <vector>
 
 #include "board/BoardFile.h"
+#include "standin/utf8.h"
 #include "wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 
 namespace {
-
-std::wstring ToWide(std::string const& utf8) {
-    int const size = static_cast<int>(utf8.size());
-    int const length = ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wide.data(), length);
-    return wide;
-}
 
 std::string ToUtf8(std::wstring const& wide) {
     int const size = static_cast<int>(wide.size());
@@ -32,7 +25,7 @@ std::string ToUtf8(std::wstring const& wide) {
 std::vector<WmiCaption> ToCaptions(Board const& board) {
     std::vector<WmiCaption> captions;
     for (auto const& caption : board.captions) {
-        captions.push_back(caption ? WmiCaption{.kind = WmiCaption::Kind::Text, .text = ToWide(*caption)}
+        captions.push_back(caption ? WmiCaption{.kind = WmiCaption::Kind::Text, .text = Utf8ToWide(*caption)}
                                    : WmiCaption{.kind = WmiCaption::Kind::Null, .text = {}});
     }
     return captions;
@@ -56,7 +49,7 @@ wchar_t const* VendorFolder(Vendor vendor) {
 // By full path. The loader then gives this module for its base name, wherever else one of that name may lie.
 HMODULE LoadStandIn(Board const& board, std::wstring const& simDirectory) {
     std::wstring const path =
-        simDirectory + L"\\" + VendorFolder(board.vendor) + L"\\" + ToWide(board.library) + L".dll";
+        simDirectory + L"\\" + VendorFolder(board.vendor) + L"\\" + Utf8ToWide(board.library) + L".dll";
     HMODULE const module = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!module) {
         throw std::runtime_error(ToUtf8(path) + ": the stand-in library cannot be loaded (error " +

@@ -1,4 +1,4 @@
-// The functions of gputune_sim_host.h.
+// The functions of gputune_sim_host.h; gputune_sim.def exports them.
 #include <windows.h>
 
 #include <algorithm>
@@ -11,8 +11,6 @@
 #include "board/BoardFile.h"
 #include "gputune_sim_host.h"
 #include "host/SimulatedMachine.h"
-
-#define SIM_EXPORT extern "C" __declspec(dllexport)
 
 namespace {
 
@@ -96,23 +94,52 @@ int Start(char const* argument, Read const& read, Begin const& begin, char* erro
     }
 }
 
+// A function of the running board's stand-in, which has it under the same name; null without a board that has one.
+template <class Function>
+Function* OfTheStandIn(char const* name) {
+    return reinterpret_cast<Function*>(runningMachine ? runningMachine->Symbol(name) : nullptr);
+}
+#define OF_THE_STAND_IN(function) OfTheStandIn<decltype(function)>(#function)
+
 }  // namespace
 
-SIM_EXPORT int GputuneSim_Start(const char* boardFile, char* error, int errorSize) {
+int GputuneSim_Start(const char* boardFile, char* error, int errorSize) {
     return Start(
         boardFile, [&] { return gputune::sim::ReadBoardFile(boardFile); },
         [&](std::wstring const& directory) { return SimulatedMachine::FromFile(boardFile, directory); }, error,
         errorSize);
 }
 
-SIM_EXPORT int GputuneSim_StartText(const char* boardJson, char* error, int errorSize) {
+int GputuneSim_StartText(const char* boardJson, char* error, int errorSize) {
     return Start(
         boardJson, [&] { return gputune::sim::ReadBoardText(boardJson, "board"); },
         [&](std::wstring const& directory) { return SimulatedMachine::FromText(boardJson, directory); }, error,
         errorSize);
 }
 
-SIM_EXPORT void GputuneSim_Stop(void) {
+void GputuneSim_Stop(void) {
     delete runningMachine;
     runningMachine = nullptr;
+}
+
+int GputuneSim_SetResult(const char* entryPoint, int result) {
+    auto* const passOn = OF_THE_STAND_IN(GputuneSim_SetResult);
+    return passOn ? passOn(entryPoint, result) : 0;
+}
+
+void GputuneSim_ClearFaults(void) {
+    if (auto* const passOn = OF_THE_STAND_IN(GputuneSim_ClearFaults)) {
+        passOn();
+    }
+}
+
+int GputuneSim_HideEntryPoint(const char* entryPoint) {
+    auto* const passOn = OF_THE_STAND_IN(GputuneSim_HideEntryPoint);
+    return passOn ? passOn(entryPoint) : 0;
+}
+
+void GputuneSim_Advance(int milliseconds) {
+    if (auto* const passOn = OF_THE_STAND_IN(GputuneSim_Advance)) {
+        passOn(milliseconds);
+    }
 }

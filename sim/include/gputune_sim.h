@@ -1,12 +1,15 @@
 /*
  * gputune_sim.h - control interface of the simulated boards' vendor libraries, plain C.
  *
- * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below. The host tool uses
- * the first two; tests use all. One caller at a time. Strings are UTF-8 and copied. docs/board-files.md describes
- * boards.
+ * A stand-in for a vendor library exports, beside the vendor's entry points, the functions below, and the four of
+ * gputune_sim_host.h that change a running board, which gputune_sim.dll passes on to it. There is no import library: a
+ * stand-in is found at run time, once it is loaded. One caller at a time. Strings are UTF-8 and copied.
+ * docs/board-files.md describes boards.
  */
 #ifndef GPUTUNE_SIM_H
 #define GPUTUNE_SIM_H
+
+#include "gputune_sim_host.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -30,27 +33,17 @@ typedef struct GputuneSimCall {
 /* 1 on success; else 0 and a message in error (size errorSize): the file, the key, what was expected; the former board
  * then stays. A new board is a fresh state: its settings, hidden entry points, calls, orders and time are its own. Only
  * the client's context and allocation callback remain, so that a board can be changed under a running client. */
-int GputuneSim_LoadBoard(const char* path, char* error, int errorSize);
-int GputuneSim_LoadBoardText(const char* json, char* error, int errorSize);
-
-/* Make an entry point return `result` without doing anything; ClearFaults takes all such orders back. */
-void GputuneSim_SetResult(const char* entryPoint, int result);
-void GputuneSim_ClearFaults(void);
-
-/* Hide an entry point: from now on the loader does not find it in this library. 1 when there is such an export. */
-int GputuneSim_HideEntryPoint(const char* entryPoint);
+int GPUTUNE_SIM_CALL GputuneSim_LoadBoard(const char* path, char* error, int errorSize);
+int GPUTUNE_SIM_CALL GputuneSim_LoadBoardText(const char* json, char* error, int errorSize);
 
 /* The record of calls, oldest first; the last 16384 of them. GetCall: 1 when there is such a call. */
-int GputuneSim_CallCount(void);
-int GputuneSim_GetCall(int index, GputuneSimCall* call);
-void GputuneSim_ClearCalls(void);
+int GPUTUNE_SIM_CALL GputuneSim_CallCount(void);
+int GPUTUNE_SIM_CALL GputuneSim_GetCall(int index, GputuneSimCall* call);
+void GPUTUNE_SIM_CALL GputuneSim_ClearCalls(void);
 
 /* Blocks handed out by the client's allocation callback and not seen freed cannot be known here; this counts the
  * requests made through the callback since the board was loaded. */
-int GputuneSim_AllocationCount(void);
-
-/* Let simulated time run by hand: from the first call on, time moves only by these steps. */
-void GputuneSim_Advance(int milliseconds);
+int GPUTUNE_SIM_CALL GputuneSim_AllocationCount(void);
 
 #ifdef __cplusplus
 }

@@ -5,10 +5,24 @@
  * it is inside the calling process; nothing else on the machine changes. gputune_sim.dll has the stand-in libraries in
  * folders beside itself. docs/board-files.md describes boards.
  *
- * Functions are cdecl. Strings are UTF-8, NUL-terminated, and only read during the call. One caller at a time.
+ * Functions are cdecl, undecorated. Strings are UTF-8, NUL-terminated, and only read during the call. One caller at a
+ * time.
  */
 #ifndef GPUTUNE_SIM_HOST_H
 #define GPUTUNE_SIM_HOST_H
+
+#if defined(_WIN32)
+#define GPUTUNE_SIM_CALL __cdecl
+#else
+#define GPUTUNE_SIM_CALL
+#endif
+
+/* Defined while gputune_sim.dll and the stand-ins are built; hosts leave it undefined. */
+#if defined(_WIN32) && !defined(GPUTUNE_SIM_BUILDING_LIBRARY)
+#define GPUTUNE_SIM_API __declspec(dllimport)
+#else
+#define GPUTUNE_SIM_API
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -25,10 +39,10 @@ extern "C" {
  * 1 on success; else 0 and a message: the file, the key and what was expected, or that a board is running already, or
  * that a library the board needs to stand in for is loaded in this process already. Nothing has changed then.
  */
-int GputuneSim_Start(const char* boardFile, char* error, int errorSize);
+GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_Start(const char* boardFile, char* error, int errorSize);
 
 /* The same with the text of a board file. */
-int GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
+GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
 
 /*
  * End what a start began; without one, nothing happens. A thread with a single-threaded apartment stops what it started
@@ -36,7 +50,38 @@ int GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
  * board, as a vendor's library would, so that gputune.dll goes on working; the next start brings a new board with a
  * fresh state. The end of the process needs no stop.
  */
-void GputuneSim_Stop(void);
+GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Stop(void);
+
+/*
+ * Make an entry point of the vendor's library return a result without doing anything, whatever it would have answered,
+ * until GputuneSim_ClearFaults or the next start.
+ *
+ * entryPoint  its name, as in the "faults" of a board file: "ADL2_OverdriveN_FanControl_Set"
+ * result      what it returns; 0 is success with every vendor
+ *
+ * 1 when that holds from now on; 0, and nothing has changed, when no board runs, the vendor's library has no entry
+ * point of that name, or what the entry point returns is no result (nvapi_QueryInterface).
+ */
+GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_SetResult(const char* entryPoint, int result);
+
+/* Take back what GputuneSim_SetResult ordered. The faults of the board file stay, and so does what is hidden. */
+GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_ClearFaults(void);
+
+/*
+ * Hide an entry point until the next start: who looks for it from now on does not find it. Who has its address already
+ * can still call it, as gputune.dll does with all that its first InitVGAHelper has found: hide it before that.
+ *
+ * 1 when it is hidden; 0 when no board runs or the vendor's library has no entry point of that name.
+ */
+GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_HideEntryPoint(const char* entryPoint);
+
+/*
+ * Let the board's time run by hand: from the first call until the next start, it moves by these steps only. Without a
+ * running board nothing happens.
+ *
+ * milliseconds  the step; a negative one is none
+ */
+GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Advance(int milliseconds);
 
 #ifdef __cplusplus
 }

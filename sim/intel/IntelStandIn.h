@@ -36,6 +36,7 @@ private:
     IntelStandIn() : StandIn(Vendor::Intel) {}
 
     std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
+    FaultRules Rules() const override { return IntelFaultRules(); }
 
     template <class Operation, class... Args>
     int Do(char const* entryPoint, bool needsInitialization, Operation const& operation, Args... args) {

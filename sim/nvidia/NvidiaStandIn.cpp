@@ -1,20 +1,8 @@
 #include "nvidia/NvidiaStandIn.h"
 
-#include <algorithm>
-#include <iterator>
-#include <string_view>
 #include <utility>
 
 namespace gputune::sim {
-
-namespace {
-
-constexpr std::string_view kEntryPoints[] = {
-#define SIM_NVAPI(name, identifier) #name,
-#include "board/nvapi_entry_points.inc"
-};
-
-}  // namespace
 
 NvidiaStandIn& NvidiaStandIn::Instance() {
     static NvidiaStandIn standIn;
@@ -31,11 +19,6 @@ std::unique_ptr<BoardDriver> NvidiaStandIn::NewDriver(Board board) const {
 
 std::set<std::string> NvidiaStandIn::AbsentWith(Board const& board) const {
     return board.nvidia.hooks ? std::set<std::string>() : std::set<std::string>{"BeforeCallHook", "AfterCallHook"};
-}
-
-bool NvidiaStandIn::Has(std::string const& entryPoint) const {
-    return StandIn::Has(entryPoint) ||
-           std::find(std::begin(kEntryPoints), std::end(kEntryPoints), entryPoint) != std::end(kEntryPoints);
 }
 
 bool NvidiaStandIn::HandsOut(std::uint32_t identifier, char const* entryPoint) {

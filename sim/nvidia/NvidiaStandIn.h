@@ -42,8 +42,8 @@ private:
     NvidiaStandIn() : StandIn(Vendor::Nvidia) {}
 
     std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
+    FaultRules Rules() const override { return NvidiaFaultRules(); }
     std::set<std::string> AbsentWith(Board const& board) const override;
-    bool Has(std::string const& entryPoint) const override;
 
     template <class Operation, class... Args>
     int Do(char const* entryPoint, bool needsInitialization, Operation const& operation, Args... args) {

@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -79,11 +78,6 @@ private:
 };
 
 }  // namespace
-
-bool HasExport(std::string const& name) {
-    auto const& names = AllNames();
-    return std::any_of(names.begin(), names.end(), [&](Name const& entry) { return name == entry.Text(); });
-}
 
 bool HideExports(std::set<std::string> const& hidden) {
     auto const& names = AllNames();

@@ -11,6 +11,4 @@ namespace gputune::sim {
 // does not let the table be written.
 bool HideExports(std::set<std::string> const& hidden);
 
-bool HasExport(std::string const& name);
-
 }  // namespace gputune::sim

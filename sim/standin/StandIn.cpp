@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "standin/ExportTable.h"
+#include "standin/ansi_texts.h"
 
 namespace gputune::sim {
 
@@ -20,6 +21,7 @@ void StandIn::Load(Board board) {
         }
     }
     std::vector<Fault> faults = board.faults;
+    ToAnsi(board);
     auto driver = NewDriver(std::move(board));
     if (!HideOnly(hidden)) {
         throw std::runtime_error("the stand-in library cannot hide the entry points that the board says are missing");
@@ -33,9 +35,13 @@ void StandIn::Load(Board board) {
     allocations_ = 0;
 }
 
-void StandIn::SetResult(std::string const& entryPoint, int result) {
+bool StandIn::SetResult(std::string const& entryPoint, int result) {
     std::lock_guard const guard(lock_);
+    if (!Rules().HasResult(entryPoint)) {
+        return false;
+    }
     results_[entryPoint] = result;
+    return true;
 }
 
 void StandIn::ClearFaults() {
@@ -45,7 +51,7 @@ void StandIn::ClearFaults() {
 
 bool StandIn::Hide(std::string const& entryPoint) {
     std::lock_guard const guard(lock_);
-    if (!Has(entryPoint)) {
+    if (!Rules().HasEntryPoint(entryPoint)) {
         return false;
     }
     hidden_.insert(entryPoint);
@@ -55,10 +61,6 @@ bool StandIn::Hide(std::string const& entryPoint) {
 void StandIn::Advance(int milliseconds) {
     std::lock_guard const guard(lock_);
     time_.Advance(std::max(milliseconds, 0));
-}
-
-bool StandIn::Has(std::string const& entryPoint) const {
-    return HasExport(entryPoint);
 }
 
 bool StandIn::HideOnly(std::set<std::string> const& entryPoints) const {

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "board/Board.h"
+#include "board/FaultRules.h"
 #include "model/TimeSource.h"
 #include "standin/BoardDriver.h"
 #include "standin/CallLog.h"
@@ -30,8 +30,10 @@ public:
     // entry point cannot be hidden; the former board then stays.
     void Load(Board board);
 
-    void SetResult(std::string const& entryPoint, int result);
+    // False, and nothing changes, when there is no such entry point, or none whose result can be chosen.
+    bool SetResult(std::string const& entryPoint, int result);
     void ClearFaults();
+    // False when there is no such entry point.
     bool Hide(std::string const& entryPoint);
     void Advance(int milliseconds);
     int AllocationCount() const { return allocations_; }
@@ -45,8 +47,8 @@ protected:
     virtual std::unique_ptr<BoardDriver> NewDriver(Board board) const = 0;
     // The entry points that a library with this board does not have, beside those that its faults say are missing.
     virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
-    // Whether there is an entry point of this name, hidden or not.
-    virtual bool Has(std::string const& entryPoint) const;
+    // The entry points there are, hidden or not.
+    virtual FaultRules Rules() const = 0;
     // Hide exactly these and show all others; false when that is not possible.
     virtual bool HideOnly(std::set<std::string> const& entryPoints) const;
 

@@ -43,8 +43,8 @@ SIM_EXPORT int GputuneSim_LoadBoardText(const char* json, char* error, int error
     return Load([&] { return gputune::sim::ReadBoardText(json, "board"); }, error, errorSize);
 }
 
-SIM_EXPORT void GputuneSim_SetResult(const char* entryPoint, int result) {
-    StandIn::Instance().SetResult(entryPoint, result);
+SIM_EXPORT int GputuneSim_SetResult(const char* entryPoint, int result) {
+    return entryPoint && StandIn::Instance().SetResult(entryPoint, result) ? 1 : 0;
 }
 
 SIM_EXPORT void GputuneSim_ClearFaults(void) {
@@ -52,7 +52,7 @@ SIM_EXPORT void GputuneSim_ClearFaults(void) {
 }
 
 SIM_EXPORT int GputuneSim_HideEntryPoint(const char* entryPoint) {
-    return StandIn::Instance().Hide(entryPoint) ? 1 : 0;
+    return entryPoint && StandIn::Instance().Hide(entryPoint) ? 1 : 0;
 }
 
 SIM_EXPORT int GputuneSim_CallCount(void) {

@@ -101,9 +101,104 @@ function overdrive8(board) {
     stop();
 }
 
+// What does not fit its argument never arrives at the board.
+function wrongArguments(library) {
+    start('overdrive8.json', { temperature: 71 });
+    assert.equal(library.InitVGAHelper(gputune.LogMode.NONE), true);
+    assert.equal(library.SetFanSpeed(40), true);
+    for (const percent of ['abc', '50', null, undefined, true, 50n, {}, [50]]) {
+        assert.throws(() => library.SetFanSpeed(percent), TypeError, String(percent));
+    }
+    for (const percent of [Infinity, -Infinity, NaN, -0.5, 50.5, 101, 4294967356, -4294967246]) {
+        assert.throws(() => library.SetFanSpeed(percent), RangeError, String(percent));
+    }
+    assert.throws(() => library.SetFanSpeed.async('abc', () => {}), TypeError);
+    assert.throws(() => library.SetFanSpeed(), TypeError);
+    assert.throws(() => library.InitVGAHelper('FILE'), TypeError);
+    assert.throws(() => library.SetActiveAdapterIndex(4294967296), RangeError);
+    assert.throws(() => library.GetHwmValue(2.5), RangeError);
+    assert.throws(() => library.SetPowerLimit(80, 4294967306), RangeError);
+    assert.throws(() => library.SetPowerLimit('80', 10), TypeError);
+    assert.throws(() => library.SetPerformanceUser(1400, 0, 0), TypeError);
+    assert.throws(() => library.GetExternalPerformanceParameter(-1), RangeError);
+    assert.throws(() => library.GetExternalPerformanceParameter(2 ** 32), RangeError);
+    const points = Array.from({ length: 5 }, () => ({ FanTemperature: 50, FanSpeed: 50 }));
+    assert.throws(() => library.SetFanSpeedTable('five!'), TypeError);
+    assert.throws(() => library.SetFanSpeedTable([...points.slice(1), { FanTemperature: 90 }]), TypeError);
+    assert.throws(() => library.SetFanSpeedTable([...points.slice(1), null]), TypeError);
+    assert.throws(() => library.SetFanSpeedTable([...points.slice(1), { FanTemperature: 90, FanSpeed: 2 ** 32 + 60 }]),
+        RangeError);
+    assert.equal(library.SetFanSpeed(-1), true);
+    stop();
+}
+
+// The class on the same library, before there is a board.
+function refusing() {
+    const board = new gputune.Gputune(path.join(bin, 'gputune.dll'));
+    assert.throws(() => board.setFanSpeed(60), { name: 'GputuneError', message: /start\(\) has to succeed first/ });
+    assert.throws(() => board.start(), { name: 'GputuneError', message: 'no supported GPU was found' });
+}
+
+// And with boards.
+function idiomatic() {
+    const board = new gputune.Gputune(path.join(bin, 'gputune.dll'));
+    start('overdrive8.json', { temperature: 71, fanRpm: 1200 });
+    board.start();
+    assert.deepEqual([board.isReady, board.vendor, board.api, board.activeAdapter, board.frameRate],
+        [true, gputune.Vendor.AMD, gputune.ApiType.OVERDRIVE8, 0, 118]);
+    // That of the first AMD board of the process: the library keeps the list of adapters.
+    assert.deepEqual(board.identity(), { name: 'Radeon RX 580 Series', subsystemId: 0x0b361002, busNumber: 1 });
+    assert.deepEqual(board.readSensors().find(({ key }) => key === HwmKey.GPU_TEMPERATURE),
+        { key: HwmKey.GPU_TEMPERATURE, name: 'GPU Temperature', value: 71, unit: '°C' });
+    assert.equal(board.reading(HwmKey.VRM_EFFICIENCY), null);
+    assert.throws(() => board.reading(21), RangeError);
+    assert.throws(() => board.selectAdapter(7), gputune.GputuneError);
+
+    board.setFanSpeed(60);
+    assert.deepEqual(board.fan().map((point) => point.currentSpeed), [60, 60, 60, 60, 60]);
+    board.setFanCurve([[40, 20], [55, 30], [65, 45], [75, 65], [85, 90]]
+        .map(([temperature, speed]) => ({ temperature, speed })));
+    assert.deepEqual(board.fan()[4], {
+        defaultSpeed: 100, defaultTemperature: 95, maxSpeed: 100, minSpeed: 15, maxTemperature: 100, minTemperature: 25,
+        currentSpeed: 90, currentTemperature: 85,
+    });
+    board.setFanAutomatic();
+    assert.throws(() => board.setFanSpeed(5), gputune.GputuneError);
+    assert.throws(() => board.setFanSpeed(-1), RangeError);
+    assert.throws(() => board.setFanSpeed('60'), TypeError);
+    assert.throws(() => board.setFanCurve([{ temperature: 40 }]), RangeError);
+    assert.throws(() => board.setFanCurve(null), TypeError);
+
+    board.setPowerLimit(-1, 0);
+    assert.deepEqual(board.powerLimit(), { default: 0, max: 50, min: -50, current: -1 });
+    board.restorePowerLimit();
+    board.setClocks({ gpu: 2000, memory: 900 });
+    assert.equal(board.gpuClock().currentClock, 2000);
+    assert.deepEqual([board.memoryClock().currentClock, board.memoryClock().currentVoltage], [900, null]);
+    assert.throws(() => board.setClocks({ gpu: 2000 }), TypeError);
+    board.applySilent();
+    board.restoreDefaults();
+    assert.equal(board.gpuClock().currentClock, board.gpuClock().defaultClock);
+    assert.throws(() => board.applyOverclock() || board.applyOverclock(), gputune.GputuneError);
+    assert.equal(board.profile(0x22ef1462).watt, 150);
+    stop();
+
+    start('intel.json', {});
+    board.start();
+    assert.equal(board.identity(), null);
+    assert.equal(board.powerLimit(), null);
+    assert.equal(board.fan(), null);
+    assert.equal(board.frameRate, null);
+    assert.deepEqual(board.readSensors().filter(({ key }) => key === HwmKey.GPU_LOAD).map(({ unit }) => unit), ['']);
+    stop();
+}
+
 const board = gputune.load(path.join(bin, 'gputune.dll'));
 unavailable(board);
+refusing();
 overdriven(board);
 overdrive8(board);
+wrongArguments(board);
+idiomatic();
 // The exit code alone does not tell: under Wine a process that dies of a page fault may end with 0.
 console.log('all calls made');

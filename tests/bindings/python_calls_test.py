@@ -77,6 +77,19 @@ class Calls(unittest.TestCase):
                 self.board.set_fan_speed(percent)
         self.assertEqual(last_call(), "SetFanSpeed -1")
 
+    def test_numbers_that_do_not_fit_are_not_sent(self):
+        self.board.set_fan_speed(40)
+        for call in (lambda: self.board.set_clocks(4294968696, 0), lambda: self.board.select_adapter(2**32),
+                     lambda: self.board.set_power_limit(4294967306, 80), lambda: self.board.profile(-1),
+                     lambda: self.board.set_fan_curve([(40, 2**32 + 60)])):
+            with self.assertRaises(ValueError):
+                call()
+        for call in (lambda: self.board.set_fan_speed(60.5), lambda: self.board.set_power_limit("10", 80),
+                     lambda: self.board.set_fan_curve([(40, 60.5)])):
+            with self.assertRaises(TypeError):
+                call()
+        self.assertEqual(last_call(), "SetFanSpeed 40")
+
     def test_fan_curve(self):
         self.board.set_fan_curve([(40, 20), (60, 45)])
         self.assertEqual(last_call(), "SetFanSpeedTable 2 40:20 60:45")

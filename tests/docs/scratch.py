@@ -9,7 +9,8 @@ _FILE = re.compile(r"<!-- file: (\S+) -->")
 
 
 class Scratch:
-    """The current directory, which is empty at first: with the tree's folders, and ./run without what it builds."""
+    """The current directory, which is empty at first: with the tree's folders, ./run without what it builds, and a command
+    gputunectl."""
 
     def __init__(self, root: str) -> None:
         for name in sorted(os.listdir(root)):
@@ -20,6 +21,11 @@ class Scratch:
                        "[ \"$1\" = --simulate ] || set -- --simulate boards/overdriven.json \"$@\"\n"
                        "exec scripts/wine build/bin/gputunectl.exe \"$@\"\n")
         os.chmod("run", 0o755)
+        os.mkdir(".commands")
+        with open(".commands/gputunectl", "w", encoding="utf-8") as file:
+            file.write("#!/bin/bash\nexec scripts/wine build/bin/gputunectl.exe \"$@\"\n")
+        os.chmod(".commands/gputunectl", 0o755)
+        os.environ["PATH"] = os.path.abspath(".commands") + os.pathsep + os.environ["PATH"]
 
     @staticmethod
     def run(command: str) -> Tuple[int, str]:

@@ -47,16 +47,31 @@ protected:
     decltype(&GputuneSim_Start) start_ = Find<decltype(GputuneSim_Start)>(simulation_, "GputuneSim_Start");
     decltype(&GputuneSim_StartText) startText_ =
         Find<decltype(GputuneSim_StartText)>(simulation_, "GputuneSim_StartText");
+    decltype(&GputuneSim_SetResult) setResult_ =
+        Find<decltype(GputuneSim_SetResult)>(simulation_, "GputuneSim_SetResult");
+    decltype(&GputuneSim_ClearFaults) clearFaults_ =
+        Find<decltype(GputuneSim_ClearFaults)>(simulation_, "GputuneSim_ClearFaults");
+    decltype(&GputuneSim_HideEntryPoint) hide_ =
+        Find<decltype(GputuneSim_HideEntryPoint)>(simulation_, "GputuneSim_HideEntryPoint");
+    decltype(&GputuneSim_Advance) advance_ = Find<decltype(GputuneSim_Advance)>(simulation_, "GputuneSim_Advance");
     decltype(&GputuneSim_Stop) stop_ = Find<decltype(GputuneSim_Stop)>(simulation_, "GputuneSim_Stop");
     decltype(&InitVGAHelper) initVgaHelper_ = Find<decltype(InitVGAHelper)>(library_, "InitVGAHelper");
     decltype(&IsInitOk) isInitOk_ = Find<decltype(IsInitOk)>(library_, "IsInitOk");
     decltype(&GetVendorInfo) getVendorInfo_ = Find<decltype(GetVendorInfo)>(library_, "GetVendorInfo");
+    decltype(&FetchHwmValues) fetch_ = Find<decltype(FetchHwmValues)>(library_, "FetchHwmValues");
+    decltype(&GetHwmValue) getHwmValue_ = Find<decltype(GetHwmValue)>(library_, "GetHwmValue");
+    decltype(&SetFanSpeed) setFanSpeed_ = Find<decltype(SetFanSpeed)>(library_, "SetFanSpeed");
     decltype(&GetVGAInfo) getVgaInfo_ = Find<decltype(GetVGAInfo)>(library_, "GetVGAInfo");
 
     // Empty when the board runs, else the message.
     std::string Start(char const* name) {
         char error[kErrorSize] = "no message";
         return start_(BoardFile(name).c_str(), error, kErrorSize) == 1 ? "" : error;
+    }
+
+    double Reading(GputuneHwmKey key) {
+        fetch_();
+        return getHwmValue_(key).Value;
     }
 
     void ExpectLibraryFinds(GputuneApiType api, char const* name) {
@@ -184,6 +199,85 @@ TEST_F(HostLibrary, BoardIsRefusedWhenAVendorsOwnLibraryIsLoaded) {
     EXPECT_EQ(Start("overdriven.json"),
               "this process has loaded another atiadlxx.dll already; a board must be started before that");
     EXPECT_EQ(::GetModuleHandleW(L"atiadlxy.dll"), nullptr);
+}
+
+// The running board
+// ----------------------------------------------------------------------------------------------------
+
+TEST_F(HostLibrary, OrderedResultIsReturnedUntilTheOrdersAreTakenBack) {
+    ASSERT_EQ(Start("overdrive8.json"), "");
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    EXPECT_EQ(setResult_("ADL2_Overdrive8_Setting_Set", -1), 1);
+    EXPECT_FALSE(setFanSpeed_(60));
+    clearFaults_();
+    EXPECT_TRUE(setFanSpeed_(60));
+}
+
+TEST_F(HostLibrary, HiddenEntryPointIsNotFound) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    HMODULE const standIn = ::GetModuleHandleW(L"atiadlxx.dll");
+    ASSERT_NE(::GetProcAddress(standIn, "ADL2_Overdrive_Caps"), nullptr);
+    EXPECT_EQ(hide_("ADL2_Overdrive_Caps"), 1);
+    EXPECT_EQ(::GetProcAddress(standIn, "ADL2_Overdrive_Caps"), nullptr);
+    stop_();
+    ASSERT_EQ(Start("overdriven.json"), "");
+    EXPECT_NE(::GetProcAddress(standIn, "ADL2_Overdrive_Caps"), nullptr) << "a new board has everything";
+}
+
+TEST_F(HostLibrary, TimeRunsByHandOnceItWasAdvanced) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    advance_(1000);
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    double const temperature = Reading(GPUTUNE_HWM_GPU_TEMPERATURE);
+    ::Sleep(50);
+    EXPECT_EQ(Reading(GPUTUNE_HWM_GPU_TEMPERATURE), temperature);
+    advance_(60000);
+    EXPECT_NE(Reading(GPUTUNE_HWM_GPU_TEMPERATURE), temperature);
+}
+
+TEST_F(HostLibrary, UnknownEntryPointsAreRefused) {
+    ASSERT_EQ(Start("overdriven.json"), "");
+    for (char const* name : {"ADL2_Nothing", "adl2_overdrive_caps", "ctlInit", "GputuneSim_LoadBoard", ""}) {
+        EXPECT_EQ(setResult_(name, -1), 0) << name;
+        EXPECT_EQ(hide_(name), 0) << name;
+    }
+    EXPECT_EQ(setResult_(nullptr, -1), 0);
+    EXPECT_EQ(hide_(nullptr), 0);
+}
+
+TEST_F(HostLibrary, EntryPointThatReturnsAnAddressTakesNoResult) {
+    ASSERT_EQ(Start("nvidia.json"), "");
+    EXPECT_EQ(setResult_("nvapi_QueryInterface", 0), 0);
+    EXPECT_EQ(setResult_("NvAPI_EnumPhysicalGPUs", -1), 1);
+    EXPECT_EQ(hide_("nvapi_QueryInterface"), 1);
+}
+
+TEST_F(HostLibrary, WithoutARunningBoardNothingIsOrdered) {
+    EXPECT_EQ(setResult_("ADL2_Overdrive_Caps", -1), 0);
+    EXPECT_EQ(hide_("ADL2_Overdrive_Caps"), 0);
+    clearFaults_();
+    advance_(1000);
+    ASSERT_EQ(Start("no-library.json"), "");
+    EXPECT_EQ(setResult_("ADL2_Overdrive_Caps", -1), 0);
+    stop_();
+    ASSERT_EQ(Start("overdriven.json"), "");
+    stop_();
+    EXPECT_EQ(setResult_("ADL2_Overdrive_Caps", -1), 0) << "the board was stopped";
+}
+
+// As a driver's: the system's code page has the letter, and not the character.
+TEST_F(HostLibrary, BoardNameArrivesInTheAnsiCodePage) {
+    std::ifstream file(OutputDirectory() / "bin" / "boards" / "overdriven.json", std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string const name = "\"name\": \"Radeon";
+    ASSERT_NE(text.find(name), std::string::npos);
+    text.replace(text.find(name), name.size(), "\"name\": \"Gr\xC3\xBCn \xE5\x8D\xA1");
+    ASSERT_EQ(startText_(text.c_str(), nullptr, 0), 1);
+    ASSERT_TRUE(initVgaHelper_(GPUTUNE_LOG_NONE));
+    char expected[64] = "";
+    ::WideCharToMultiByte(CP_ACP, 0, L"Gr\u00FCn \u5361 RX 580 Series", -1, expected, sizeof(expected), nullptr,
+                          nullptr);
+    EXPECT_STREQ(getVgaInfo_().AdapterName, expected);
 }
 
 TEST_F(HostLibrary, UnloadedWhileABoardRunsItStays) {

@@ -167,6 +167,18 @@ TEST_F(Nvapi, WrongArgumentsAreRefused) {
     EXPECT_STREQ(name, "NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE");
 }
 
+TEST_F(Nvapi, TextsAreInTheAnsiCodePage) {
+    std::string board = NvidiaText();
+    board.replace(board.find("A board"), 7, "Gr\xC3\xBCn");
+    ASSERT_EQ(library_.Load(board), "");
+    ASSERT_EQ(Initialize(), 0);
+    char name[64];
+    ASSERT_EQ(GetName(FirstGpu(), name), 0);
+    char expected[64] = "";
+    ::WideCharToMultiByte(CP_ACP, 0, L"Gr\u00FCn", -1, expected, sizeof(expected), nullptr, nullptr);
+    EXPECT_STREQ(name, expected);
+}
+
 TEST_F(Nvapi, OrderedResultsComeFirst) {
     ASSERT_EQ(library_.Load(NvidiaText(R"(, "faults": [{ "entryPoint": "NvAPI_Initialize", "result": -6 }])")), "");
     EXPECT_EQ(Initialize(), -6);
@@ -261,6 +273,7 @@ TEST_F(ControlLib, EntryPointsWithoutSignatureAreThereAndLogged) {
     EXPECT_STREQ(library_.LastCall().EntryPoint, "ctlGetAdaperDisplayEncoderProperties");
     library_.SetResult("ctlGetAdaperDisplayEncoderProperties", 5);
     EXPECT_EQ(call(), 5);
+    EXPECT_FALSE(library_.Hide("GputuneSim_LoadBoard")) << "no entry point of the vendor's";
     EXPECT_TRUE(library_.Hide("ctlGetAdaperDisplayEncoderProperties"));
     EXPECT_EQ(library_.Find("ctlGetAdaperDisplayEncoderProperties"), nullptr);
 }

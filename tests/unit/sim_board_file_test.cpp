@@ -73,13 +73,13 @@ TEST(SimBoardFile, OverdriveNPartIsRead) {
 
 TEST(SimBoardFile, Overdrive8PartIsRead) {
     Board const board = ReadBoardText(Overdrive8Board(R"({
-        "capabilities": "0x201f", "count": 45, "entryPoints": "older",
+        "capabilities": "0x40008", "count": 45, "entryPoints": "older",
         "settings": [{ "id": 9, "feature": 8, "min": -20, "max": 50, "default": 0, "current": 10 },
                      { "id": 44, "min": 0, "max": 1, "default": 1 }],
         "sensors": [{ "id": 8, "quantity": "temperature" }, { "id": 20, "value": 33, "supported": false }] })"),
                                       "some.json");
     ASSERT_TRUE(board.amd.overdrive8);
-    EXPECT_EQ(board.amd.overdrive8->capabilities, 0x201f);
+    EXPECT_EQ(board.amd.overdrive8->capabilities, 0x40008);
     EXPECT_EQ(board.amd.overdrive8->count, 45);
     EXPECT_EQ(board.amd.overdrive8->settings.at(9).current, 10);
     EXPECT_EQ(board.amd.overdrive8->settings.at(44).current, 1);
@@ -92,7 +92,7 @@ TEST(SimBoardFile, Overdrive8PartIsRead) {
 
 TEST(SimBoardFile, FewerSettingsThanTheRecordsHoldArePadded) {
     Board const board =
-        ReadBoardText(Overdrive8Board(R"({ "capabilities": 1, "count": 5, "settings": [] })"), "some.json");
+        ReadBoardText(Overdrive8Board(R"({ "capabilities": 0, "count": 5, "settings": [] })"), "some.json");
     EXPECT_EQ(board.amd.overdrive8->count, 5);
     EXPECT_EQ(board.amd.overdrive8->settings.size(), 39u);
 }
@@ -174,6 +174,31 @@ TEST(SimBoardFile, ValueOutOfRangeNamesTheRange) {
               "some.json: model.ambientTemperature: expected a number from -50.0 to 100.0, found 200");
 }
 
+TEST(SimBoardFile, DefaultOutsideItsRangeIsRefused) {
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("max": 90, "default": 84)", R"("max": 90, "default": 91)")),
+              "some.json: overdriveN.ranges.temperature.default: expected an integer from 50 to 90, found 91");
+    EXPECT_EQ(ErrorOf(Overdrive8Board(
+                  R"({ "capabilities": 0, "settings": [{ "id": 9, "min": -50, "max": 50, "default": -51 }] })")),
+              "some.json: overdrive8.settings[0].default: expected an integer from -50 to 50, found -51");
+}
+
+TEST(SimBoardFile, SettingThatEveryBoardHasNeedsARange) {
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("min": -50, "max": 50)", R"("min": 0, "max": 0)")),
+              "some.json: overdriveN.ranges.power: expected a range other than 0 to 0, found an object");
+}
+
+TEST(SimBoardFile, SettingOfACapabilityNeedsARange) {
+    EXPECT_EQ(ErrorOf(Overdrive8Board(R"({ "capabilities": "0x8", "settings": [] })")),
+              "some.json: overdrive8.settings: expected a range other than 0 to 0 for the setting 9, as "
+              "\"capabilities\" has 0x8, found an array");
+    std::string const zero = R"({ "capabilities": "0x2c", "settings": [{ "id": 8, "min": 1, "max": 2, "default": 1 },
+        { "id": 9, "min": -1, "max": 1, "default": 0 }, { "id": 10, "min": 0, "max": 0, "default": 0 }] })";
+    EXPECT_EQ(ErrorOf(Overdrive8Board(zero)),
+              "some.json: overdrive8.settings: expected a range other than 0 to 0 for the setting 10, as "
+              "\"capabilities\" has 0x20, found an array");
+    EXPECT_EQ(ErrorOf(Overdrive8Board(Replaced(zero, "0x2c", "0xc"))), "");
+}
+
 TEST(SimBoardFile, MissingKeyIsNamed) {
     EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("name": "A board", )", "")),
               "some.json: adapters[0].name: this key is missing");
@@ -181,10 +206,27 @@ TEST(SimBoardFile, MissingKeyIsNamed) {
 }
 
 TEST(SimBoardFile, UnknownKeyIsNamedWithTheKnownOnes) {
-    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("enabled")", R"("enable")")),
-              "some.json: overdriveN.memoryLevels[0].enable: unknown key; known are clock, control, enabled, voltage");
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("enabled")", R"("active")")),
+              "some.json: overdriveN.memoryLevels[0].active: unknown key; known are clock, control, enabled, voltage");
     EXPECT_EQ(ErrorOf(R"({ "format": 1, "captions": [], "vendor": "none", "adapters": [] })"),
               "some.json: adapters: unknown key; known are captions, description, format, vendor");
+}
+
+TEST(SimBoardFile, MistypedKeyIsReportedWithTheOneThatIsMeant) {
+    EXPECT_EQ(ErrorOf(R"({ "fromat": 1, "captions": [], "vendor": "none" })"),
+              "some.json: unknown key \"fromat\"; did you mean \"format\"?");
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("busNumber")", R"("busnumber")")),
+              "some.json: adapters[0]: unknown key \"busnumber\"; did you mean \"busNumber\"?");
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("enabled")", R"("enable")")),
+              "some.json: overdriveN.memoryLevels[0]: unknown key \"enable\"; did you mean \"enabled\"?");
+}
+
+// Others that are in their place are not taken for a missing one, however much they look like it.
+TEST(SimBoardFile, KeyInItsPlaceIsNotTakenForTheMissingOne) {
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("min": 750, )", "")),
+              "some.json: overdriveN.ranges.voltage.min: this key is missing");
+    EXPECT_EQ(ErrorOf(Replaced(OverdriveNBoard(), R"("temperature": { "min": 50)", R"("fanTemperature": { "min": 50)")),
+              "some.json: overdriveN.ranges.temperature: this key is missing");
 }
 
 TEST(SimBoardFile, SameKeyTwiceIsRefused) {

@@ -165,8 +165,10 @@ TEST(SimIntelBoard, ErrorsNameTheKeyAndWhatWasExpected) {
     EXPECT_EQ(errorWith(R"("vramVoltage": { "supported": false })", R"("vramVoltage": {})"),
               "some.json: devices[2].telemetry.vramVoltage: expected a \"value\", as the model has none for this item, "
               "found an object");
-    EXPECT_EQ(errorWith(R"("timeStamp")", R"("timestamp")").substr(0, 56),
-              "some.json: devices[2].telemetry.timestamp: unknown key; ");
+    EXPECT_EQ(errorWith(R"("min": 95, "max": 228.5, "default": 190)", R"("min": 95, "max": 228.5, "default": 230)"),
+              "some.json: devices[2].overclock.powerLimit.default: expected a number from 95.0 to 228.5, found 230");
+    EXPECT_EQ(errorWith(R"("timeStamp")", R"("time")").substr(0, 51),
+              "some.json: devices[2].telemetry.time: unknown key; ");
     EXPECT_EQ(errorWith(R"(, "canControl": false)", R"(, "canControl": 0)"),
               "some.json: devices[2].fans[1].canControl: expected true or false, found 0");
     EXPECT_EQ(errorWith("null,", "7,"), "some.json: devices[1]: expected an object, found 7");
