@@ -49,10 +49,10 @@ bool TakeOneOf(std::string_view& text, std::string_view characters) {
     return true;
 }
 
-constexpr std::int64_t nanoseconds = 1000000000;  // of a second
+constexpr std::int64_t microseconds = 1000000;  // of a second
 
-// "2025-01-31T12:34:56.789" in nanoseconds since an arbitrary moment; a blank may stand for the T and a comma for the
-// point, seconds may be whole.
+// "2025-01-31T12:34:56.789" in microseconds since an arbitrary moment; a blank may stand for the T and a comma for the
+// point, seconds may be whole. Of nine decimals, the last three are left out: with them, not every year would fit.
 std::optional<std::int64_t> ParseTime(std::string_view text) {
     int year = 0;
     int month = 0;
@@ -74,6 +74,7 @@ std::optional<std::int64_t> ParseTime(std::string_view text) {
         for (std::size_t missing = digits; missing < 9; ++missing) {
             fraction *= 10;
         }
+        fraction /= 1000;
     }
     std::chrono::year_month_day const date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                                            std::chrono::day(static_cast<unsigned>(day))};
@@ -81,7 +82,7 @@ std::optional<std::int64_t> ParseTime(std::string_view text) {
         return std::nullopt;
     }
     std::int64_t const days = std::chrono::sys_days(date).time_since_epoch().count();
-    return (days * 86400 + hour * 3600 + minute * 60 + second) * nanoseconds + fraction;
+    return (((days * 24 + hour) * 60 + minute) * 60 + second) * microseconds + fraction;
 }
 
 class Reader {
@@ -206,7 +207,7 @@ private:
         recording_.end = field.text;
         step_ = *time - zero_ - last_;
         last_ = *time - zero_;
-        recording_.seconds.push_back(static_cast<double>(last_) / nanoseconds);
+        recording_.seconds.push_back(static_cast<double>(last_) / microseconds);
     }
 
     std::optional<double> ReadNumber(CsvField const& field) {
@@ -274,7 +275,7 @@ private:
     std::size_t current_ = 0;
     std::vector<bool> unsureFan_;
     char decimalMark_ = 0;  // 0: none was seen
-    // Nanoseconds:
+    // Microseconds:
     std::int64_t zero_ = 0;  // the time that counts as 0 seconds
     std::int64_t last_ = 0;  // the last reading's time since then
     std::int64_t step_ = 0;  // from the reading before it

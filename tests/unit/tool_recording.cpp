@@ -248,7 +248,10 @@ TEST(ToolRecording, TimesHaveNoRoundingErrors) {
     Recording const recording = ReadRecording(heading +
                                               "2025-01-31T12:00:00.100,1,1\n2025-01-31T12:00:00.200,1,1\n"
                                               "2025-01-31T12:00:01.123456789,1,1\n");
-    EXPECT_EQ(recording.seconds, (std::vector<double>{0, 0.1, 1.023456789}));
+    EXPECT_EQ(recording.seconds, (std::vector<double>{0, 0.1, 1.023456}));
+    // Every year fits.
+    std::string const years = heading + "0000-01-01T00:00:00,1,1\n9999-12-31T23:59:59.999,1,1\n";
+    EXPECT_NEAR(ReadRecording(years).seconds[1], 315569519999.999, 0.001);
 }
 
 TEST(ToolRecording, DamagedRecordingHasTwentyRemarksAndACount) {
