@@ -196,14 +196,10 @@ std::optional<SeriesSummary> Summarize(Series const& series) {
         }
         summary->minimum = std::min(summary->minimum, value);
         summary->maximum = std::max(summary->maximum, value);
-        // Not a sum, which could leave the range of numbers.
+        // Not a sum, which could leave the range of numbers. And rounding cannot carry it beyond the extremes.
         ++count;
         summary->average += (value - summary->average) / count;
         summary->last = value;
-    }
-    if (summary) {
-        // Rounding may have carried it out.
-        summary->average = std::clamp(summary->average, summary->minimum, summary->maximum);
     }
     return summary;
 }
