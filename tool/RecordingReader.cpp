@@ -101,7 +101,7 @@ public:
         if (recording_.seconds.empty()) {
             throw CsvError{csv_.LineNumber(), 1, "the recording holds no readings"};
         }
-        if (!unsureFan_.empty()) {
+        if (std::find(unsureFan_.begin(), unsureFan_.end(), true) != unsureFan_.end()) {
             MarkFan();
         }
         std::erase_if(recording_.series, [](Series const& series) {

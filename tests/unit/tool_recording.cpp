@@ -298,6 +298,8 @@ TEST(ToolRecording, UnsureFanIsMarkedAndReadsBack) {
     EXPECT_EQ(recording.series[0].values, (std::vector<std::optional<double>>{900, 0}));
     EXPECT_EQ(recording.series[0].unsure, (std::vector<bool>{false, true}));
     EXPECT_TRUE(recording.remarks.empty());
+    // As most recordings of such boards are.
+    EXPECT_TRUE(ReadRecording(text).series[0].unsure.empty());
 }
 
 TEST(ToolRecording, ReadingIsWrittenInTheDigitsOfTheBoard) {
