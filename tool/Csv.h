@@ -1,5 +1,6 @@
 // Comma-separated values, one line at a time, with the position of every field for messages. Fields with commas or
-// quotation marks stand in quotation marks, which are doubled inside.
+// quotation marks stand in quotation marks, which are doubled inside. Where a decimal comma is usual, spreadsheets
+// separate by semicolons instead.
 #pragma once
 
 #include <cstddef>
@@ -26,8 +27,12 @@ std::string CsvQuote(std::string_view text);
 
 class CsvReader {
 public:
-    // The text is kept by reference. A byte order mark, "\r\n" and missing ends of the last line are accepted.
+    // The text is kept by reference. A byte order mark, "\r\n" and missing ends of the last line are accepted. Fields
+    // are separated by what stands first in the text, outside quotation marks, of a comma and a semicolon.
     explicit CsvReader(std::string_view text);
+
+    // ',' or ';'.
+    char Separator() const { return separator_; }
 
     // The fields of the next line that is not empty; false at the end of the text. Throws CsvError when a quotation
     // mark is not closed or stands in the middle of a field.
@@ -40,6 +45,7 @@ public:
 
 private:
     std::string_view rest_;
+    char separator_;
     std::size_t line_ = 0;
     bool complete_ = true;
 };

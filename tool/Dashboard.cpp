@@ -148,8 +148,12 @@ Dashboard::Dashboard(std::string title, std::uint32_t vendor, double interval)
     gauges_.push_back({frameRateName.text, Unit::FramesPerSecond, Quantity::FrameRate});
 }
 
-void Dashboard::Gauge::Add(std::optional<double> reading) {
+void Dashboard::Gauge::Add(std::optional<double> reading, bool isUnsure) {
     now = reading;
+    unsure = isUnsure;
+    if (unsure) {
+        reading = std::nullopt;
+    }
     past.push_back(reading);
     if (past.size() > rememberedReadings) {
         past.pop_front();
@@ -162,22 +166,30 @@ void Dashboard::Gauge::Add(std::optional<double> reading) {
     }
 }
 
+std::optional<double> Dashboard::Gauge::ShownAverage() const {
+    if (count == 0) {
+        return std::nullopt;
+    }
+    // One decimal: more would flicker. But not beyond the extremes, which have more.
+    return std::clamp(std::round(average * 10) / 10, *minimum, *maximum);
+}
+
 void Dashboard::Gauge::Reset() {
     std::optional<double> const last = now;
     now = minimum = maximum = std::nullopt;
     average = 0;
     count = 0;
     past.clear();
-    Add(last);
+    Add(last, unsure);
 }
 
 void Dashboard::Add(std::string const& time, Readings const& readings, std::optional<double> frameRate) {
     time_ = time;
     ++readings_;
     for (std::size_t i = 0; i < readings.size(); ++i) {
-        gauges_[i].Add(readings[i]);
+        gauges_[i].Add(readings[i], i == GPUTUNE_HWM_FAN_SPEED_RPM && readings.fanUnsure);
     }
-    gauges_.back().Add(frameRate);
+    gauges_.back().Add(frameRate, false);
 }
 
 void Dashboard::Reset() {
@@ -191,7 +203,7 @@ Dashboard::Layout Dashboard::MakeLayout(std::size_t width) const {
     Layout layout;
     std::size_t unitWidth = 0;
     for (Gauge const& gauge : gauges_) {
-        if (gauge.count > 0) {
+        if (gauge.IsShown()) {
             layout.title = std::max(layout.title, DisplayWidth(gauge.title));
             unitWidth = std::max(unitWidth, DisplayWidth(UnitName(gauge.unit).text));
         }
@@ -225,12 +237,11 @@ StyledLine Dashboard::Heading(Layout const& layout, Glyphs glyphs) const {
 
 StyledLine Dashboard::Row(Gauge const& gauge, Layout const& layout, Glyphs glyphs) {
     StyledLine line{{PadRight(gauge.title, layout.title), Style::Plain},
-                    {PadLeft(Number(gauge.now), numberWidth), Style::Strong}};
+                    {PadLeft(Number(gauge.now) + (gauge.unsure ? "?" : ""), numberWidth), Style::Strong}};
     std::string figures;
     if (layout.extremes) {
         figures += PadLeft(Number(gauge.minimum), numberWidth);
-        // One decimal: more would flicker.
-        figures += layout.average ? PadLeft(FormatNumber(std::round(gauge.average * 10) / 10), numberWidth) : "";
+        figures += layout.average ? PadLeft(Number(gauge.ShownAverage()), numberWidth) : "";
         figures += PadLeft(Number(gauge.maximum), numberWidth);
     }
     line.push_back({figures, Style::Plain});
@@ -257,14 +268,16 @@ std::vector<StyledLine> Dashboard::Frame(std::size_t width, std::size_t height, 
 
     std::vector<StyledLine> rows;
     for (Gauge const& gauge : gauges_) {
-        if (gauge.count > 0) {
+        if (gauge.IsShown()) {
             rows.push_back(Row(gauge, layout, glyphs));
         }
     }
     if (rows.empty()) {
         rows.push_back({{"no sensor available", Style::Plain}});
     }
-    std::size_t const room = height > lines.size() + 1 ? height - lines.size() - 1 : 0;
+    bool const isUnsure = std::any_of(gauges_.begin(), gauges_.end(), [](Gauge const& gauge) { return gauge.unsure; });
+    std::size_t const below = isUnsure ? 2 : 1;
+    std::size_t const room = height > lines.size() + below ? height - lines.size() - below : 0;
     if (rows.size() > room) {
         std::size_t const kept = room > 0 ? room - 1 : 0;
         std::size_t const hidden = rows.size() - kept;
@@ -272,6 +285,9 @@ std::vector<StyledLine> Dashboard::Frame(std::size_t width, std::size_t height, 
         rows.push_back({{"and " + std::to_string(hidden) + " more: the window is too low", Style::Dim}});
     }
     lines.insert(lines.end(), rows.begin(), rows.end());
+    if (isUnsure) {
+        lines.push_back({{std::string("? ") + unsureFan.text, Style::Dim}});
+    }
     lines.push_back({{hint, Style::Dim}});
     lines.resize(std::min(lines.size(), height));
     for (StyledLine& line : lines) {

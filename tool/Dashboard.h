@@ -33,7 +33,7 @@ public:
     // `title` names the board; `interval` in seconds.
     Dashboard(std::string title, std::uint32_t vendor, double interval);
 
-    // `frameRate`: nothing when it is not read.
+    // `frameRate`: nothing when it is not read. A reading that is unsure is shown, but does not count.
     void Add(std::string const& time, Readings const& readings, std::optional<double> frameRate);
     // Forgets the past: lowest, average and highest begin with the last reading.
     void Reset();
@@ -53,9 +53,12 @@ private:
         double average = 0;
         std::size_t count = 0;
         std::deque<std::optional<double>> past{};
+        bool unsure = false;  // whether `now` is
 
-        void Add(std::optional<double> reading);
+        void Add(std::optional<double> reading, bool isUnsure);
         void Reset();
+        std::optional<double> ShownAverage() const;
+        bool IsShown() const { return now.has_value() || count > 0; }
     };
     struct Layout;
 

@@ -48,6 +48,10 @@ char const* DriverName(std::uint32_t vendor);
 // The frame rate is read apart from the sensors and shown with them.
 constexpr Name frameRateName{"Frame rate", "frame_rate"};
 
+// Why a fan's speed of 0 may be another one (StuckFanWatch).
+inline constexpr Name unsureFan{"unsure: the fan stopped, or ran at one speed for so long that the library reports 0",
+                                "stopped_or_steady"};
+
 // The unit of a sensor on boards of this vendor: Intel's load is a raw activity counter.
 Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor);
 

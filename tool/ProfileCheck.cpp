@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "ProfileValues.h"
+#include "Quoted.h"
 #include "XmlPositions.h"
 
 namespace gputune::tool {
@@ -41,16 +42,6 @@ KnownRow const* FindRow(std::string_view name) {
     auto const found =
         std::find_if(knownRows.begin(), knownRows.end(), [&](KnownRow const& row) { return row.name == name; });
     return found == knownRows.end() ? nullptr : &*found;
-}
-
-std::string Quoted(std::string_view text) {
-    constexpr std::size_t longest = 40;
-    bool const isCut = text.size() > longest;
-    std::string quoted = "\"";
-    for (char const c : text.substr(0, longest)) {
-        quoted.push_back(static_cast<unsigned char>(c) < 0x20 ? ' ' : c);
-    }
-    return quoted + (isCut ? "...\"" : "\"");
 }
 
 class Checker {

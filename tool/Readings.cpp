@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace gputune::tool {
 
@@ -13,12 +14,30 @@ Value ToValue(std::optional<double> const& reading) {
 
 }  // namespace
 
+bool StuckFanWatch::IsUnsure(std::optional<double> const& speed) {
+    constexpr int believed = 8;
+    if (!speed) {
+        return false;
+    }
+    bool const wasZero = std::exchange(isZero_, *speed == 0);
+    if (isZero_) {
+        return equal_ >= believed;
+    }
+    equal_ = *speed == last_ && !wasZero ? equal_ + 1 : 1;
+    last_ = *speed;
+    return false;
+}
+
 Section SensorSection(Readings const& readings, std::uint32_t vendor, bool all) {
     Section section{.key = "sensors", .title = "Sensors", .unitForm = Section::UnitForm::BesideValue};
     for (SensorName const& sensor : sensorNames) {
         std::optional<double> const& reading = readings[sensor.key];
         if (reading || all) {
             section.fields.push_back({sensor.code, sensor.text, ToValue(reading), SensorUnit(sensor, vendor)});
+            if (sensor.key == GPUTUNE_HWM_FAN_SPEED_RPM) {
+                section.fields.back().canBeUnsure = true;
+                section.fields.back().unsure = readings.fanUnsure ? &unsureFan : nullptr;
+            }
         }
     }
     return section;
@@ -58,6 +77,9 @@ std::string ReadingsLine(Readings const& readings, std::uint32_t vendor) {
         if (std::optional<double> const& reading = readings[sensor.key]) {
             line += line.empty() ? "" : ", ";
             line += std::string(sensor.text) + " " + FormatValue(*reading, SensorUnit(sensor, vendor));
+            if (sensor.key == GPUTUNE_HWM_FAN_SPEED_RPM && readings.fanUnsure) {
+                line += std::string(" (") + unsureFan.text + ")";
+            }
         }
     }
     return line.empty() ? "no sensor available" : line;

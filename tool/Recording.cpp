@@ -48,6 +48,9 @@ std::string RecordingFormat::Heading() const {
     if (board_.frameRate) {
         line += "," + ColumnName(frameRateName.code, Unit::FramesPerSecond);
     }
+    if (board_.canDoubtFan) {
+        line += std::string(",") + fanUnsureColumn;
+    }
     return line + "," + adapterColumn + "," + fanCurveColumn;
 }
 
@@ -58,6 +61,9 @@ std::string RecordingFormat::Line(std::string const& time, Readings const& readi
     }
     if (board_.frameRate) {
         line += "," + Number(frameRate);
+    }
+    if (board_.canDoubtFan) {
+        line += std::string(",") + (readings.fanUnsure ? unsureFan.code : "");
     }
     line += "," + (isFirst_ ? CsvQuote(board_.name) : "") + "," + (isFirst_ ? CurveText(board_.fanCurve) : "");
     isFirst_ = false;

@@ -22,13 +22,15 @@ struct RecordedBoard {
     bool frameRate = false;  // whether the frame rate is read, too
     std::string name;
     std::vector<FanTablePoint> fanCurve;  // empty: none that could be read
+    bool canDoubtFan = false;             // whether a reading of the fan can be unsure (StuckFanWatch)
 };
 
 // The curve in effect; empty when the board has none, or a point of it is not known.
 std::vector<FanTablePoint> FanCurveOf(FanSetting const& setting);
 
 // Lines without line ends: the time, a column for every sensor (empty where not available), the frame rate if it is
-// read, the board's name and its fan curve. Name and curve stand in the first line only.
+// read, why the fan's speed is unsure where it can be, the board's name and its fan curve. Name and curve stand in the
+// first line only.
 class RecordingFormat {
 public:
     explicit RecordingFormat(RecordedBoard board) : board_(std::move(board)) {}
@@ -50,6 +52,7 @@ struct Series {
     Unit unit = Unit::None;
     Quantity quantity = Quantity::Clock;
     std::vector<std::optional<double>> values;  // as many as there are moments
+    std::vector<bool> unsure{};                 // for each of them whether it is; empty: none is
 };
 
 struct Recording {
@@ -59,8 +62,12 @@ struct Recording {
     std::vector<Series> series;   // those with at least one value
     std::string adapterName;      // empty: not recorded
     std::vector<FanTablePoint> fanCurve;
-    std::vector<CsvError> remarks;  // what was left out or corrected
+    std::vector<CsvError> remarks;  // what was left out or corrected, the first of it
+    std::size_t furtherRemarks = 0;
 };
+
+// "1 further warning", "2 further warnings".
+std::string FurtherWarnings(std::size_t count);
 
 // Throws CsvError when the text is no recording, or holds nothing to show.
 Recording ReadRecording(std::string_view text);

@@ -8,6 +8,7 @@
 namespace gputune::tool {
 
 constexpr char const* timeColumn = "time";
+constexpr char const* fanUnsureColumn = "fan_speed_unsure";
 constexpr char const* adapterColumn = "adapter_name";
 constexpr char const* fanCurveColumn = "fan_curve";
 

@@ -5,10 +5,12 @@
 #include <nlohmann/json.hpp>
 
 #include "Form.h"
+#include "PackedNumbers.h"
 
 namespace gputune::embedded {
 
 extern std::string_view const pageHtml;
+extern std::string_view const pageReadingsScript;
 extern std::string_view const pageScript;
 extern std::string_view const pageStyle;
 extern std::string_view const uplotLicence;
@@ -27,12 +29,13 @@ using Json = nlohmann::ordered_json;
 constexpr Quantity quantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
                                    Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
 
-Json ValuesJson(Series const& series) {
-    Json values = Json::array();
-    for (std::optional<double> const& value : series.values) {
-        values.push_back(value ? Json(*value) : Json(nullptr));
-    }
-    return values;
+Json NumbersJson(std::span<std::optional<double> const> numbers) {
+    PackedNumbers packed = PackNumbers(numbers);
+    return {{"decimals", packed.decimals}, {"values", std::move(packed.values)}, {"gaps", std::move(packed.gaps)}};
+}
+
+bool IsUnsure(Series const& series, std::size_t moment) {
+    return moment < series.unsure.size() && series.unsure[moment];
 }
 
 bool IsLimit(Series const& series) {
@@ -40,16 +43,48 @@ bool IsLimit(Series const& series) {
            series.code == sensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
 }
 
+// All readings that are sure, or all that are not.
+std::vector<std::optional<double>> Select(Series const& series, bool unsure) {
+    std::vector<std::optional<double>> selected(series.values);
+    for (std::size_t i = 0; i < selected.size(); ++i) {
+        if (IsUnsure(series, i) != unsure) {
+            selected[i] = std::nullopt;
+        }
+    }
+    return selected;
+}
+
+Json SeriesJson(Series const& series) {
+    Json const numbers = series.unsure.empty() ? NumbersJson(series.values) : NumbersJson(Select(series, false));
+    return {{"title", series.title},
+            {"unit", UnitName(series.unit).text},
+            {"dashed", IsLimit(series)},
+            {"numbers", numbers}};
+}
+
+Json UnsureJson(Series const& series) {
+    return {{"title", series.title + ", unsure"},
+            {"unit", UnitName(series.unit).text},
+            {"dashed", true},
+            {"muted", true},
+            {"numbers", NumbersJson(Select(series, true))}};
+}
+
+Json SecondsJson(Recording const& recording) {
+    return NumbersJson(std::vector<std::optional<double>>(recording.seconds.begin(), recording.seconds.end()));
+}
+
 Json GroupsJson(Recording const& recording) {
     Json groups = Json::array();
     for (Quantity const quantity : quantities) {
         Json members = Json::array();
         for (Series const& series : recording.series) {
-            if (series.quantity == quantity) {
-                members.push_back({{"title", series.title},
-                                   {"unit", UnitName(series.unit).text},
-                                   {"dashed", IsLimit(series)},
-                                   {"values", ValuesJson(series)}});
+            if (series.quantity != quantity) {
+                continue;
+            }
+            members.push_back(SeriesJson(series));
+            if (!series.unsure.empty()) {
+                members.push_back(UnsureJson(series));
             }
         }
         if (!members.empty()) {
@@ -79,18 +114,18 @@ Json FanJson(Recording const& recording) {
     for (FanTablePoint const& point : recording.fanCurve) {
         curve.push_back({point.FanTemperature, point.FanSpeed});
     }
-    return {{"temperatureTitle", temperature->title},
-            {"temperatures", ValuesJson(*temperature)},
-            {"speedTitle", speed->title},
-            {"unit", UnitName(speed->unit).text},
-            {"speeds", ValuesJson(*speed)},
-            {"curve", std::move(curve)}};
+    // The titles of two of the series.
+    return {{"temperature", temperature->title}, {"speed", speed->title}, {"curve", std::move(curve)}};
 }
 
-// Inside a script element nothing may look like its end.
+// Inside a script element nothing may look like its end. The text has a line for every value: one line of some
+// megabytes is more than many programs show.
 std::string DataText(Recording const& recording) {
-    Json const data = {{"seconds", recording.seconds}, {"groups", GroupsJson(recording)}, {"fan", FanJson(recording)}};
-    std::string text = data.dump(-1, ' ', false, Json::error_handler_t::replace);
+    Json const data = {{"count", recording.seconds.size()},
+                       {"seconds", SecondsJson(recording)},
+                       {"groups", GroupsJson(recording)},
+                       {"fan", FanJson(recording)}};
+    std::string text = data.dump(0, ' ', false, Json::error_handler_t::replace);
     for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
         text.replace(at, 1, "\\u003c");
     }
@@ -105,10 +140,11 @@ std::string SummaryRows(Recording const& recording) {
             if (series.quantity != quantity) {
                 continue;
             }
-            SeriesSummary const summary = Summarize(series);
+            std::optional<SeriesSummary> const summary = Summarize(series);
             body += "<tr><th scope=\"row\">" + EscapeHtml(series.title) + "</th>";
-            for (double const value : {summary.minimum, summary.average, summary.maximum, summary.last}) {
-                body += "<td>" + FormatNumber(value) + "</td>";
+            for (double SeriesSummary::*const figure :
+                 {&SeriesSummary::minimum, &SeriesSummary::average, &SeriesSummary::maximum, &SeriesSummary::last}) {
+                body += "<td>" + (summary ? FormatNumber(*summary.*figure) : "–") + "</td>";
             }
             body += "<td>" + EscapeHtml(UnitName(series.unit).text) + "</td></tr>\n";
         }
@@ -130,23 +166,40 @@ std::string Remarks(Recording const& recording) {
         notes += "<p class=\"note\">Line " + std::to_string(remark.line) + ", column " + std::to_string(remark.column) +
                  ": " + EscapeHtml(remark.message) + ".</p>\n";
     }
+    if (recording.furtherRemarks > 0) {
+        notes += "<p class=\"note\">And " + FurtherWarnings(recording.furtherRemarks) + ".</p>\n";
+    }
+    for (Series const& series : recording.series) {
+        auto const count = std::count(series.unsure.begin(), series.unsure.end(), true);
+        if (count > 0) {
+            notes += "<p class=\"note\">" + EscapeHtml(series.title) + ": " +
+                     CountText(static_cast<std::size_t>(count)) + " of 0 " + UnitName(series.unit).text + " " +
+                     (count == 1 ? "is " : "are ") + unsureFan.text +
+                     ". The summary leaves them out; the chart shows them dashed.</p>\n";
+        }
+    }
     return notes;
 }
 
 }  // namespace
 
-SeriesSummary Summarize(Series const& series) {
-    SeriesSummary summary;
+std::optional<SeriesSummary> Summarize(Series const& series) {
+    std::optional<SeriesSummary> summary;
     double count = 0;
-    for (std::optional<double> const& value : series.values) {
-        if (value) {
-            summary.minimum = count == 0 ? *value : std::min(summary.minimum, *value);
-            summary.maximum = count == 0 ? *value : std::max(summary.maximum, *value);
-            // Not a sum, which could leave the range of numbers.
-            summary.average += (*value - summary.average) / (count + 1);
-            summary.last = *value;
-            ++count;
+    for (std::size_t i = 0; i < series.values.size(); ++i) {
+        if (!series.values[i] || IsUnsure(series, i)) {
+            continue;
         }
+        double const value = *series.values[i];
+        if (!summary) {
+            summary = {value, value, value, value};
+        }
+        summary->minimum = std::min(summary->minimum, value);
+        summary->maximum = std::max(summary->maximum, value);
+        // Not a sum, which could leave the range of numbers. And rounding cannot carry it beyond the extremes.
+        ++count;
+        summary->average += (value - summary->average) / count;
+        summary->last = value;
     }
     return summary;
 }
@@ -199,6 +252,7 @@ std::string RecordingPage(Recording const& recording, std::string const& fileNam
                                          {"file", file},
                                          {"data", data},
                                          {"style", embedded::pageStyle},
+                                         {"readings-script", embedded::pageReadingsScript},
                                          {"script", embedded::pageScript},
                                          {"uplot-licence", embedded::uplotLicence},
                                          {"uplot-style", embedded::uplotStyle},

@@ -2,6 +2,7 @@
 // system.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,8 @@ struct SeriesSummary {
     double last = 0;
 };
 
-// The series must have a value, as those of a Recording do.
-SeriesSummary Summarize(Series const& series);
+// Of the readings that are sure; nothing when there is none.
+std::optional<SeriesSummary> Summarize(Series const& series);
 
 // As text of an element or in a quoted attribute.
 std::string EscapeHtml(std::string_view text);

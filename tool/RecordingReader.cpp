@@ -7,6 +7,7 @@
 
 #include "Checks.h"
 #include "Errors.h"
+#include "Quoted.h"
 #include "Recording.h"
 #include "RecordingColumns.h"
 
@@ -48,8 +49,11 @@ bool TakeOneOf(std::string_view& text, std::string_view characters) {
     return true;
 }
 
-// "2025-01-31T12:34:56.789" as seconds since an arbitrary moment; a blank may stand for the T, seconds may be whole.
-std::optional<double> ParseTime(std::string_view text) {
+constexpr std::int64_t microseconds = 1000000;  // of a second
+
+// "2025-01-31T12:34:56.789" in microseconds since an arbitrary moment; a blank may stand for the T and a comma for the
+// point, seconds may be whole. Of nine decimals, the last three are left out: with them, not every year would fit.
+std::optional<std::int64_t> ParseTime(std::string_view text) {
     int year = 0;
     int month = 0;
     int day = 0;
@@ -61,22 +65,24 @@ std::optional<double> ParseTime(std::string_view text) {
         !TakeNumber(text, 2, minute) || !TakeOneOf(text, ":") || !TakeNumber(text, 2, second)) {
         return std::nullopt;
     }
-    double fraction = 0;
-    if (TakeOneOf(text, ".")) {
+    int fraction = 0;
+    if (TakeOneOf(text, ".,")) {
         std::size_t const digits = text.size();
-        int number = 0;
-        if (digits > 9 || digits == 0 || !TakeNumber(text, digits, number)) {
+        if (digits > 9 || digits == 0 || !TakeNumber(text, digits, fraction)) {
             return std::nullopt;
         }
-        fraction = number / std::pow(10.0, static_cast<double>(digits));
+        for (std::size_t missing = digits; missing < 9; ++missing) {
+            fraction *= 10;
+        }
+        fraction /= 1000;
     }
     std::chrono::year_month_day const date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                                            std::chrono::day(static_cast<unsigned>(day))};
     if (!text.empty() || !date.ok() || hour > 23 || minute > 59 || second > 60) {
         return std::nullopt;
     }
-    auto const days = std::chrono::sys_days(date).time_since_epoch().count();
-    return static_cast<double>(days) * 86400 + hour * 3600 + minute * 60 + second + fraction;
+    std::int64_t const days = std::chrono::sys_days(date).time_since_epoch().count();
+    return (((days * 24 + hour) * 60 + minute) * 60 + second) * microseconds + fraction;
 }
 
 class Reader {
@@ -95,6 +101,9 @@ public:
         if (recording_.seconds.empty()) {
             throw CsvError{csv_.LineNumber(), 1, "the recording holds no readings"};
         }
+        if (std::find(unsureFan_.begin(), unsureFan_.end(), true) != unsureFan_.end()) {
+            MarkFan();
+        }
         std::erase_if(recording_.series, [](Series const& series) {
             return std::none_of(series.values.begin(), series.values.end(),
                                 [](std::optional<double> const& value) { return value.has_value(); });
@@ -110,8 +119,14 @@ private:
         throw CsvError{csv_.LineNumber(), field.column, std::move(message)};
     }
 
+    // A damaged recording may deserve one for every line.
     void Remark(std::size_t column, std::string message) {
-        recording_.remarks.push_back({csv_.LineNumber(), column, std::move(message)});
+        constexpr std::size_t mostRemarks = 20;
+        if (recording_.remarks.size() < mostRemarks) {
+            recording_.remarks.push_back({csv_.LineNumber(), column, std::move(message)});
+        } else {
+            ++recording_.furtherRemarks;
+        }
     }
 
     void ReadHeading() {
@@ -122,7 +137,7 @@ private:
         for (auto field = fields_.begin(); field != fields_.end(); ++field) {
             auto const isSame = [field](CsvField const& other) { return other.text == field->text; };
             if (std::any_of(fields_.begin(), field, isSame)) {
-                Fail(*field, "there are two columns " + field->text);
+                Fail(*field, "there are two columns " + Quoted(field->text));
             }
             hasTime = hasTime || field->text == timeColumn;
             columns_.push_back(MakeColumn(*field));
@@ -130,8 +145,8 @@ private:
         }
         if (!hasTime) {
             throw CsvError{csv_.LineNumber(), 1,
-                           "there is no column \"time\": this is no recording of gputunectl, or its columns are not "
-                           "separated by commas"};
+                           "there is no column \"time\": this is no recording of gputunectl, or its columns are "
+                           "separated by neither commas nor semicolons"};
         }
         if (recording_.series.empty()) {
             throw CsvError{csv_.LineNumber(), 1, "there is no column of a sensor"};
@@ -144,11 +159,14 @@ private:
         }
         if (field.text == adapterColumn) {
             return [this](CsvField const& name) {
-                recording_.adapterName = recording_.adapterName.empty() ? name.text : recording_.adapterName;
+                recording_.adapterName = recording_.adapterName.empty() ? Printable(name.text) : recording_.adapterName;
             };
         }
         if (field.text == fanCurveColumn) {
             return [this](CsvField const& curve) { ReadCurve(curve); };
+        }
+        if (field.text == fanUnsureColumn) {
+            return [this](CsvField const& doubt) { unsureFan_.push_back(!doubt.text.empty()); };
         }
         if (std::optional<Series> series = KnownSeries(field.text)) {
             std::size_t const index = recording_.series.size();
@@ -156,7 +174,7 @@ private:
             return
                 [this, index](CsvField const& value) { recording_.series[index].values.push_back(ReadNumber(value)); };
         }
-        Remark(field.column, "the column \"" + field.text + "\" is not known, and is left out");
+        Remark(field.column, "the column " + Quoted(field.text) + " is not known, and is left out");
         return [](CsvField const&) {};
     }
 
@@ -174,35 +192,64 @@ private:
     }
 
     void ReadTime(CsvField const& field) {
-        std::optional<double> const time = ParseTime(field.text);
+        std::optional<std::int64_t> const time = ParseTime(field.text);
         if (!time) {
-            Fail(field, "\"" + field.text + "\" is no time; expected is the form 2025-01-31T12:34:56.789");
+            Fail(field, Quoted(field.text) + " is no time; expected is the form 2025-01-31T12:34:56.789");
         }
-        std::vector<double>& seconds = recording_.seconds;
-        if (seconds.empty()) {
+        if (recording_.seconds.empty()) {
             recording_.start = field.text;
             zero_ = *time;
-        } else if (*time - zero_ < seconds.back()) {
+        } else if (*time - zero_ < last_) {
             // Summer time ended, or someone set the clock: go on one step after the last reading.
-            double const step = seconds.size() > 1 ? seconds.back() - seconds[seconds.size() - 2] : 0;
-            zero_ = *time - seconds.back() - step;
+            zero_ = *time - last_ - step_;
             Remark(field.column, "the clock was set back here; what follows is moved behind what came before");
         }
         recording_.end = field.text;
-        seconds.push_back(*time - zero_);
+        step_ = *time - zero_ - last_;
+        last_ = *time - zero_;
+        recording_.seconds.push_back(static_cast<double>(last_) / microseconds);
     }
 
-    std::optional<double> ReadNumber(CsvField const& field) const {
+    std::optional<double> ReadNumber(CsvField const& field) {
         if (field.text.empty()) {
             return std::nullopt;
         }
+        std::string text = field.text;
+        std::size_t const mark = text.find_first_of(".,");
+        if (mark != std::string::npos && TakesDecimalMark(text[mark])) {
+            text[mark] = '.';
+        } else if (mark != std::string::npos) {
+            FailNumber(field);
+        }
         double value = 0;
-        char const* const last = field.text.data() + field.text.size();
-        auto const [end, error] = std::from_chars(field.text.data(), last, value);
+        char const* const last = text.data() + text.size();
+        auto const [end, error] = std::from_chars(text.data(), last, value);
         if (error != std::errc{} || end != last || !std::isfinite(value)) {
-            Fail(field, "\"" + field.text + "\" is no number (" + headings_[current_] + ")");
+            FailNumber(field);
         }
         return value;
+    }
+
+    [[noreturn]] void FailNumber(CsvField const& field) const {
+        Fail(field, Quoted(field.text) + " is no number (" + headings_[current_] + ")");
+    }
+
+    // Decimals are behind a point; between semicolons behind a point or a comma, one of them in the whole file: in a
+    // mixture one would separate thousands.
+    bool TakesDecimalMark(char mark) {
+        if (decimalMark_ == 0) {
+            decimalMark_ = csv_.Separator() == ';' ? mark : '.';
+        }
+        return mark == decimalMark_;
+    }
+
+    void MarkFan() {
+        for (Series& series : recording_.series) {
+            if (series.code == sensorNames[GPUTUNE_HWM_FAN_SPEED_RPM].code) {
+                series.unsure = std::move(unsureFan_);
+                return;
+            }
+        }
     }
 
     void ReadCurve(CsvField const& field) {
@@ -212,7 +259,7 @@ private:
         try {
             for (std::size_t start = 0; start < field.text.size();) {
                 std::size_t const end = std::min(field.text.find(' ', start), field.text.size());
-                recording_.fanCurve.push_back(ParseCurvePoint(field.text.substr(start, end - start)));
+                recording_.fanCurve.push_back(ParseCurvePoint(Printable(field.text.substr(start, end - start))));
                 start = end + 1;
             }
         } catch (UsageError const& error) {
@@ -226,10 +273,19 @@ private:
     std::vector<Column> columns_;
     std::vector<std::string> headings_;
     std::size_t current_ = 0;
-    double zero_ = 0;  // the time that counts as 0 seconds
+    std::vector<bool> unsureFan_;
+    char decimalMark_ = 0;  // 0: none was seen
+    // Microseconds:
+    std::int64_t zero_ = 0;  // the time that counts as 0 seconds
+    std::int64_t last_ = 0;  // the last reading's time since then
+    std::int64_t step_ = 0;  // from the reading before it
 };
 
 }  // namespace
+
+std::string FurtherWarnings(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " further warning" : " further warnings");
+}
 
 Recording ReadRecording(std::string_view text) {
     return Reader(text).Read();

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace gputune::tool {
@@ -19,7 +19,9 @@ Json ToJson(Value const& value) {
         Json operator()(std::monostate) const { return nullptr; }
         Json operator()(bool flag) const { return flag; }
         Json operator()(std::int64_t number) const { return number; }
-        Json operator()(double number) const { return std::isfinite(number) ? Json(number) : Json(nullptr); }
+        Json operator()(double number) const {
+            return std::isfinite(number) ? Json(FewestDigits(number)) : Json(nullptr);
+        }
         Json operator()(std::string const& text) const { return text; }
     };
     return std::visit(Visitor{}, value);
@@ -45,6 +47,9 @@ void AddToJson(Section const& section, Json& object) {
     for (Field const& field : section.fields) {
         if (section.unitForm == Section::UnitForm::BesideValue) {
             object[field.key] = {{"value", ToJson(field.value)}, {"unit", UnitName(field.unit).code}};
+            if (field.canBeUnsure) {
+                object[field.key]["unsure"] = field.unsure != nullptr ? Json(field.unsure->code) : Json(nullptr);
+            }
         } else {
             object[KeyWithUnit(field.key, field.unit)] = ToJson(field.value);
         }
@@ -108,7 +113,8 @@ std::string SectionText(Section const& section) {
         width = std::max(width, HasNoValue(grid) ? DisplayWidth(grid.label) : 0);
     }
     for (Field const& field : section.fields) {
-        text += Line({field.label, FormatValue(field.value, field.unit)}, {width, 0});
+        std::string const doubt = field.unsure != nullptr ? std::string(" (") + field.unsure->text + ")" : "";
+        text += Line({field.label, FormatValue(field.value, field.unit) + doubt}, {width, 0});
     }
     for (Grid const& grid : section.grids) {
         text += HasNoValue(grid) ? Line({grid.label, notAvailable}, {width, 0}) : GridText(grid);
@@ -136,9 +142,22 @@ std::string FormatNumber(double value) {
     return text == "-0" ? "0" : text;
 }
 
+double FewestDigits(double value) {
+    // Whole numbers are exact. And what is beyond a float's range was never one.
+    if (value == std::trunc(value) || !(std::abs(value) <= double{std::numeric_limits<float>::max()}) ||
+        double{static_cast<float>(value)} != value) {
+        return value;
+    }
+    char buffer[32];
+    char const* const end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(value)).ptr;
+    double shortest = value;
+    std::from_chars(buffer, end, shortest);
+    return shortest;
+}
+
 std::string FormatExactNumber(double value) {
     char buffer[64];
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, FewestDigits(value));
     return std::string(buffer, error == std::errc{} ? end : buffer);
 }
 

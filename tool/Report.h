@@ -20,7 +20,10 @@ Value IntValue(int value);
 
 // At most two decimals, '.' in every locale, no trailing zeros: "65.5", "1500".
 std::string FormatNumber(double value);
-// The shortest text that reads back to the same number.
+// Of the numbers that are the same reading in single precision, in which most readings are, the one with the fewest
+// digits: 386.67 instead of 386.6700134277344. Other numbers stay as they are.
+double FewestDigits(double value);
+// FewestDigits as the shortest text that reads back to the same number.
 std::string FormatExactNumber(double value);
 // The value and its unit: "65.5 °C", "yes", "not available".
 std::string FormatValue(Value const& value, Unit unit);
@@ -35,6 +38,10 @@ struct Field {
     std::string label;
     Value value;
     Unit unit = Unit::None;
+    // Why the value may be wrong; null: nothing is known against it. JSON has it beside the value
+    // (UnitForm::BesideValue) of a field that can be unsure.
+    bool canBeUnsure = false;
+    Name const* unsure = nullptr;
 };
 
 struct Column {

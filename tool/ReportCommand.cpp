@@ -53,6 +53,9 @@ int RunReport(GlobalOptions const& options, ReportOptions const& report) {
     for (CsvError const& remark : recording.remarks) {
         WriteError(Message(report.recording, remark, "warning") + "\n");
     }
+    if (recording.furtherRemarks > 0) {
+        WriteError(report.recording + ": " + FurtherWarnings(recording.furtherRemarks) + ".\n");
+    }
     std::string const path = report.page.empty() ? PageBeside(report.recording) : report.page;
     if (report.force && IsSameFile(path, report.recording)) {
         throw UsageError("The page would replace the recording: choose another name for it.");

@@ -58,7 +58,8 @@ RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& optio
     return {.vendor = session.Vendor(),
             .frameRate = options.frameRate,
             .name = session.AdapterName(),
-            .fanCurve = FanCurveOf(session.Api().ReadFanSetting())};
+            .fanCurve = FanCurveOf(session.Api().ReadFanSetting()),
+            .canDoubtFan = session.CanDoubtFan()};
 }
 
 Schedule::Schedule(double interval)

@@ -149,6 +149,7 @@ Readings Session::ReadSensors() const {
             readings[sensor.key] = value.Value;
         }
     }
+    readings.fanUnsure = CanDoubtFan() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
     return readings;
 }
 

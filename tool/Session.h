@@ -57,6 +57,8 @@ public:
     std::string AdapterName() const;
     // Reads the sensors anew.
     Readings ReadSensors() const;
+    // Whether a reading of the fan can be unsure (StuckFanWatch).
+    bool CanDoubtFan() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
 
     // "\nRun the command again with --log stdout to see what happened.", or nothing when there is a log already.
     std::string LogHint() const;
@@ -71,6 +73,7 @@ private:
     InitState state_ = InitState::NoSupportedGpu;
     std::uint32_t vendor_ = 0;
     std::uint32_t api_ = 0;
+    mutable StuckFanWatch fanWatch_;  // reading changes nothing else
 };
 
 }  // namespace gputune::tool

@@ -20,6 +20,7 @@ SECTION_WRITABLE = 0x80000000
 
 # Data directories.
 IMPORTS = 1
+RESOURCES = 2
 RELOCATIONS = 5
 TLS = 9
 BOUND_IMPORTS = 11
@@ -82,6 +83,29 @@ class Image:
             callbacks.append(callback)
             table += 4
         return callbacks
+
+    def resources(self, kind):
+        """The contents of all resources of a type, in every language."""
+        root = self.offset_of(self.directory(RESOURCES)[0]) if self.directory(RESOURCES)[1] else None
+
+        def entries(table):
+            named, numbered = self._read("<HH", table + 12)
+            for index in range(named + numbered):
+                identifier, position = self._read("<II", table + 16 + 8 * index)
+                yield identifier, root + (position & 0x7FFFFFFF), position & 0x80000000
+
+        def leaves(table):
+            for _, position, is_table in entries(table):
+                yield from leaves(position) if is_table else [position]
+
+        found = []
+        for identifier, position, _ in entries(root) if root else []:
+            if identifier == kind:
+                for leaf in leaves(position):
+                    address, size = self._read("<II", leaf)
+                    start = self.offset_of(address)
+                    found.append(self._data[start:start + size])
+        return found
 
     def relocation_count(self):
         """Of the places that the loader moves with the image."""

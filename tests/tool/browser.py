@@ -12,7 +12,9 @@ import time
 class Browser:
     """Opens one file; afterwards `events` holds what the browser reported since."""
 
-    def __init__(self, program="chromium"):
+    def __init__(self, program="chromium", patience=15):
+        """`patience`: after how many seconds without an answer the browser is given up."""
+        self._patience = patience
         self._profile = tempfile.mkdtemp(prefix="page-test-")
         command_out, self._commands = os.pipe()
         self._answers, answer_in = os.pipe()
@@ -24,7 +26,7 @@ class Browser:
 
         self._process = subprocess.Popen(
             [program, "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run", "--hide-scrollbars",
-             "--disable-background-networking", "--disable-component-update", "--remote-debugging-pipe",
+             "--disable-background-networking", "--disable-component-update", "--disable-sync", "--disable-quic", "--remote-debugging-pipe",
              f"--user-data-dir={self._profile}", "about:blank"],
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             close_fds=False, preexec_fn=take_pipes)
@@ -107,7 +109,7 @@ class Browser:
         return found
 
     def _next(self):
-        deadline = time.monotonic() + 15
+        deadline = time.monotonic() + self._patience
         while b"\0" not in self._buffer:
             if not select.select([self._answers], [], [], max(0, deadline - time.monotonic()))[0]:
                 raise RuntimeError("the browser does not answer")

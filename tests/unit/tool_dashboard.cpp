@@ -117,6 +117,31 @@ TEST(ToolDashboard, BoardWithoutSensorsSaysSo) {
     EXPECT_EQ(Lines(dashboard, 40, 20)[3], PadRight("no sensor available", 40));
 }
 
+TEST(ToolDashboard, AverageLiesBetweenMinimumAndMaximum) {
+    Dashboard dashboard("Board", GPUTUNE_VENDOR_AMD, 1);
+    dashboard.Add("12:00", Some(386.67, 0.04), std::nullopt);
+    EXPECT_EQ(Lines(dashboard, 72, 20)[3].substr(0, 54), "GPU Core Clock   386.67   386.67   386.67   386.67 MHz");
+    EXPECT_EQ(Lines(dashboard, 72, 20)[4].substr(0, 52), "GPU Load           0.04     0.04     0.04     0.04 %");
+}
+
+TEST(ToolDashboard, UnsureFanIsMarkedAndDoesNotCount) {
+    Dashboard dashboard("Board", GPUTUNE_VENDOR_AMD, 1);
+    Readings readings{};
+    readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 900;
+    dashboard.Add("12:00", readings, std::nullopt);
+    EXPECT_EQ(Lines(dashboard, 100, 20).size(), 5U);
+    readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 0;
+    readings.fanUnsure = true;
+    dashboard.Add("12:01", readings, std::nullopt);
+    std::vector<std::string> const lines = Lines(dashboard, 100, 20);
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_TRUE(lines[3].starts_with("Fan Speed(RPM)       0?      900      900      900 rpm")) << lines[3];
+    EXPECT_EQ(lines[4], PadRight(std::string("? ") + unsureFan.text, 100));
+    dashboard.Reset();
+    EXPECT_TRUE(Lines(dashboard, 100, 20)[3].starts_with("Fan Speed(RPM)       0?        -        -        - rpm"));
+    EXPECT_EQ(Lines(dashboard, 100, 5).size(), 5U);
+}
+
 TEST(ToolDashboard, StylesBecomeSequencesOrNothing) {
     StyledLine const line{{"a", Style::Plain}, {"b", Style::Strong}, {"", Style::Red}};
     EXPECT_EQ(TerminalText(line, true), "a\x1b[1mb\x1b[m");

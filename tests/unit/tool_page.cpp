@@ -1,6 +1,8 @@
 // The page of a recording, as text. tests/tool/page_test looks at it in a browser.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "RecordingPage.h"
 
 namespace gputune::tool {
@@ -25,15 +27,18 @@ bool Has(std::string const& page, std::string const& text) {
 }
 
 TEST(ToolPage, SummaryCountsAvailableReadings) {
-    SeriesSummary const summary = Summarize(SomeSeries({std::nullopt, 3.0, -1.0, std::nullopt, 1.0, std::nullopt}));
-    EXPECT_EQ(summary.minimum, -1);
-    EXPECT_EQ(summary.average, 1);
-    EXPECT_EQ(summary.maximum, 3);
-    EXPECT_EQ(summary.last, 1);
+    std::optional<SeriesSummary> const summary =
+        Summarize(SomeSeries({std::nullopt, 3.0, -1.0, std::nullopt, 1.0, std::nullopt}));
+    ASSERT_TRUE(summary);
+    EXPECT_EQ(summary->minimum, -1);
+    EXPECT_EQ(summary->average, 1);
+    EXPECT_EQ(summary->maximum, 3);
+    EXPECT_EQ(summary->last, 1);
+    EXPECT_FALSE(Summarize(SomeSeries({std::nullopt})));
 }
 
 TEST(ToolPage, AverageOfHugeReadingsStaysANumber) {
-    EXPECT_NEAR(Summarize(SomeSeries({1e308, 1e308, 1e308})).average, 1e308, 1e295);
+    EXPECT_NEAR(Summarize(SomeSeries({1e308, 1e308, 1e308}))->average, 1e308, 1e295);
 }
 
 TEST(ToolPage, EverythingWithAMeaningInHtmlIsEscaped) {
@@ -46,8 +51,11 @@ TEST(ToolPage, PageHoldsSummaryDataAndLibrary) {
     EXPECT_TRUE(Has(page, "<h1>Some Board</h1>"));
     EXPECT_TRUE(Has(page, "run.csv \u00b7 started 2025-01-31 12:00:00.000 \u00b7 0:02 \u00b7 3 readings"));
     EXPECT_TRUE(Has(page, "<td>60</td><td>63</td><td>66</td><td>66</td><td>\u00b0C</td>"));
-    EXPECT_TRUE(Has(page, "\"seconds\":[0.0,1.0,2.0]"));
-    EXPECT_TRUE(Has(page, "\"values\":[60.0,null,66.0]"));
+    // 0, 1000 and 1000 thousandths more; 60, none, 6 more.
+    EXPECT_TRUE(Has(page, "\"count\": 3"));
+    EXPECT_TRUE(Has(page, "\"decimals\": 0,\n\"values\": [\n\"AACC\"\n]"))
+        << page.substr(page.find("\"seconds\""), 100);
+    EXPECT_TRUE(Has(page, "\"values\": [\n\"4DAAM\"\n],\n\"gaps\": [\n\"CC\"\n]"));
     EXPECT_EQ(Has(page, "var uPlot="), HasCharts());
     EXPECT_EQ(Has(page, "The MIT License"), HasCharts());
     EXPECT_FALSE(Has(page, "{{"));
@@ -76,10 +84,54 @@ TEST(ToolPage, BytesThatAreNoUtf8DoNotFailThePage) {
 
 TEST(ToolPage, FanNeedsItsSpeedAndATemperature) {
     Recording recording = SomeRecording();
-    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "\"fan\":null"));
+    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "\"fan\": null"));
     recording.series.push_back({"fan_speed", "Fan Speed(RPM)", Unit::Rpm, Quantity::Fan, {900, 950, 1000}});
     recording.fanCurve = {{20, 50}, {100, 95}};
-    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "\"curve\":[[50,20],[95,100]]"));
+    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "\"curve\": [\n[\n50,\n20\n],\n[\n95,\n100\n]\n]"));
+}
+
+TEST(ToolPage, UnsureReadingsAreASeriesOfTheirOwnAndNotInTheSummary) {
+    Recording recording = SomeRecording();
+    recording.series.push_back(
+        {"fan_speed", "Fan Speed(RPM)", Unit::Rpm, Quantity::Fan, {900, 0, 0}, {false, true, true}});
+    std::string const page = RecordingPage(recording, "run.csv");
+    EXPECT_TRUE(Has(page, "<td>900</td><td>900</td><td>900</td><td>900</td><td>rpm</td>"));
+    EXPECT_TRUE(Has(page, "Fan Speed(RPM): 2 readings of 0 rpm are unsure: the fan stopped, or ran at one speed"));
+    std::size_t const sure = page.find("\"title\": \"Fan Speed(RPM)\"");
+    std::size_t const unsure = page.find("\"title\": \"Fan Speed(RPM), unsure\"");
+    ASSERT_NE(sure, std::string::npos);
+    ASSERT_NE(unsure, std::string::npos);
+    // One reading, then a gap of two; a gap of one, then two readings.
+    EXPECT_EQ(page.find("\"gaps\": [\n\"CE\"\n]", sure), page.find("\"gaps\"", sure));
+    EXPECT_EQ(page.find("\"gaps\": [\n\"AC\"\n]", unsure), page.find("\"gaps\"", unsure));
+    recording.series[1].unsure = {false, true, false};
+    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "1 reading of 0 rpm is unsure"));
+    recording.series[1].unsure = {true, true, true};
+    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "<td>\u2013</td>"));
+}
+
+TEST(ToolPage, NoLineOfTheDataIsLong) {
+    Recording recording = SomeRecording();
+    recording.series[0].values.clear();
+    recording.seconds.clear();
+    for (int i = 0; i < 100000; ++i) {
+        recording.seconds.push_back(i);
+        recording.series[0].values.emplace_back(60 + i * 7 % 13);
+    }
+    std::string const page = RecordingPage(recording, "run.csv");
+    std::size_t longest = 0;
+    std::size_t const end = page.find("</script>");
+    for (std::size_t at = page.find("id=\"recording\""); at < end; at = page.find('\n', at) + 1) {
+        longest = std::max(longest, page.find('\n', at) - at);
+    }
+    EXPECT_LT(longest, 1100U);
+    EXPECT_GT(longest, 900U);
+}
+
+TEST(ToolPage, FurtherWarningsAreCounted) {
+    Recording recording = SomeRecording();
+    recording.furtherRemarks = 480;
+    EXPECT_TRUE(Has(RecordingPage(recording, "run.csv"), "And 480 further warnings."));
 }
 
 }  // namespace

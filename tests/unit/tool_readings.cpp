@@ -55,6 +55,43 @@ TEST(ToolReadings, LineNamesTheAvailableSensors) {
     EXPECT_EQ(ReadingsLine(Readings{}, GPUTUNE_VENDOR_AMD), "no sensor available");
 }
 
+TEST(ToolReadings, UnsureFanIsMarkedWithTheReason) {
+    Readings readings = SomeReadings();
+    readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 0;
+    EXPECT_TRUE(ReadingsLine(readings, GPUTUNE_VENDOR_AMD).find("Fan Speed(RPM) 0 rpm, ") != std::string::npos);
+    readings.fanUnsure = true;
+    EXPECT_TRUE(ReadingsLine(readings, GPUTUNE_VENDOR_AMD)
+                    .find(std::string("Fan Speed(RPM) 0 rpm (") + unsureFan.text + "), ") != std::string::npos);
+    for (Field const& field : SensorSection(readings, GPUTUNE_VENDOR_AMD, true).fields) {
+        EXPECT_EQ(field.canBeUnsure, field.key == "fan_speed");
+        EXPECT_EQ(field.unsure, field.key == "fan_speed" ? &unsureFan : nullptr);
+    }
+}
+
+// What the watch says of each of these readings, as 1 and 0.
+std::string Doubts(std::vector<std::optional<double>> const& speeds) {
+    StuckFanWatch watch;
+    std::string doubts;
+    for (std::optional<double> const& speed : speeds) {
+        doubts += watch.IsUnsure(speed) ? '1' : '0';
+    }
+    return doubts;
+}
+
+TEST(ToolStuckFan, ZeroAfterEightEqualReadingsIsUnsureUntilAnotherSpeed) {
+    EXPECT_EQ(Doubts({900, 900, 900, 900, 900, 900, 900, 900, 0, 0, 0, 910, 0}), "0000000011100");
+    EXPECT_EQ(Doubts({1, 900, 900, 900, 900, 900, 900, 900, 900, 900, 0}), "00000000001");
+}
+
+TEST(ToolStuckFan, OtherZerosAreSure) {
+    EXPECT_EQ(Doubts({0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), "0000000000");
+    EXPECT_EQ(Doubts({900, 900, 900, 900, 900, 900, 900, 0, 0}), "000000000");
+    EXPECT_EQ(Doubts({900, 900, 900, 900, 900, 900, 900, 910, 0}), "000000000");
+    // The fan stopped in between: the count begins anew.
+    EXPECT_EQ(Doubts({900, 900, 900, 900, 0, 900, 900, 900, 900, 0}), "0000000000");
+    EXPECT_EQ(Doubts({std::nullopt, std::nullopt}), "00");
+}
+
 TEST(ToolReadings, ElapsedTimeHasHoursWhenThereAreSome) {
     EXPECT_EQ(ElapsedText(0.4), "0:00");
     EXPECT_EQ(ElapsedText(65), "1:05");

@@ -218,6 +218,96 @@ TEST(ToolRecording, ErrorNamesLineAndColumn) {
     EXPECT_EQ(ErrorOf(good + "\"a\"b,1,2\n"), "3:4: a comma is missing after the quotation mark");
 }
 
+TEST(ToolRecording, SemicolonsAndDecimalCommasAreUnderstood) {
+    std::string const european = "time;\"gpu_core_clock_mhz\";gpu_temperature_celsius;adapter_name\r\n";
+    Recording const recording = ReadRecording(european +
+                                              "2025-01-31 12:00:00,500;1500;65,5;\"A, B; C\"\r\n"
+                                              "2025-01-31 12:00:01,500;1501,25;66;\r\n");
+    EXPECT_EQ(recording.seconds, (std::vector<double>{0, 1}));
+    ASSERT_EQ(recording.series.size(), 2U);
+    EXPECT_EQ(recording.series[0].values, (std::vector<std::optional<double>>{1500, 1501.25}));
+    EXPECT_EQ(recording.series[1].values, (std::vector<std::optional<double>>{65.5, 66}));
+    EXPECT_EQ(recording.adapterName, "A, B; C");
+    EXPECT_TRUE(recording.remarks.empty());
+    // Between semicolons a point is a decimal point, too, where there are no decimal commas.
+    EXPECT_EQ(ReadRecording(european + "2025-01-31T12:00:00;1;65.5;\n").series[1].values[0], 65.5);
+    EXPECT_EQ(ErrorOf(european + "2025-01-31T12:00:00;1;65,5;\n2025-01-31T12:00:01;1.500;65,5;\n"),
+              "3:21: \"1.500\" is no number (gpu_core_clock_mhz)");
+    EXPECT_EQ(ErrorOf(european + "2025-01-31T12:00:00;1.500,5;1;\n"),
+              "2:21: \"1.500,5\" is no number (gpu_core_clock_mhz)");
+    EXPECT_EQ(ErrorOf(european + "\"a\"b;1;2;\n"), "2:4: a semicolon is missing after the quotation mark");
+}
+
+TEST(ToolRecording, SemicolonIsQuotedForThoseWhoSeparateByIt) {
+    EXPECT_EQ(CsvQuote("a;b"), "\"a;b\"");
+    EXPECT_EQ(Fields("\"a;b\",c")[1], "c");
+    EXPECT_EQ(Fields("a;b,c")[1], "b,c");
+}
+
+TEST(ToolRecording, TimesHaveNoRoundingErrors) {
+    Recording const recording = ReadRecording(heading +
+                                              "2025-01-31T12:00:00.100,1,1\n2025-01-31T12:00:00.200,1,1\n"
+                                              "2025-01-31T12:00:01.123456789,1,1\n");
+    EXPECT_EQ(recording.seconds, (std::vector<double>{0, 0.1, 1.023456}));
+    // Every year fits.
+    std::string const years = heading + "0000-01-01T00:00:00,1,1\n9999-12-31T23:59:59.999,1,1\n";
+    EXPECT_NEAR(ReadRecording(years).seconds[1], 315569519999.999, 0.001);
+}
+
+TEST(ToolRecording, DamagedRecordingHasTwentyRemarksAndACount) {
+    std::string text = heading;
+    for (int i = 0; i < 100; ++i) {
+        text += "2025-01-31T12:00:0" + std::to_string(9 - i % 10) + ",1,1\n";
+    }
+    Recording const recording = ReadRecording(text);
+    EXPECT_EQ(recording.remarks.size(), 20U);
+    EXPECT_EQ(recording.furtherRemarks, 70U);
+    EXPECT_EQ(FurtherWarnings(recording.furtherRemarks), "70 further warnings");
+    EXPECT_EQ(FurtherWarnings(1), "1 further warning");
+}
+
+TEST(ToolRecording, BytesThatAreNoTextAreShownEscaped) {
+    using namespace std::string_literals;
+    std::string const time = "2025-01-31T12:00:00,";
+    EXPECT_EQ(ErrorOf(heading + time + "15\0o,2\n"s), "2:21: \"15\\x00o\" is no number (gpu_core_clock_mhz)");
+    EXPECT_EQ(ErrorOf(heading + time + "1\xE9,2\n"), "2:21: \"1\\xE9\" is no number (gpu_core_clock_mhz)");
+    EXPECT_EQ(ErrorOf(heading + "\x1b[2J,1,2\n"),
+              "2:1: \"\\x1B[2J\" is no time; expected is the form 2025-01-31T12:34:56.789");
+    EXPECT_NE(ErrorOf("time,vddc_millivolts,fan_curve\n" + time + "1,6\0\n"s).find("\"6\\x00\" is no point"),
+              std::string::npos);
+    Recording const recording =
+        ReadRecording("time,gpu_load_percent,adapter_name,caf\xE9\n" + time + "1,A \xAE board,x\n");
+    EXPECT_EQ(recording.adapterName, "A \\xAE board");
+    EXPECT_EQ(recording.remarks.at(0).message, "the column \"caf\\xE9\" is not known, and is left out");
+    EXPECT_LT(ErrorOf(heading + time + std::string(100000, 'x') + ",2\n").size(), 200U);
+}
+
+TEST(ToolRecording, UnsureFanIsMarkedAndReadsBack) {
+    RecordingFormat format(
+        {.vendor = GPUTUNE_VENDOR_AMD, .frameRate = false, .name = "", .fanCurve = {}, .canDoubtFan = true});
+    EXPECT_TRUE(format.Heading().ends_with(",tdp_limit_percent,fan_speed_unsure,adapter_name,fan_curve"));
+    Readings readings{};
+    readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 900;
+    std::string text = format.Heading() + "\n" + format.Line("2025-01-31T12:00:00", readings, std::nullopt) + "\n";
+    readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 0;
+    readings.fanUnsure = true;
+    std::string const line = format.Line("2025-01-31T12:00:01", readings, std::nullopt);
+    EXPECT_TRUE(line.ends_with(",stopped_or_steady,,")) << line;
+    Recording const recording = ReadRecording(text + line + "\n");
+    ASSERT_EQ(recording.series.size(), 1U);
+    EXPECT_EQ(recording.series[0].values, (std::vector<std::optional<double>>{900, 0}));
+    EXPECT_EQ(recording.series[0].unsure, (std::vector<bool>{false, true}));
+    EXPECT_TRUE(recording.remarks.empty());
+    // As most recordings of such boards are.
+    EXPECT_TRUE(ReadRecording(text).series[0].unsure.empty());
+}
+
+TEST(ToolRecording, ReadingIsWrittenInTheDigitsOfTheBoard) {
+    Readings readings{};
+    readings[GPUTUNE_HWM_GPU_CORE_CLOCK] = double{386.67F};
+    EXPECT_TRUE(Format().Line("t", readings, std::nullopt).starts_with("t,386.67,"));
+}
+
 TEST(ToolRecording, TimesOutsideTheCalendarAreErrors) {
     for (std::string const time : {"2025-02-29T12:00:00", "2025-13-01T12:00:00", "2025-01-31T24:00:00", "12:00:00", "",
                                    "2025-01-31T12:00:00.", "2025-01-31T12:00:00Z", "2025-01-31T12:00"}) {
@@ -229,9 +319,9 @@ TEST(ToolRecording, TextsThatAreNoRecordingAreErrors) {
     EXPECT_EQ(ErrorOf(""), "1:1: the file is empty");
     EXPECT_EQ(ErrorOf(heading), "1:1: the recording holds no readings");
     EXPECT_NE(ErrorOf("hello\n").find("1:1: there is no column \"time\""), std::string::npos);
-    EXPECT_NE(ErrorOf("time;gpu_load_percent\n").find("not separated by commas"), std::string::npos);
+    EXPECT_NE(ErrorOf("time\tgpu_load_percent\n").find("neither commas nor semicolons"), std::string::npos);
     EXPECT_EQ(ErrorOf("time,colour\n"), "1:1: there is no column of a sensor");
-    EXPECT_EQ(ErrorOf("time,vddc_millivolts,time\n"), "1:22: there are two columns time");
+    EXPECT_EQ(ErrorOf("time,vddc_millivolts,time\n"), "1:22: there are two columns \"time\"");
     EXPECT_NE(
         ErrorOf("time,vddc_millivolts,fan_curve\n2025-01-31T12:00:00,1,50:20 60\n").find("2:23: \"60\" is no point"),
         std::string::npos);

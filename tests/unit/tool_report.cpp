@@ -1,6 +1,7 @@
 // The host tool's results as text and as JSON.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "Report.h"
@@ -31,6 +32,19 @@ TEST(ToolNumber, ExactFormReadsBack) {
     EXPECT_EQ(FormatExactNumber(65.5), "65.5");
     EXPECT_EQ(FormatExactNumber(0.1), "0.1");
     EXPECT_EQ(FormatExactNumber(1500.0), "1500");
+}
+
+TEST(ToolNumber, SinglePrecisionIsGivenInItsOwnDigits) {
+    EXPECT_EQ(FormatExactNumber(double{386.67F}), "386.67");
+    EXPECT_EQ(FormatExactNumber(double{1.001F}), "1.001");
+    EXPECT_EQ(FormatExactNumber(double{-0.1F}), "-0.1");
+    // Whole numbers have no noise, and doubles keep what a float could not hold.
+    EXPECT_EQ(FormatExactNumber(double{123456792.0F}), "123456792");
+    EXPECT_EQ(FormatExactNumber(386.123456789), "386.123456789");
+    EXPECT_EQ(FormatExactNumber(0.1), "0.1");
+    EXPECT_EQ(FewestDigits(1e300), 1e300);
+    EXPECT_TRUE(std::isinf(FewestDigits(std::numeric_limits<double>::infinity())));
+    EXPECT_TRUE(std::isnan(FewestDigits(std::numeric_limits<double>::quiet_NaN())));
 }
 
 TEST(ToolValue, UnitStandsBesideTheValue) {
@@ -81,6 +95,36 @@ TEST(ToolReport, SensorsHaveTheUnitBesideTheValue) {
                 .unitForm = Section::UnitForm::BesideValue,
                 .fields = {{"gpu_load", "GPU Load", 12.5, Unit::Raw}}});
     EXPECT_EQ(report.Json(false), "{\"sensors\":{\"gpu_load\":{\"value\":12.5,\"unit\":\"raw\"}}}\n");
+}
+
+TEST(ToolReport, JsonGivesSinglePrecisionInItsOwnDigits) {
+    Report report;
+    report.Add({.key = "",
+                .title = "",
+                .fields = {{"clock", "", double{386.67F}, Unit::Megahertz}, {"factor", "", double{1.001F}}}});
+    EXPECT_EQ(report.Json(false), "{\"clock_mhz\":386.67,\"factor\":1.001}\n");
+}
+
+TEST(ToolReport, UnsureValueHasItsReasonBesideIt) {
+    auto const section = [](Name const* unsure) {
+        Report report;
+        report.Add({.key = "sensors",
+                    .title = "Sensors",
+                    .unitForm = Section::UnitForm::BesideValue,
+                    .fields = {{.key = "fan_speed",
+                                .label = "Fan",
+                                .value = 0.0,
+                                .unit = Unit::Rpm,
+                                .canBeUnsure = true,
+                                .unsure = unsure}}});
+        return report;
+    };
+    EXPECT_EQ(section(&unsureFan).Json(false),
+              "{\"sensors\":{\"fan_speed\":{\"value\":0.0,\"unit\":\"rpm\",\"unsure\":\"stopped_or_steady\"}}}\n");
+    EXPECT_EQ(section(nullptr).Json(false),
+              "{\"sensors\":{\"fan_speed\":{\"value\":0.0,\"unit\":\"rpm\",\"unsure\":null}}}\n");
+    EXPECT_EQ(section(&unsureFan).Text(), std::string("Sensors\n  Fan  0 rpm (") + unsureFan.text + ")\n");
+    EXPECT_EQ(section(nullptr).Text(), "Sensors\n  Fan  0 rpm\n");
 }
 
 TEST(ToolReport, MissingSectionIsNull) {

@@ -3,6 +3,11 @@
 
 (() => {
     const recording = JSON.parse(document.getElementById('recording').textContent);
+    const seconds = readings.unpack(recording.seconds, recording.count);
+    const allSeries = recording.groups.flatMap(group => group.series);
+    for (const series of allSeries) {
+        series.values = readings.unpack(series.numbers, recording.count);
+    }
     const grid = document.getElementById('grid');
     const reset = document.getElementById('reset');
     const period = document.getElementById('period');
@@ -70,19 +75,24 @@
         return card;
     }
 
-    function addChart(card, title, options, data) {
-        const innerWidth = () => {
-            const style = getComputedStyle(card);
-            return Math.floor(card.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight));
-        };
-        const chart = new uPlot({width: innerWidth(), height: chartHeight, padding: [8, null, null, null], legend, ...options}, data, card);
+    function innerWidth(card) {
+        const style = getComputedStyle(card);
+        return Math.floor(card.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight));
+    }
+
+    // A chart is given as much data as it has pixels for.
+    const pixels = length => Math.max(Math.ceil(length * devicePixelRatio), 1);
+
+    function addChart(card, title, options, data, onResize) {
+        const chart = new uPlot({width: innerWidth(card), height: chartHeight, padding: [8, null, null, null], legend, ...options}, data, card);
         const canvas = chart.ctx.canvas;
         canvas.setAttribute('role', 'img');
         canvas.setAttribute('aria-label', `${title}; its figures are in the summary`);
         new ResizeObserver(() => {
-            const width = innerWidth();
+            const width = innerWidth(card);
             if (width > 0 && width !== chart.width) {
                 chart.setSize({width, height: chartHeight});
+                onResize();
             }
         }).observe(card);
         return chart;
@@ -90,7 +100,6 @@
 
     // --- over the time ---
 
-    const seconds = recording.seconds;
     const whole = {min: seconds[0], max: Math.max(seconds[seconds.length - 1], seconds[0] + 1)};
     const timeCharts = [];
     let shown = {...whole};
@@ -100,9 +109,7 @@
     function show(min, max) {
         shown = {min: Math.max(min, whole.min), max: Math.min(max, whole.max)};
         for (const chart of timeCharts) {
-            if (chart.scales.x.min !== shown.min || chart.scales.x.max !== shown.max) {
-                chart.setScale('x', shown);
-            }
+            chart.update();
         }
         const zoomed = shown.min > whole.min || shown.max < whole.max;
         reset.disabled = !zoomed;
@@ -130,19 +137,28 @@
                 values: (chart, splits) => splits.map(value => number.format(value)),
             }));
         });
-        const series = group.series.map((one, index) => ({
-            label: one.title,
-            scale: one.unit,
-            colourName: seriesColour(index),
-            stroke: () => colour(seriesColour(index)),
-            width: 1.75,
-            dash: one.dashed ? [6, 5] : [],
-            fill: group.series.length === 1 && !one.dashed ? () => translucent(seriesColour(index), '22') : undefined,
-            points: {size: 5, fill: () => colour(seriesColour(index))},
-            value: (chart, value) => inUnit(value, one.unit),
-        }));
+        const series = group.series.map((one, index) => {
+            const name = one.muted ? '--muted' : seriesColour(index);
+            return {
+                label: one.title,
+                scale: one.unit,
+                colourName: name,
+                stroke: () => colour(name),
+                width: 1.75,
+                dash: one.dashed ? [6, 5] : [],
+                fill: group.series.length === 1 && !one.dashed ? () => translucent(name, '22') : undefined,
+                points: {size: 5, fill: () => colour(name)},
+                value: (chart, value) => inUnit(value, one.unit),
+            };
+        });
         const title = group.title;
         const card = addCard(title);
+        const columns = group.series.map(one => one.values);
+        const data = () => readings.thin(seconds, columns, shown.min, shown.max, pixels(innerWidth(card)));
+        const update = () => chart.batch(() => {
+            chart.setData(data(), false);
+            chart.setScale('x', shown);
+        });
         const chart = addChart(card, title, {
             scales,
             axes,
@@ -163,42 +179,44 @@
                     self.setSelect({left: 0, width: 0, top: 0, height: 0}, false);
                 }],
             },
-        }, [seconds, ...group.series.map(one => one.values)]);
+        }, data(), update);
+        chart.update = update;
         timeCharts.push(chart);
-        return chart;
     }
 
     // --- the fan over the temperature ---
 
     // uPlot wants one ascending row of x values: readings and points of the curve are merged into it.
-    function fanData(fan) {
-        const rows = [];
-        seconds.forEach((second, index) => {
-            const temperature = fan.temperatures[index];
-            const speed = fan.speeds[index];
-            if (temperature != null && speed != null && second >= shown.min && second <= shown.max) {
-                rows.push([temperature, speed, null]);
+    function fanData(temperature, speed, curve, width) {
+        const points = [];
+        const end = readings.countBelow(seconds, shown.max + 1e-6);
+        for (let i = readings.countBelow(seconds, shown.min); i < end; ++i) {
+            if (!Number.isNaN(temperature.values[i]) && !Number.isNaN(speed.values[i])) {
+                points.push([temperature.values[i], speed.values[i]]);
             }
-        });
-        for (const [temperature, speed] of fan.curve) {
-            rows.push([temperature, null, speed]);
         }
+        const rows = [
+            ...readings.thinPoints(points, pixels(width), pixels(chartHeight)).map(([x, y]) => [x, y, null]),
+            ...curve.map(([x, y]) => [x, null, y]),
+        ];
         rows.sort((one, other) => one[0] - other[0]);
         return [0, 1, 2].map(column => rows.map(row => row[column]));
     }
 
     function fanChart(fan) {
         const hasCurve = fan.curve.length > 0;
+        const temperature = allSeries.find(series => series.title === fan.temperature);
+        const speed = allSeries.find(series => series.title === fan.speed);
         // The curve is in percent; a board that tells its fan's speed in other units gets a second axis.
         const curveScale = '%';
         const title = 'Fan over temperature';
         const card = addCard(title, hasCurve ? 'readings of the shown period, and the board’s curve'
             : 'readings of the shown period');
         const series = [
-            {label: fan.temperatureTitle, value: (self, value) => inUnit(value, '°C')},
+            {label: temperature.title, value: (self, value) => inUnit(value, '°C')},
             {
-                label: fan.speedTitle,
-                scale: fan.unit,
+                label: speed.title,
+                scale: speed.unit,
                 colourName: seriesColour(0),
                 paths: () => null,
                 stroke: () => colour(seriesColour(0)),
@@ -208,16 +226,16 @@
                     width: 0,
                     fill: () => translucent(seriesColour(0), '88'),
                 },
-                value: (self, value) => inUnit(value, fan.unit),
+                value: (self, value) => inUnit(value, speed.unit),
             },
         ];
         const scales = {
             x: {time: false, range: (self, low, high) => low == null ? [0, 100] : valueRange(self, low, high)},
-            [fan.unit]: {range: (self, low, high) => fan.unit === '%' ? [0, 102] : [0, Math.max(high ?? 0, 1) * 1.08]},
+            [speed.unit]: {range: (self, low, high) => speed.unit === '%' ? [0, 102] : [0, Math.max(high ?? 0, 1) * 1.08]},
         };
         const axes = [
-            axis({label: `${fan.temperatureTitle}, °C`, size: 28, values: (self, splits) => splits.map(value => number.format(value))}),
-            axis({scale: fan.unit, label: `fan speed, ${fan.unit}`, size: 52,
+            axis({label: `${temperature.title}, °C`, size: 28, values: (self, splits) => splits.map(value => number.format(value))}),
+            axis({scale: speed.unit, label: `fan speed, ${speed.unit}`, size: 52,
                   values: (self, splits) => splits.map(value => number.format(value))}),
         ];
         if (hasCurve) {
@@ -232,12 +250,13 @@
                 points: {show: true, size: 7, width: 0, fill: () => colour('--curve')},
                 value: (self, value) => inUnit(value, '%'),
             });
-            if (fan.unit !== curveScale) {
+            if (speed.unit !== curveScale) {
                 scales[curveScale] = {range: () => [0, 102]};
                 axes.push(axis({scale: curveScale, label: 'curve, %', side: 1, size: 52, grid: {show: false}}));
             }
         }
-        const data = () => hasCurve ? fanData(fan) : fanData(fan).slice(0, 2);
+        const data = () => fanData(temperature, speed, fan.curve, innerWidth(card)).slice(0, hasCurve ? 3 : 2);
+        const update = () => chart.setData(data());
         const chart = addChart(card, title, {
             scales,
             axes,
@@ -248,8 +267,8 @@
                 // The nearest reading in either series, not only what shares its temperature.
                 dataIdx: (self, index, closest, x) => self.data[index][closest] != null ? closest : nearest(self, index, x),
             },
-        }, data());
-        onPeriod = () => chart.setData(data());
+        }, data(), update);
+        onPeriod = update;
         return chart;
     }
 
