@@ -120,16 +120,20 @@ bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
     int const baseMemClock = Range(kOd8MemoryClockMax).defaultValue;
 
     ADLOD8SingleInitSetting const& power = Range(kOd8PowerPercentage);
-    SetPowerLimit(0,
-                  Truncate(ClampInto(power.minValue, power.maxValue, mode.power)));  // clocks are set also if it fails
-
+    auto const powerLimit = Truncate(ClampInto(power.minValue, power.maxValue, mode.power));
     auto const plan = [](float given, int base, float factor) {
         return Truncate(given != 0.0F ? given : static_cast<float>(base) * factor);
     };
-    int const gpuClock = plan(mode.gpuGivenClock, baseGpuClock, mode.gpuFactor);
-    int const memClock = plan(mode.memGivenClock, baseMemClock, mode.memFactor);
-    log::Entry(tag, "GpuClock=", gpuClock, ", MemClock=", memClock);
-    return SetPerformanceUser(gpuClock, 0, memClock, 0);
+    auto const gpuClock = plan(mode.gpuGivenClock, baseGpuClock, mode.gpuFactor);
+    auto const memClock = plan(mode.memGivenClock, baseMemClock, mode.memFactor);
+    // All or nothing: the power limit does not go out for clocks that cannot.
+    if (!powerLimit || !gpuClock || !memClock) {
+        log::Entry(tag, kNoNumber);
+        return false;
+    }
+    SetPowerLimit(0, *powerLimit);  // the clocks are set also when this fails
+    log::Entry(tag, "GpuClock=", *gpuClock, ", MemClock=", *memClock);
+    return SetPerformanceUser(*gpuClock, 0, *memClock, 0);
 }
 
 bool OD8Helper::SetPerformanceDefault() {
