@@ -13,6 +13,10 @@ bool IsNear(double sent, double meant, double tolerance) {
     return std::abs(sent - meant) <= tolerance + std::abs(meant) * 4e-7;
 }
 
+bool HasNear(std::set<int> const& values, int sent) {
+    return std::any_of(values.begin(), values.end(), [=](int value) { return IsNear(sent, value, 0); });
+}
+
 // Overdrive 5 --------------------------------------------------------------------------------------------------------
 
 void JudgeController(Sending& sending) {
@@ -69,8 +73,8 @@ void JudgePowerLimit(Sending& sending) {
         isPower = sending.IsBy("SetPowerLimit") && power == sending.Argument(1);
         isTemperature = sending.IsBy("SetPowerLimit") && temperature == sending.Argument(0);
         if (ModeValues const* const values = sending.Mode()) {
-            isPower = power == values->power || read.Has(kCapabilities, kPowerMin, power) ||
-                      read.Has(kCapabilities, kPowerMax, power);
+            isPower = power == values->power || HasNear(read.At(kCapabilities, kPowerMin), power) ||
+                      HasNear(read.At(kCapabilities, kPowerMax), power);
             isTemperature = read.Has(kCapabilities, kTemperatureDefault, temperature);
         }
     }
@@ -201,8 +205,8 @@ bool IsSetting(Sending const& sending, int setting, int value) {
                    (mode != nullptr && IsPlanned(Default(sending, 8), mode->memory, value));
         case 9:
             return (sending.IsBy("SetPowerLimit") && value == sending.Argument(1)) ||
-                   (mode != nullptr && (value == mode->power || Minimum(sending, 9).contains(value) ||
-                                        Maximum(sending, 9).contains(value)));
+                   (mode != nullptr && (value == mode->power || HasNear(Minimum(sending, 9), value) ||
+                                        HasNear(Maximum(sending, 9), value)));
         case 10:
             return isTable ? IsSpeedWithin(sending, 10, test::kCurve[0].FanSpeed, value)
                            : Minimum(sending, 10).contains(value);
