@@ -131,7 +131,7 @@ typedef struct VgaInfo {
     int32_t BusNumber;     /* PCI bus number */
 } VgaInfo;
 
-/* One point of the fan's range and state. Speeds in percent, temperatures in degrees Celsius. */
+/* One point of the fan's range and state. Percent and degrees Celsius; -1 for a current value that cannot be read. */
 typedef struct FanPoint {
     int32_t DefaultSpeed;
     int32_t DefaultTemperature;

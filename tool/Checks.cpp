@@ -48,6 +48,12 @@ ClockCommand PlanOverdrive8(ClockRequest const& request, ClockSetting const& gpu
     if (!gpu.Valid) {
         throw UnsupportedError("it has no adjustable clocks.");
     }
+    constexpr int notAvailable = -1;
+    bool const keepsGpu = request.gpuClock.value_or(0) == 0;
+    bool const keepsMemory = memory.Valid && request.memClock.value_or(0) == 0;
+    if ((keepsGpu && gpu.CurrentClock == notAvailable) || (keepsMemory && memory.CurrentClock == notAvailable)) {
+        throw UnsupportedError("its current clocks cannot be read.");
+    }
     // This interface always takes both clocks, so what is to stay is sent as it is.
     int const currentMem = memory.Valid ? memory.CurrentClock : 0;
     ClockCommand command{gpu.CurrentClock, 0, currentMem, 0, false};

@@ -25,17 +25,18 @@ struct KnownRow {
     bool isFloat;
     bool hasGiven;
     bool inDefault;  // read in the default entry
+    bool isClock;
 };
 
 constexpr std::array<KnownRow, 8> knownRows{{
-    {"GpuOC", true, true, true},
-    {"MemOC", true, true, true},
-    {"PowerOC", true, false, true},
-    {"GpuSilent", true, false, true},
-    {"MemSilent", true, false, true},
-    {"PowerSilent", true, false, true},
-    {"Watt", false, false, false},
-    {"NewestVBIOS", false, false, false},
+    {"GpuOC", true, true, true, true},
+    {"MemOC", true, true, true, true},
+    {"PowerOC", true, false, true, false},
+    {"GpuSilent", true, false, true, true},
+    {"MemSilent", true, false, true, true},
+    {"PowerSilent", true, false, true, false},
+    {"Watt", false, false, false, false},
+    {"NewestVBIOS", false, false, false, false},
 }};
 
 KnownRow const* FindRow(std::string_view name) {
@@ -220,14 +221,19 @@ private:
             CheckRow(*row, place, isBoard, names);
             SkipPositions(*row);
         }
-        std::string missing;
+        std::string clocks;
+        std::string powerLimits;
         for (KnownRow const& known : knownRows) {
             if (known.inDefault && !names.contains(known.name)) {
+                std::string& missing = known.isClock ? clocks : powerLimits;
                 missing += (missing.empty() ? "" : ", ") + std::string(known.name);
             }
         }
-        if (!missing.empty()) {
-            AddWarning(start, "values that this entry does not give count 0: " + missing);
+        if (!clocks.empty()) {
+            AddError(start, "clocks that this entry does not give are 0 MHz on Overdrive8 boards: " + clocks);
+        }
+        if (!powerLimits.empty()) {
+            AddWarning(start, "power limits that this entry does not give are 0 %: " + powerLimits);
         }
     }
 
@@ -286,6 +292,9 @@ private:
                 break;
             case Reading::NotFinite:
                 AddError(offset, what + " is not a finite number");
+                break;
+            case Reading::TooLarge:
+                AddError(offset, what + " does not fit: at most " + std::to_string(largestValue));
                 break;
             case Reading::Trailing:
                 AddWarning(offset, what + ": what follows the number is ignored");

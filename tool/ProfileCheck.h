@@ -12,7 +12,7 @@ namespace gputune::tool {
 constexpr std::size_t largestProfileFile = 4 * 1024 * 1024;
 
 enum class Severity {
-    Error,    // something that was written has no effect, or keeps the file from being read
+    Error,    // something has no effect, keeps the file from being read, or plans what no board should be sent
     Warning,  // it works, and was perhaps not meant so
 };
 

@@ -79,7 +79,10 @@ Reading JudgeFloat(std::string_view text) {
     if (isRead && std::fpclassify(value) == FP_SUBNORMAL) {
         return Reading::OutOfRange;
     }
-    return isRead && !std::isfinite(value) ? Reading::NotFinite : reading;
+    if (isRead && !std::isfinite(value)) {
+        return Reading::NotFinite;
+    }
+    return isRead && std::fabs(value) > static_cast<float>(largestValue) ? Reading::TooLarge : reading;
 }
 
 Reading JudgeInteger(std::string_view text) {

@@ -1,15 +1,14 @@
 // Single-precision arithmetic on the way to the int that a driver takes.
 #pragma once
 
-#include <limits>
+#include <optional>
 
 namespace gputune {
 
-// Toward zero. What an int cannot hold, not-a-number included, becomes the lowest int, which every range check and
-// every driver refuses.
-constexpr int Truncate(float value) {
+// Toward zero. Nothing for what an int cannot hold, not-a-number included: there is no number that stands for it.
+constexpr std::optional<int> Truncate(float value) {
     constexpr float kBeyond = 2147483648.0F;
-    return value > -kBeyond && value < kBeyond ? static_cast<int>(value) : std::numeric_limits<int>::min();
+    return value > -kBeyond && value < kBeyond ? std::optional(static_cast<int>(value)) : std::nullopt;
 }
 
 // Above the maximum becomes the maximum, else below the minimum the minimum.

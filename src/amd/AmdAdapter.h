@@ -36,8 +36,10 @@ protected:
     // identifiers above 7FFFFFFF end in its "out of range".
     std::uint32_t GetVGASubDeviceID() const;
 
-    // Why a predefined mode cannot be applied.
+    // Why a predefined mode cannot be applied: there is none for the board, or it asks for what is no number that the
+    // driver could be sent.
     static constexpr std::string_view kNoProfile = "Get predefined performance parameter failed";
+    static constexpr std::string_view kNoNumber = "predefined performance parameter out of range";
 
     ADL& m_Adl;
 

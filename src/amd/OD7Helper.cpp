@@ -22,8 +22,12 @@ bool OD7Helper::IsInitOk() const {
 }
 
 bool OD7Helper::InitAdapter() {
-    return m_Adl.Call(kInitTag, m_Adl.m_Functions.ADL2_OverdriveN_CapabilitiesX2_Get, &m_Capabilities) &&
-           ReadDefaultClocks() && EnumerateThermalControllers();
+    m_HasCapabilities = m_Adl.Call(kInitTag, m_Adl.m_Functions.ADL2_OverdriveN_CapabilitiesX2_Get, &m_Capabilities);
+    if (!m_HasCapabilities) {
+        m_Capabilities = {};  // whatever the failing call has written
+        return false;
+    }
+    return ReadDefaultClocks() && EnumerateThermalControllers();
 }
 
 bool OD7Helper::ReadDefaultClocks() {

@@ -19,12 +19,13 @@ public:
     bool IsInitOk() const override;
 
     // The Overdrive 5 way first, for every GPU thermal controller; the OverdriveN way only when that fails entirely.
+    // The latter commands a share of the highest fan speed, at least 1 RPM, and refuses where none was read.
     bool SetFanSpeed(int percent) override;
 
     // Not offered by this generation: always false.
     bool SetFanSpeedTable(FanTablePoint const* table, int count) override;
 
-    // Refused without any driver call when a value lies outside the board's range.
+    // Refused without any driver call when a value lies outside the board's range, or when no range was read.
     bool SetPowerLimit(int temperatureLimit, int powerLimit) override;
     bool SetPowerLimitDefault() override;
 
@@ -46,6 +47,14 @@ private:
     enum class ClockKind { Engine, Memory };
     struct ClockWords;
     struct Mode;
+
+    // What every level that changes becomes, and its ratios to the default.
+    struct LevelPlan {
+        float clockRatio;
+        float voltageRatio;
+        int clock;    // 10 kHz
+        int voltage;  // mV
+    };
 
     static constexpr std::string_view kNoLevel = "no performance level";
 
@@ -72,11 +81,13 @@ private:
     bool WriteClocks(log::Tag method, ClockKind kind, PerformanceLevels& levels, std::string_view success) const;
 
     bool ApplyMode(log::Tag tag, Mode const& mode);
-    bool RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels>& defaults,
+    bool RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels> const& defaults,
                        std::string_view defaultsName, std::string_view currentName, std::string_view clocksSet,
                        std::string_view allSet) const;
 
     static int ToMegahertz(int clock);
+    // Nothing when one of the numbers does not fit.
+    static std::optional<LevelPlan> PlanLevels(ADLODNPerformanceLevelX2 const& standard, int clock, int voltage);
 
     // The last level with a non-zero default clock: its position (-1 without one), and the default table's.
     int TopPosition(ClockKind kind) const;
@@ -84,6 +95,7 @@ private:
 
     bool m_InitOk = false;
     ADLODNCapabilitiesX2 m_Capabilities{};
+    bool m_HasCapabilities = false;  // they were read; else they are zero, and no limits
     std::optional<PerformanceLevels> m_DefaultSystemClock;
     std::optional<PerformanceLevels> m_DefaultMemoryClock;
     std::vector<ADLThermalControllerInfo> m_ThermalControllers;  // those of the GPU domain

@@ -87,29 +87,27 @@ bool OD7Helper::SetClock(ClockKind kind, ClockWords const& words, int clock, int
         log::Entry(tag / words.voltageIsZero, "use current: ", voltage);
     }
 
-    int const nDefaultClock = ToMegahertz(defaultTop->iClock);
-    int const nDefaultVoltage = defaultTop->iVddc;
-    float const clockRatio = Ratio(clock, nDefaultClock);
-    float const voltageRatio = Ratio(voltage, nDefaultVoltage);
-    int const planClock = Truncate(Scale(nDefaultClock, clockRatio, clock) * kUnitsPerMegahertz);
-    int const planVoltage = Truncate(Scale(nDefaultVoltage, voltageRatio, voltage));
-
+    std::optional<LevelPlan> const plan = PlanLevels(*defaultTop, clock, voltage);
+    if (!plan) {
+        log::Entry(tag, "clock or voltage out of range");
+        return false;
+    }
     auto const all = levels->Levels();
     for (std::size_t position = 1; position < all.size(); ++position) {  // the lowest level is never changed
         ADLODNPerformanceLevelX2& level = all[position];
         if (level.iClock != 0) {
-            level.iClock = planClock;
-            level.iVddc = planVoltage;
+            level.iClock = plan->clock;
+            level.iVddc = plan->voltage;
             level.iEnabled = words.enabled;
         }
     }
     levels->SetMode(kOdnModeManual);
 
-    log::Entry(tag / "nDefaultClock", nDefaultClock);
-    log::Entry(tag / "nDefaultVoltage", nDefaultVoltage);
-    log::Entry(tag / words.clockRatio, clockRatio);
-    log::Entry(tag / words.voltageRatio, voltageRatio);
-    log::Entry(tag, words.planClock, planClock, words.planVoltage, planVoltage);
+    log::Entry(tag / "nDefaultClock", ToMegahertz(defaultTop->iClock));
+    log::Entry(tag / "nDefaultVoltage", defaultTop->iVddc);
+    log::Entry(tag / words.clockRatio, plan->clockRatio);
+    log::Entry(tag / words.voltageRatio, plan->voltageRatio);
+    log::Entry(tag, words.planClock, plan->clock, words.planVoltage, plan->voltage);
     return WriteClocks(tag, kind, *levels, "set");
 }
 
@@ -127,7 +125,20 @@ bool OD7Helper::WriteClocks(log::Tag method, ClockKind kind, PerformanceLevels& 
 }
 
 int OD7Helper::ToMegahertz(int clock) {
-    return Truncate(static_cast<float>(clock) / kUnitsPerMegahertz);
+    return static_cast<int>(static_cast<float>(clock) / kUnitsPerMegahertz);
+}
+
+std::optional<OD7Helper::LevelPlan> OD7Helper::PlanLevels(ADLODNPerformanceLevelX2 const& standard, int clock,
+                                                          int voltage) {
+    int const standardClock = ToMegahertz(standard.iClock);
+    float const clockRatio = Ratio(clock, standardClock);
+    float const voltageRatio = Ratio(voltage, standard.iVddc);
+    auto const planClock = Truncate(Scale(standardClock, clockRatio, clock) * kUnitsPerMegahertz);
+    auto const planVoltage = Truncate(Scale(standard.iVddc, voltageRatio, voltage));
+    if (!planClock || !planVoltage) {
+        return std::nullopt;
+    }
+    return LevelPlan{clockRatio, voltageRatio, *planClock, *planVoltage};
 }
 
 int OD7Helper::TopPosition(ClockKind kind) const {

@@ -1,4 +1,6 @@
 // OverdriveN: fan and power limit.
+#include <algorithm>
+
 #include "amd/OD7Helper.h"
 
 #include "adapter/single_precision.h"
@@ -66,11 +68,19 @@ bool OD7Helper::SetODNFanSpeed(int percent) {
         control.iMode = kOdnModeAutomatic;
     } else {
         control.iMode = kOdnModeManual;
-        // At least 1 percent, so that the fan is never commanded to a target of zero.
+        if (m_Capabilities.fanSpeed.iMax <= 0) {
+            log::Entry(tag, "no fan speed range");
+            return false;
+        }
+        // At least 1 percent and at least 1 RPM, so that the fan is never commanded to a target of zero.
         auto const share = static_cast<float>(percent == 0 ? 1 : percent) / 100.0F;
-        int const speed = Truncate(share * static_cast<float>(m_Capabilities.fanSpeed.iMax));
-        control.iTargetFanSpeed = speed;
-        control.iMinFanLimit = speed;
+        std::optional<int> const speed = Truncate(share * static_cast<float>(m_Capabilities.fanSpeed.iMax));
+        if (!speed) {
+            log::Entry(tag, "fan speed out of range");
+            return false;
+        }
+        control.iTargetFanSpeed = std::max(1, *speed);
+        control.iMinFanLimit = control.iTargetFanSpeed;
     }
     if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_FanControl_Set, &control)) {
         return false;
@@ -100,6 +110,11 @@ bool OD7Helper::SetPowerLimit(int temperatureLimit, int powerLimit) {
     };
     if (refused(m_Capabilities.powerTuneTemperature, temperatureLimit, "temp") ||
         refused(m_Capabilities.power, powerLimit, "tdp")) {
+        return false;
+    }
+    // What lies inside ranges of zero that nobody has read is inside no range.
+    if (!m_HasCapabilities) {
+        log::Entry(tag, "no power limit range");
         return false;
     }
     ADLODNPowerLimitSetting power{};

@@ -70,15 +70,21 @@ bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
     log::Entry(tag / "default_iPowerLimitMin", m_Capabilities.power.iMin);
 
     float const power = ClampInto(m_Capabilities.power.iMin, m_Capabilities.power.iMax, mode.power);
+    auto const powerLimit = Truncate(power);
+    auto const gpuClock = Truncate(mode.gpuGivenClock != 0.0F ? mode.gpuGivenClock
+                                                              : static_cast<float>(defaultGpuClock) * mode.gpuFactor);
+    auto const memClock = Truncate(static_cast<float>(defaultMemClock) * mode.memFactor);
+    // All or nothing: the power limit does not go out for clocks that cannot.
+    if (!powerLimit || !gpuClock || !memClock || !PlanLevels(*engineTop, *gpuClock, engineTop->iVddc) ||
+        !PlanLevels(*memoryTop, *memClock, memoryTop->iVddc)) {
+        log::Entry(tag, kNoNumber);
+        return false;
+    }
     log::Entry(tag / "plan power limit", power);
-    SetPowerLimit(temperatureLimit, Truncate(power));  // the clocks are set also when this fails
-
-    int const gpuClock = Truncate(mode.gpuGivenClock != 0.0F ? mode.gpuGivenClock
-                                                             : static_cast<float>(defaultGpuClock) * mode.gpuFactor);
-    int const memClock = Truncate(static_cast<float>(defaultMemClock) * mode.memFactor);
-    log::Entry(tag, "plan GpuClock=", gpuClock, ", GpuVol=", engineTop->iVddc, ", MemClock=", memClock,
+    SetPowerLimit(temperatureLimit, *powerLimit);  // the clocks are set also when this fails
+    log::Entry(tag, "plan GpuClock=", *gpuClock, ", GpuVol=", engineTop->iVddc, ", MemClock=", *memClock,
                ", MemVol=", memoryTop->iVddc);
-    return SetPerformanceUser(gpuClock, engineTop->iVddc, memClock, memoryTop->iVddc);
+    return SetPerformanceUser(*gpuClock, engineTop->iVddc, *memClock, memoryTop->iVddc);
 }
 
 bool OD7Helper::SetPerformanceDefault() {
@@ -91,7 +97,7 @@ bool OD7Helper::SetPerformanceDefault() {
                          "set memory clock default", "set mem clock and voltage to default");
 }
 
-bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels>& defaults,
+bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels> const& defaults,
                               std::string_view defaultsName, std::string_view currentName, std::string_view clocksSet,
                               std::string_view allSet) const {
     std::optional<PerformanceLevels> current = GetClockInfo(kind, kOdnModeCurrent);
@@ -109,7 +115,16 @@ bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<Perfor
         levels[position].iClock = defaults->At(static_cast<int>(position))->iClock;
     }
     current->SetMode(kOdnModeManual);
-    return WriteClocks(tag, kind, *current, clocksSet) && WriteClocks(tag, kind, *defaults, allSet);
+    if (!WriteClocks(tag, kind, *current, clocksSet)) {
+        return false;
+    }
+    // A copy: what the driver writes into the table it is given does not become the default.
+    std::optional<PerformanceLevels> sent = defaults->Copy();
+    if (!sent) {
+        log::Entry(tag / defaultsName, "null ptr");
+        return false;
+    }
+    return WriteClocks(tag, kind, *sent, allSet);
 }
 
 void OD7Helper::GetGpuClockSetting(ClockSetting& setting) {

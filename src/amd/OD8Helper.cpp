@@ -2,6 +2,7 @@
 #include "amd/OD8Helper.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace gputune::amd {
 
@@ -49,17 +50,19 @@ bool OD8Helper::GetInitSetting(int adapterIndex, ADLOD8InitSetting& out) const {
             log::Entry(tag, "ADL2_Overdrive8_Init_SettingX2_Get is failed");
             return false;
         }
-        out.count = std::clamp(count, 0, kOd8Count);
+        out.count = static_cast<int>(settings->size());
         out.overdrive8Capabilities = capabilities;
         std::copy(settings->begin(), settings->end(), out.od8SettingTable);
         return true;
     }
-    if (adl.ADL2_Overdrive8_Init_Setting_Get.address != nullptr &&
-        adl.ADL2_Overdrive8_Init_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk) {
+    bool const failed = adl.ADL2_Overdrive8_Init_Setting_Get.address != nullptr &&
+                        adl.ADL2_Overdrive8_Init_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk;
+    if (failed) {
+        out = {};  // whatever the failing call has written
         log::Entry(tag, "ADL2_Overdrive8_Init_Setting_Get is failed");
-        return false;
     }
-    return true;
+    out.count = kOd8Count;  // whatever the driver has made of it
+    return !failed;
 }
 
 bool OD8Helper::GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) const {
@@ -78,21 +81,34 @@ bool OD8Helper::GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) c
             log::Entry(tag, "ADL2_Overdrive8_Current_SettingX2_Get is failed");
             return false;
         }
-        out.count = std::clamp(count, 0, kOd8Count);
+        out.count = static_cast<int>(settings->size());
         std::copy(settings->begin(), settings->end(), out.Od8SettingTable);
         return true;
     }
-    if (adl.ADL2_Overdrive8_Current_Setting_Get.address != nullptr &&
-        adl.ADL2_Overdrive8_Current_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk) {
+    bool const failed = adl.ADL2_Overdrive8_Current_Setting_Get.address != nullptr &&
+                        adl.ADL2_Overdrive8_Current_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk;
+    if (failed) {
+        out = {};  // whatever the failing call has written
         log::Entry(tag, "ADL2_Overdrive8_Current_Setting_Get is failed");
-        return false;
     }
-    return true;
+    out.count = kOd8Count;  // whatever the driver has made of it
+    return !failed;
 }
 
-ADLOD8CurrentSetting OD8Helper::CurrentSettings() const {
+std::optional<ADLOD8CurrentSetting> OD8Helper::CurrentSettings(log::Tag tag, int last) const {
     ADLOD8CurrentSetting current;
-    GetCurrentSetting(m_Adl.m_AdapterIndex, current);
+    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current) || last >= current.count) {
+        log::Entry(tag, "Get current settings failed");
+        return std::nullopt;
+    }
+    return current;
+}
+
+ADLOD8CurrentSetting OD8Helper::ShownSettings() const {
+    ADLOD8CurrentSetting current;
+    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current)) {
+        std::fill(std::begin(current.Od8SettingTable), std::end(current.Od8SettingTable), kNotAvailable);
+    }
     return current;
 }
 

@@ -1,6 +1,8 @@
 // The adapter for AMD boards of the Overdrive8 generation (the driver reports Overdrive version 8).
 #pragma once
 
+#include <optional>
+
 #include "amd/AmdAdapter.h"
 #include "amd/od8_settings.h"
 
@@ -13,6 +15,9 @@ public:
     explicit OD8Helper(ADL& adl);
 
     bool IsInitOk() const override;
+
+    // What a setting builds on has to be read first: where the current settings cannot be, the operations answer false
+    // and send nothing, but for the two ways back to the defaults, which use none of them.
 
     // Makes the fan curve flat at `percent`, with zero-RPM mode off; negative restores the default fan control.
     bool SetFanSpeed(int percent) override;
@@ -32,7 +37,7 @@ public:
 
     void FetchHwmValues() override;
 
-    // Each writes the one byte of Valid and the fields it has values for.
+    // Each writes the one byte of Valid and the fields it has values for; -1 for what is in effect and cannot be read.
     void GetFanSetting(FanSetting& setting) override;
     void GetPowerLimitSetting(PowerLimitSetting& setting) override;
     void GetGpuClockSetting(ClockSetting& setting) override;
@@ -45,26 +50,35 @@ private:
     class Request;
     struct Mode;
 
-    // The readers of the setting tables. True also when the library has neither entry point: a table of zeros.
+    // The readers of the setting tables. `count` becomes the number of settings that were read, the others are zero.
+    // True also when the library has neither entry point: a full table of zeros. A failure leaves the same behind.
     bool GetInitSetting(int adapterIndex, ADLOD8InitSetting& out) const;
     bool GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) const;
 
-    // The current settings of the active adapter; zeros where they cannot be read.
-    ADLOD8CurrentSetting CurrentSettings() const;
+    // The current settings of the active adapter: to build a setting on them, when they are read up to `last` (nothing
+    // otherwise, and the log says so under the tag); to show them, with -1 where they cannot be read.
+    std::optional<ADLOD8CurrentSetting> CurrentSettings(log::Tag tag, int last) const;
+    ADLOD8CurrentSetting ShownSettings() const;
 
     void ListUnsupportedFeatures() const;
     void PrintLogDataCapabilities() const;
     bool QueryPmLog(log::Tag tag, ADLPMLogDataOutput& output) const;
     int ReadMemoryUsage() const;
 
-    bool Send(Request& request, ADLOD8CurrentSetting result) const;
-    bool SetOptimizedPowerToManualMode() const;
+    // `answer` is what the driver finds in the record that it answers into.
+    bool Send(Request& request, ADLOD8CurrentSetting answer) const;
+
+    enum class ManualMode { Set, Refused, Unreadable };
+    ManualMode SetOptimizedPowerToManualMode() const;
     bool SetFanToDefault() const;
     bool RequestClocks(Request& request, ADLOD8CurrentSetting const& current, int gpuClock, int memClock) const;
     bool ApplyMode(log::Tag tag, Mode const& mode);
 
     bool Has(Od8Flag flag) const { return (m_InitSetting.overdrive8Capabilities & flag) != 0; }
     ADLOD8SingleInitSetting const& Range(int setting) const;
+    bool IsRangeRead(int setting) const { return setting < m_InitSetting.count; }
+    // The curve, and the range that its speeds are held to.
+    bool HasFanCurve() const { return Has(kOd8HasFanCurve) && IsRangeRead(Od8FanSpeed(0)); }
 
     ADLOD8InitSetting m_InitSetting{};
 };

@@ -27,36 +27,44 @@ bool Report(log::Tag tag, bool success) {
 
 }  // namespace
 
-bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting result) const {
+bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting answer) const {
+    answer.count = kOd8Count;  // the room there is, however many settings were read before
     return m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set(m_Adl.m_Context, m_Adl.m_AdapterIndex, request.Record(),
-                                                         &result) == kAdlOk;
+                                                         &answer) == kAdlOk;
 }
 
-bool OD8Helper::SetOptimizedPowerToManualMode() const {
+OD8Helper::ManualMode OD8Helper::SetOptimizedPowerToManualMode() const {
     constexpr log::Tag tag{"[OD8Helper::SetOptimizedPowerToManualMode()]"};
-    ADLOD8CurrentSetting const current = CurrentSettings();
-    if (current.Od8SettingTable[kOd8OptimizedPowerMode] != kOd8OptimizedPowerManual) {
+    auto const current = CurrentSettings(tag, kOd8OptimizedPowerMode);
+    if (!current) {
+        return ManualMode::Unreadable;
+    }
+    if (current->Od8SettingTable[kOd8OptimizedPowerMode] != kOd8OptimizedPowerManual) {
         Request request;
         request.Set(kOd8OptimizedPowerMode, kOd8OptimizedPowerManual);
-        if (!Send(request, current)) {
+        if (!Send(request, *current)) {
             log::Entry(tag, "Failed when set Optimized Power mode to Manual");
-            return false;
+            return ManualMode::Refused;
         }
     }
     log::Entry(tag, "Set Optimized Power mode to Manual");
-    return true;
+    return ManualMode::Set;
 }
 
 bool OD8Helper::SetFanSpeed(int percent) {
     constexpr log::Tag tag{"[OD8Helper::SetFanSpeed(int)]"};
     log::Entry(tag, "Begin");
-    if (Has(kOd8HasOptimizedPowerMode) && !SetOptimizedPowerToManualMode()) {
-        return false;
+    if (Has(kOd8HasOptimizedPowerMode)) {
+        ManualMode const mode = SetOptimizedPowerToManualMode();
+        // The way back to automatic control goes out also where the mode cannot be read.
+        if (mode == ManualMode::Refused || (mode == ManualMode::Unreadable && percent >= 0)) {
+            return false;
+        }
     }
     if (percent < 0) {
         return SetFanToDefault();
     }
-    if (!Has(kOd8HasFanCurve)) {
+    if (!HasFanCurve()) {
         log::Entry(tag, "ADL_OD8_FAN_CURVE not supported");
         return false;
     }
@@ -71,10 +79,13 @@ bool OD8Helper::SetFanSpeed(int percent) {
         request.Set(kOd8FanZeroRpm, 0);
         log::Entry(tag, "plan set ZeroRPM off");
     }
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    auto const current = CurrentSettings(tag, kOd8FanCurveLast);
+    if (!current) {
+        return false;
+    }
     for (int point = 0; point < kOd8FanCurvePoints; ++point) {
         request.Set(Od8FanSpeed(point), percent);
-        request.Set(Od8FanTemperature(point), current.Od8SettingTable[Od8FanTemperature(point)]);
+        request.Set(Od8FanTemperature(point), current->Od8SettingTable[Od8FanTemperature(point)]);
     }
     if (Has(kOd8HasFanTargetTemperature)) {
         request.Set(kOd8FanTargetTemperature, Range(kOd8FanTargetTemperature).minValue);
@@ -85,7 +96,7 @@ bool OD8Helper::SetFanSpeed(int percent) {
     if (Has(kOd8HasAcousticLimit)) {
         request.Set(kOd8FanAcousticLimit, Range(kOd8FanAcousticLimit).maxValue);
     }
-    return Report(tag, Send(request, current));
+    return Report(tag, Send(request, *current));
 }
 
 bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
@@ -95,7 +106,7 @@ bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
         log::Entry(tag, "pass in node not valid");
         return false;
     }
-    if (!Has(kOd8HasFanCurve)) {
+    if (!HasFanCurve()) {
         log::Entry(tag, "fan curve not supported");
         return false;
     }
@@ -138,7 +149,7 @@ bool OD8Helper::SetFanToDefault() const {
         reset(kOd8FanZeroRpm);
         log::Entry(tag, "plan reset OD8_FAN_ZERORPM_CONTROL");
     }
-    if (Has(kOd8HasFanTargetTemperature)) {
+    if (Has(kOd8HasFanTargetTemperature) && IsRangeRead(kOd8FanTargetTemperature)) {
         // Without the reset mark and without a log entry: deliberate.
         request.Set(kOd8FanTargetTemperature, Range(kOd8FanTargetTemperature).defaultValue);
     }
@@ -150,22 +161,27 @@ bool OD8Helper::SetFanToDefault() const {
         reset(kOd8FanMinSpeed);
         log::Entry(tag, "plan reset OD8_FAN_MIN_SPEED");
     }
-    return Report(tag, Send(request, CurrentSettings()));
+    ADLOD8CurrentSetting current;
+    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
+    return Report(tag, Send(request, current));
 }
 
 bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
     constexpr log::Tag tag{"[OD8Helper::SetPowerLimit(int,int)]"};
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    auto const current = CurrentSettings(tag, kOd8PowerPercentage);
+    if (!current) {
+        return false;
+    }
     if (!Has(kOd8HasPowerLimit)) {
         log::Entry(tag, "Power limit not supported");
         return false;
     }
     if (Has(kOd8HasGfxClockLimits) && !Has(kOd8HasGfxClockCurve) && Has(kOd8HasOptimizedPowerMode) &&
-        !SetOptimizedPowerToManualMode()) {
+        SetOptimizedPowerToManualMode() != ManualMode::Set) {
         log::Entry(tag, "Set Asic to Manual mode failed");
         return false;
     }
-    if (current.Od8SettingTable[kOd8PowerPercentage] == powerLimit) {
+    if (current->Od8SettingTable[kOd8PowerPercentage] == powerLimit) {
         // Without its closing bracket: deliberate.
         log::Entry(log::Tag{"[OD8Helper::SetPowerLimit(int,int)"}, "Current value is already the given value");
         return true;
@@ -175,7 +191,7 @@ bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
     }
     Request request;
     request.Set(kOd8PowerPercentage, powerLimit);
-    return Report(tag, Send(request, current));
+    return Report(tag, Send(request, *current));
 }
 
 // Unlike SetPowerLimit it leaves the optimized power mode alone.
@@ -185,18 +201,21 @@ bool OD8Helper::SetPowerLimitDefault() {
         log::Entry(tag, "power limit not supported");
         return false;
     }
-    ADLOD8CurrentSetting const current = CurrentSettings();
-    if (current.Od8SettingTable[kOd8PowerPercentage] == 0) {
+    auto const current = CurrentSettings(tag, kOd8PowerPercentage);
+    if (!current) {
+        return false;
+    }
+    if (current->Od8SettingTable[kOd8PowerPercentage] == 0) {
         log::Entry(tag, "power limit is already the default");
         return true;
     }
     Request request;
     request.Reset(kOd8PowerPercentage, 0);
-    return Report(tag, Send(request, current));
+    return Report(tag, Send(request, *current));
 }
 
 void OD8Helper::GetFanSetting(FanSetting& setting) {
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    ADLOD8CurrentSetting const current = ShownSettings();
     auto const fill = [&](FanPoint& point, int speed, int temperature) {
         point.DefaultSpeed = Range(speed).defaultValue;
         point.DefaultTemperature = Range(temperature).defaultValue;
@@ -220,7 +239,7 @@ void OD8Helper::GetFanSetting(FanSetting& setting) {
 }
 
 void OD8Helper::GetPowerLimitSetting(PowerLimitSetting& setting) {
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    ADLOD8CurrentSetting const current = ShownSettings();
     setting.Valid = true;
     setting.Default = Range(kOd8PowerPercentage).defaultValue;
     setting.Max = Range(kOd8PowerPercentage).maxValue;

@@ -20,16 +20,20 @@ struct OD8Helper::Mode {
 };
 
 bool OD8Helper::SetPerformanceUser(int gpuClock, int /*gpuVoltage*/, int memClock, int /*memVoltage*/) {
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    bool const needsMode = Has(kOd8HasOptimizedPowerMode) && !Has(kOd8HasGfxClockCurve);
+    auto const current = CurrentSettings(kUserTag, needsMode ? kOd8OptimizedPowerMode : kOd8MemoryClockMax);
+    if (!current) {
+        return false;
+    }
     Request request;
     // Clocks and curve go along unchanged.
     for (int setting = kOd8GfxClockMin; setting <= kOd8MemoryClockMax; ++setting) {
-        request.Set(setting, current.Od8SettingTable[setting]);
+        request.Set(setting, current->Od8SettingTable[setting]);
     }
-    if (!RequestClocks(request, current, gpuClock, memClock)) {
+    if (!RequestClocks(request, *current, gpuClock, memClock)) {
         return false;
     }
-    bool const set = Send(request, current);
+    bool const set = Send(request, *current);
     log::Entry(kUserTag, set ? "ADL2_Overdrive8_Setting_Set OK" : "ADL2_Overdrive8_Setting_Set failed");
     return set;
 }
@@ -107,27 +111,36 @@ bool OD8Helper::SetPerformanceSilent() {
 }
 
 bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
+    if (!IsRangeRead(kOd8PowerPercentage)) {
+        log::Entry(tag, "no ranges of clocks and power limit");
+        return false;
+    }
     int const curveTop = Range(kOd8GfxClock3).defaultValue;
     int const baseGpuClock = curveTop != 0 ? curveTop : Range(kOd8GfxClockMax).defaultValue;
     int const baseMemClock = Range(kOd8MemoryClockMax).defaultValue;
 
     ADLOD8SingleInitSetting const& power = Range(kOd8PowerPercentage);
-    SetPowerLimit(0,
-                  Truncate(ClampInto(power.minValue, power.maxValue, mode.power)));  // clocks are set also if it fails
-
+    auto const powerLimit = Truncate(ClampInto(power.minValue, power.maxValue, mode.power));
     auto const plan = [](float given, int base, float factor) {
         return Truncate(given != 0.0F ? given : static_cast<float>(base) * factor);
     };
-    int const gpuClock = plan(mode.gpuGivenClock, baseGpuClock, mode.gpuFactor);
-    int const memClock = plan(mode.memGivenClock, baseMemClock, mode.memFactor);
-    log::Entry(tag, "GpuClock=", gpuClock, ", MemClock=", memClock);
-    return SetPerformanceUser(gpuClock, 0, memClock, 0);
+    auto const gpuClock = plan(mode.gpuGivenClock, baseGpuClock, mode.gpuFactor);
+    auto const memClock = plan(mode.memGivenClock, baseMemClock, mode.memFactor);
+    // All or nothing: the power limit does not go out for clocks that cannot.
+    if (!powerLimit || !gpuClock || !memClock) {
+        log::Entry(tag, kNoNumber);
+        return false;
+    }
+    SetPowerLimit(0, *powerLimit);  // the clocks are set also when this fails
+    log::Entry(tag, "GpuClock=", *gpuClock, ", MemClock=", *memClock);
+    return SetPerformanceUser(*gpuClock, 0, *memClock, 0);
 }
 
 bool OD8Helper::SetPerformanceDefault() {
     constexpr log::Tag tag{"[OD8Helper::SetPerformanceDefault()]"};
     log::Entry(tag, "begin");
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    ADLOD8CurrentSetting current;
+    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
     Request request;
     for (int setting = 0; setting < kOd8Count; ++setting) {
         request.Reset(setting, Range(setting).defaultValue);
@@ -138,7 +151,7 @@ bool OD8Helper::SetPerformanceDefault() {
 }
 
 void OD8Helper::GetGpuClockSetting(ClockSetting& setting) {
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    ADLOD8CurrentSetting const current = ShownSettings();
     if (!Has(kOd8HasGfxClockLimits)) {
         setting.Valid = false;
         return;
@@ -159,7 +172,7 @@ void OD8Helper::GetGpuClockSetting(ClockSetting& setting) {
 }
 
 void OD8Helper::GetMemClockSetting(ClockSetting& setting) {
-    ADLOD8CurrentSetting const current = CurrentSettings();
+    ADLOD8CurrentSetting const current = ShownSettings();
     if (!Has(kOd8HasMemoryClock)) {
         setting.Valid = false;
         return;

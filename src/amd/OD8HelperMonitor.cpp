@@ -85,7 +85,8 @@ int OD8Helper::GetFrameRate() {
     for (AdapterInfo const& adapter : adapters.First(numAdapters)) {
         std::wstring const displayName = platform::ToWide(log::Bounded(adapter.strDisplayName));
         log::WideEntry(tag / "dispDeviceName", displayName);
-        if (auto const opened = platform::VideoPresentSource(displayName)) {
+        platform::DisplayAdapter const display(displayName);
+        if (auto const opened = display.VideoPresentSource()) {
             log::Entry(tag / "D3DKMTOpenAdapterFromGdiDisplayName", "0");
             source = *opened;
             break;

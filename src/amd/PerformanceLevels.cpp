@@ -1,6 +1,7 @@
 #include "amd/PerformanceLevels.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace gputune::amd {
 
@@ -28,6 +29,14 @@ std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int m
     table->iMode = mode;
     table->iNumberOfPerformanceLevels = levelCount;
     return PerformanceLevels(table, levelCount);
+}
+
+std::optional<PerformanceLevels> PerformanceLevels::Copy() const {
+    auto copy = Create(capacity_, table_->iMode);
+    if (copy) {
+        std::memcpy(copy->table_.get(), table_.get(), Size(capacity_));
+    }
+    return copy;
 }
 
 ADLODNPerformanceLevelsX2* PerformanceLevels::Record() {

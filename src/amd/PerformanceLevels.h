@@ -16,6 +16,9 @@ public:
     // of range or memory runs out.
     static std::optional<PerformanceLevels> Create(int levelCount, int mode);
 
+    // A table of its own with the same content; nothing when memory runs out.
+    std::optional<PerformanceLevels> Copy() const;
+
     // More than any board has; a larger count is garbage.
     static constexpr int kMaxLevels = 65536;
 

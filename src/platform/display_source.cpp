@@ -42,16 +42,21 @@ Status Call(char const* thunk, Record& record) {
 
 }  // namespace
 
-std::optional<std::uint32_t> VideoPresentSource(std::wstring_view displayName) {
+DisplayAdapter::DisplayAdapter(std::wstring_view displayName) {
     OpenAdapter open{};
-    // The last character stays the terminator.
-    std::copy_n(displayName.begin(), std::min(displayName.size(), kDeviceNameLength - 1), open.deviceName);
-    if (Call("D3DKMTOpenAdapterFromGdiDisplayName", open) != kSuccess) {
-        return std::nullopt;
+    // A name that fills the record has no terminator there.
+    std::copy_n(displayName.begin(), std::min(displayName.size(), kDeviceNameLength), open.deviceName);
+    if (Call("D3DKMTOpenAdapterFromGdiDisplayName", open) == kSuccess) {
+        adapter_ = open.adapter;
+        source_ = open.source;
     }
-    CloseAdapter close{open.adapter};
-    Call("D3DKMTCloseAdapter", close);
-    return open.source;
+}
+
+DisplayAdapter::~DisplayAdapter() {
+    if (source_) {
+        CloseAdapter close{adapter_};
+        Call("D3DKMTCloseAdapter", close);
+    }
 }
 
 }  // namespace gputune::platform

@@ -97,8 +97,9 @@ void ReadFloat(XMLElement const& row, char const* attribute, float& field) {
 }
 
 // Reads as the XML library's own conversion does, which goes by way of sscanf and thus adds a twentieth to the library:
-// leading white space, a sign, and hexadecimal numbers are accepted, and what follows the number is ignored. What is
-// too large becomes the nearest number that an int, or 32 hexadecimal bits, can hold.
+// leading white space, a sign, and hexadecimal numbers are accepted, and what follows the number is ignored; a prefix
+// without a digit is no number. What is too large becomes the nearest number that an int, or 32 hexadecimal bits, can
+// hold.
 void ReadInt(XMLElement const& row, char const* attribute, int& field) {
     char const* const text = row.Attribute(attribute);
     if (text == nullptr) {
@@ -107,7 +108,10 @@ void ReadInt(XMLElement const& row, char const* attribute, int& field) {
     std::string_view const number(text + std::strspn(text, kWhiteSpace));
     char* end = nullptr;
     if (number.starts_with("0x") || number.starts_with("0X")) {
-        field = static_cast<int>(std::strtoul(text, nullptr, 16));
+        constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+        if (number.size() > 2 && kDigits.find(number[2]) != std::string_view::npos) {
+            field = static_cast<int>(std::strtoul(text, nullptr, 16));
+        }
     } else if (long const value = std::strtol(text, &end, 10); end != text) {
         field = static_cast<int>(value);
     }

@@ -134,16 +134,41 @@ TEST(Overdrive8UserClocks, ReportARefusalBehindTheSwitchToManual) {
     EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3", "Setting_Set 5: 0=1400" + kSame + " 8=83"}));
 }
 
-TEST(Overdrive8UserClocks, SendZerosWhereTheCurrentSettingsCannotBeRead) {
+TEST(Overdrive8UserClocks, WithoutTheCurrentSettingsAreNotSet) {
+    Lines const unread = Entries(kTag, {"Get current settings failed"});
+    Machine machine = Overdrive8Board(0);
+    ASSERT_TRUE(machine.InitAndForget());
+    struct Need {
+        int capabilities;
+        std::size_t needed;
+    };
+    // Settings 1 to 8 go along; the mode is setting 36.
+    for (Need const& row : {Need{kLimits, 9}, Need{kLimits | kMemory | kOptimized, 37},
+                            Need{kLimits | kCurve | kMemory | kOptimized, 9}}) {
+        SCOPED_TRACE(row.capabilities);
+        BecomeBoardWith(machine, row.capabilities);
+        OrderCurrent(machine, First(Overdrive8Current(), row.needed - 1));
+        EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
+        EXPECT_EQ(machine.TakeLog(), unread);
+        machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
+        EXPECT_FALSE(machine.Api().SetPerformanceUser(0, 0, 0, 0));
+        EXPECT_EQ(machine.TakeLog(), kCurrentFailed + unread);
+        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
+        OrderCurrent(machine, First(With(Overdrive8Current(), {{36, 3}}), row.needed));
+        EXPECT_TRUE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
+        machine.TakeLog();
+        machine.TakeCalls();
+    }
+}
+
+// A table of zeros where the library has no entry point that would tell.
+TEST(Overdrive8UserClocks, WithoutAnyEntryPointForTheCurrentSettingsStartFromZeros) {
     Machine machine = Overdrive8Board(kLimits);
-    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
+    machine.Hide("ADL2_Overdrive8_Current_SettingX2_Get").Hide("ADL2_Overdrive8_Current_Setting_Get");
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
-    EXPECT_EQ(machine.TakeLog(), kCurrentFailed + kOk);
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 0=1400 1=0 2=0 3=0 4=0 5=0 6=0 7=0 8=0"}));
-    EXPECT_FALSE(machine.Api().SetPerformanceUser(0, 0, 900, 0));
-    EXPECT_EQ(machine.TakeLog(),
-              kCurrentFailed + Entries(kTag + "2", {"current gpu clock are same as the given value"}));
+    EXPECT_EQ(machine.TakeLog(), kOk);
+    EXPECT_EQ(TakeTraffic(machine), Lines({"Setting_Set 5: 0=1400 1=0 2=0 3=0 4=0 5=0 6=0 7=0 8=0"}));
 }
 
 // 39 settings, the power limit (9) with its own range.
@@ -186,6 +211,57 @@ TEST(Overdrive8Clocks, FailWithoutTheDriversSetter) {
     OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"Fail to reset Optimized Power mode to Manual"}));
+}
+
+// What the record for the driver's answer says of its own room.
+class CountOfTheAnswer final : public Interceptor {
+public:
+    explicit CountOfTheAnswer(ScriptedLibrary& library) : library_(library) { library_.AnswerBy(this); }
+    ~CountOfTheAnswer() { library_.AnswerBy(nullptr); }
+    CountOfTheAnswer(CountOfTheAnswer const&) = delete;
+    CountOfTheAnswer& operator=(CountOfTheAnswer const&) = delete;
+
+    int Answer(char const* entryPoint, int const* words) override {
+        if (std::string(entryPoint) == "ADL2_Overdrive8_Setting_Set") {
+            counts_.push_back(*reinterpret_cast<int const*>(words[3]));
+        }
+        return library_.AsOrdered(entryPoint, words);
+    }
+
+    std::vector<int> const& Counts() const { return counts_; }
+
+private:
+    ScriptedLibrary& library_;
+    std::vector<int> counts_;
+};
+
+TEST(Overdrive8Requests, SayThatTheAnswerHasRoomFor39SettingsWhateverWasRead) {
+    auto const sendEverything = [](Machine& machine) {
+        FanTablePoint const table[5] = {};
+        machine.Api().SetFanSpeed(204);
+        machine.Api().SetFanSpeed(-1);
+        machine.Api().SetFanSpeedTable(table, 5);
+        machine.Api().SetPowerLimit(75, 7);
+        machine.Api().SetPowerLimitDefault();
+        machine.Api().SetPerformanceUser(1400, 0, 900, 0);
+        machine.Api().SetPerformanceDefault();
+    };
+    Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve);
+    ASSERT_TRUE(machine.InitAndForget());
+    OrderCurrent(machine, First(With(Overdrive8Current(), {{9, 4}}), 29));
+    CountOfTheAnswer const newer(machine.Scripted());
+    sendEverything(machine);
+    EXPECT_EQ(newer.Counts(), std::vector<int>(7, 39));
+
+    machine.Hide("ADL2_Overdrive8_Current_SettingX2_Get");
+    machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Ints(With(Overdrive8Current(), {{9, 4}})), 4);
+    for (int const count : {27, 0, -1, INT_MAX}) {
+        SCOPED_TRACE(count);
+        machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Ints({count}));
+        CountOfTheAnswer const older(machine.Scripted());
+        sendEverything(machine);
+        EXPECT_EQ(older.Counts(), std::vector<int>(7, 39));
+    }
 }
 
 TEST(Overdrive8Requests, HaveRoomForTheSettingsThatTheDriverAnswersWith) {

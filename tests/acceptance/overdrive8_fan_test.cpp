@@ -14,6 +14,8 @@ std::string const kRead = "Current_SettingX2_Get 5";
 Lines const kManual = Entries(kManualTag, {"Set Optimized Power mode to Manual"});
 Lines const kManualFailed = Entries(kManualTag, {"Failed when set Optimized Power mode to Manual"});
 
+std::string const kCurveReset = " 19=195! 20=205! 21=215! 22=225! 23=235! 24=245! 25=255! 26=265! 27=275! 28=285!";
+
 // The curve at 204 %: temperatures as they are.
 std::string const kFlat = " 19=193 20=204 21=213 22=204 23=233 24=204 25=253 26=204 27=273 28=204";
 
@@ -86,16 +88,62 @@ TEST(Overdrive8FanSpeed, ReportsTheDriversRefusal) {
     }
 }
 
-TEST(Overdrive8FanSpeed, GoesOnWithZeroTemperaturesWhenTheCurrentOnesCannotBeRead) {
+TEST(Overdrive8FanSpeed, WithoutTheCurrentTemperaturesIsNotSet) {
     Machine machine = Overdrive8Board(kFanCurve | kZeroRpm);
+    ASSERT_TRUE(machine.InitAndForget());
+    // The curve's last temperature is setting 27, its last setting 28.
+    OrderCurrent(machine, First(Overdrive8Current(), 28));
+    EXPECT_FALSE(machine.Api().SetFanSpeed(204));
+    EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "plan set ZeroRPM off", "Get current settings failed"}));
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+
+    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
+    EXPECT_FALSE(machine.Api().SetFanSpeed(204));
+    EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "plan set ZeroRPM off"}) + kCurrentFailed +
+                                     Entries(kSpeedTag, {"Get current settings failed"}));
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+    // A curve brings its own temperatures.
+    FanTablePoint const table[5] = {};
+    EXPECT_TRUE(machine.Api().SetFanSpeedTable(table, 5));
+}
+
+TEST(Overdrive8FanSpeed, WithoutTheModeIsNotSetAndStillReset) {
+    Machine machine = Overdrive8Board(kFanCurve | kOptimized);
     machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
     ASSERT_TRUE(machine.InitAndForget());
-    EXPECT_TRUE(machine.Api().SetFanSpeed(204));
-    EXPECT_EQ(machine.TakeLog(),
-              Entries(kSpeedTag, {"Begin", "plan set ZeroRPM off"}) + kCurrentFailed + Entries(kSpeedTag, {"Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead,
-                                           "Setting_Set 5: 15=0 19=0 20=204 21=0 22=204 23=0 24=204 25=0 26=204 "
-                                           "27=0 28=204"}));
+    Lines const unread =
+        Entries(kSpeedTag, {"Begin"}) + kCurrentFailed + Entries(kManualTag, {"Get current settings failed"});
+    EXPECT_FALSE(machine.Api().SetFanSpeed(204));
+    EXPECT_EQ(machine.TakeLog(), unread);
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+
+    EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
+    EXPECT_EQ(machine.TakeLog(), unread + Entries(kDefaultTag, {"plan reset fan curve"}) + kCurrentFailed +
+                                     Entries(kDefaultTag, {"Success"}));
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, "Setting_Set 5:" + kCurveReset}));
+}
+
+TEST(Overdrive8Fan, WithoutTheRangesIsResetAlone) {
+    // The curve's first speed is setting 20.
+    Machine machine = Overdrive8Board(kFanCurve | kTarget | kAcoustic | kMinSpeed | kZeroRpm);
+    FanTablePoint const table[5] = {};
+    for (int const count : {20, 11, 0, -1}) {
+        SCOPED_TRACE(count);
+        machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 3, Ints({count}));
+        ASSERT_TRUE(machine.InitAndForget());
+        EXPECT_FALSE(machine.Api().SetFanSpeed(0));
+        EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "ADL_OD8_FAN_CURVE not supported"}));
+        EXPECT_FALSE(machine.Api().SetFanSpeedTable(table, 5));
+        EXPECT_EQ(machine.TakeLog(), Entries(kTableTag, {"Begin", "fan curve not supported"}));
+        EXPECT_EQ(machine.CountOf("ADL2_Overdrive8_Setting_Set"), 0);
+        // With the reset mark the driver takes its own default. The target temperature goes without.
+        EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
+        Call const call = machine.LastCall("ADL2_Overdrive8_Setting_Set");
+        EXPECT_EQ(call.Int(4 + 12 * 20 + 8), 1);
+        EXPECT_EQ(call.Int(4 + 12 * 12 + 4), count > 12 ? 1 : 0);
+        machine.TakeLog();
+        machine.TakeCalls();
+    }
 }
 
 TEST(Overdrive8FanSpeed, FirstTakesTheBoardOutOfOptimizedPower) {
@@ -138,7 +186,6 @@ TEST(Overdrive8FanSpeed, StopsWhenTheBoardStaysInOptimizedPower) {
 }
 
 TEST(Overdrive8FanDefault, ResetsWhatTheBoardCan) {
-    std::string const curve = " 19=195! 20=205! 21=215! 22=225! 23=235! 24=245! 25=255! 26=265! 27=275! 28=285!";
     struct Row {
         int capabilities;
         Lines messages;
@@ -146,7 +193,7 @@ TEST(Overdrive8FanDefault, ResetsWhatTheBoardCan) {
     };
     Row const rows[] = {
         {0, {"Success"}, ""},
-        {kFanCurve, {"plan reset fan curve", "Success"}, curve},
+        {kFanCurve, {"plan reset fan curve", "Success"}, kCurveReset},
         {kZeroRpm, {"plan reset OD8_FAN_ZERORPM_CONTROL", "Success"}, " 15=155!"},
         {kTarget, {"Success"}, " 12=125"},
         {kAcoustic, {"plan reset OD8_FAN_ACOUSTIC_LIMIT", "Success"}, " 11=115!"},
@@ -154,7 +201,7 @@ TEST(Overdrive8FanDefault, ResetsWhatTheBoardCan) {
         {kFanCurve | kZeroRpm | kTarget | kAcoustic | kMinSpeed,
          {"plan reset fan curve", "plan reset OD8_FAN_ZERORPM_CONTROL", "plan reset OD8_FAN_ACOUSTIC_LIMIT",
           "plan reset OD8_FAN_MIN_SPEED", "Success"},
-         " 10=105! 11=115! 12=125 15=155!" + curve},
+         " 10=105! 11=115! 12=125 15=155!" + kCurveReset},
     };
     Machine machine = Overdrive8Board(0);
     for (Row const& row : rows) {

@@ -116,17 +116,17 @@ TEST(Overdrive8FanSetting, IsTheCurveOrOnePoint) {
     }
 }
 
-TEST(Overdrive8Getters, ShowZerosForCurrentValuesThatCannotBeRead) {
+TEST(Overdrive8Getters, ShowTheRangesAloneWhereTheCurrentValuesCannotBeRead) {
     Machine machine = Overdrive8Board(kLimits | kMemory | kFanCurve);
     machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
     ASSERT_TRUE(machine.InitAndForget());
-    EXPECT_EQ(Answer(machine.Api().GetPowerLimitSetting), (std::vector<int>{kValid, 0, 20, -20, 0}));
-    EXPECT_EQ(Answer(machine.Api().GetGpuClockSetting), (std::vector<int>{kValid, 5, 375, 9, 10, 379, 370, 0, 0}));
-    EXPECT_EQ(Answer(machine.Api().GetMemClockSetting), (std::vector<int>{kValid, 85, -1, 89, 80, -1, -1, 0, -1}));
+    EXPECT_EQ(Answer(machine.Api().GetPowerLimitSetting), (std::vector<int>{kValid, 0, 20, -20, -1}));
+    EXPECT_EQ(Answer(machine.Api().GetGpuClockSetting), (std::vector<int>{kValid, 5, 375, 9, 10, 379, 370, -1, -1}));
+    EXPECT_EQ(Answer(machine.Api().GetMemClockSetting), (std::vector<int>{kValid, 85, -1, 89, 80, -1, -1, -1, -1}));
     EXPECT_EQ(machine.TakeLog(), kCurrentFailed + kCurrentFailed + kCurrentFailed);
     std::vector<int> const fan = Answer(machine.Api().GetFanSetting);
     EXPECT_EQ(std::vector<int>(fan.begin(), fan.begin() + 10),
-              (std::vector<int>{kValid, 5, 205, 195, 209, 200, 199, 190, 0, 0}));
+              (std::vector<int>{kValid, 5, 205, 195, 209, 200, 199, 190, -1, -1}));
     EXPECT_EQ(machine.TakeLog(), kCurrentFailed);
 }
 

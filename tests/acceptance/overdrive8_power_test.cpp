@@ -108,18 +108,37 @@ TEST(Overdrive8PowerLimit, SwitchesToManualOnBoardsWithLimitsAndNoCurve) {
     EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, "Setting_Set 5: 36=3"}));
 }
 
-TEST(Overdrive8PowerLimit, TakesAnUnreadableCurrentValueForZero) {
-    Machine machine = Overdrive8Board(kPower);
+TEST(Overdrive8PowerLimit, WithoutTheCurrentValueIsNotSet) {
+    Machine machine = Overdrive8Board(kPower | kLimits | kOptimized);
     ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{9, 15}}));
-    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", 1);
-    EXPECT_TRUE(machine.Api().SetPowerLimit(75, 15));
-    EXPECT_EQ(machine.TakeLog(), kCurrentFailed + Entries(kTag, {"Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 9=15"}));
-    EXPECT_TRUE(machine.Api().SetPowerLimit(75, 0));
-    EXPECT_EQ(machine.TakeLog(), kCurrentFailed + kUnchanged);
-    EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
-    EXPECT_EQ(machine.TakeLog(), kCurrentFailed + Entries(kDefaultTag, {"power limit is already the default"}));
+    OrderCurrent(machine, With(Overdrive8Current(), {{9, 15}, {36, 2}}));
+    for (int const result : {-1, 1}) {
+        machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", result);
+        for (int const percent : {15, 0, 10}) {
+            SCOPED_TRACE(percent);
+            EXPECT_FALSE(machine.Api().SetPowerLimit(75, percent));
+            EXPECT_EQ(machine.TakeLog(), kCurrentFailed + Entries(kTag, {"Get current settings failed"}));
+        }
+        EXPECT_FALSE(machine.Api().SetPowerLimitDefault());
+        EXPECT_EQ(machine.TakeLog(), kCurrentFailed + Entries(kDefaultTag, {"Get current settings failed"}));
+        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, kRead, kRead}));
+    }
+    // Read, but not as far as setting 9.
+    OrderCurrent(machine, First(Overdrive8Current(), 9));
+    EXPECT_FALSE(machine.Api().SetPowerLimit(75, 0));
+    EXPECT_FALSE(machine.Api().SetPowerLimitDefault());
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
+}
+
+TEST(Overdrive8PowerLimit, WithoutTheModeIsNotSet) {
+    Machine machine = Overdrive8Board(kPower | kLimits | kOptimized);
+    ASSERT_TRUE(machine.InitAndForget());
+    OrderCurrent(machine, First(Overdrive8Current(), 36));  // the mode is setting 36
+    machine.TakeLog();
+    EXPECT_FALSE(machine.Api().SetPowerLimit(75, 10));
+    EXPECT_EQ(machine.TakeLog(),
+              Entries(kManualTag, {"Get current settings failed"}) + Entries(kTag, {"Set Asic to Manual mode failed"}));
+    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
 }
 
 TEST(Overdrive8PowerLimit, WithoutTheDriversSetterFailsInSilence) {

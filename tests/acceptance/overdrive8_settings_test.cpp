@@ -278,14 +278,15 @@ TEST(Overdrive8Ranges, OfAnOlderLibraryAreTakenAsTheyCome) {
     EXPECT_EQ(call.record, Patched(Bytes(632), 0, Ints({39})));
     EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(39));
 
-    // What a failing call had written stays.
+    // What a failing call has written does not count: a board of zeros.
     machine.Then(kInitOlder).Result(kInitOlder, -1).Write(kInitOlder, 2, First(record, 8 + 10 * 16));
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(StartLog(machine).front(),
               "[OD8Helper::GetInitSetting()] ... ADL2_Overdrive8_Init_Setting_Get is failed");
     EXPECT_EQ(machine.LastCall(kInitOlder).record, Patched(Bytes(632), 0, Ints({39})));
-    EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(10));
-    EXPECT_TRUE(machine.Api().SetPowerLimit(75, 10));
+    EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(0));
+    EXPECT_FALSE(machine.Api().SetPowerLimit(75, 10));
+    EXPECT_EQ(machine.Api().GetPowerLimitSetting().Max, 0);
 }
 
 TEST(Overdrive8Ranges, WithoutAnyEntryPointAreZerosAndNoFailure) {
@@ -308,6 +309,7 @@ TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
     longer.insert(longer.end(), {7, 7, 7, 7, 7, 7});
     // Seen through: setting 9 (power), 8 (memory clock), 10 and 12 (fan), 0 and 37 (GPU clock).
     std::vector<int> const none(6);
+    std::vector<int> const unknown(6, -1);
     struct Row {
         std::string name;
         int result;
@@ -331,10 +333,10 @@ TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
         {"0 without a list", 0, 0, {}, true, none},
         {"-1", 0, -1, list, true, none},
         {"INT_MIN without a list", 0, INT_MIN, {}, true, none},
-        {"39 without a list", 0, 39, {}, false, none},
-        {"a failure", -1, 39, {}, false, none},
-        {"a failure with a list", -1, 39, list, false, none},
-        {"a warning", 1, 39, list, false, none},
+        {"39 without a list", 0, 39, {}, false, unknown},
+        {"a failure", -1, 39, {}, false, unknown},
+        {"a failure with a list", -1, 39, list, false, unknown},
+        {"a warning", 1, 39, list, false, unknown},
     };
     Machine machine = Overdrive8Board(kLimits | kMemory);
     ASSERT_TRUE(machine.InitAndForget());
@@ -370,8 +372,9 @@ TEST(Overdrive8Current, OfAnOlderLibraryIsTakenAsItComes) {
     EXPECT_EQ(machine.Api().GetPowerLimitSetting().Current, 4);
     EXPECT_EQ(machine.TakeLog(), Lines());
 
-    machine.Then(kCurrentOlder).Result(kCurrentOlder, 1);
-    EXPECT_EQ(machine.Api().GetPowerLimitSetting().Current, 0);
+    // What a failing call has written does not count.
+    machine.Then(kCurrentOlder).Result(kCurrentOlder, 1).Write(kCurrentOlder, 2, Bytes(160, 0x11));
+    EXPECT_EQ(machine.Api().GetPowerLimitSetting().Current, -1);
     EXPECT_EQ(machine.TakeLog(),
               Lines({"[OD8Helper::GetCurrentSetting()] ... ADL2_Overdrive8_Current_Setting_Get is failed"}));
 }

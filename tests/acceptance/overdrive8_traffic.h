@@ -81,6 +81,11 @@ inline std::vector<int> With(std::vector<int> settings, std::vector<std::pair<st
     return settings;
 }
 
+inline std::vector<int> First(std::vector<int> settings, std::size_t count) {
+    settings.resize(count);
+    return settings;
+}
+
 // An Overdrive8 board without features whose adapter list is this.
 inline Machine BoardListedAs(Bytes const& adapters, int count = 1) {
     Machine machine;

@@ -253,11 +253,29 @@ TEST(OverdriveNUserClocks, WithoutADefaultWhatIsAskedIsSent) {
               Table(3, {30000, 750, 1, 0, 150000, 1200, 3, 0, 150000, 1200, 3, 0}));
 }
 
-TEST(OverdriveNUserClocks, ValuesBeyondAnIntBecomeTheLowestInt) {
+// In the driver's unit, of 10 kHz.
+TEST(OverdriveNUserClocks, ValuesBeyondAnIntAreNotSent) {
+    struct Case {
+        int gpuClock;
+        int gpuVoltage;
+        int memClock;
+        int memVoltage;
+        std::string tag;
+    };
     Machine machine = RunningBoard();
-    EXPECT_TRUE(machine.Api().SetPerformanceUser(INT_MAX, 1150, INT_MIN, 950));
-    EXPECT_EQ(machine.LastCall(kEngineSet).Int(kHead + 16), INT_MIN);
-    EXPECT_EQ(machine.LastCall(kMemorySet).Int(kHead + 16), INT_MIN);
+    for (Case const& known : {Case{INT_MAX, 1150, 2000, 950, "[OD7Helper::SetGpuClock(int,int)]"},
+                              Case{INT_MIN, 1150, 2000, 950, "[OD7Helper::SetGpuClock(int,int)]"},
+                              Case{21474837, 1150, 2000, 950, "[OD7Helper::SetGpuClock(int,int)]"},
+                              Case{1366, INT_MAX, 2000, 950, "[OD7Helper::SetGpuClock(int,int)]"},
+                              Case{1366, 1150, INT_MIN, 950, "[OD7Helper::SetMemoryClock(int,int)]"}}) {
+        SCOPED_TRACE(std::to_string(known.gpuClock) + " " + std::to_string(known.memClock));
+        bool const isEngine = known.tag.find("Gpu") != std::string::npos;
+        EXPECT_FALSE(
+            machine.Api().SetPerformanceUser(known.gpuClock, known.gpuVoltage, known.memClock, known.memVoltage));
+        EXPECT_EQ(machine.TakeLog().back(), known.tag + " ... clock or voltage out of range");
+        EXPECT_EQ(machine.TakeCallNames(),
+                  isEngine ? Lines({kEngineGet}) : Lines({kEngineGet, kEngineSet, kMemoryGet}));
+    }
 }
 
 // What the driver writes into the head goes back to it, and never leads beyond the table.
@@ -690,6 +708,26 @@ TEST(OverdriveNClockSettings, WithoutAnyLevelTheCurrentValuesAreUnavailable) {
     EXPECT_EQ(engine.CurrentClock, -1);
     EXPECT_EQ(engine.CurrentVoltage, -1);
     EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, -1);
+}
+
+// The table of the defaults is handed to the driver, which may write into it, and report success or not.
+TEST(OverdriveNDefaultClocks, StayWhatWasReadWhateverTheDriverWritesIntoTheirTable) {
+    Machine machine = RunningBoard();
+    auto const thenSpoil = [&](int result) {
+        machine.Then(kEngineSet).Result(kEngineSet, result);
+        machine.Write(kEngineSet, 2, Bytes(4, 0x7F), 4).Write(kEngineSet, 2, Bytes(48, 0x7F), kHead).Then(kEngineSet);
+    };
+    Bytes const defaults = Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0});
+    // The second call of each operation has the table.
+    thenSpoil(0);
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+    EXPECT_EQ(machine.LastCall(kEngineSet).record, defaults);
+    machine.Then(kEngineSet).Then(kEngineSet);
+    thenSpoil(-1);
+    EXPECT_FALSE(machine.Api().SetPerformanceDefault());
+    EXPECT_TRUE(machine.Api().SetPerformanceDefault());
+    EXPECT_EQ(machine.LastCall(kEngineSet).record, defaults);
 }
 
 TEST(OverdriveNClockSettings, HeadOfTheDriverDoesNotHideTheTopLevel) {

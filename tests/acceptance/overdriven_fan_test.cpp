@@ -191,7 +191,7 @@ TEST(OverdriveNFan, ZeroPercentCommandsOnePercent) {
 }
 
 // In single precision 13 / 100 x 3300 is 428.99997, where 429 would be exact; 29 / 100 x 3300 comes out exact, where
-// double precision stays below 957. What an int cannot hold becomes the lowest one.
+// double precision stays below 957.
 TEST(OverdriveNFan, SpeedIsTruncatedFromSinglePrecision) {
     struct Case {
         int maximum;
@@ -199,13 +199,24 @@ TEST(OverdriveNFan, SpeedIsTruncatedFromSinglePrecision) {
         int speed;
     };
     std::vector<Case> const cases = {
-        {3300, 13, 428},   {3300, 26, 857},
-        {3300, 29, 957},   {3300, 52, 1715},
-        {3300, 53, 1748},  {3300, 59, 1946},
-        {3300, 60, 1980},  {3300, 100, 3300},
-        {3300, 120, 3960}, {2999, 1, 29},
-        {2999, 40, 1199},  {-2999, 40, -1199},
-        {0, 40, 0},        {INT_MAX, INT_MAX, INT_MIN},
+        {3300, 13, 428},
+        {3300, 26, 857},
+        {3300, 29, 957},
+        {3300, 52, 1715},
+        {3300, 53, 1748},
+        {3300, 59, 1946},
+        {3300, 60, 1980},
+        {3300, 100, 3300},
+        {3300, 120, 3960},
+        {2999, 1, 29},
+        {2999, 40, 1199},
+        // Never 0, however few turns the fan has.
+        {99, 0, 1},
+        {99, 1, 1},
+        {99, 2, 1},
+        {99, 3, 2},
+        {1, 99, 1},
+        {1, 0, 1},
     };
     Machine machine = BoardWithoutControllers();
     for (Case const& known : cases) {
@@ -219,6 +230,35 @@ TEST(OverdriveNFan, SpeedIsTruncatedFromSinglePrecision) {
         EXPECT_EQ(call.Int(16), known.speed);
         EXPECT_EQ(call.Int(28), known.speed);
     }
+}
+
+TEST(OverdriveNFan, WithoutARangeIsNotGivenATarget) {
+    Machine machine = BoardWithoutControllers();
+    for (int const maximum : {0, -1, -2999, INT_MIN}) {
+        SCOPED_TRACE(maximum);
+        std::vector<int> capabilities = OverdriveNCapabilities();
+        capabilities[capability::kFanSpeed + 2] = maximum;
+        machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
+        ASSERT_TRUE(machine.InitAndForget());
+        for (int const percent : {0, 40, 100}) {
+            EXPECT_FALSE(machine.Api().SetFanSpeed(percent));
+            EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({"[OD7Helper::SetODNFanSpeed(int)] ... no fan speed range"}));
+        }
+        EXPECT_EQ(machine.CountOf(kOdnSet), 0);
+        // The way back needs none.
+        EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
+        EXPECT_EQ(machine.LastCall(kOdnSet).record, Ints({2, 12, 13, 14, 15, 16, 17, 18}));
+        machine.TakeLog();
+        machine.TakeCalls();
+    }
+}
+
+TEST(OverdriveNFan, SpeedThatNoIntHoldsIsRefused) {
+    Machine machine = BoardWithoutControllers();
+    ASSERT_TRUE(machine.InitAndForget());
+    EXPECT_FALSE(machine.Api().SetFanSpeed(INT_MAX));
+    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({"[OD7Helper::SetODNFanSpeed(int)] ... fan speed out of range"}));
+    EXPECT_EQ(machine.TakeCallNames(), Lines({kOdnGet}));
 }
 
 TEST(OverdriveNFan, MissingReadOfTheFanControlFails) {

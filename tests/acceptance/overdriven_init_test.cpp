@@ -93,8 +93,9 @@ Lines NoTable(std::string const& count) {
             "[OD7Helper::InitAdapter()] m_DefaultSystemClock ... null ptr"};
 }
 
-// An adapter that is not ok does no harm: what needs the level tables fails, the rest answers as ever.
-void ExpectHarmless(Machine& machine) {
+// An adapter that is not ok does no harm: what needs the level tables fails, and so does what needs the ranges where
+// they were not read; the rest answers as ever.
+void ExpectHarmless(Machine& machine, bool hasRanges = true) {
     Exports const& api = machine.Api();
     machine.TakeCalls();
 
@@ -107,7 +108,7 @@ void ExpectHarmless(Machine& machine) {
 
     EXPECT_FALSE(api.SetFanSpeedTable(nullptr, 5));
     machine.TakeLog();
-    EXPECT_TRUE(api.SetFanSpeed(40)) << "the fan can be set without ranges";
+    EXPECT_EQ(api.SetFanSpeed(40), hasRanges);
     Lines const fan = machine.TakeLog();
     ASSERT_EQ(fan.size(), 4U);
     EXPECT_EQ(fan[1], "[OD7Helper::SetOD5FanSpeed(int)] ... ThermalControllers is empty");
@@ -193,11 +194,30 @@ TEST(OverdriveNInitFailure, MissingCapabilitiesLeaveEveryRangeZero) {
     EXPECT_EQ(machine.TakeLog(),
               Lines({"[OD7Helper::SetPowerLimit(int,int)] ... begin",
                      "[OD7Helper::SetPowerLimit(int,int)] ... temp value out of bound: should be 0 to 0"}));
+    // What fits the zeros is refused as well, as there is no range.
+    EXPECT_FALSE(machine.Api().SetPowerLimit(0, 0));
+    EXPECT_EQ(machine.TakeLog(), Lines({"[OD7Helper::SetPowerLimit(int,int)] ... begin",
+                                        "[OD7Helper::SetPowerLimit(int,int)] ... no power limit range"}));
+    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_PowerLimit_Get"), 0);
+    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_PowerLimit_Set"), 0);
     ClockSetting const clock = machine.Api().GetGpuClockSetting();
     EXPECT_EQ(clock.MaxClock, 0);
     EXPECT_EQ(clock.CurrentClock, -1);
     EXPECT_EQ(clock.CurrentVoltage, -1);
-    ExpectHarmless(machine);
+    ExpectHarmless(machine, false);
+}
+
+TEST(OverdriveNInitFailure, RangesOfAFailingCallDoNotCount) {
+    Machine machine = OverdriveNBoard();  // the capabilities are written all the same
+    machine.Result(kCapabilities, -1);
+    ASSERT_TRUE(machine.Init());
+    EXPECT_EQ(machine.Api().GetPowerLimitSetting().Max, 0);
+    EXPECT_FALSE(machine.Api().SetPowerLimit(75, 10));
+    EXPECT_FALSE(machine.Api().SetPowerLimit(0, 0));
+    EXPECT_FALSE(machine.Api().SetFanSpeed(40));
+    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_PowerLimit_Set"), 0);
+    EXPECT_EQ(machine.CountOf("ADL2_OverdriveN_FanControl_Set"), 0);
+    ExpectHarmless(machine, false);
 }
 
 class OverdriveNMissingTable : public testing::TestWithParam<char const*> {};

@@ -155,6 +155,70 @@ TEST(Overdrive8Modes, StartFromTheTopOfTheCurveElseTheMaximum) {
     machine.RemoveProfile();
 }
 
+// Nothing is sent: neither the clocks nor the power limit, whichever of them it is that is no number.
+TEST(Overdrive8Modes, ThatAreNoNumbersAreNotSent) {
+    std::string const one = R"(Normal="1")";
+    std::vector<Values> const plans = {
+        {R"(Normal="nan")", one, one},   {R"(Normal="inf")", one, one}, {R"(Normal="1e30")", one, one},
+        {R"(Normal="-1e30")", one, one}, {one, R"(Normal="nan")", one}, {one, R"(Normal="1e30")", one},
+        {one, one, R"(Normal="nan")"},
+    };
+    std::vector<Values> const given = {
+        {R"(Normal="1" Given="nan")", one, one},
+        {R"(Normal="1" Given="2147483648")", one, one},
+        {one, R"(Normal="1" Given="inf")", one},
+        {one, R"(Normal="1" Given="-1e30")", one},
+    };
+    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
+    ASSERT_TRUE(machine.InitAndForget());
+    auto const expectRefused = [&](Mode mode, Values const& values) {
+        SCOPED_TRACE(values.gpu + ", " + values.mem + ", " + values.power);
+        machine.WriteProfile(Profile("Id=\"0B361002\"", mode, values));
+        EXPECT_FALSE(Apply(machine, mode));
+        EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup +
+                                            Entries(Tag(mode), {"predefined performance parameter out of range"}));
+        EXPECT_EQ(TakeTraffic(machine), Lines());
+    };
+    for (Values const& values : plans) {
+        expectRefused(Mode::Overclock, values);
+        expectRefused(Mode::Silent, values);
+    }
+    for (Values const& values : given) {
+        expectRefused(Mode::Overclock, values);
+    }
+    machine.RemoveProfile();
+}
+
+TEST(Overdrive8Modes, WithoutTheCurrentSettingsAreNotSent) {
+    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
+    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
+    ASSERT_TRUE(machine.InitAndForget());
+    Lines const failed = {"Get current settings failed"};
+    for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
+        machine.WriteProfile(Profile("Id=\"0B361002\"", mode, {R"(Normal="1")", R"(Normal="1")", R"(Normal="5")"}));
+        EXPECT_FALSE(Apply(machine, mode));
+        EXPECT_EQ(TakeModeLog(machine),
+                  Entries(Tag(mode), {"begin"}) + kLookup + kCurrentFailed + Entries(kPowerTag, failed) +
+                      Entries(Tag(mode), {"GpuClock=65, MemClock=85"}) + kCurrentFailed + Entries(kUserTag, failed));
+        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
+    }
+    machine.RemoveProfile();
+}
+
+TEST(Overdrive8Modes, WithoutTheRangesAreNotSent) {
+    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
+    machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 3, Ints({9}));  // the power limit is setting 9
+    ASSERT_TRUE(machine.InitAndForget());
+    for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
+        machine.WriteProfile(Profile("Id=\"0B361002\"", mode, {R"(Normal="1")", R"(Normal="1")", R"(Normal="5")"}));
+        EXPECT_FALSE(Apply(machine, mode));
+        EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup +
+                                            Entries(Tag(mode), {"no ranges of clocks and power limit"}));
+        EXPECT_EQ(TakeTraffic(machine), Lines());
+    }
+    machine.RemoveProfile();
+}
+
 // 1000 x 0.7 in single precision is 700, 10 x 0.7 is 7; 1800 x 1.05 is a little less than 1890, 1000 x 1.05 is 1050.
 TEST(Overdrive8Modes, MultiplyInSinglePrecision) {
     Machine machine = Overdrive8Board(0);

@@ -283,20 +283,40 @@ TEST(OverdriveNModes, PowerIsClampedAndTruncated) {
     }
 }
 
-TEST(OverdriveNModes, NotANumberIsRefusedAsAPowerLimit) {
-    Machine machine = RunningBoard(Profile(kFactors + Value("PowerOC", "nan")));
-    machine.Api().SetPerformanceOC();
-    EXPECT_EQ(machine.CountOf(kPowerSet), 0);
-}
-
-TEST(OverdriveNModes, ClocksBeyondAnIntBecomeTheLowestInt) {
-    Machine machine = RunningBoard(Profile(Value("GpuOC", "1e30") + Value("MemOC", "-1e30") +
-                                           Value("GpuSilent", "nan") + Value("MemSilent", "inf")));
-    constexpr char const* kPlan = "plan GpuClock=-2147483648, GpuVol=1150, MemClock=-2147483648, MemVol=950";
-    machine.Api().SetPerformanceOC();
-    EXPECT_EQ(PlanOf(machine), kPlan);
-    machine.Api().SetPerformanceSilent();
-    EXPECT_EQ(PlanOf(machine), kPlan);
+// Nothing is sent: neither the clocks nor the power limit, whichever of them it is that is no number.
+TEST(OverdriveNModes, PlansThatAreNoNumbersAreNotSent) {
+    std::vector<std::string> const values = {
+        Value("GpuOC", "nan") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        Value("GpuOC", "inf") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        Value("GpuOC", "1e30") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        Value("GpuOC", "1", "nan") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        Value("GpuOC", "1", "-1e30") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        // An int in MHz, and none in the driver's unit of 10 kHz.
+        Value("GpuOC", "1", "21474837") + Value("MemOC", "1") + Value("PowerOC", "10"),
+        Value("GpuOC", "1") + Value("MemOC", "nan") + Value("PowerOC", "10"),
+        Value("GpuOC", "1") + Value("MemOC", "-inf") + Value("PowerOC", "10"),
+        Value("GpuOC", "1") + Value("MemOC", "20000") + Value("PowerOC", "10"),
+        Value("GpuOC", "1") + Value("MemOC", "1") + Value("PowerOC", "nan"),
+    };
+    Machine machine = RunningBoard(Profile(kFactors));
+    auto const expectRefused = [&](bool applied, std::string const& tag) {
+        EXPECT_FALSE(applied);
+        Lines const log = machine.TakeLog();
+        EXPECT_EQ(log.back(), tag + " ... predefined performance parameter out of range");
+        EXPECT_EQ(log.at(log.size() - 2), tag + " default_iPowerLimitMin ... -50");
+        EXPECT_EQ(machine.TakeCallNames(), Lines());
+    };
+    for (std::string const& value : values) {
+        SCOPED_TRACE(value);
+        machine.WriteProfile(Profile(value));
+        expectRefused(machine.Api().SetPerformanceOC(), "[OD7Helper::SetPerformanceOC()]");
+    }
+    for (char const* const name : {"GpuSilent", "MemSilent", "PowerSilent"}) {
+        SCOPED_TRACE(name);
+        machine.WriteProfile(Profile(Value("GpuSilent", "1") + Value("MemSilent", "1") + Value("PowerSilent", "10") +
+                                     Value(name, "nan")));
+        expectRefused(machine.Api().SetPerformanceSilent(), "[OD7Helper::SetPerformanceSilent()]");
+    }
 }
 
 TEST(OverdriveNModes, RefusedPowerLimitDoesNotStopTheClocks) {

@@ -22,11 +22,10 @@ int IntAt(unsigned char const* place) {
     return value;
 }
 
-// The block that the pointer at this place leads to.
-unsigned char* ListAt(unsigned char const* place) {
-    unsigned char* block = nullptr;
-    std::memcpy(&block, place, sizeof block);
-    return block;
+unsigned char* PointerAt(void const* place) {
+    unsigned char* pointer = nullptr;
+    std::memcpy(&pointer, place, sizeof pointer);
+    return pointer;
 }
 
 VendorOutput const* ListOf(char const* entryPoint) {
@@ -47,7 +46,7 @@ unsigned char* PlaceOf(char const* entryPoint, int const* words, Fault const& fa
     unsigned char* place = Pointer(words[fault.argument]);
     VendorOutput const* const list = ListOf(entryPoint);
     if (list != nullptr && list->argument == fault.argument) {
-        place = ListAt(place);
+        place = PointerAt(place);
     }
     return place == nullptr ? nullptr : place + fault.offset;
 }
@@ -68,6 +67,7 @@ void FaultyVendor::Break(std::string const& entryPoint, Fault const& fault, Call
     calls_ = calls;
     if (fault.kind == Kind::Missing) {
         machine_.Hide(entryPoint);
+        origins_.Absent(entryPoint);
     }
 }
 
@@ -83,7 +83,8 @@ void FaultyVendor::Expect(std::string const& entryPoint) {
     library_.Result(entryPoint.c_str(), 0);
 }
 
-void FaultyVendor::Begin() {
+void FaultyVendor::Begin(Step const& step) {
+    origins_.Begin(step);
     hits_ = 0;
     for (auto& [name, count] : counts_) {
         count = 0;
@@ -95,11 +96,14 @@ int FaultyVendor::Answer(char const* entryPoint, int const* words) {
     int const before = counts_[entryPoint]++;
     bool const isMet = (entryPoint_ == kEveryEntryPoint || entryPoint == entryPoint_) &&
                        (calls_ == Calls::Every || (calls_ == Calls::First) == (before == 0));
-    if (!isMet) {
-        return AsHealthy(entryPoint, words);
+    origins_.Called(entryPoint, words);
+    listBytes_ = 0;
+    hits_ += isMet ? 1 : 0;
+    int const result = isMet ? AsFaulty(entryPoint, words) : AsHealthy(entryPoint, words);
+    if (result == 0) {
+        origins_.Succeeded(entryPoint, words, listBytes_);
     }
-    ++hits_;
-    return AsFaulty(entryPoint, words);
+    return result;
 }
 
 int FaultyVendor::AsHealthy(char const* entryPoint, int const* words) {
@@ -110,7 +114,12 @@ int FaultyVendor::AsHealthy(char const* entryPoint, int const* words) {
     if (name == "NvAPI_GetErrorMessage" && words[1] != 0) {
         std::snprintf(reinterpret_cast<char*>(Pointer(words[1])), 64, "NVAPI_%d", words[0]);
     }
-    return library_.AsOrdered(entryPoint, words);
+    int const result = library_.AsOrdered(entryPoint, words);
+    VendorOutput const* const list = ListOf(entryPoint);
+    if (list != nullptr && PointerAt(Pointer(words[list->argument])) != nullptr) {
+        listBytes_ = IntAt(Pointer(words[list->argument - 1])) * list->size;  // a healthy list is as long as it says
+    }
+    return result;
 }
 
 int FaultyVendor::AsFaulty(char const* entryPoint, int const* words) {
@@ -124,21 +133,21 @@ int FaultyVendor::AsFaulty(char const* entryPoint, int const* words) {
         case Kind::Silent:
             return 0;
         case Kind::NullList:
-            HandOut(entryPoint, words, nullptr, kPromisedRecords);
+            HandOut(entryPoint, words, nullptr, 0);
             return 0;
         case Kind::ShortList: {
             void* const block = library_.AskForMemory(fault_.value);
             if (block != nullptr) {
                 std::memset(block, 1, static_cast<std::size_t>(fault_.value));
             }
-            HandOut(entryPoint, words, block, kPromisedRecords);
+            HandOut(entryPoint, words, block, fault_.value);
             return 0;
         }
         case Kind::ForeignList:
-            HandOut(entryPoint, words, foreign, kPromisedRecords);
+            HandOut(entryPoint, words, foreign, sizeof foreign);
             return 0;
         case Kind::UnreadableList:
-            HandOut(entryPoint, words, Pointer(0x10), kPromisedRecords);
+            HandOut(entryPoint, words, Pointer(0x10), 0);
             return 0;
         default:
             break;
@@ -166,7 +175,7 @@ void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
         unsigned char* place = Pointer(words[output.argument]);
         int const size = output.size == test::kSizeInRecord ? IntAt(place) : output.size;
         if (output.kind == VendorOutput::Kind::List) {
-            place = ListAt(place);
+            place = PointerAt(place);
         }
         if (place != nullptr && size > 0) {
             std::memset(place, fault_.value, static_cast<std::size_t>(size));
@@ -174,9 +183,10 @@ void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
     }
 }
 
-void FaultyVendor::HandOut(char const* entryPoint, int const* words, void* list, int count) const {
+void FaultyVendor::HandOut(char const* entryPoint, int const* words, void* list, int bytes) {
+    listBytes_ = bytes;
     if (VendorOutput const* const output = ListOf(entryPoint)) {
-        std::memcpy(Pointer(words[output->argument - 1]), &count, sizeof count);
+        std::memcpy(Pointer(words[output->argument - 1]), &kPromisedRecords, sizeof kPromisedRecords);
         std::memcpy(Pointer(words[output->argument]), &list, sizeof list);
     }
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Machine.h"
+#include "Origins.h"
 #include "faults.h"
 
 namespace gputune::matrix {
@@ -26,12 +27,15 @@ public:
     // It is going to be called: nothing is remembered of an entry point for the first time while memory is watched.
     void Expect(std::string const& entryPoint);
 
-    // An operation begins: its calls are counted from here.
-    void Begin();
+    // An operation begins: its calls are counted from here, and what it sends is held against its origins.
+    void Begin(Step const& step);
 
     // How often the operation met the fault, and how often it called what.
     int Hits() const { return hits_; }
     std::map<std::string, int> const& Counts() const { return counts_; }
+
+    // What it has sent without an origin; empty when everything has one.
+    std::string const& Unexplained() const { return origins_.Unexplained(); }
 
     int Answer(char const* entryPoint, int const* words) override;
 
@@ -39,7 +43,7 @@ private:
     int AsHealthy(char const* entryPoint, int const* words);
     int AsFaulty(char const* entryPoint, int const* words);
     void Fill(char const* entryPoint, int const* words) const;
-    void HandOut(char const* entryPoint, int const* words, void* list, int count) const;
+    void HandOut(char const* entryPoint, int const* words, void* list, int bytes);
 
     test::Machine& machine_;
     test::ScriptedLibrary& library_;
@@ -48,6 +52,8 @@ private:
     Fault fault_{};
     Calls calls_ = Calls::Every;
     int hits_ = 0;
+    int listBytes_ = 0;  // of the list that the call at work hands out
+    Origins origins_;
     std::map<std::string, int> counts_;
 };
 

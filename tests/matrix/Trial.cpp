@@ -48,9 +48,13 @@ std::string Line(Step const& step, StepAnswer const& answer) {
 }  // namespace
 
 StepAnswer Trial::Do(Step const& step) {
-    vendor_.Begin();
+    vendor_.Begin(step);
     surroundings_.CountAllocations();
-    return Run(surroundings_.Api(), step);
+    StepAnswer const answer = Run(surroundings_.Api(), step);
+    if (!vendor_.Unexplained().empty()) {
+        Complain(step.name + ": " + vendor_.Unexplained());
+    }
+    return answer;
 }
 
 // Of the step, and of all others then.

@@ -25,7 +25,7 @@ Machine OverdriveN(int fanSpeed) {
                   kLevels);
     machine.Write("ADL2_Overdrive5_ThermalDevices_Enum", 3, Ints({16, 1, 0, 0}));
     machine.Write("ADL2_Overdrive5_FanSpeed_Get", 3, Ints({16, 2, 1450, 0}));
-    machine.Write("ADL2_OverdriveN_FanControl_Get", 2, Ints({0, 0, 0, fanSpeed, 1500, 70, 0, 400}));
+    machine.Write("ADL2_OverdriveN_FanControl_Get", 2, Ints({11, 12, 13, fanSpeed, 1500, 70, 17, 400}));
     machine.Write("ADL2_OverdriveN_PerformanceStatus_Get", 2, Ints({134000, 87500, 0, 0, 0, 0, 97}));
     machine.Write("ADL2_OverdriveN_PowerLimit_Get", 2, Ints({0, 5, 80}));
     machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({61000}));
@@ -45,10 +45,11 @@ Machine OverdriveNWithoutControllers() {
 constexpr int kEveryCapability = 0x7FFFF;
 constexpr int kWithoutCurve = kEveryCapability & ~2;
 
+// No two numbers of a board's settings are the same, and none is 0: what is sent tells where it comes from.
 Bytes Ranges() {
     std::vector<int> ranges;
     for (int setting = 0; setting < 39; ++setting) {
-        ranges.insert(ranges.end(), {setting, 0, 2000 + setting, 1000 + setting});
+        ranges.insert(ranges.end(), {setting, 1 + setting, 2000 + setting, 1000 + setting});
     }
     return Ints(ranges);
 }
@@ -166,10 +167,5 @@ char const* NameOf(Backend backend) {
     }
     return "";
 }
-
-char const kProfile[] = R"(<Config><Board Default="1">
-    <Value Name="GpuOC" Normal="1.05"/><Value Name="MemOC" Normal="1.1"/><Value Name="PowerOC" Normal="10"/>
-    <Value Name="GpuSilent" Normal="0.9"/><Value Name="MemSilent" Normal="0.95"/><Value Name="PowerSilent" Normal="-10"/>
-</Board></Config>)";
 
 }  // namespace gputune::matrix

@@ -22,7 +22,4 @@ struct Board {
 std::span<Board const> Boards();
 char const* NameOf(Backend backend);
 
-// The profile file that the performance modes find.
-extern char const kProfile[];
-
 }  // namespace gputune::matrix

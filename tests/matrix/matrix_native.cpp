@@ -89,7 +89,7 @@ public:
         vendor_.SetThermalControllers(board.thermalControllers);
         test::SetDisplay(L"\\\\.\\DISPLAY1", 0);
         test::host::InstallCaptions({board.caption});
-        machine_.WriteProfile(kProfile);
+        machine_.WriteProfile(ProfileText());
     }
 
     void Run() {

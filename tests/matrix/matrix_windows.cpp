@@ -85,7 +85,7 @@ public:
         : board_(board), machine_(board.make()), vendor_(machine_), trial_(surroundings_, vendor_) {
         vendor_.SetThermalControllers(board.thermalControllers);
         test::host::InstallCaptions({board.caption});
-        machine_.WriteProfile(kProfile);
+        machine_.WriteProfile(ProfileText());
         path_ = PathOf(test::LibraryUnderTest());
         ::FreeLibrary(test::LibraryUnderTest());
     }

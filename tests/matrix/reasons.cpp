@@ -157,7 +157,7 @@ constexpr std::string_view kReasons[] = {
     "error: ",
     "null ptr",
     "out of bound",
-    "out of range",
+    " range",
     "not found",
     "no table",
     "not supported",

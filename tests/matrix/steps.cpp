@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 #include <new>
+#include <sstream>
 
 namespace gputune::matrix {
 
@@ -13,9 +14,9 @@ namespace {
 std::map<std::string, std::vector<test::Arguments>> const kArguments = {
     {"SetActiveAdapterIndex", {{5}, {0}, {1}}},  // AMD's, and Intel's two
     {"GetHwmValue", {{GPUTUNE_HWM_GPU_TEMPERATURE}}},
-    {"SetFanSpeed", {{50}, {-1}}},
+    {"SetFanSpeed", {{50}, {0}, {-1}}},
     {"SetFanSpeedTable", {{1, test::kCurvePoints}}},
-    {"SetPowerLimit", {{75, 10}, {75, 0}}},
+    {"SetPowerLimit", {{75, 10}, {75, 0}, {0, 0}}},
     {"SetPerformanceUser", {{1300, 1100, 1900, 900}, {0, 0, 0, 0}}},
     {"GetExternalPerformanceParameter", {{0x0B361002}}},
 };
@@ -55,6 +56,22 @@ StepAnswer Initialise(test::Exports const& api) {
 }
 
 }  // namespace
+
+std::string ProfileText() {
+    std::ostringstream text;
+    auto const row = [&](char const* name, double normal) {
+        text << "<Value Name=\"" << name << "\" Normal=\"" << normal << "\"/>";
+    };
+    text << "<Config><Board Default=\"1\">";
+    row("GpuOC", kOverclockMode.gpu);
+    row("MemOC", kOverclockMode.memory);
+    row("PowerOC", kOverclockMode.power);
+    row("GpuSilent", kSilentMode.gpu);
+    row("MemSilent", kSilentMode.memory);
+    row("PowerSilent", kSilentMode.power);
+    text << "</Board></Config>";
+    return text.str();
+}
 
 Step const& Initialisation() {
     static Step const initialisation{"InitVGAHelper"};

@@ -8,6 +8,17 @@
 
 namespace gputune::matrix {
 
+// A predefined mode of the profile file: factors of the default clocks, and percent.
+struct ModeValues {
+    double gpu;
+    double memory;
+    int power;
+};
+constexpr ModeValues kOverclockMode{1.05, 1.1, 10};
+constexpr ModeValues kSilentMode{0.9, 0.95, -10};
+// The file that has them.
+std::string ProfileText();
+
 // An operation with arguments; without an operation, the initialisation.
 struct Step {
     std::string name;

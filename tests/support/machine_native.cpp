@@ -258,11 +258,15 @@ std::FILE* OpenForReading(std::wstring const& path) {
     return std::fopen(narrow.c_str(), "rb");
 }
 
-std::optional<std::uint32_t> VideoPresentSource(std::wstring_view displayName) {
+DisplayAdapter::DisplayAdapter(std::wstring_view displayName) {
     test::Outside const outside;
     auto const found = test::g_displays.find(std::wstring(displayName));
-    return found == test::g_displays.end() ? std::nullopt : std::optional(found->second);
+    if (found != test::g_displays.end()) {
+        source_ = found->second;
+    }
 }
+
+DisplayAdapter::~DisplayAdapter() = default;
 
 }  // namespace platform
 

@@ -97,9 +97,6 @@ Answer Fetch(Exports const& api) {
     return all;
 }
 
-// Whatever is set, the host's own five points.
-constexpr FanTablePoint kCurve[kCurvePoints] = {{20, 40}, {35, 55}, {50, 70}, {75, 80}, {100, 90}};
-
 #define BOOL(name, count, ...)                                                                                           \
     {                                                                                                                    \
 #name, count, true, [](Exports const& api, Arguments const& with) { (void)with; return Success(api.name(__VA_ARGS__)); } \

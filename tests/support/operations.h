@@ -30,7 +30,8 @@ struct Operation {
 // All exported functions but InitVGAHelper, FetchHwmValues together with the readings it leaves.
 std::span<Operation const> Operations();
 
-// Five points, which is what SetFanSpeedTable is given to read.
+// What SetFanSpeedTable is given to read, whatever is asked for.
 constexpr int kCurvePoints = 5;
+constexpr FanTablePoint kCurve[kCurvePoints] = {{20, 40}, {35, 55}, {50, 70}, {75, 80}, {100, 90}};
 
 }  // namespace gputune::test

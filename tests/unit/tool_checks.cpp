@@ -206,6 +206,18 @@ TEST(ToolClocks, Overdrive8TellsClocksThatAreInEffect) {
     EXPECT_FALSE(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.memClock = 999}, GpuSetting(), MemorySetting()).inEffect);
 }
 
+TEST(ToolClocks, Overdrive8KeepsNoClockThatCannotBeRead) {
+    ClockSetting gpu = GpuSetting();
+    ClockSetting memory = MemorySetting();
+    gpu.CurrentClock = -1;
+    EXPECT_THROW(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.memClock = 999}, gpu, memory), ToolError);
+    EXPECT_EQ(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.gpuClock = 1501}, gpu, memory).gpuClock, 1501);
+    memory.CurrentClock = -1;
+    EXPECT_THROW(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.gpuClock = 1501}, GpuSetting(), memory), ToolError);
+    // A board without a memory clock keeps none.
+    EXPECT_EQ(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.gpuClock = 1501}, GpuSetting(), ClockSetting{}).memClock, 0);
+}
+
 TEST(ToolClocks, Overdrive8RefusesVoltages) {
     EXPECT_THROW(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.gpuVoltage = 1000}, GpuSetting(), MemorySetting()), ToolError);
     EXPECT_THROW(PlanClocks(GPUTUNE_API_OVERDRIVE8, {.memVoltage = 1000}, GpuSetting(), MemorySetting()), ToolError);

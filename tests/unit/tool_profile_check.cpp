@@ -138,10 +138,39 @@ TEST(ProfileCheck, FindsRowsThatAreNotRead) {
     EXPECT_EQ(CheckLine("<V Name=\"MemOC\"/>", "MemOC"), "f:2:1: error: \"MemOC\" has no \"Normal\"\n");
     EXPECT_EQ(CheckLine("<V Name=\"PowerOC\" Normal=\"1\" Given=\"x\"/>", "PowerOC"),
               "f:2:30: warning: \"Given\" is read with GpuOC and MemOC only\n");
-    EXPECT_EQ(Check("<B>\n<A Id=\"1\">" + Rows("MemOC") + "</A></B>"),
-              "f:2:1: warning: values that this entry does not give count 0: MemOC\n");
+    EXPECT_EQ(Check("<B>\n<A Id=\"1\">" + Rows("PowerOC") + "</A></B>"),
+              "f:2:1: warning: power limits that this entry does not give are 0 %: PowerOC\n");
     EXPECT_EQ(CheckLine("<V Name=\"MemOC\" Normal=\"1\"/><V Name=\"MemOC\" Normal=\"1\"/>", "MemOC"),
               "f:2:38: warning: another \"MemOC\" in the same entry replaces the first\n");
+}
+
+TEST(ProfileCheck, FindsClocksThatAreNotGiven) {
+    for (std::string const name : {"GpuOC", "MemOC", "GpuSilent", "MemSilent"}) {
+        for (std::string const entry : {"Id=\"1\"", "Default=\"1\""}) {
+            EXPECT_EQ(
+                Check("<B>\n<A " + entry + ">" + Rows(name) + "</A></B>"),
+                "f:2:1: error: clocks that this entry does not give are 0 MHz on Overdrive8 boards: " + name + "\n");
+        }
+    }
+    EXPECT_EQ(Check("<B>\n<A Id=\"1\"/></B>"),
+              "f:2:1: error: clocks that this entry does not give are 0 MHz on Overdrive8 boards: GpuOC, MemOC, "
+              "GpuSilent, MemSilent\n"
+              "f:2:1: warning: power limits that this entry does not give are 0 %: PowerOC, PowerSilent\n");
+}
+
+TEST(ProfileCheck, FindsValuesThatDoNotFit) {
+    for (std::string const text : {"1e30", "-1e30", "20000010", "-2147483648"}) {
+        EXPECT_EQ(CheckLine("<V Name=\"MemOC\" Normal=\"" + text + "\" Given=\"" + text + "\"/>", "MemOC"),
+                  "f:2:25: error: \"Normal\" \"" + text + "\" does not fit: at most 20000000\n" +
+                      "f:2:" + std::to_string(25 + text.size() + 9) + ": error: \"Given\" \"" + text +
+                      "\" does not fit: at most 20000000\n");
+    }
+    EXPECT_EQ(CheckLine("<V Name=\"PowerOC\" Normal=\"1e30\"/>", "PowerOC"),
+              "f:2:27: error: \"Normal\" \"1e30\" does not fit: at most 20000000\n");
+    EXPECT_EQ(CheckLine("<V Name=\"GpuOC\" Normal=\"1\" Given=\"-20000000\"/>", "GpuOC"), "");
+    EXPECT_EQ(CheckLine("<V Name=\"GpuOC\" Normal=\"nan\" Given=\"-inf\"/>", "GpuOC"),
+              "f:2:25: error: \"Normal\" \"nan\" is not a finite number\n"
+              "f:2:37: error: \"Given\" \"-inf\" is not a finite number\n");
 }
 
 TEST(ProfileCheck, FindsMalformedValues) {
@@ -219,6 +248,8 @@ TEST(ProfileValues, FloatsAreJudgedAsTheyAreRead) {
     EXPECT_EQ(JudgeFloat("1e-40"), Reading::OutOfRange);
     EXPECT_EQ(JudgeFloat("0.0"), Reading::Clean);
     EXPECT_EQ(JudgeFloat("1.5GHz"), Reading::Trailing);
+    EXPECT_EQ(JudgeFloat("1e10"), Reading::TooLarge);
+    EXPECT_EQ(JudgeFloat("1e10 MHz"), Reading::TooLarge);
 }
 
 TEST(ProfileValues, IntegersAreJudgedAsTheyAreRead) {

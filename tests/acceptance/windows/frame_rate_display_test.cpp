@@ -1,11 +1,14 @@
-// The frame rate where the display kernel is the system's own. Needs a display: under Wine, a DISPLAY that can be
-// opened.
+// The frame rate where the display kernel is the system's own, which needs a display (under Wine, a DISPLAY that can be
+// opened), and where it is one of the test's.
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <optional>
 
+#include "ImportHook.h"
 #include "boards.h"
 
 namespace gputune::test {
@@ -92,6 +95,67 @@ TEST(FrameRateDisplay, IsAskedAboutTheSourceThatTheSystemGives) {
                                      "[OD8Helper::GetFrameRate()] D3DKMTOpenAdapterFromGdiDisplayName ... 0",
                                      "[OD8Helper::GetFrameRate()] current fps ... 59.750000",
                                  }));
+}
+
+// A display kernel that opens every name, with these numbers.
+constexpr UINT kHandle = 0x40000140;
+constexpr UINT kSource = 7;
+
+Machine* g_machine = nullptr;
+std::vector<std::wstring> g_opened;  // the names, of 32 characters or up to their end
+std::vector<UINT> g_closed;
+Lines g_logAtClose;
+
+LONG WINAPI OpenAny(OpenDisplay* open) {
+    g_opened.emplace_back(open->name, ::wcsnlen(open->name, 32));
+    open->handle = kHandle;
+    open->source = kSource;
+    return 0;
+}
+
+LONG WINAPI CloseAny(UINT const* handle) {
+    g_closed.push_back(*handle);
+    g_logAtClose = g_machine->TakeLog();
+    return 0;
+}
+
+FARPROC WINAPI FindSymbol(HMODULE library, LPCSTR name) {
+    bool const isName = reinterpret_cast<ULONG_PTR>(name) > 0xFFFF;
+    if (isName && std::strcmp(name, kOpen) == 0) {
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&OpenAny));
+    }
+    if (isName && std::strcmp(name, kClose) == 0) {
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&CloseAny));
+    }
+    return ::GetProcAddress(library, name);
+}
+
+TEST(FrameRateDisplay, IsOpenedByUpTo32CharactersAndClosedBehindTheEntryThatSaysSo) {
+    Machine machine = Overdrive8Board(0);
+    ASSERT_TRUE(machine.InitAndForget());
+    machine.Api().GetFrameRate();
+    machine.TakeLog();
+    ImportHook const hook("GetProcAddress", &FindSymbol);
+    g_machine = &machine;
+    std::string const name = "\\\\.\\DISPLAY-abcdefghijklmnopqrstu";
+    ASSERT_EQ(name.size(), 33U);
+    for (std::size_t const length : {31U, 32U, 33U}) {
+        SCOPED_TRACE(length);
+        g_opened.clear();
+        g_closed.clear();
+        machine.Then("ADL2_Adapter_AdapterInfoX3_Get")
+            .Write("ADL2_Adapter_AdapterInfoX3_Get", 2, Ints({1}))
+            .Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3, Displays({name.substr(0, length)}));
+        EXPECT_EQ(machine.Api().GetFrameRate(), 0);
+        std::string const looked = name.substr(0, std::min<std::size_t>(length, 32));
+        EXPECT_EQ(g_opened, std::vector<std::wstring>({std::wstring(looked.begin(), looked.end())}));
+        EXPECT_EQ(g_closed, std::vector<UINT>({kHandle}));
+        EXPECT_EQ(machine.LastCall("ADL2_Adapter_FrameMetrics_Get").args.at(2), static_cast<int>(kSource));
+        ASSERT_FALSE(g_logAtClose.empty());
+        EXPECT_EQ(g_logAtClose.back(), "[OD8Helper::GetFrameRate()] D3DKMTOpenAdapterFromGdiDisplayName ... 0");
+        EXPECT_EQ(machine.TakeLog(), Lines({"[OD8Helper::GetFrameRate()] current fps ... 0.000000"}));
+    }
+    g_machine = nullptr;
 }
 
 }  // namespace
