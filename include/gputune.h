@@ -28,7 +28,9 @@
  * 11. The library also exports the 95 functions of the Intel Graphics Control Library under their published names and
  *     signatures (cdecl, not declared here). ctlInit loads that library, the others pass their calls on to it; without
  *     it they return 0x40000001 (not initialised). The Intel backend is a client of the same functions: a host's own
- *     ctlClose closes the library for the backend, too.
+ *     ctlClose closes the library for the backend, too. ctlSetRuntimePath before ctlInit keeps the address of the
+ *     caller's record, not a copy: the record lives until a ctlInit has succeeded or ctlClose was called. A ctlInit or
+ *     an InitVGAHelper that failed has not released it.
  */
 #ifndef GPUTUNE_H
 #define GPUTUNE_H

@@ -18,7 +18,10 @@ bool IsLoaded() {
 }
 
 bool Load(wchar_t const* path) {
-    g_library = platform::LoadLibraryWithFlags(path, platform::kSearchSystemDirectory);
+    platform::LibraryHandle const library = platform::LoadLibraryWithFlags(path, platform::kSearchSystemDirectory);
+    // Once more: a call that ran beside the last Unload may have found its entry point before and kept it afterwards.
+    ForgetForwardedEntries();
+    g_library = library;
     return IsLoaded();
 }
 

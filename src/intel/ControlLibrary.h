@@ -13,7 +13,8 @@ namespace control_library {
 
 bool IsLoaded();
 
-// Load the library from a path, or by its name from the system's own directory. False when that fails.
+// Load the library from a path, or by its name from the system's own directory; entry points of an earlier one are
+// forgotten. False when that fails.
 bool Load(wchar_t const* path);
 
 // Unload it; entry points found in it are forgotten.

@@ -7,6 +7,7 @@
 
 #include "intel/ctl_functions.h"
 #include "intel/ctl_results.h"
+#include "platform/process.h"
 
 namespace gputune::intel {
 
@@ -66,7 +67,10 @@ IGCLHelper::IGCLHelper() {
 }
 
 IGCLHelper::~IGCLHelper() {
-    CloseControlLibrary();
+    // With the process the control library has ended before this one, and its threads with it: nothing is asked of it.
+    if (!platform::IsProcessEnding()) {
+        CloseControlLibrary();
+    }
 }
 
 bool IGCLHelper::OpenControlLibrary() {

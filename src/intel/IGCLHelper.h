@@ -18,7 +18,7 @@ public:
     // it can do is logged. IsInitOk tells the outcome.
     IGCLHelper();
 
-    // Closes the control library, for all its clients in this process.
+    // Closes the control library, for all its clients in this process. At the end of the process it is left alone.
     ~IGCLHelper() override;
 
     bool IsInitOk() const override { return isInitOk_; }

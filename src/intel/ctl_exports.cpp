@@ -18,7 +18,8 @@ constexpr std::uint32_t kNewestMajorVersion = 1;
 constexpr wchar_t kLibraryName[] = L"ControlLib32.dll";
 constexpr std::size_t kPathSize = 512;  // with the terminator; longer paths are cut
 
-// The caller's own record, which it keeps alive until ctlInit.
+// The caller's own record, which it keeps alive until a ctlInit has succeeded or ctlClose was called: a load that
+// failed leaves it here for the next.
 constinit ctl_runtime_path_args_t* g_runtimePathRequest = nullptr;
 
 bool HasPath(ctl_runtime_path_args_t const* request) {

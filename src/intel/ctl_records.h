@@ -212,7 +212,7 @@ static_assert(offsetof(ctl_power_telemetry_t, fanSpeed) == 688);
 
 constexpr std::uint32_t kCtlFanUnitsPercent = 1;
 
-// The bits of supportedModes.
+// What supportedModes is compared with, as a whole number. Deliberate: a fan that reports both modes, 3, has neither.
 constexpr std::uint32_t kCtlFanModeFixed = 1;
 constexpr std::uint32_t kCtlFanModeTable = 2;
 

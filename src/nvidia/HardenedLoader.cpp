@@ -61,9 +61,9 @@ std::uint32_t BuildNumberInRegistry() {
 
 }  // namespace
 
-LibraryHandle HardenedLoader::Load(std::wstring const& name, std::uint32_t flags) noexcept {
+LibraryHandle HardenedLoader::Load(std::wstring_view name, std::uint32_t flags) noexcept {
     try {
-        return TryLoad(name, flags);
+        return TryLoad(std::wstring(name), flags);
     } catch (...) {
         platform::SetLastError(platform::kErrorNotEnoughMemory);
         return nullptr;

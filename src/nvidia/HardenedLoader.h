@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/library.h"
 
@@ -14,9 +15,9 @@ namespace gputune::nvidia {
 class HardenedLoader {
 public:
     // Load a library by its bare file name, with flags of the system's extended load. Null on failure, with the last
-    // error set: 160 when the name holds a path, 161 when the driver package's file is not trusted, else the system's.
-    // With the flag 0x800 the system's directory alone is searched. Throws nothing.
-    platform::LibraryHandle Load(std::wstring const& name, std::uint32_t flags) noexcept;
+    // error set: 160 when the name holds a path, 161 when the driver package's file is not trusted, else the system's;
+    // 8 when memory runs out. With the flag 0x800 the system's directory alone is searched. Throws nothing.
+    platform::LibraryHandle Load(std::wstring_view name, std::uint32_t flags) noexcept;
 
     // The same by full path, of a trusted file. Null and 160 for a relative path, null and 161 for a file that is not
     // trusted.

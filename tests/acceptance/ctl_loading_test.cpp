@@ -267,6 +267,26 @@ TEST(CtlSetRuntimePath, RecordIsReadAtTheLoadNotCopied) {
     EXPECT_EQ(machine.TakeCallNames(), Lines({"ctlSetRuntimePath", "ctlInit"}));
 }
 
+// So it has to live on: until a ctlInit has succeeded, or ctlClose was called.
+TEST(CtlSetRuntimePath, RecordIsReadByTheBackendAfterAFailedLoad) {
+    Machine machine = IntelBoard();
+    PathArgs path(L"C:\\Nowhere\\Other.dll");
+    ASSERT_EQ(SetPath(machine, path), 0);
+    EXPECT_EQ(Init(machine), kLoadFailed);
+    path.SetPath(kName.c_str());
+    ASSERT_TRUE(machine.Init());
+    EXPECT_TRUE(machine.Api().IsInitOk());
+    EXPECT_EQ(machine.LastCall("ctlSetRuntimePath").args[0], Number(&path));
+
+    // Loaded, it is read no more; and a close ends it in any case.
+    path.SetPath(L"C:\\Nowhere\\Other.dll");
+    EXPECT_EQ(Init(machine), 0);
+    EXPECT_EQ(Close(machine), 0);
+    machine.TakeLoads();
+    EXPECT_EQ(Init(machine), 0);
+    ExpectLoads(machine, {kName});
+}
+
 TEST(CtlSetRuntimePath, IsCutAt511Characters) {
     Machine machine = ControlLibrary();
     for (std::size_t const length : {511U, 512U, 513U, 5000U}) {

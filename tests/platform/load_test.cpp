@@ -71,7 +71,7 @@ TEST(Load, SystemLibraryComesFromTheSystemDirectory) {
 TEST(Load, FileOfTheSystemDirectoryIsFound) {
     PlantedFile const file(System32() / OwnName(L"gputune-found"));
     for (std::uint32_t const flags : {0U, 0x800U, 0x8U, 0x1708U}) {
-        auto* const library = static_cast<HMODULE>(HardenedLoader().Load(file.Path().filename(), flags));
+        auto* const library = static_cast<HMODULE>(HardenedLoader().Load(file.Path().filename().wstring(), flags));
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(PathOf(library), file.Path());
         ::FreeLibrary(library);
@@ -82,7 +82,7 @@ TEST(Load, FileOfTheSystemDirectoryIsFound) {
 TEST(Load, FileBesideTheHostIsNotFound) {
     PlantedFile const file(HostPath().parent_path() / OwnName(L"gputune-beside"));
     for (std::uint32_t const flags : {0U, 0x800U, 0x8U, 0x200U, 0x1000U}) {
-        EXPECT_EQ(HardenedLoader().Load(file.Path().filename(), flags), nullptr);
+        EXPECT_EQ(HardenedLoader().Load(file.Path().filename().wstring(), flags), nullptr);
         EXPECT_EQ(platform::LastError(), 126U);
     }
     EXPECT_TRUE(IsFoundByTheUsualLoad(file.Path().filename()));
@@ -90,7 +90,7 @@ TEST(Load, FileBesideTheHostIsNotFound) {
 
 TEST(Load, FileInTheCurrentDirectoryIsNotFound) {
     PlantedFile const file(std::filesystem::current_path() / OwnName(L"gputune-current"));
-    EXPECT_EQ(HardenedLoader().Load(file.Path().filename(), 0), nullptr);
+    EXPECT_EQ(HardenedLoader().Load(file.Path().filename().wstring(), 0), nullptr);
     EXPECT_EQ(platform::LastError(), 126U);
     EXPECT_TRUE(IsFoundByTheUsualLoad(file.Path().filename()));
 }

@@ -83,19 +83,21 @@ DWORD WINAPI UseReluctantStatic(void* start) {
 
 // ---- Mutexes ----
 
-// Initialised as the runtime does it, by the function.
-pthread_mutex_t g_mutex;
+// Initialised in both ways: by the function, as this compiler's runtime does it, and by the macro, as another's may.
+pthread_mutex_t g_initialized;
+pthread_mutex_t g_predefined = PTHREAD_MUTEX_INITIALIZER;
 int g_count = 0;
 constexpr int kCounts = 200;
 
+template <pthread_mutex_t* mutex>
 DWORD WINAPI Count(void* start) {
     WaitForStart(start);
     for (int round = 0; round < kCounts; ++round) {
-        pthread_mutex_lock(&g_mutex);
+        pthread_mutex_lock(mutex);
         int const before = g_count;
         ::Sleep(0);
         g_count = before + 1;
-        pthread_mutex_unlock(&g_mutex);
+        pthread_mutex_unlock(mutex);
     }
     return 0;
 }
@@ -178,9 +180,11 @@ int main() {
     OnManyThreads(UseReluctantStatic);
     Expect(Reluctant::attempts == 3, "a static was not made at the third attempt");
 
-    pthread_mutex_init(&g_mutex, nullptr);
-    OnManyThreads(Count);
+    pthread_mutex_init(&g_initialized, nullptr);
+    OnManyThreads(Count<&g_initialized>);
     Expect(g_count == kThreads * kCounts, "two threads in one mutex");
+    OnManyThreads(Count<&g_predefined>);
+    Expect(g_count == 2 * kThreads * kCounts, "two threads in one predefined mutex");
 
     OnManyThreads(UseOnce);
     Expect(g_onceCalls == 1, "what is done once was not done once");

@@ -17,6 +17,7 @@
 #include "platform/library.h"
 #include "platform/memory.h"
 #include "platform/paths.h"
+#include "platform/process.h"
 #include "platform/text.h"
 
 // Of whatever signature: only the addresses are used.
@@ -181,6 +182,10 @@ std::vector<std::wstring> GetWmiData(char const* /*query*/, wchar_t const* /*pro
 }
 
 namespace platform {
+
+bool IsProcessEnding() {
+    return false;
+}
 
 LibraryHandle LoadLibraryByName(wchar_t const* name) {
     test::Outside const outside;

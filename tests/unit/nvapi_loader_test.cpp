@@ -6,11 +6,39 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <vector>
 
 #include "FakeSystem.h"
 #include "nvidia/Nvapi.h"
+
+namespace {
+
+bool g_isOutOfMemory = false;
+
+// While one lives, operator new has no memory, on no thread.
+class OutOfMemory {
+public:
+    OutOfMemory() { g_isOutOfMemory = true; }
+    ~OutOfMemory() { g_isOutOfMemory = false; }
+    OutOfMemory(OutOfMemory const&) = delete;
+    OutOfMemory& operator=(OutOfMemory const&) = delete;
+};
+
+}  // namespace
+
+// operator new, in whose place the linker puts the second.
+extern "C" {
+
+void* __real__Znwj(std::size_t size);
+void* __wrap__Znwj(std::size_t size);
+
+void* __wrap__Znwj(std::size_t size) {
+    return g_isOutOfMemory ? throw std::bad_alloc() : __real__Znwj(size);
+}
+
+}  // extern "C"
 
 namespace gputune {
 namespace {
@@ -300,6 +328,20 @@ TEST_F(NvapiLoad, WithoutTheLibraryEveryCallIsLibraryNotFound) {
     EXPECT_EQ(nvapi_.NvAPI_GPU_GetFullName(nullptr, text), -2);
     EXPECT_EQ(nvapi_.NvAPI_GPU_GetThermalSettings(nullptr, 15, &settings), -2);
     ExpectNotLoaded();
+}
+
+TEST_F(NvapiLoad, WithoutMemoryIsLibraryNotFoundAndCountsNoCall) {
+    int version = 0;
+    int initialize = 0;
+    EXPECT_NO_THROW({
+        OutOfMemory const now;
+        version = Version();
+        initialize = nvapi_.NvAPI_Initialize();
+    });
+    EXPECT_EQ(version, -2);
+    EXPECT_EQ(initialize, -2);
+    ExpectNotLoaded();
+    EXPECT_EQ(Version(), 0);
 }
 
 TEST_F(NvapiLoad, LibraryThatAppearsLaterIsFound) {

@@ -2,9 +2,11 @@
 // with their library.
 #include <windows.h>
 
+#include <cstring>
 #include <filesystem>
 
 #include "../ctl_client.h"
+#include "ImportHook.h"
 #include "WindowsMachine.h"
 
 namespace gputune::test {
@@ -80,6 +82,32 @@ TEST(CtlLibrary, FunctionsThatAreGoneAreNotCalled) {
         EXPECT_EQ(machine.Ctl("ctlClose", 0), kNotInitialized);
     }
     EXPECT_EQ(machine.TakeCallNames(), Lines{});
+}
+
+// As one of a thread that looks a function up while another closes the library.
+FARPROC WINAPI FindDuringClose(HMODULE module, char const* name) {
+    FARPROC const found = ::GetProcAddress(module, name);
+    if (std::strcmp(name, "ctlEnumFans") == 0) {
+        auto const close = reinterpret_cast<void*>(::GetProcAddress(LibraryUnderTest(), "ctlClose"));
+        EXPECT_EQ(reinterpret_cast<int (*)(void*)>(close)(nullptr), 0);
+    }
+    return found;
+}
+
+TEST(CtlLibrary, AddressFoundDuringACloseIsNotKeptForTheNextLibrary) {
+    Machine machine(Machine::Library::Intel);
+    machine.Result("ctlEnumFans", 7);
+    std::wstring const path = CopyOfTheLibrary();
+    LoadScripted(path).Result("ctlEnumFans", 56);
+    PathArgs args(path.c_str());
+    ASSERT_EQ(machine.Ctl("ctlSetRuntimePath", &args), 0);
+    ASSERT_EQ(Init(machine), 0);
+    {
+        ImportHook const hook("GetProcAddress", FindDuringClose);
+        machine.Ctl("ctlEnumFans", 1, 0, 0);
+    }
+    ASSERT_EQ(Init(machine), 0);
+    EXPECT_EQ(machine.Ctl("ctlEnumFans", 1, 0, 0), 7);
 }
 
 // What this process cannot give, though the sum of the sizes fits 32 bits.

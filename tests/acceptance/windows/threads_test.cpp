@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "AllAtOnce.h"
 #include "WindowsMachine.h"
 #include "boards.h"
 
@@ -48,6 +49,33 @@ TEST(Threads, OlderThanTheLibraryMayCallItWhereItThrowsInside) {
         thread.join();
     }
     EXPECT_EQ(answers, kThreads * kCalls);
+}
+
+TEST(Threads, OlderThanEachOfSeveralLoadsMayCallItWhereItThrowsInside) {
+    constexpr int kThreads = 4;
+    constexpr int kCalls = 50;
+    AllAtOnce threads(kThreads);
+    Machine machine = BoardWithoutUsableIdentifier();
+    machine.InstallCaptions();
+    wchar_t path[MAX_PATH];
+    ASSERT_NE(::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH), 0U);
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_EQ(::GetModuleHandleW(L"gputune.dll"), nullptr);
+        HMODULE const library = ::LoadLibraryW(path);
+        Exports const api = FindExports(library);
+        ASSERT_TRUE(api.InitVGAHelper(GPUTUNE_LOG_NONE));
+        std::atomic<int> answers = 0;
+        threads.Run([&](int) {
+            for (int call = 0; call < kCalls; ++call) {
+                VgaInfo const info = api.GetVGAInfo();
+                answers += info.SubsystemId == 0 && info.BusNumber == 3 ? 1 : 0;
+            }
+        });
+        EXPECT_EQ(answers, kThreads * kCalls);
+        ASSERT_TRUE(::FreeLibrary(library));
+    }
 }
 
 TEST(Threads, MayEndAndBeginWhileTheLibraryIsLoaded) {

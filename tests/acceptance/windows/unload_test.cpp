@@ -6,10 +6,12 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
 #include "ChildProcess.h"
+#include "ImportHook.h"
 #include "WindowsMachine.h"
 #include "boards.h"
 #include "intel_board.h"
@@ -205,6 +207,60 @@ TEST(Unload, EndOfTheProcessWithAnIntelBoardIsClean) {
     machine.Api().FetchHwmValues();
     Mark();
     ::ExitProcess(0);
+}
+
+// What the control library is asked when the process ends: it has ended before, with its threads.
+constexpr wchar_t kCloseFile[] = L"control-library-closed";
+
+int LeaveMarkOfClose(void* /*handle*/) {
+    ::CloseHandle(::CreateFileW(kCloseFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    return 0;
+}
+
+FARPROC WINAPI FindMarkingClose(HMODULE module, char const* name) {
+    return std::strcmp(name, "ctlClose") == 0 ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(LeaveMarkOfClose))
+                                              : ::GetProcAddress(module, name);
+}
+
+constexpr wchar_t kUnloadFile[] = L"library-unloaded";
+
+BOOL WINAPI LeaveMarkOfUnload(HMODULE module) {
+    ::CloseHandle(::CreateFileW(kUnloadFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    return ::FreeLibrary(module);
+}
+
+// An Intel backend in use, of a library under test that leaves marks when it closes and unloads another.
+void StartMarkingIntelBoard() {
+    static Machine machine = IntelBoard();
+    ASSERT_TRUE(machine.InitAndForget());
+    // Never taken back: the test unloads the library.
+    static ImportHook* const hooks[] = {new ImportHook("GetProcAddress", FindMarkingClose),
+                                        new ImportHook("FreeLibrary", LeaveMarkOfUnload)};
+    static_cast<void>(hooks);
+}
+
+TEST(Unload, EndOfTheProcessAsksNothingOfTheControlLibrary) {
+    if (!IsChild()) {
+        EXPECT_EQ(RunAsChild(), 0U);
+        EXPECT_TRUE(std::filesystem::exists("reached-the-end"));
+        EXPECT_FALSE(std::filesystem::exists(kFaultFile));
+        EXPECT_FALSE(std::filesystem::exists(kCloseFile));
+        EXPECT_FALSE(std::filesystem::exists(kUnloadFile));
+        ExpectLogClosed();
+        return;
+    }
+    CountFaults();
+    StartMarkingIntelBoard();
+    Mark();
+    ::ExitProcess(0);
+}
+
+// The marks are left when there is reason to.
+TEST(Unload, ByTheHostClosesAndUnloadsTheControlLibrary) {
+    StartMarkingIntelBoard();
+    ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
+    EXPECT_TRUE(std::filesystem::exists(kCloseFile));
+    EXPECT_TRUE(std::filesystem::exists(kUnloadFile));
 }
 
 TEST(Unload, ProcessThatEndsAbruptlyWritesTheLastWords) {
