@@ -21,7 +21,7 @@ public:
     std::optional<std::uint32_t> VideoPresentSource() const { return source_; }
 
 private:
-    std::uint32_t adapter_ = 0;
+    [[maybe_unused]] std::uint32_t adapter_ = 0;
     std::optional<std::uint32_t> source_;
 };
 

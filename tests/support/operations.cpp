@@ -1,6 +1,7 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -22,12 +23,22 @@ Answer Number(int result) {
     return {.bytes = BytesOf(result), .breach = ""};
 }
 
+// Behind a Valid that comes first there is room, in which compilers leave what they like.
+template <class Record>
+void ClearRoomBehindValid(unsigned char* storage) {
+    if constexpr (requires(Record record) { record.Valid; } && !requires(Record record) { record.Reserved; }) {
+        static_assert(offsetof(Record, Valid) == 0 && alignof(Record) >= sizeof(int));
+        std::memset(storage + 1, 0, sizeof(int) - 1);
+    }
+}
+
 // The record that the call builds in the caller's storage.
 template <class Record, class Call>
 Answer Filled(Call&& call, std::string (*breach)(Record const&)) {
     alignas(Record) unsigned char storage[sizeof(Record)];
     std::memset(storage, kStorage, sizeof storage);
     Record const& record = *::new (static_cast<void*>(storage)) Record(call());
+    ClearRoomBehindValid<Record>(storage);
     return {.bytes = BytesOf(record), .breach = breach(record)};
 }
 
