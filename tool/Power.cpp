@@ -122,13 +122,14 @@ int RunSet(GlobalOptions const& options, PowerRequest request) {
     }
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
     CheckPowerRequest(session, setting, request);
-    Readings const before = session.ReadSensors();
+    bool const keepsOne = !request.percent || (hasTemperature && !request.temperature);
+    Readings const before = keepsOne ? session.ReadSensors() : Readings{};
+    int const percent = request.percent ? *request.percent
+                                        : KeptLimit(CurrentLimit(session, setting, before), "power limit", "--percent");
     int const temperature = request.temperature ? *request.temperature
                             : hasTemperature
                                 ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
                                 : 0;
-    int const percent = request.percent ? *request.percent
-                                        : KeptLimit(CurrentLimit(session, setting, before), "power limit", "--percent");
     std::string const limits = Describe(request, "to ");
     ConfirmChange(session, options, "Set the " + limits);
     std::size_t const mark = session.LogMark();
@@ -200,10 +201,10 @@ Section PowerSection(Session const& session) {
         {"minimum", "Minimum", range(setting.Min), Unit::Percent},
         {"maximum", "Maximum", range(setting.Max), Unit::Percent},
         {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
-        {"minimum_temperature_limit", "Minimum", temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{},
-         Unit::Celsius},
-        {"maximum_temperature_limit", "Maximum", temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{},
-         Unit::Celsius},
+        {"minimum_temperature_limit", "Temperature minimum",
+         temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
+        {"maximum_temperature_limit", "Temperature maximum",
+         temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
     };
     return section;
 }
