@@ -117,8 +117,15 @@ void CheckRange(std::string const& what, int value, int minimum, int maximum, Un
     if (value < minimum || value > maximum) {
         std::string const unitText = std::string(" ") + UnitName(unit).text;
         throw ToolError(what + " " + std::to_string(value) + unitText + " is outside the board's range: " +
-                        std::to_string(minimum) + " to " + std::to_string(maximum) + unitText + ".");
+                            std::to_string(minimum) + " to " + std::to_string(maximum) + unitText + ".",
+                        {.code = "out_of_range", .range = ErrorDetails::Range{minimum, maximum, unit}});
     }
+}
+
+UsageError WrongPointCount(int expected, std::size_t given) {
+    return UsageError(
+        "This board's fan curve has " + std::to_string(expected) + " points, not " + std::to_string(given) + ".",
+        {.code = "wrong_point_count", .expectedPoints = expected});
 }
 
 FanTablePoint ParseCurvePoint(std::string const& text) {
@@ -161,8 +168,7 @@ void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setti
     }
     auto const count = static_cast<std::size_t>(setting.PointCount);
     if (curve.size() != count) {
-        throw UsageError("This board's fan curve has " + std::to_string(count) + " points, not " +
-                         std::to_string(curve.size()) + ".");
+        throw WrongPointCount(setting.PointCount, curve.size());
     }
     for (std::size_t i = 0; i < count && i < std::size(setting.Points); ++i) {
         FanPoint const& range = setting.Points[i];

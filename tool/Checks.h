@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Errors.h"
 #include "Names.h"
 #include "gputune.h"
 
@@ -29,6 +30,7 @@ std::vector<FanTablePoint> ParseCurve(std::vector<std::string> const& points);
 // Throws ToolError when the board has no curve or a point is outside its range, UsageError when the number of points is
 // not the board's. Intel fans do not report their ranges and number of points: there the driver judges.
 void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setting, std::uint32_t api);
+UsageError WrongPointCount(int expected, std::size_t given);
 // A fixed speed against the range of the curve's first point, which governs it. Nothing is checked where the board
 // reports no range.
 void CheckFanSpeed(int percent, FanSetting const& setting);

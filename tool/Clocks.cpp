@@ -39,10 +39,54 @@ int RunGet(GlobalOptions const& options) {
     return exitSuccess;
 }
 
-int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string sentence) {
-    PrintChange(options, std::move(command), std::move(sentence),
-                {GpuClockSection(session), MemoryClockSection(session)});
-    return exitSuccess;
+int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string what,
+           std::string sentence, ReadBack readBack) {
+    return FinishChange(session, options,
+                        {.command = std::move(command),
+                         .what = std::move(what),
+                         .sentence = std::move(sentence),
+                         .readBack = std::move(readBack),
+                         .sections = {GpuClockSection(session), MemoryClockSection(session)}});
+}
+
+void CompareVoltage(char const* what, int millivolts, ClockSetting const& setting, ReadBack& readBack) {
+    bool const isTold = setting.Valid && IsKnown(setting.CurrentVoltage);
+    readBack.Compare(what, millivolts, isTold ? std::optional<double>(setting.CurrentVoltage) : std::nullopt,
+                     Unit::Millivolt, clockTolerance);
+}
+
+// What was asked for, beside what AMD boards show.
+ReadBack CompareRequest(Library const& api, ClockRequest const& request) {
+    ReadBack readBack;
+    ClockSetting const gpu = api.GetGpuClockSetting();
+    ClockSetting const memory = api.GetMemClockSetting();
+    if (request.gpuClock.value_or(0) != 0) {
+        CompareClock("GPU clock", *request.gpuClock, gpu, readBack);
+    }
+    if (request.gpuVoltage.value_or(0) != 0) {
+        CompareVoltage("GPU voltage", *request.gpuVoltage, gpu, readBack);
+    }
+    if (request.memClock.value_or(0) != 0) {
+        CompareClock("memory clock", *request.memClock, memory, readBack);
+    }
+    if (request.memVoltage.value_or(0) != 0) {
+        CompareVoltage("memory voltage", *request.memVoltage, memory, readBack);
+    }
+    return readBack;
+}
+
+// Intel's functions do not tell the offsets; the library logs what it read back.
+ReadBack CompareOffsets(LogEntries const& entries, ClockCommand const& command) {
+    auto const logged = [&entries](char const* tagEnd) {
+        std::optional<std::string> const text = LastMessage(entries, tagEnd);
+        return text ? LeadingNumber(*text) : std::nullopt;
+    };
+    ReadBack readBack;
+    readBack.Compare("GPU clock offset", command.gpuClock, logged("(verify) new current gpu frequency offset"),
+                     Unit::Megahertz, clockTolerance);
+    readBack.Compare("memory clock offset", command.memClock, logged("(verify) new current vram frequency offset"),
+                     Unit::Megahertz, clockTolerance);
+    return readBack;
 }
 
 std::string Describe(ClockRequest const& request, bool offsets) {
@@ -68,13 +112,14 @@ int RunSet(GlobalOptions const& options, ClockRequest const& request) {
         PlanClocks(session.ApiType(), request, api.GetGpuClockSetting(), api.GetMemClockSetting());
     std::string const text = Describe(request, session.ApiType() == GPUTUNE_API_IGCL);
     ConfirmChange(session, options, "Set " + text);
+    std::size_t const mark = session.LogMark();
     bool const done =
         api.SetPerformanceUser(command.gpuClock, command.gpuVoltage, command.memClock, command.memVoltage);
-    if (!done && command.inEffect) {
-        return Finish(session, options, "clocks set", "In effect already: " + text + ".");
-    }
-    RequireDone(session, done, "these clocks");
-    return Finish(session, options, "clocks set", "Set " + text + ".");
+    bool const wasInEffect = !done && command.inEffect;
+    RequireDone(session, done || wasInEffect, "these clocks");
+    return Finish(session, options, "clocks set", text, (wasInEffect ? "In effect already: " : "Set ") + text + ".",
+                  session.ApiType() == GPUTUNE_API_IGCL ? CompareOffsets(session.LogSince(mark), command)
+                                                        : CompareRequest(api, request));
 }
 
 int RunDefault(GlobalOptions const& options) {
@@ -85,12 +130,36 @@ int RunDefault(GlobalOptions const& options) {
     }
     ConfirmChange(session, options, "Restore the default clocks, voltages and power limit");
     RequireDone(session, session.Api().SetPerformanceDefault(), "the default clocks");
-    Finish(session, options, "clocks default", "Default clocks and voltages restored, and the power limit with them.");
-    RequirePowerLimit(session, session.Api().GetPowerLimitSetting().Default);
-    return exitSuccess;
+    return Finish(session, options, "clocks default", "the default clocks, voltages and power limit",
+                  "Default clocks and voltages restored, and the power limit with them.", CompareDefaults(session));
 }
 
 }  // namespace
+
+void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack) {
+    // OverdriveN boards with fewer memory than engine levels answer 0.
+    bool const isTold = setting.Valid && setting.CurrentClock > 0;
+    readBack.Compare(what, megahertz, isTold ? std::optional<double>(setting.CurrentClock) : std::nullopt,
+                     Unit::Megahertz, clockTolerance);
+}
+
+ReadBack CompareDefaults(Session const& session) {
+    Library const& api = session.Api();
+    ReadBack readBack;
+    if (ClockSetting const gpu = api.GetGpuClockSetting(); gpu.Valid) {
+        CompareClock("GPU clock", gpu.DefaultClock, gpu, readBack);
+    }
+    ClockSetting const memory = api.GetMemClockSetting();
+    if (memory.Valid && session.ApiType() == GPUTUNE_API_OVERDRIVEN) {
+        // The clock in effect is told of the level that has the highest engine level's number, which need not be the
+        // one that has the default clock.
+        readBack.CannotTell("memory clock");
+    } else if (memory.Valid) {
+        CompareClock("memory clock", memory.DefaultClock, memory, readBack);
+    }
+    ComparePowerLimit(session, api.GetPowerLimitSetting().Default, readBack);
+    return readBack;
+}
 
 Section GpuClockSection(Session const& session) {
     return ClockSection("gpu_clock", "GPU clock", session.Api().GetGpuClockSetting());

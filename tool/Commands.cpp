@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "Console.h"
 #include "Errors.h"
@@ -18,6 +19,12 @@ CLI::Validator DecimalNumber() {
                 return std::string();
             },
             ""};
+}
+
+std::string HexId(std::uint32_t id) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(id));
+    return text;
 }
 
 void Print(GlobalOptions const& options, Report const& report) {
@@ -39,20 +46,37 @@ void PrintReadings(Session const& session, GlobalOptions const& options, std::ve
     if (session.Vendor() != GPUTUNE_VENDOR_AMD) {
         throw UnsupportedError("it does not report " + what + ".");
     }
-    throw ToolError("This board does not report " + what + "." + session.LogHint());
+    throw ToolError("This board does not report " + what + "." + session.LogHint(), {.code = "not_available"});
 }
 
-void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
-                 std::vector<Section> sections) {
+int FinishChange(Session const& session, GlobalOptions const& options, Change change) {
+    ReadBack const& readBack = change.readBack;
+    std::string const library = VendorName(session.Vendor()).text + std::string("'s library does not confirm ");
+    std::string const untold = readBack.Untold();
+    std::string sentence;
+    if (readBack.IsDone()) {
+        sentence = readBack.Confirmed() ? change.sentence
+                   : untold.empty()     ? "Sent; " + library + "it: " + change.what + "."
+                                        : change.sentence + " " + library + untold + ".";
+    }
     Report report;
-    report.SetDone(std::move(command), std::move(sentence));
-    for (Section& section : sections) {
+    report.SetOutcome(std::move(change.command), std::move(sentence),
+                      {readBack.IsDone(), readBack.Confirmed(), readBack.Problems()});
+    for (Section& section : change.sections) {
         // Programs get every key at every time.
         if (section.available || options.json) {
             report.Add(std::move(section));
         }
     }
     Print(options, report);
+    if (!readBack.IsDone()) {
+        std::string message = "Sent: " + change.what + ".";
+        for (std::string const& problem : readBack.Problems()) {
+            message += " " + problem;
+        }
+        throw ToolError(message + session.LogHint(), {.code = "not_as_asked"});
+    }
+    return exitSuccess;
 }
 
 void RequireTunable(Session const& session) {
@@ -68,13 +92,13 @@ void ConfirmChange(Session const& session, GlobalOptions const& options, std::st
     }
     std::string const name = session.AdapterName();
     if (!Confirm(change + (name.empty() ? "?" : " (" + name + ")?"))) {
-        throw ToolError("Nothing was changed.");
+        throw ToolError("Nothing was changed.", {.code = "not_changed"});
     }
 }
 
 void RequireDone(Session const& session, bool done, std::string const& what) {
     if (!done) {
-        throw ToolError("The board or its driver refused " + what + "." + session.LogHint());
+        throw ToolError("The board or its driver refused " + what + "." + session.LogHint(), {.code = "refused"});
     }
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ReadBack.h"
 #include "Report.h"
 #include "Session.h"
 
@@ -19,6 +20,7 @@ struct Context {
 };
 
 void AddInfoCommand(CLI::App& app, Context& context);
+void AddAdaptersCommand(CLI::App& app, Context& context);
 void AddSensorsCommand(CLI::App& app, Context& context);
 void AddMonitorCommand(CLI::App& app, Context& context);
 void AddRecordCommand(CLI::App& app, Context& context);
@@ -29,6 +31,7 @@ void AddClocksCommands(CLI::App& app, Context& context);
 void AddFpsCommand(CLI::App& app, Context& context);
 void AddProfileCommands(CLI::App& app, Context& context);
 void AddCompletionCommand(CLI::App& app, Context& context);
+void AddHelpCommand(CLI::App& app, Context& context);
 void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the former's
 
 // ---- What the commands share ----
@@ -37,15 +40,28 @@ void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the
 // itself reads 050 as 40.
 CLI::Validator DecimalNumber();
 
+// An identifier as it is shown: "0x12345678".
+std::string HexId(std::uint32_t id);
+
 // Text or JSON on standard output, as --json says.
 void Print(GlobalOptions const& options, Report const& report);
 // The result of a "get" command. After printing, throws ToolError when no section is available, and UnsupportedError
 // when this library cannot read `what` ("its fan") on any such board.
 void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
                    std::string const& what);
-// The result of a command that changed the board, and the new state as far as it can be read back.
-void PrintChange(GlobalOptions const& options, std::string command, std::string sentence,
-                 std::vector<Section> sections);
+
+// A change that the driver took, as far as the library's function tells.
+struct Change {
+    std::string command;   // as typed, for JSON: "fan set"
+    std::string what;      // what was sent: "fan speed 60 %"
+    std::string sentence;  // when it is done: "Fan speed set to 60 %."
+    ReadBack readBack;
+    std::vector<Section> sections{};  // the new state
+};
+
+// Prints the result: the sentence, or that the board does not tell, and the new state as far as it can be read back.
+// Returns the exit code; throws ToolError after printing when the board shows something else.
+int FinishChange(Session const& session, GlobalOptions const& options, Change change);
 
 // For commands that change the board. Throws ToolError when the board was not opened, UnsupportedError when it is one
 // that this library only monitors.
@@ -60,9 +76,12 @@ void RequireDone(Session const& session, bool done, std::string const& what);
 Section FanSection(Session const& session);
 Section PowerSection(Session const& session);
 
-// After a command that sets the power limit along with something else, whose result does not tell about it: throws
-// ToolError when the limit in effect can be read and is not `percent`, cut to the board's range.
-void RequirePowerLimit(Session const& session, double percent);
+// The limit in effect beside `percent`, cut to the board's range. Nothing is compared on boards that have none.
+void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack);
+// All that a return to the defaults sets, beside the defaults that the board tells.
+ReadBack CompareDefaults(Session const& session);
+// The clock in effect beside `megahertz`.
+void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack);
 Section GpuClockSection(Session const& session);
 Section MemoryClockSection(Session const& session);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 #include "Errors.h"
 #include "Report.h"
@@ -39,6 +40,20 @@ bool Write(DWORD standardHandle, std::FILE* stream, std::string_view text) {
 // The handler runs on a thread of the system's own and has no argument, hence these two.
 HANDLE interrupted = nullptr;
 HANDLE finished = nullptr;
+
+// Reads a line of the console into the text that it is given.
+DWORD WINAPI ReadLine(void* argument) {
+    std::wstring& line = *static_cast<std::wstring*>(argument);
+    wchar_t buffer[64];
+    DWORD read = 0;
+    while (
+        line.find(L'\n') == std::wstring::npos &&
+        ReadConsoleW(GetStdHandle(STD_INPUT_HANDLE), buffer, static_cast<DWORD>(std::size(buffer)), &read, nullptr) &&
+        read > 0) {
+        line.append(buffer, read);
+    }
+    return 0;
+}
 
 BOOL WINAPI OnInterrupt(DWORD kind) {
     SetEvent(interrupted);
@@ -76,10 +91,15 @@ bool ErrorIsConsole() {
     return IsConsole(STD_ERROR_HANDLE);
 }
 
-void WriteOutput(std::string_view text) {
-    if (!Write(STD_OUTPUT_HANDLE, stdout, text)) {
-        throw ToolError("Standard output: " + SystemMessage(GetLastError()) + ".");
+bool WriteOutput(std::string_view text) {
+    if (Write(STD_OUTPUT_HANDLE, stdout, text)) {
+        return true;
     }
+    DWORD const error = GetLastError();
+    if (error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED) {
+        return false;
+    }
+    throw ToolError("Standard output: " + SystemMessage(error) + ".");
 }
 
 void WriteError(std::string_view text) noexcept {
@@ -91,16 +111,24 @@ void WriteError(std::string_view text) noexcept {
 }
 
 bool Confirm(std::string const& question) {
+    InterruptEvent const interrupt;  // Ctrl+C is an answer, and does not end the program at once
     WriteError(question + " [y/N] ");
-    std::wstring line;
-    wchar_t buffer[64];
-    DWORD read = 0;
-    while (
-        line.find(L'\n') == std::wstring::npos &&
-        ReadConsoleW(GetStdHandle(STD_INPUT_HANDLE), buffer, static_cast<DWORD>(std::size(buffer)), &read, nullptr) &&
-        read > 0) {
-        line.append(buffer, read);
+    // On a thread of its own, because not every system's console ends the reading at Ctrl+C.
+    auto answer = std::make_unique<std::wstring>();
+    HANDLE const thread = CreateThread(nullptr, 0, ReadLine, answer.get(), 0, nullptr);
+    if (thread == nullptr) {
+        return false;
     }
+    HANDLE const ends[] = {interrupt.Handle(), thread};
+    bool const isInterrupted =
+        WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE) == WAIT_OBJECT_0;
+    CloseHandle(thread);
+    if (isInterrupted) {
+        static_cast<void>(answer.release());  // deliberate: the thread may go on until the process ends, which is soon
+        WriteError("\n");
+        return false;
+    }
+    std::wstring& line = *answer;
     std::erase_if(line, [](wchar_t c) { return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n'; });
     std::transform(line.begin(), line.end(), line.begin(),
                    [](wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c; });

@@ -11,15 +11,17 @@ bool InputIsConsole();
 bool OutputIsConsole();
 bool ErrorIsConsole();
 
-// Throws ToolError when the text cannot be written (a full disk, a closed pipe).
-void WriteOutput(std::string_view text);
+// False when there is no reader any more: what comes is not wanted, which is no error. Throws ToolError when the text
+// cannot be written for another reason, such as a full disk.
+bool WriteOutput(std::string_view text);
 // Never throws: there is nowhere left to tell.
 void WriteError(std::string_view text) noexcept;
 
 // To the console behind this handle; false when it refuses.
 bool WriteConsoleText(void* handle, std::wstring_view text);
 
-// Asks on standard error and reads a line of the console: true for "y" and "yes".
+// Asks on standard error and reads a line of the console: true for "y" and "yes", false for anything else and for
+// Ctrl+C.
 bool Confirm(std::string const& question);
 
 // Ctrl+C, Ctrl+Break and the closing of the console, from construction on. One at a time.

@@ -4,6 +4,7 @@
 #include "Checks.h"
 #include "Commands.h"
 #include "Errors.h"
+#include "FanAnswers.h"
 
 namespace gputune::tool {
 
@@ -46,9 +47,56 @@ int RunGet(GlobalOptions const& options) {
     return exitSuccess;
 }
 
-int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string sentence) {
-    PrintChange(options, std::move(command), std::move(sentence), {FanSection(session)});
-    return exitSuccess;
+// A change that was sent.
+int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string what,
+           std::string sentence, ReadBack readBack) {
+    return FinishChange(session, options,
+                        {.command = std::move(command),
+                         .what = std::move(what),
+                         .sentence = std::move(sentence),
+                         .readBack = std::move(readBack),
+                         .sections = {FanSection(session)}});
+}
+
+// What the fans answered. Throws UnsupportedError when none was sent anything.
+ReadBack JudgeAnswers(FanAnswers const& answers) {
+    std::size_t const unsent =
+        answers.Count(FanAnswer::Kind::UnknownMode) + answers.Count(FanAnswer::Kind::NothingSent);
+    if (!answers.fans.empty() && unsent == answers.fans.size()) {
+        std::string why = "nothing was sent.";
+        for (std::string const& problem : answers.Problems()) {
+            why += " " + problem;
+        }
+        throw UnsupportedError(why);
+    }
+    ReadBack readBack;
+    for (std::string const& problem : answers.Problems()) {
+        readBack.AddProblem(problem);
+    }
+    readBack.CannotTell("fan");
+    return readBack;
+}
+
+// The points of the board's curve in effect beside those that `asked` gives for each; on boards without a curve nothing
+// can be compared.
+template <class Asked>
+ReadBack ComparePoints(Session const& session, Asked&& asked) {
+    ReadBack readBack;
+    FanSetting const setting = session.Api().ReadFanSetting();
+    int const count = std::clamp(setting.PointCount, 0, static_cast<int>(std::size(setting.Points)));
+    auto const compare = [&readBack](int point, char const* what, int wanted, int shown, Unit unit) {
+        if (wanted != untouched) {
+            readBack.Compare(std::string(what) + " of point " + std::to_string(point + 1), wanted,
+                             shown == untouched ? std::nullopt : std::optional<double>(shown), unit);
+        }
+    };
+    for (int i = 0; setting.Valid && i < count; ++i) {
+        FanPoint const& point = setting.Points[i];
+        FanTablePoint const wanted = asked(i, point);
+        compare(i, "speed", wanted.FanSpeed, point.CurrentSpeed, Unit::Percent);
+        compare(i, "temperature", wanted.FanTemperature, point.CurrentTemperature, Unit::Celsius);
+    }
+    return readBack;
 }
 
 int RunSet(GlobalOptions const& options, int percent) {
@@ -57,16 +105,34 @@ int RunSet(GlobalOptions const& options, int percent) {
     CheckFanSpeed(percent, session.Api().ReadFanSetting());
     std::string const speed = std::to_string(percent) + " %";
     ConfirmChange(session, options, "Set the fan speed to " + speed);
+    std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(percent), "the fan speed");
-    return Finish(session, options, "fan set", "Fan speed set to " + speed + ".");
+    // A fixed speed is a flat curve where there is one; the temperatures stay.
+    return Finish(session, options, "fan set", "fan speed " + speed, "Fan speed set to " + speed + ".",
+                  session.ApiType() == GPUTUNE_API_IGCL
+                      ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
+                      : ComparePoints(session, [percent](int, FanPoint const&) {
+                            return FanTablePoint{.FanSpeed = percent, .FanTemperature = untouched};
+                        }));
 }
 
 int RunAuto(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     ConfirmChange(session, options, "Return the fan to the driver's control");
+    std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(-1), "to take over the fan");
-    return Finish(session, options, "fan auto", "The driver controls the fan.");
+    return Finish(session, options, "fan auto", "the driver's control of the fan", "The driver controls the fan.",
+                  session.ApiType() == GPUTUNE_API_IGCL
+                      ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
+                      : ComparePoints(session, [](int, FanPoint const& point) {
+                            // A setting that the board does not have has a range of nothing.
+                            bool const hasSpeed = point.MinSpeed != 0 || point.MaxSpeed != 0;
+                            bool const hasTemperature = point.MinTemperature != 0 || point.MaxTemperature != 0;
+                            return FanTablePoint{
+                                .FanSpeed = hasSpeed ? point.DefaultSpeed : untouched,
+                                .FanTemperature = hasTemperature ? point.DefaultTemperature : untouched};
+                        }));
 }
 
 int RunCurve(GlobalOptions const& options, std::vector<std::string> const& points) {
@@ -81,13 +147,23 @@ int RunCurve(GlobalOptions const& options, std::vector<std::string> const& point
                 FormatValue(std::int64_t{point.FanSpeed}, Unit::Percent);
     }
     ConfirmChange(session, options, "Set the fan curve to " + text);
+    std::size_t const mark = session.LogMark();
     bool const done = session.Api().SetFanSpeedTable(curve.data(), static_cast<int>(curve.size()));
-    bool const isIntel = session.ApiType() == GPUTUNE_API_IGCL;
-    RequireDone(session, done,
-                isIntel ? "the fan curve, or its fans take another number of points than " +
-                              std::to_string(curve.size()) + ", or none"
-                        : "the fan curve");
-    return Finish(session, options, "fan curve", "Fan curve set to " + text + ".");
+    if (session.ApiType() == GPUTUNE_API_IGCL) {
+        FanAnswers const answers = ReadFanAnswers(session.LogSince(mark));
+        if (answers.expectedPoints) {
+            throw WrongPointCount(*answers.expectedPoints, curve.size());
+        }
+        ReadBack readBack = JudgeAnswers(answers);
+        RequireDone(session, done || !readBack.IsDone(), "the fan curve");
+        return Finish(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
+                      std::move(readBack));
+    }
+    RequireDone(session, done, "the fan curve");
+    return Finish(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
+                  ComparePoints(session, [&curve](int i, FanPoint const&) {
+                      return curve[std::min(static_cast<std::size_t>(i), curve.size() - 1)];
+                  }));
 }
 
 }  // namespace

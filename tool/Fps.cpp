@@ -20,7 +20,7 @@ int RunFps(GlobalOptions const& options) {
         if (session.ApiType() != GPUTUNE_API_OVERDRIVE8) {
             throw UnsupportedError("only AMD Overdrive8 boards tell the frame rate.");
         }
-        throw ToolError("The driver's frame metrics are not running." + session.LogHint());
+        throw ToolError("The driver's frame metrics are not running." + session.LogHint(), {.code = "not_available"});
     }
     return exitSuccess;
 }

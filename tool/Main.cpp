@@ -8,6 +8,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "ErrorReport.h"
 #include "Errors.h"
 #include "Text.h"
 
@@ -45,7 +46,7 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
            "The library's log: none (default), stdout, file (debug.log in the current directory) or both")
         ->check(CLI::IsMember({"none", "stdout", "file", "both"}))
         ->type_name("MODE");
-    app.add_option("--adapter", options.adapter, "Act on the adapter with this index")
+    app.add_option("--adapter", options.adapter, "Act on the adapter with this index (adapters lists them)")
         ->transform(DecimalNumber())
         ->type_name("N");
     app.add_flag("--json", options.json, "Print results as JSON");
@@ -54,7 +55,43 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
     app.set_help_flag("-h,--help", "Show this help");
 }
 
+// An empty value is one that a script forgot to fill in: --simulate "" would otherwise be the real board.
+void RefuseEmptyValues(CLI::App& app) {
+    for (CLI::Option* option : app.get_options()) {
+        if (option->get_items_expected_max() > 0) {
+            option->check([](std::string const& text) { return std::string(text.empty() ? "an empty value" : ""); });
+        }
+    }
+    for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+        RefuseEmptyValues(*command);
+    }
+}
+
+// What the command-line library does not know: /? for --help, and that --option= has no value (it would take the next
+// word).
+void PrepareArguments(std::vector<std::string>& arguments) {
+    for (std::string& argument : arguments) {
+        if (argument == "/?") {
+            argument = "--help";
+        }
+        if (argument.starts_with("--") && argument.find('=') == argument.size() - 1) {
+            throw UsageError(argument + ": an empty value");
+        }
+    }
+}
+
+[[noreturn]] void Refuse(CLI::App const& app, CLI::ParseError const& error, std::string const& message) {
+    std::vector<std::string> const unknown = app.remaining();
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
+        throw UsageError("There is no command " + unknown.front() + ". Run with --help for more information.");
+    }
+    std::string text = message;
+    text.erase(text.find_last_not_of('\n') + 1);
+    throw UsageError(text);
+}
+
 int Run(std::vector<std::string> arguments) {
+    PrepareArguments(arguments);
     Context context;
     CLI::App app("Reads and tunes the installed graphics board, whoever made its GPU.", "gputunectl");
     app.allow_windows_style_options(false);  // paths may begin with '/'
@@ -62,6 +99,7 @@ int Run(std::vector<std::string> arguments) {
     app.require_subcommand(1);
     AddGlobalOptions(app, context.options);
     AddInfoCommand(app, context);
+    AddAdaptersCommand(app, context);
     AddSensorsCommand(app, context);
     AddMonitorCommand(app, context);
     AddRecordCommand(app, context);
@@ -72,6 +110,8 @@ int Run(std::vector<std::string> arguments) {
     AddFpsCommand(app, context);
     AddProfileCommands(app, context);
     AddCompletionCommand(app, context);
+    AddHelpCommand(app, context);
+    RefuseEmptyValues(app);
     app.footer(
         "Exit codes: 0 success, 1 failure, 2 wrong command line, 3 not supported by this board.\n"
         "Examples:\n"
@@ -84,16 +124,13 @@ int Run(std::vector<std::string> arguments) {
         std::reverse(arguments.begin(), arguments.end());  // the order in which this parser wants them
         app.parse(std::move(arguments));
     } catch (CLI::ParseError const& error) {
-        std::vector<std::string> const unknown = app.remaining();
-        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
-            throw UsageError("There is no command " + unknown.front() + ". Run with --help for more information.");
-        }
         std::ostringstream output;
         std::ostringstream message;
-        bool const isHelp = app.exit(error, output, message) == 0;
+        if (app.exit(error, output, message) != 0) {
+            Refuse(app, error, message.str());
+        }
         WriteOutput(output.str());
-        WriteError(message.str());
-        return isHelp ? exitSuccess : exitUsage;
+        return exitSuccess;
     }
     bool const logsToOutput = context.options.log == GPUTUNE_LOG_STDOUT || context.options.log == GPUTUNE_LOG_BOTH;
     if (context.options.json && logsToOutput) {
@@ -104,6 +141,12 @@ int Run(std::vector<std::string> arguments) {
 
 }  // namespace
 
+// Says what went wrong; returns the exit code.
+int Complain(ToolError const& error, bool json, int exitCode) {
+    WriteError(json ? ErrorJson(error.Details(), error.what()) : std::string(error.what()) + "\n");
+    return exitCode;
+}
+
 }  // namespace gputune::tool
 
 // The program name is no argument of interest; wildcards are left as they are.
@@ -112,20 +155,21 @@ int _dowildcard = 0;
 int wmain(int count, wchar_t** values) {
     using namespace gputune::tool;
     RestrictLibrarySearch();
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        arguments.push_back(Utf8FromWide(values[i]));
+    }
+    // Also of a command line that cannot be understood.
+    bool const json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     try {
-        std::vector<std::string> arguments;
-        for (int i = 1; i < count; ++i) {
-            arguments.push_back(Utf8FromWide(values[i]));
-        }
         return Run(std::move(arguments));
     } catch (UsageError const& error) {
-        WriteError(std::string(error.what()) + "\n");
-        return exitUsage;
+        return Complain(error, json, exitUsage);
     } catch (UnsupportedError const& error) {
-        WriteError(std::string(error.what()) + "\n");
-        return exitUnsupported;
+        return Complain(error, json, exitUnsupported);
+    } catch (ToolError const& error) {
+        return Complain(error, json, exitFailure);
     } catch (std::exception const& error) {
-        WriteError(std::string(error.what()) + "\n");
-        return exitFailure;
+        return Complain(ToolError(error.what()), json, exitFailure);
     }
 }

@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "CsvOutput.h"
 #include "Errors.h"
-#include "Files.h"
 #include "LiveScreen.h"
 #include "Sampling.h"
 
@@ -44,7 +44,8 @@ std::string TextLine(Sample const& sample, std::uint32_t vendor) {
 class View {
 public:
     virtual ~View() = default;
-    virtual void Show(Sample const& sample) = 0;
+    // False when nobody looks any more.
+    virtual bool Show(Sample const& sample) = 0;
     // Until the schedule's next moment; false when the user ends it before.
     virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) = 0;
 };
@@ -54,8 +55,8 @@ class LineView : public View {
 public:
     LineView(bool json, std::uint32_t vendor) : json_(json), vendor_(vendor) {}
 
-    void Show(Sample const& sample) override {
-        WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
+    bool Show(Sample const& sample) override {
+        return WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
     }
 
     bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
@@ -67,14 +68,25 @@ private:
     std::uint32_t vendor_;
 };
 
+// Nothing beside the values on standard output.
+class NoView : public View {
+public:
+    bool Show(Sample const&) override { return true; }
+
+    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
+        return !interrupt.Wait(schedule.Remaining());
+    }
+};
+
 class DashboardView : public View {
 public:
     DashboardView(Session const& session, double interval) : dashboard_(Title(session), session.Vendor(), interval) {}
 
-    void Show(Sample const& sample) override {
+    bool Show(Sample const& sample) override {
         dashboard_.Add(sample.time, sample.readings,
                        sample.frameRate ? std::optional<double>(*sample.frameRate) : std::nullopt);
         Draw();
+        return true;
     }
 
     bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
@@ -111,26 +123,32 @@ private:
     LiveScreen screen_;
 };
 
-std::unique_ptr<View> MakeView(Session const& session, GlobalOptions const& options, double interval) {
+std::unique_ptr<View> MakeView(Session const& session, GlobalOptions const& options, MonitorOptions const& monitor) {
+    if (CsvOutput::IsStandardOutput(monitor.csvFile)) {
+        return std::make_unique<NoView>();
+    }
     // The log's lines would tear the picture apart.
     bool const logOnScreen = options.log == GPUTUNE_LOG_STDOUT || options.log == GPUTUNE_LOG_BOTH;
     if (OutputIsConsole() && !options.json && !logOnScreen) {
-        return std::make_unique<DashboardView>(session, interval);
+        return std::make_unique<DashboardView>(session, monitor.sampling.interval);
     }
     return std::make_unique<LineView>(options.json, session.Vendor());
 }
 
 int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
-    Session const session(options);
+    CsvOutput::RequireAlone(monitor.csvFile, options);
+    Session const session(options, LogUse::NotKept);
     session.RequireReady();
     RecordingFormat format(DescribeBoard(session, monitor.sampling));
-    std::optional<OutputFile> csv;
+    std::optional<CsvOutput> csv;
     if (!monitor.csvFile.empty()) {
         csv.emplace(monitor.csvFile, Existing::Replace);
-        csv->Write(format.Heading() + "\n");
+        if (!csv->Write(format.Heading() + "\n")) {
+            return exitSuccess;
+        }
     }
     InterruptEvent const interrupt;
-    std::unique_ptr<View> const view = MakeView(session, options, monitor.sampling.interval);
+    std::unique_ptr<View> const view = MakeView(session, options, monitor);
     Schedule schedule(monitor.sampling.interval);
     for (int taken = 0; monitor.count == 0 || taken < monitor.count; ++taken) {
         if (!view->Wait(interrupt, schedule)) {
@@ -138,10 +156,10 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
         }
         schedule.Advance();
         Sample const sample = TakeSample(session, monitor.sampling);
-        if (csv) {
-            csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
+        bool const isWanted = !csv || csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
+        if (!isWanted || !view->Show(sample)) {
+            break;
         }
-        view->Show(sample);
     }
     return exitSuccess;
 }
@@ -156,7 +174,11 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
         ->transform(DecimalNumber())
         ->check(CLI::Range(1, std::numeric_limits<int>::max()))
         ->type_name("N");
-    command->add_option("--csv", monitor->csvFile, "Write the readings to this file, too; an existing one is replaced")
+    command
+        ->add_option(
+            "--csv", monitor->csvFile,
+            "Write the readings to this file, too; an existing one is replaced. - is standard output, and nothing else "
+            "goes there")
         ->type_name("FILE");
     command->footer(
         "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "

@@ -1,6 +1,7 @@
 // power get, power set, power default.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "Checks.h"
 #include "Commands.h"
@@ -24,6 +25,33 @@ std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting con
     return readings[GPUTUNE_HWM_TDP_LIMIT];
 }
 
+struct TemperatureRange {
+    int minimum;
+    int maximum;
+};
+
+// No function of the library tells this range, only the entry that it logs when it refuses a temperature outside of it.
+// So one is asked for that no board takes, along with a power limit outside its range: the library refuses one or the
+// other before it calls the driver, and nothing is sent. Nothing when the board's power range has no outside.
+std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, PowerLimitSetting const& setting) {
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    bool const hasOutside = setting.Valid && (setting.Max < highest || setting.Min > lowest);
+    if (session.ApiType() != GPUTUNE_API_OVERDRIVEN || !hasOutside) {
+        return std::nullopt;
+    }
+    std::size_t const mark = session.LogMark();
+    session.Api().SetPowerLimit(lowest, setting.Max < highest ? setting.Max + 1 : setting.Min - 1);
+    for (LogEntry const& entry : session.LogSince(mark)) {
+        std::optional<int> const minimum = NumberBehind(entry.message, "temp value out of bound: should be ");
+        std::optional<int> const maximum = NumberBehind(entry.message, " to ");
+        if (minimum && maximum) {
+            return TemperatureRange{*minimum, *maximum};
+        }
+    }
+    return std::nullopt;
+}
+
 int RunGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
@@ -31,30 +59,100 @@ int RunGet(GlobalOptions const& options) {
     return exitSuccess;
 }
 
-int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string sentence) {
-    PrintChange(options, std::move(command), std::move(sentence), {PowerSection(session)});
-    return exitSuccess;
+// As asked for; one of them may be left out.
+struct PowerRequest {
+    std::optional<int> temperature{};  // degrees Celsius
+    std::optional<int> percent{};
+};
+
+std::string Describe(PowerRequest const& request, char const* link) {
+    std::string text;
+    if (request.temperature) {
+        text =
+            std::string("temperature limit ") + link + FormatValue(std::int64_t{*request.temperature}, Unit::Celsius);
+    }
+    if (request.percent) {
+        text += std::string(text.empty() ? "" : " and the ") + "power limit " + link +
+                FormatValue(std::int64_t{*request.percent}, Unit::Percent);
+    }
+    return text;
 }
 
-int RunSet(GlobalOptions const& options, int temperature, int percent) {
+// The limit in effect, for what is not asked for: OverdriveN boards take both at once.
+int KeptLimit(std::optional<double> const& inEffect, char const* what, char const* option) {
+    if (!inEffect) {
+        throw ToolError(std::string("The ") + what +
+                        " in effect cannot be read, so it cannot stay as it is: give it with " + option + ".");
+    }
+    return static_cast<int>(*inEffect);
+}
+
+void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting, PowerRequest const& request) {
+    if (request.percent && setting.Valid) {
+        if (!IsAdjustable(setting)) {
+            throw UnsupportedError("it has no adjustable power limit.");
+        }
+        CheckRange("Power limit", *request.percent, setting.Min, setting.Max, Unit::Percent);
+    }
+    if (request.temperature) {
+        if (std::optional<TemperatureRange> const range = ReadTemperatureRange(session, setting)) {
+            CheckRange("Temperature limit", *request.temperature, range->minimum, range->maximum, Unit::Celsius);
+        }
+    }
+}
+
+// Intel's functions do not tell the limit; the library logs what it read back.
+std::optional<double> LoggedLimit(LogEntries const& entries) {
+    std::optional<std::string> const text = LastMessage(entries, "(verify) Current Sustained Power Limit Percent");
+    return text ? LeadingNumber(*text) : std::nullopt;
+}
+
+int RunSet(GlobalOptions const& options, PowerRequest request) {
     Session const session(options);
     RequireTunable(session);
+    bool const hasTemperature = session.ApiType() == GPUTUNE_API_OVERDRIVEN;
+    if (request.temperature && !hasTemperature) {
+        if (!request.percent) {
+            throw UnsupportedError("it has no adjustable temperature limit.");
+        }
+        request.temperature.reset();
+        if (!options.json) {
+            WriteError("Note: this board has no adjustable temperature limit, only the power limit is set.\n");
+        }
+    }
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
-    if (setting.Valid && !IsAdjustable(setting)) {
-        throw UnsupportedError("it has no adjustable power limit.");
-    }
-    if (setting.Valid) {
-        CheckRange("Power limit", percent, setting.Min, setting.Max, Unit::Percent);
-    }
-    std::string limits = "power limit to " + FormatValue(std::int64_t{percent}, Unit::Percent);
-    if (session.ApiType() == GPUTUNE_API_OVERDRIVEN) {
-        limits = "temperature limit to " + FormatValue(std::int64_t{temperature}, Unit::Celsius) + " and the " + limits;
-    } else {
-        WriteError("Note: this board has no adjustable temperature limit, only the power limit is set.\n");
-    }
+    CheckPowerRequest(session, setting, request);
+    bool const keepsOne = !request.percent || (hasTemperature && !request.temperature);
+    Readings const before = keepsOne ? session.ReadSensors() : Readings{};
+    int const percent = request.percent ? *request.percent
+                                        : KeptLimit(CurrentLimit(session, setting, before), "power limit", "--percent");
+    int const temperature = request.temperature ? *request.temperature
+                            : hasTemperature
+                                ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
+                                : 0;
+    std::string const limits = Describe(request, "to ");
     ConfirmChange(session, options, "Set the " + limits);
+    std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + limits);
-    return Finish(session, options, "power set", "Set the " + limits + ".");
+
+    ReadBack readBack;
+    if (session.ApiType() == GPUTUNE_API_IGCL) {
+        // The board counts in watts.
+        readBack.Compare("power limit", percent, LoggedLimit(session.LogSince(mark)), Unit::Percent, 1);
+    } else {
+        Readings const readings = session.ReadSensors();
+        readBack.Compare("power limit", percent, CurrentLimit(session, session.Api().GetPowerLimitSetting(), readings),
+                         Unit::Percent);
+        if (hasTemperature) {
+            readBack.Compare("temperature limit", temperature, readings[GPUTUNE_HWM_TEMPERATURE_LIMIT], Unit::Celsius);
+        }
+    }
+    return FinishChange(session, options,
+                        {.command = "power set",
+                         .what = Describe(request, ""),
+                         .sentence = "Set the " + limits + ".",
+                         .readBack = std::move(readBack),
+                         .sections = {PowerSection(session)}});
 }
 
 int RunDefault(GlobalOptions const& options) {
@@ -62,7 +160,26 @@ int RunDefault(GlobalOptions const& options) {
     RequireTunable(session);
     ConfirmChange(session, options, "Restore the default power limit");
     RequireDone(session, session.Api().SetPowerLimitDefault(), "the default power limit");
-    return Finish(session, options, "power default", "Default power limit restored.");
+    ReadBack readBack;
+    ComparePowerLimit(session, session.Api().GetPowerLimitSetting().Default, readBack);
+    return FinishChange(session, options,
+                        {.command = "power default",
+                         .what = "the default power limit",
+                         .sentence = "Default power limit restored.",
+                         .readBack = std::move(readBack),
+                         .sections = {PowerSection(session)}});
+}
+
+// Both limits as arguments, or one or both as options.
+PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
+    bool const hasNamed = named.temperature || named.percent;
+    if (hasNamed && limits.empty()) {
+        return named;
+    }
+    if (hasNamed || limits.size() != 2) {
+        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
+    }
+    return {limits[0], limits[1]};
 }
 
 }  // namespace
@@ -74,6 +191,7 @@ Section PowerSection(Session const& session) {
     std::optional<double> const limit = CurrentLimit(session, setting, readings);
     bool const adjustable = IsAdjustable(setting);
     auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
+    std::optional<TemperatureRange> const temperatures = ReadTemperatureRange(session, setting);
 
     Section section{.key = "power_limit", .title = "Power limit (relative to the board's default power)"};
     section.available = adjustable || limit || temperature;
@@ -83,20 +201,22 @@ Section PowerSection(Session const& session) {
         {"minimum", "Minimum", range(setting.Min), Unit::Percent},
         {"maximum", "Maximum", range(setting.Max), Unit::Percent},
         {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
+        {"minimum_temperature_limit", "Temperature minimum",
+         temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
+        {"maximum_temperature_limit", "Temperature maximum",
+         temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
     };
     return section;
 }
 
-void RequirePowerLimit(Session const& session, double percent) {
+void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack) {
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
-    std::optional<double> const current = CurrentLimit(session, setting, session.ReadSensors());
+    if (!IsAdjustable(setting)) {
+        return;
+    }
     double const wanted =
         std::trunc(std::clamp(percent, static_cast<double>(setting.Min), static_cast<double>(setting.Max)));
-    if (IsAdjustable(setting) && current && *current != wanted) {
-        throw ToolError("The power limit is " + FormatValue(*current, Unit::Percent) + " and not " +
-                        FormatValue(wanted, Unit::Percent) + ": the board or its driver refused it." +
-                        session.LogHint());
-    }
+    readBack.Compare("power limit", wanted, CurrentLimit(session, setting, session.ReadSensors()), Unit::Percent);
 }
 
 void AddPowerCommands(CLI::App& app, Context& context) {
@@ -112,23 +232,28 @@ void AddPowerCommands(CLI::App& app, Context& context) {
     get->footer("Example:\n  gputunectl power get");
     get->callback([&context] { context.run = [&context] { return RunGet(context.options); }; });
 
-    CLI::App* set = power->add_subcommand("set", "Set the temperature limit and the power limit");
-    auto const temperature = std::make_shared<int>(0);
-    auto const percent = std::make_shared<int>(0);
-    set->add_option("temperature", *temperature, "Temperature limit in \u00b0C; AMD OverdriveN boards only")
-        ->required()
+    CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
+    auto const limits = std::make_shared<std::vector<int>>();
+    auto const named = std::make_shared<PowerRequest>();
+    set->add_option("limits", *limits,
+                    "Temperature limit in \u00b0C (AMD OverdriveN boards only) and power limit in percent, relative to "
+                    "the default: -10 is 90 % of it")
+        ->expected(2)
         ->transform(DecimalNumber())
-        ->type_name("TEMPERATURE");
-    set->add_option("percent", *percent, "Power limit in percent, relative to the default: -10 is 90 % of it")
-        ->required()
+        ->type_name("TEMPERATURE PERCENT");
+    set->add_option("--temperature", named->temperature, "The temperature limit; the power limit stays as it is")
+        ->transform(DecimalNumber())
+        ->type_name("CELSIUS");
+    set->add_option("--percent", named->percent, "The power limit; the temperature limit stays as it is")
         ->transform(DecimalNumber())
         ->type_name("PERCENT");
     set->footer(
         "Examples:\n"
         "  gputunectl power set 85 10\n"
-        "  gputunectl power set 80 -15");
-    set->callback([&context, temperature, percent] {
-        context.run = [&context, temperature, percent] { return RunSet(context.options, *temperature, *percent); };
+        "  gputunectl power set --percent -15\n"
+        "  gputunectl power set --temperature 80");
+    set->callback([&context, limits, named] {
+        context.run = [&context, request = JoinRequest(*limits, *named)] { return RunSet(context.options, request); };
     });
 
     CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");

@@ -1,6 +1,5 @@
 // profile show, profile apply: the predefined profiles of Config\ConfigModel.xml beside the program.
 #include <charconv>
-#include <cstdio>
 #include <string_view>
 
 #include "Commands.h"
@@ -9,12 +8,6 @@
 namespace gputune::tool {
 
 namespace {
-
-std::string HexId(std::uint32_t id) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(id));
-    return text;
-}
 
 // "0x12345678" or "12345678", always hexadecimal.
 std::uint32_t ParseId(std::string_view text) {
@@ -52,6 +45,47 @@ Field GivenClock(char const* key, char const* label, float value, bool json) {
     return {key, label, Factor(value), Unit::Megahertz};
 }
 
+// The record does not tell which entry of the file it was read from; the library's log does.
+Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
+    std::optional<std::string> const used = LastMessage(entries, " config used");
+    if (used == "ext. default") {
+        return json ? std::string("default") : "the default one: the file has none for " + HexId(id);
+    }
+    return used ? Value{json ? std::string("board") : "the board's own"} : Value{};
+}
+
+// Which clocks the library worked out from the profile: it logs them before it sends them.
+void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& readBack) {
+    Library const& api = session.Api();
+    std::optional<int> gpuClock;
+    std::optional<int> memoryClock;
+    for (LogEntry const& entry : entries) {
+        if (entry.message.starts_with("plan GpuClock=") || entry.message.starts_with("GpuClock=")) {
+            gpuClock = NumberBehind(entry.message, "GpuClock=");
+            memoryClock = NumberBehind(entry.message, ", MemClock=");
+        }
+    }
+    if (ClockSetting const gpu = api.GetGpuClockSetting(); gpu.Valid && gpuClock) {
+        CompareClock("GPU clock", *gpuClock, gpu, readBack);
+    }
+    if (ClockSetting const memory = api.GetMemClockSetting(); memory.Valid && memoryClock) {
+        CompareClock("memory clock", *memoryClock, memory, readBack);
+    }
+}
+
+// What applying the profile set, beside what it says.
+ReadBack CompareProfile(Session const& session, std::string const& name, LogEntries const& entries) {
+    if (name == "default") {
+        return CompareDefaults(session);
+    }
+    ReadBack readBack;
+    ComparePlan(session, entries, readBack);
+    PredefinedPerformanceParameter const profile =
+        session.Api().GetExternalPerformanceParameter(session.Identity().SubsystemId);
+    ComparePowerLimit(session, static_cast<double>(name == "oc" ? profile.PowerOC : profile.PowerSilent), readBack);
+    return readBack;
+}
+
 int RunShow(GlobalOptions const& options, std::string const& hwid) {
     std::optional<std::uint32_t> id;
     if (!hwid.empty()) {
@@ -63,11 +97,12 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
         session.RequireReady();
     }
     if (!id) {
-        id = session.Api().GetVGAInfo().SubsystemId;
+        id = session.Identity().SubsystemId;
         if (*id == 0) {
             throw ToolError("This board does not tell its identifier: give one, for example profile show 0x12345678.");
         }
     }
+    std::size_t const mark = session.LogMark();
     PredefinedPerformanceParameter const profile = session.Api().GetExternalPerformanceParameter(*id);
     if (!profile.Valid) {
         throw ToolError(
@@ -79,6 +114,7 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
     Report report;
     Section board{.key = "", .title = ""};
     board.fields = {{"identifier", "Identifier", HexId(*id)},
+                    {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
                     {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
                     {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}};
     report.Add(std::move(board));
@@ -104,28 +140,36 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
     if (session.ApiType() == GPUTUNE_API_IGCL) {
         throw UnsupportedError("profiles cannot be applied to Intel boards.");
     }
+    if (session.IdentityIsOfAnother()) {
+        throw UnsupportedError(
+            "the identity of this adapter is not known, and the library would apply the profile of "
+            "adapter " +
+            std::to_string(session.FirstAdapter()) + ". clocks and power set its clocks and power limit.");
+    }
     std::string const what = name == "oc" ? "overclock" : name;
     ConfirmChange(session, options, "Apply the " + what + " profile");
     Library const& api = session.Api();
+    std::size_t const mark = session.LogMark();
     bool const done = name == "oc"       ? api.SetPerformanceOC()
                       : name == "silent" ? api.SetPerformanceSilent()
                                          : api.SetPerformanceDefault();
     if (!done && name != "default") {
         // The power limit goes first, so a refusal of the clocks may leave it changed.
-        throw ToolError("The " + what +
-                        " profile was not applied as a whole: there is none for this board (see profile show), its "
-                        "identifier cannot be read, the driver refused it, or its clocks are in effect already. The "
-                        "power limit may have changed." +
-                        session.LogHint());
+        throw ToolError(
+            "The " + what +
+                " profile was not applied as a whole: there is none for this board (see profile show), its "
+                "identifier cannot be read, the driver refused it, or its clocks are in effect already. The "
+                "power limit may have changed." +
+                session.LogHint(),
+            {.code = "refused"});
     }
     RequireDone(session, done, "the " + what + " profile");
-    PrintChange(options, "profile apply", "Applied the " + what + " profile.",
-                {GpuClockSection(session), MemoryClockSection(session), PowerSection(session)});
-    PredefinedPerformanceParameter const profile = api.GetExternalPerformanceParameter(api.GetVGAInfo().SubsystemId);
-    RequirePowerLimit(session, name == "oc"       ? static_cast<double>(profile.PowerOC)
-                               : name == "silent" ? static_cast<double>(profile.PowerSilent)
-                                                  : api.GetPowerLimitSetting().Default);
-    return exitSuccess;
+    return FinishChange(session, options,
+                        {.command = "profile apply",
+                         .what = "the " + what + " profile",
+                         .sentence = "Applied the " + what + " profile.",
+                         .readBack = CompareProfile(session, name, session.LogSince(mark)),
+                         .sections = {GpuClockSection(session), MemoryClockSection(session), PowerSection(session)}});
 }
 
 void AddShow(CLI::App& profile, Context& context) {

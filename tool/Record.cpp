@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "CsvOutput.h"
 #include "Errors.h"
-#include "Files.h"
 #include "RecordingPage.h"
 #include "Sampling.h"
 
@@ -50,10 +50,14 @@ private:
     std::size_t width_ = 0;
 };
 
-// Reads until the duration is over, and returns true, or until there is an interrupt.
-bool Record(Session const& session, RecordOptions const& record, OutputFile& file, std::size_t& readings) {
+enum class End { Time, Interrupt, NoReader };
+
+// Reads until the duration is over, there is an interrupt, or nobody reads the lines any more.
+End Record(Session const& session, RecordOptions const& record, CsvOutput& file, std::size_t& readings) {
     RecordingFormat format(DescribeBoard(session, record.sampling));
-    file.Write(format.Heading() + "\n");
+    if (!file.Write(format.Heading() + "\n")) {
+        return End::NoReader;
+    }
     InterruptEvent const interrupt;
     Progress progress(record.duration);
     Schedule schedule(record.sampling.interval);
@@ -62,24 +66,31 @@ bool Record(Session const& session, RecordOptions const& record, OutputFile& fil
         progress.Show(schedule.Elapsed() - remaining / 1000.0, readings);
         // Long intervals are cut, so that the time left is kept up to date.
         if (interrupt.Wait(std::min(remaining, 1000UL))) {
-            return false;
+            return End::Interrupt;
         }
         if (schedule.Remaining() == 0) {
             schedule.Advance();
             Sample const sample = TakeSample(session, record.sampling);
-            file.Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
+            if (!file.Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n")) {
+                return End::NoReader;
+            }
             ++readings;
         }
     }
-    return true;
+    return End::Time;
 }
 
 int RunRecord(GlobalOptions const& options, RecordOptions const& record) {
-    Session const session(options);
+    CsvOutput::RequireAlone(record.file, options);
+    Session const session(options, LogUse::NotKept);
     session.RequireReady();
-    OutputFile file(record.file, record.force ? Existing::Replace : Existing::Keep);
+    CsvOutput file(record.file, record.force ? Existing::Replace : Existing::Keep);
     std::size_t readings = 0;
-    bool const done = Record(session, record, file, readings);
+    End const end = Record(session, record, file, readings);
+    if (end == End::NoReader) {
+        return exitSuccess;
+    }
+    bool const done = end == End::Time;
 
     Report report;
     if (options.json) {
@@ -89,12 +100,12 @@ int RunRecord(GlobalOptions const& options, RecordOptions const& record) {
                           {"file", "", record.file},
                           {"readings", "", static_cast<std::int64_t>(readings)}};
         report.Add(std::move(section));
-    } else {
+    } else if (!CsvOutput::IsStandardOutput(record.file)) {
         report.AddRemark("Recorded " + CountText(readings) + " in " + record.file + ".");
     }
     Print(options, report);
     if (!done) {
-        throw ToolError("The recording was ended before its time.");
+        throw ToolError("The recording was ended before its time.", {.code = "interrupted"});
     }
     return exitSuccess;
 }
@@ -104,20 +115,27 @@ int RunRecord(GlobalOptions const& options, RecordOptions const& record) {
 void AddRecordCommand(CLI::App& app, Context& context) {
     CLI::App* command = app.add_subcommand("record", "Record the sensors in a file for a given time");
     auto const record = std::make_shared<RecordOptions>();
-    command->add_option("--out", record->file, "The file, comma-separated values")->required()->type_name("FILE");
+    auto const argument = std::make_shared<std::string>();
+    command->add_option("file", *argument, "The file, comma-separated values; - is standard output")->type_name("FILE");
+    command->add_option("--out", record->file, "The same")->type_name("FILE");
     AddSecondsOption(*command, "--duration", record->duration, 0.05, 10.0 * 365 * 86400,
-                     "Seconds from the first reading to the last");
+                     "From the first reading to the last: seconds, or such as 90s, 10m, 2h");
     command->get_option("--duration")->required();
     AddSamplingOptions(*command, record->sampling);
     command->add_flag("--force", record->force, "Replace the file when it exists");
     command->footer(
         "Ctrl+C ends the recording; what was recorded until then is in the file.\n"
         "Examples:\n"
-        "  gputunectl record --out run.csv --duration 60\n"
-        "  gputunectl record --out run.csv --duration 600 --interval 0.5 --force\n"
+        "  gputunectl record run.csv --duration 60\n"
+        "  gputunectl record run.csv --duration 10m --interval 0.5 --force\n"
         "  gputunectl report run.csv");
-    command->callback(
-        [&context, record] { context.run = [&context, record] { return RunRecord(context.options, *record); }; });
+    command->callback([&context, record, argument] {
+        if (record->file.empty() == argument->empty()) {
+            throw UsageError("Name one file to record in: record FILE, or --out FILE.");
+        }
+        record->file += *argument;
+        context.run = [&context, record] { return RunRecord(context.options, *record); };
+    });
 }
 
 }  // namespace gputune::tool

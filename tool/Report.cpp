@@ -197,6 +197,11 @@ void Report::SetDone(std::string command, std::string sentence) {
     sentence_ = std::move(sentence);
 }
 
+void Report::SetOutcome(std::string command, std::string sentence, Outcome outcome) {
+    SetDone(std::move(command), std::move(sentence));
+    outcome_ = std::move(outcome);
+}
+
 std::string Report::Text() const {
     std::string text;
     if (!sentence_.empty()) {
@@ -215,7 +220,11 @@ std::string Report::Json(bool indented) const {
     tool::Json root = tool::Json::object();
     if (!command_.empty()) {
         root["command"] = command_;
-        root["done"] = true;
+        root["done"] = !outcome_ || outcome_->done;
+        if (outcome_) {
+            root["confirmed"] = outcome_->confirmed ? tool::Json(*outcome_->confirmed) : tool::Json(nullptr);
+            root["problems"] = outcome_->problems;
+        }
     }
     for (Section const& section : sections_) {
         if (section.key.empty()) {

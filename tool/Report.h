@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -71,10 +72,19 @@ struct Section {
     std::vector<Grid> grids{};
 };
 
+// What became of a change.
+struct Outcome {
+    bool done = false;                    // sent, and nothing shows that it was not taken
+    std::optional<bool> confirmed{};      // the board shows it; nothing: the board does not tell
+    std::vector<std::string> problems{};  // why it is not done
+};
+
 class Report {
 public:
     // Marks the result of a command that changed something: `command` is for JSON, `sentence` for people.
     void SetDone(std::string command, std::string sentence);
+    // The same for a change of the board.
+    void SetOutcome(std::string command, std::string sentence, Outcome outcome);
     void Add(Section section) { sections_.push_back(std::move(section)); }
     // A line below the sections, for people only.
     void AddRemark(std::string remark) { remarks_.push_back(std::move(remark)); }
@@ -86,6 +96,7 @@ public:
 private:
     std::string command_;
     std::string sentence_;
+    std::optional<Outcome> outcome_;
     std::vector<Section> sections_;
     std::vector<std::string> remarks_;
 };

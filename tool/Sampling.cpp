@@ -9,6 +9,9 @@
 #include <cmath>
 #include <cstdio>
 
+#include "Duration.h"
+#include "Report.h"
+
 namespace gputune::tool {
 
 namespace {
@@ -23,21 +26,33 @@ std::string Timestamp() {
     return text;
 }
 
+// Makes it a plain number of seconds.
+CLI::Validator TimeBetween(double minimum, double maximum) {
+    return {[minimum, maximum](std::string& text) {
+                std::optional<double> const value = ParseSeconds(text);
+                if (!value) {
+                    return text + " is not a number of seconds: write 0.5, 90s, 10m or 2h";
+                }
+                if (*value < minimum || *value > maximum) {
+                    return text + " is not in range: " + FormatNumber(minimum) + " to " + FormatNumber(maximum) +
+                           " seconds";
+                }
+                text = FormatExactNumber(*value);
+                return std::string();
+            },
+            ""};
+}
+
 }  // namespace
 
 void AddSecondsOption(CLI::App& command, char const* name, double& seconds, double minimum, double maximum,
                       std::string const& description) {
-    command.add_option(name, seconds, description)
-        ->check(CLI::Range(minimum, maximum))
-        ->check([](std::string const& text) {  // a range lets "nan" through
-            return text.find_first_of("nN") == std::string::npos ? std::string() : text + " is not a number of seconds";
-        })
-        ->type_name("SECONDS");
+    command.add_option(name, seconds, description)->transform(TimeBetween(minimum, maximum))->type_name("SECONDS");
 }
 
 void AddSamplingOptions(CLI::App& command, SamplingOptions& options) {
     AddSecondsOption(command, "--interval", options.interval, 0.05, 86400.0,
-                     "Seconds between readings, 0.05 to 86400; default 1");
+                     "Between readings: seconds, 0.05 to 86400, or such as 90s, 10m; default 1");
     command.add_flag(
         "--frame-rate", options.frameRate,
         "Read the driver's frame metrics, too (AMD Overdrive8). Some drivers have crashed programs that do");

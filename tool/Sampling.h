@@ -21,7 +21,7 @@ struct SamplingOptions {
 
 // --interval and --frame-rate.
 void AddSamplingOptions(CLI::App& command, SamplingOptions& options);
-// Takes the text of a number of seconds in this range; "nan" is none.
+// Takes a time (Duration.h) in this range, in seconds.
 void AddSecondsOption(CLI::App& command, char const* name, double& seconds, double minimum, double maximum,
                       std::string const& description);
 

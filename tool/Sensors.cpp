@@ -21,7 +21,7 @@ int RunSensors(GlobalOptions const& options, bool all) {
     }
     Print(options, report);
     if (available == 0) {
-        throw ToolError("No sensor could be read." + session.LogHint());
+        throw ToolError("No sensor could be read." + session.LogHint(), {.code = "not_available"});
     }
     return exitSuccess;
 }

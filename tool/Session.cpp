@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 #include "Errors.h"
 #include "Text.h"
 #include "host/SimulatedMachine.h"
@@ -69,20 +71,16 @@ Name InitStateName(InitState state) {
     return {"unknown", "unknown"};
 }
 
-Session::Session(GlobalOptions const& options) : options_(options) {
+Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
+    RequireLogFile(options.log);
     std::wstring const directory = ProgramDirectory();
     machine_ = StartSimulation(options.boardFile, directory);
-    library_ = std::make_unique<Library>(directory + L"gputune.dll");
-
-    bool const hasBackend = library_->InitVGAHelper(options.log);
-    std::uint64_t const info = library_->GetVendorInfo();
-    vendor_ = static_cast<std::uint32_t>(info);
-    api_ = static_cast<std::uint32_t>(info >> 32U);
-    if (!hasBackend) {
-        state_ = vendor_ == GPUTUNE_VENDOR_UNKNOWN ? InitState::NoSupportedGpu : InitState::LibraryNotOpened;
-        return;
+    std::wstring const library = directory + L"gputune.dll";
+    Load(library, use);
+    // Once more with a log, which names the display controllers: an unloaded library begins anew.
+    if (state_ == InitState::NoSupportedGpu && !log_ && options.log == GPUTUNE_LOG_NONE) {
+        Load(library, LogUse::Kept);
     }
-    state_ = library_->IsInitOk() ? InitState::Ready : InitState::AdapterNotOpened;
     if (state_ == InitState::Ready && options.adapter) {
         SelectAdapter(*options.adapter);
     }
@@ -90,26 +88,122 @@ Session::Session(GlobalOptions const& options) : options_(options) {
 
 Session::~Session() = default;
 
-void Session::SelectAdapter(int index) const {
+void Session::Load(std::wstring const& path, LogUse use) {
+    library_.reset();
+    log_ = use == LogUse::Kept ? std::make_unique<KeptLog>(options_.log) : nullptr;
+    library_ = std::make_unique<Library>(path);
+    Initialise();
+    firstAdapter_ = adapter_;
+}
+
+void Session::Initialise() {
+    bool hasBackend = false;
+    if (log_) {
+        KeptLog::InDirectory const directory(*log_);
+        hasBackend = library_->InitVGAHelper(log_->Mode());
+    } else {
+        hasBackend = library_->InitVGAHelper(options_.log);
+    }
+    std::uint64_t const info = library_->GetVendorInfo();
+    vendor_ = static_cast<std::uint32_t>(info);
+    api_ = static_cast<std::uint32_t>(info >> 32U);
+    adapter_ = hasBackend ? library_->GetActiveAdapterIndex() : -1;
+    if (!hasBackend) {
+        state_ = vendor_ == GPUTUNE_VENDOR_UNKNOWN ? InitState::NoSupportedGpu : InitState::LibraryNotOpened;
+    } else {
+        state_ = library_->IsInitOk() ? InitState::Ready : InitState::AdapterNotOpened;
+    }
+}
+
+void Session::SelectAdapter(int index) {
     // NVIDIA's refuses even the index it has.
-    if (index == library_->GetActiveAdapterIndex() || library_->SetActiveAdapterIndex(index)) {
+    if (index == adapter_) {
         return;
     }
-    if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
-        throw UnsupportedError("of NVIDIA boards, none but adapter 0 can be selected.");
+    if (!library_->SetActiveAdapterIndex(index)) {
+        if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
+            throw UnsupportedError("of NVIDIA boards, none but adapter 0 can be selected.");
+        }
+        ErrorDetails details{.code = "no_such_adapter", .adapters = AdapterIndices()};
+        std::string list;
+        for (int const known : details.adapters) {
+            list += (list.empty() ? "" : ", ") + std::to_string(known);
+        }
+        throw ToolError("There is no adapter with index " + std::to_string(index) + "; there is " +
+                            (list.empty() ? "none" : list) + ".\nThe command adapters tells what is known of them.",
+                        std::move(details));
     }
-    throw ToolError("There is no adapter with index " + std::to_string(index) + "." + LogHint());
+    adapter_ = index;
+    if (vendor_ == GPUTUNE_VENDOR_AMD) {
+        // The library goes on with the ranges, defaults and fan controllers of the adapter it started with, until it
+        // starts anew; the selection stays.
+        Initialise();
+    }
+}
+
+VgaInfo Session::Identity() const {
+    bool const hasBackend = state_ == InitState::Ready || state_ == InitState::AdapterNotOpened;
+    return hasBackend && !IdentityIsOfAnother() ? library_->GetVGAInfo() : VgaInfo{};
+}
+
+std::vector<int> Session::AdapterIndices() const {
+    if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
+        return {adapter_};
+    }
+    // More indices than any driver gives out. The log tells where to stop: AMD's how many there are, Intel's when an
+    // index is beyond the last device.
+    constexpr int mostIndices = 1024;
+    std::optional<std::string> const active = LastMessage(LogSince(0), " number of active adapter");
+    std::size_t const count =
+        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(mostIndices) : mostIndices);
+    std::vector<int> indices;
+    for (int index = 0; index < mostIndices && indices.size() < count; ++index) {
+        std::size_t const mark = vendor_ == GPUTUNE_VENDOR_INTEL ? LogMark() : 0;
+        if (library_->SetActiveAdapterIndex(index)) {
+            indices.push_back(index);
+        } else if (vendor_ == GPUTUNE_VENDOR_INTEL &&
+                   LastMessage(LogSince(mark), "") == "specified adapter index out of range") {
+            break;
+        }
+    }
+    library_->SetActiveAdapterIndex(adapter_);
+    return indices;
+}
+
+std::vector<Controller> Session::Controllers() const {
+    std::vector<std::string> names = ControllerNames(LogSince(0));
+    for (std::string& name : names) {
+        name = Utf8FromAnsi(name.c_str(), name.size());
+    }
+    return JudgeControllers(names);
+}
+
+LogEntries Session::LogSince(std::size_t mark) const {
+    LogEntries entries = log_ ? log_->Read() : LogEntries();
+    entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(std::min(mark, entries.size())));
+    return entries;
 }
 
 std::optional<std::string> Session::Problem() const {
     std::string const vendor = VendorName(vendor_).text;
+    std::string controllers = state_ == InitState::Ready ? "" : ExplainControllers(Controllers());
+    controllers = (controllers.empty() ? "" : "\n") + controllers;
     switch (state_) {
         case InitState::Ready:
             return std::nullopt;
         case InitState::NoSupportedGpu:
-            return "No supported GPU found: no display controller of this machine is a board that can be used, or the "
-                   "system's management service (WMI) does not answer." +
-                   LogHint();
+            if (!log_ || !log_->IsKept()) {
+                return "No supported GPU found: no display controller of this machine is a board that can be used, or "
+                       "the system's management service (WMI) does not answer." +
+                       LogHint();
+            }
+            if (controllers.empty()) {
+                return "No supported GPU found: the system's management service (WMI) names no display controller, or "
+                       "does not answer." +
+                       LogHint();
+            }
+            return "No supported GPU found: no display controller of this machine is a board that can be used." +
+                   controllers;
         case InitState::LibraryNotOpened:
         case InitState::AdapterNotOpened: {
             std::string const there = "There is an " + vendor + " GPU, but ";
@@ -118,12 +212,12 @@ std::optional<std::string> Session::Problem() const {
             if (!HasControlLibrary(vendor_)) {
                 return there + library +
                        " is not installed on this system. It comes with the graphics driver: install " +
-                       DriverName(vendor_) + ".";
+                       DriverName(vendor_) + "." + controllers;
             }
             return there + "no usable adapter: " + library +
                    " could not be opened, or it shows no board that can be used. Another version of the driver may "
                    "help: " +
-                   DriverName(vendor_) + "." + LogHint();
+                   DriverName(vendor_) + "." + controllers + LogHint();
         }
     }
     return std::nullopt;
@@ -131,12 +225,16 @@ std::optional<std::string> Session::Problem() const {
 
 void Session::RequireReady() const {
     if (std::optional<std::string> const problem = Problem()) {
-        throw ToolError(*problem);
+        ErrorDetails details{.code = InitStateName(state_).code};
+        for (Controller& controller : Controllers()) {
+            details.controllers.push_back(std::move(controller.name));
+        }
+        throw ToolError(*problem, std::move(details));
     }
 }
 
 std::string Session::AdapterName() const {
-    VgaInfo const info = library_->GetVGAInfo();
+    VgaInfo const info = Identity();
     return Utf8FromAnsi(info.AdapterName, sizeof info.AdapterName);
 }
 
@@ -154,7 +252,11 @@ Readings Session::ReadSensors() const {
 }
 
 std::string Session::LogHint() const {
-    return options_.log == GPUTUNE_LOG_NONE ? "\nRun the command again with --log stdout to see what happened." : "";
+    if (options_.log != GPUTUNE_LOG_NONE) {
+        return "";
+    }
+    return std::string("\nRun the command again with --log ") + (options_.json ? "file" : "stdout") +
+           " to see what happened.";
 }
 
 }  // namespace gputune::tool

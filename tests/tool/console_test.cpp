@@ -189,6 +189,19 @@ TEST(Dashboard, FollowsTheSizeOfTheWindow) {
     EXPECT_TRUE(tool.EventuallyShows(L"\u2588")) << Utf8(tool.Screen());
 }
 
+TEST(Question, CtrlCChangesNothing) {
+    ToolOnConsole const tool(L"fan set 60");
+    ASSERT_TRUE(tool.EventuallyShows(L"[y/N]")) << Utf8(tool.Screen());
+    // Whatever was typed before counts for nothing.
+    tool.Press(L'y');
+    SetConsoleCtrlHandler(nullptr, TRUE);
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
+    EXPECT_EQ(tool.ExitCode(), 1U);
+    SetConsoleCtrlHandler(nullptr, FALSE);
+    EXPECT_TRUE(tool.Shows(L"Nothing was changed.")) << Utf8(tool.Screen());
+    EXPECT_FALSE(tool.Shows(L"Fan speed set")) << Utf8(tool.Screen());
+}
+
 TEST(Recording, ShowsItsProgress) {
     ToolOnConsole const tool(L"record --out progress.csv --duration 3 --interval 0.1");
     EXPECT_TRUE(tool.EventuallyShows(L"\u2588\u2588\u2588")) << Utf8(tool.Screen());
