@@ -31,7 +31,7 @@ Section ClockSection(char const* key, char const* title, ClockSetting const& set
     return section;
 }
 
-int RunGet(GlobalOptions const& options) {
+int RunClocksGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
     PrintReadings(session, options, {GpuClockSection(session), MemoryClockSection(session)},
@@ -39,8 +39,8 @@ int RunGet(GlobalOptions const& options) {
     return exitSuccess;
 }
 
-int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string what,
-           std::string sentence, ReadBack readBack) {
+int FinishClocks(Session const& session, GlobalOptions const& options, std::string command, std::string what,
+                 std::string sentence, ReadBack readBack) {
     return FinishChange(session, options,
                         {.command = std::move(command),
                          .what = std::move(what),
@@ -89,7 +89,7 @@ ReadBack CompareOffsets(LogEntries const& entries, ClockCommand const& command) 
     return readBack;
 }
 
-std::string Describe(ClockRequest const& request, bool offsets) {
+std::string DescribeClocks(ClockRequest const& request, bool offsets) {
     std::string text;
     auto const add = [&text](char const* what, std::optional<int> const& value, Unit unit, bool always) {
         if (value && (*value != 0 || always)) {
@@ -104,25 +104,26 @@ std::string Describe(ClockRequest const& request, bool offsets) {
     return text;
 }
 
-int RunSet(GlobalOptions const& options, ClockRequest const& request) {
+int RunClocksSet(GlobalOptions const& options, ClockRequest const& request) {
     Session const session(options);
     RequireTunable(session);
     Library const& api = session.Api();
     ClockCommand const command =
         PlanClocks(session.ApiType(), request, api.GetGpuClockSetting(), api.GetMemClockSetting());
-    std::string const text = Describe(request, session.ApiType() == GPUTUNE_API_IGCL);
+    std::string const text = DescribeClocks(request, session.ApiType() == GPUTUNE_API_IGCL);
     ConfirmChange(session, options, "Set " + text);
     std::size_t const mark = session.LogMark();
     bool const done =
         api.SetPerformanceUser(command.gpuClock, command.gpuVoltage, command.memClock, command.memVoltage);
     bool const wasInEffect = !done && command.inEffect;
     RequireDone(session, done || wasInEffect, "these clocks");
-    return Finish(session, options, "clocks set", text, (wasInEffect ? "In effect already: " : "Set ") + text + ".",
-                  session.ApiType() == GPUTUNE_API_IGCL ? CompareOffsets(session.LogSince(mark), command)
-                                                        : CompareRequest(api, request));
+    return FinishClocks(session, options, "clocks set", text,
+                        (wasInEffect ? "In effect already: " : "Set ") + text + ".",
+                        session.ApiType() == GPUTUNE_API_IGCL ? CompareOffsets(session.LogSince(mark), command)
+                                                              : CompareRequest(api, request));
 }
 
-int RunDefault(GlobalOptions const& options) {
+int RunClocksDefault(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     if (session.ApiType() == GPUTUNE_API_IGCL) {
@@ -130,8 +131,9 @@ int RunDefault(GlobalOptions const& options) {
     }
     ConfirmChange(session, options, "Restore the default clocks, voltages and power limit");
     RequireDone(session, session.Api().SetPerformanceDefault(), "the default clocks");
-    return Finish(session, options, "clocks default", "the default clocks, voltages and power limit",
-                  "Default clocks and voltages restored, and the power limit with them.", CompareDefaults(session));
+    return FinishClocks(session, options, "clocks default", "the default clocks, voltages and power limit",
+                        "Default clocks and voltages restored, and the power limit with them.",
+                        CompareDefaults(session));
 }
 
 }  // namespace
@@ -180,7 +182,7 @@ void AddClocksCommands(CLI::App& app, Context& context) {
 
     CLI::App* get = clocks->add_subcommand("get", "Show clocks, voltages and their ranges");
     get->footer("Example:\n  gputunectl clocks get");
-    get->callback([&context] { context.run = [&context] { return RunGet(context.options); }; });
+    get->callback([&context] { context.run = [&context] { return RunClocksGet(context.options); }; });
 
     CLI::App* set = clocks->add_subcommand("set", "Set clocks and voltages; what is not given stays as it is");
     auto const request = std::make_shared<ClockRequest>();
@@ -203,11 +205,11 @@ void AddClocksCommands(CLI::App& app, Context& context) {
         "  gputunectl clocks set --gpu 1500 --gpu-voltage 1100 --mem 1000\n"
         "  gputunectl clocks set --gpu 50 --mem 0");
     set->callback(
-        [&context, request] { context.run = [&context, request] { return RunSet(context.options, *request); }; });
+        [&context, request] { context.run = [&context, request] { return RunClocksSet(context.options, *request); }; });
 
     CLI::App* restore = clocks->add_subcommand("default", "Restore the default clocks, voltages and power limit");
     restore->footer("Example:\n  gputunectl clocks default");
-    restore->callback([&context] { context.run = [&context] { return RunDefault(context.options); }; });
+    restore->callback([&context] { context.run = [&context] { return RunClocksDefault(context.options); }; });
 }
 
 }  // namespace gputune::tool

@@ -40,7 +40,7 @@ Value ReadingValue(Readings const& readings, GputuneHwmKey key) {
     return readings[key] ? Value{*readings[key]} : Value{};
 }
 
-int RunGet(GlobalOptions const& options) {
+int RunFanGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
     PrintReadings(session, options, {FanSection(session)}, "its fan");
@@ -48,8 +48,8 @@ int RunGet(GlobalOptions const& options) {
 }
 
 // A change that was sent.
-int Finish(Session const& session, GlobalOptions const& options, std::string command, std::string what,
-           std::string sentence, ReadBack readBack) {
+int FinishFan(Session const& session, GlobalOptions const& options, std::string command, std::string what,
+              std::string sentence, ReadBack readBack) {
     return FinishChange(session, options,
                         {.command = std::move(command),
                          .what = std::move(what),
@@ -99,7 +99,7 @@ ReadBack ComparePoints(Session const& session, Asked&& asked) {
     return readBack;
 }
 
-int RunSet(GlobalOptions const& options, int percent) {
+int RunFanSet(GlobalOptions const& options, int percent) {
     Session const session(options);
     RequireTunable(session);
     CheckFanSpeed(percent, session.Api().ReadFanSetting());
@@ -108,34 +108,34 @@ int RunSet(GlobalOptions const& options, int percent) {
     std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(percent), "the fan speed");
     // A fixed speed is a flat curve where there is one; the temperatures stay.
-    return Finish(session, options, "fan set", "fan speed " + speed, "Fan speed set to " + speed + ".",
-                  session.ApiType() == GPUTUNE_API_IGCL
-                      ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
-                      : ComparePoints(session, [percent](int, FanPoint const&) {
-                            return FanTablePoint{.FanSpeed = percent, .FanTemperature = untouched};
-                        }));
+    return FinishFan(session, options, "fan set", "fan speed " + speed, "Fan speed set to " + speed + ".",
+                     session.ApiType() == GPUTUNE_API_IGCL
+                         ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
+                         : ComparePoints(session, [percent](int, FanPoint const&) {
+                               return FanTablePoint{.FanSpeed = percent, .FanTemperature = untouched};
+                           }));
 }
 
-int RunAuto(GlobalOptions const& options) {
+int RunFanAuto(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     ConfirmChange(session, options, "Return the fan to the driver's control");
     std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(-1), "to take over the fan");
-    return Finish(session, options, "fan auto", "the driver's control of the fan", "The driver controls the fan.",
-                  session.ApiType() == GPUTUNE_API_IGCL
-                      ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
-                      : ComparePoints(session, [](int, FanPoint const& point) {
-                            // A setting that the board does not have has a range of nothing.
-                            bool const hasSpeed = point.MinSpeed != 0 || point.MaxSpeed != 0;
-                            bool const hasTemperature = point.MinTemperature != 0 || point.MaxTemperature != 0;
-                            return FanTablePoint{
-                                .FanSpeed = hasSpeed ? point.DefaultSpeed : untouched,
-                                .FanTemperature = hasTemperature ? point.DefaultTemperature : untouched};
-                        }));
+    return FinishFan(session, options, "fan auto", "the driver's control of the fan", "The driver controls the fan.",
+                     session.ApiType() == GPUTUNE_API_IGCL
+                         ? JudgeAnswers(ReadFanAnswers(session.LogSince(mark)))
+                         : ComparePoints(session, [](int, FanPoint const& point) {
+                               // A setting that the board does not have has a range of nothing.
+                               bool const hasSpeed = point.MinSpeed != 0 || point.MaxSpeed != 0;
+                               bool const hasTemperature = point.MinTemperature != 0 || point.MaxTemperature != 0;
+                               return FanTablePoint{
+                                   .FanSpeed = hasSpeed ? point.DefaultSpeed : untouched,
+                                   .FanTemperature = hasTemperature ? point.DefaultTemperature : untouched};
+                           }));
 }
 
-int RunCurve(GlobalOptions const& options, std::vector<std::string> const& points) {
+int RunFanCurve(GlobalOptions const& options, std::vector<std::string> const& points) {
     std::vector<FanTablePoint> const curve = ParseCurve(points);
     Session const session(options);
     RequireTunable(session);
@@ -156,14 +156,14 @@ int RunCurve(GlobalOptions const& options, std::vector<std::string> const& point
         }
         ReadBack readBack = JudgeAnswers(answers);
         RequireDone(session, done || !readBack.IsDone(), "the fan curve");
-        return Finish(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
-                      std::move(readBack));
+        return FinishFan(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
+                         std::move(readBack));
     }
     RequireDone(session, done, "the fan curve");
-    return Finish(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
-                  ComparePoints(session, [&curve](int i, FanPoint const&) {
-                      return curve[std::min(static_cast<std::size_t>(i), curve.size() - 1)];
-                  }));
+    return FinishFan(session, options, "fan curve", "fan curve " + text, "Fan curve set to " + text + ".",
+                     ComparePoints(session, [&curve](int i, FanPoint const&) {
+                         return curve[std::min(static_cast<std::size_t>(i), curve.size() - 1)];
+                     }));
 }
 
 }  // namespace
@@ -197,7 +197,7 @@ void AddFanCommands(CLI::App& app, Context& context) {
 
     CLI::App* get = fan->add_subcommand("get", "Show the fan's speed, ranges and curve");
     get->footer("Example:\n  gputunectl fan get");
-    get->callback([&context] { context.run = [&context] { return RunGet(context.options); }; });
+    get->callback([&context] { context.run = [&context] { return RunFanGet(context.options); }; });
 
     CLI::App* set = fan->add_subcommand("set", "Set a fixed speed");
     auto const percent = std::make_shared<int>(0);
@@ -208,11 +208,11 @@ void AddFanCommands(CLI::App& app, Context& context) {
         ->type_name("PERCENT");
     set->footer("Example:\n  gputunectl fan set 60");
     set->callback(
-        [&context, percent] { context.run = [&context, percent] { return RunSet(context.options, *percent); }; });
+        [&context, percent] { context.run = [&context, percent] { return RunFanSet(context.options, *percent); }; });
 
     CLI::App* automatic = fan->add_subcommand("auto", "Return the fan to the driver's automatic control");
     automatic->footer("Example:\n  gputunectl fan auto");
-    automatic->callback([&context] { context.run = [&context] { return RunAuto(context.options); }; });
+    automatic->callback([&context] { context.run = [&context] { return RunFanAuto(context.options); }; });
 
     CLI::App* curve = fan->add_subcommand("curve", "Set a fan curve");
     auto const points = std::make_shared<std::vector<std::string>>();
@@ -227,7 +227,7 @@ void AddFanCommands(CLI::App& app, Context& context) {
         "Example:\n"
         "  gputunectl fan curve 40:20 55:30 65:45 75:65 85:90");
     curve->callback(
-        [&context, points] { context.run = [&context, points] { return RunCurve(context.options, *points); }; });
+        [&context, points] { context.run = [&context, points] { return RunFanCurve(context.options, *points); }; });
 }
 
 }  // namespace gputune::tool

@@ -52,7 +52,7 @@ std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, Pow
     return std::nullopt;
 }
 
-int RunGet(GlobalOptions const& options) {
+int RunPowerGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
     PrintReadings(session, options, {PowerSection(session)}, "its power limit");
@@ -65,7 +65,7 @@ struct PowerRequest {
     std::optional<int> percent{};
 };
 
-std::string Describe(PowerRequest const& request, char const* link) {
+std::string DescribePower(PowerRequest const& request, char const* link) {
     std::string text;
     if (request.temperature) {
         text =
@@ -107,7 +107,7 @@ std::optional<double> LoggedLimit(LogEntries const& entries) {
     return text ? LeadingNumber(*text) : std::nullopt;
 }
 
-int RunSet(GlobalOptions const& options, PowerRequest request) {
+int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
     Session const session(options);
     RequireTunable(session);
     bool const hasTemperature = session.ApiType() == GPUTUNE_API_OVERDRIVEN;
@@ -130,7 +130,7 @@ int RunSet(GlobalOptions const& options, PowerRequest request) {
                             : hasTemperature
                                 ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
                                 : 0;
-    std::string const limits = Describe(request, "to ");
+    std::string const limits = DescribePower(request, "to ");
     ConfirmChange(session, options, "Set the " + limits);
     std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + limits);
@@ -149,13 +149,13 @@ int RunSet(GlobalOptions const& options, PowerRequest request) {
     }
     return FinishChange(session, options,
                         {.command = "power set",
-                         .what = Describe(request, ""),
+                         .what = DescribePower(request, ""),
                          .sentence = "Set the " + limits + ".",
                          .readBack = std::move(readBack),
                          .sections = {PowerSection(session)}});
 }
 
-int RunDefault(GlobalOptions const& options) {
+int RunPowerDefault(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     ConfirmChange(session, options, "Restore the default power limit");
@@ -230,7 +230,7 @@ void AddPowerCommands(CLI::App& app, Context& context) {
 
     CLI::App* get = power->add_subcommand("get", "Show the power limit and its range");
     get->footer("Example:\n  gputunectl power get");
-    get->callback([&context] { context.run = [&context] { return RunGet(context.options); }; });
+    get->callback([&context] { context.run = [&context] { return RunPowerGet(context.options); }; });
 
     CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
     auto const limits = std::make_shared<std::vector<int>>();
@@ -253,12 +253,14 @@ void AddPowerCommands(CLI::App& app, Context& context) {
         "  gputunectl power set --percent -15\n"
         "  gputunectl power set --temperature 80");
     set->callback([&context, limits, named] {
-        context.run = [&context, request = JoinRequest(*limits, *named)] { return RunSet(context.options, request); };
+        context.run = [&context, request = JoinRequest(*limits, *named)] {
+            return RunPowerSet(context.options, request);
+        };
     });
 
     CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");
     restore->footer("Example:\n  gputunectl power default");
-    restore->callback([&context] { context.run = [&context] { return RunDefault(context.options); }; });
+    restore->callback([&context] { context.run = [&context] { return RunPowerDefault(context.options); }; });
 }
 
 }  // namespace gputune::tool

@@ -9,7 +9,7 @@ namespace gputune::tool {
 
 namespace {
 
-constexpr std::string_view whiteSpace = " \t\n\v\f\r";
+constexpr std::string_view kXmlWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 bool IsLetter(char c) {
@@ -60,7 +60,7 @@ private:
 
     void Fail(std::size_t offset, std::string message) { result_.error = SyntaxError{offset, std::move(message)}; }
 
-    void SkipWhiteSpace() { position_ = std::min(text_.find_first_not_of(whiteSpace, position_), text_.size()); }
+    void SkipWhiteSpace() { position_ = std::min(text_.find_first_not_of(kXmlWhiteSpace, position_), text_.size()); }
 
     void ScanNode() {
         std::size_t const start = position_;

@@ -26,7 +26,8 @@ Answer Number(int result) {
 // Behind a Valid that comes first there is room, in which compilers leave what they like.
 template <class Record>
 void ClearRoomBehindValid(unsigned char* storage) {
-    if constexpr (requires(Record record) { record.Valid; } && !requires(Record record) { record.Reserved; }) {
+    if constexpr (
+        requires(Record record) { record.Valid; } && !requires(Record record) { record.Reserved; }) {
         static_assert(offsetof(Record, Valid) == 0 && alignof(Record) >= sizeof(int));
         std::memset(storage + 1, 0, sizeof(int) - 1);
     }

@@ -82,11 +82,12 @@ TEST(ProfileCheck, FindsFilesThatAreNoProfileFiles) {
               "f:1:1: error: the file is longer than 4 MiB and is not read\n");
     EXPECT_EQ(Check("<B>\n<A Id=\"" + std::string(longestTag, '1') + "\"/></B>"),
               "f:2:1: error: this tag is longer than 4096 bytes\n");
+    // How deep is too deep depends on the XML library's version.
     std::string deep;
-    for (int i = 0; i < 99; ++i) {
+    for (int level = 0; level < 1000; ++level) {
         deep += "<a>\n";
     }
-    EXPECT_EQ(Check(deep), "f:99:1: error: elements are nested too deeply\n");
+    EXPECT_TRUE(Check(deep).ends_with(":1: error: elements are nested too deeply\n")) << Check(deep);
 }
 
 TEST(ProfileCheck, FindsWhatStandsBehindTheEnd) {
