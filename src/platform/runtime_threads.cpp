@@ -16,7 +16,7 @@ static_assert(sizeof(pthread_once_t) == sizeof(INIT_ONCE) && sizeof(pthread_mute
 // What PTHREAD_MUTEX_INITIALIZER has left in a mutex, to the system, is a lock that is never released: it becomes a
 // free one here. A lock in use does not look like that.
 SRWLOCK* Lock(pthread_mutex_t* mutex) {
-    pthread_mutex_t predefined = PTHREAD_MUTEX_INITIALIZER;
+    auto predefined = PTHREAD_MUTEX_INITIALIZER;
     __atomic_compare_exchange_n(mutex, &predefined, pthread_mutex_t{}, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
     return reinterpret_cast<SRWLOCK*>(mutex);
 }
