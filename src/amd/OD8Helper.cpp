@@ -97,8 +97,11 @@ bool OD8Helper::GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) c
 
 std::optional<ADLOD8CurrentSetting> OD8Helper::CurrentSettings(log::Tag tag, int last) const {
     ADLOD8CurrentSetting current;
-    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current) || last >= current.count) {
-        log::Entry(tag, "Get current settings failed");
+    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current)) {
+        return std::nullopt;
+    }
+    if (last >= current.count) {
+        log::Entry(tag, "too few current settings");
         return std::nullopt;
     }
     return current;
