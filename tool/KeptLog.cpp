@@ -32,7 +32,7 @@ std::wstring MakeFolder() {
     std::wstring const start = directory + (L"gputunectl-" + std::to_wstring(GetCurrentProcessId())) + L"-";
     // One that is there already is somebody else's.
     for (int i = 0; i < 100; ++i) {
-        std::wstring const folder = start + std::to_wstring(i);
+        std::wstring folder = start + std::to_wstring(i);
         if (CreateDirectoryW(folder.c_str(), nullptr)) {
             return folder;
         }
