@@ -86,4 +86,9 @@ function(gputune_compile_together target)
     list(LENGTH sources count)
     math(EXPR half "(${count} + 1) / 2")
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${GPUTUNE_UNITY} UNITY_BUILD_BATCH_SIZE ${half})
+    if(WIN32)
+        # They wait for people and drivers: -O2 would take the compiler half as long again, and debuggers find lines without
+        # every variable.
+        target_compile_options(${target} PRIVATE -Os -g1)
+    endif()
 endfunction()
