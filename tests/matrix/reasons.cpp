@@ -153,6 +153,7 @@ void Replace(std::string& text, std::string_view what, std::string const& with) 
 // Words that give a reason; the names of what failed stand before them.
 constexpr std::string_view kReasons[] = {
     "fail",
+    "too few",
     "Fail",
     "error: ",
     "null ptr",

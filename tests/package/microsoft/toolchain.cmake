@@ -4,7 +4,7 @@ set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 set(CMAKE_C_COMPILER clang)
 set(CMAKE_C_COMPILER_TARGET i686-pc-windows-msvc)
-set(CMAKE_AR llvm-ar-14 CACHE FILEPATH "")
+set(CMAKE_AR llvm-ar CACHE FILEPATH "")
 set(CMAKE_C_FLAGS_INIT "-ffreestanding -isystem ${CMAKE_CURRENT_LIST_DIR}/include")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-Xlinker /nodefaultlib -Xlinker /manifest:no")
 set(CMAKE_C_STANDARD_LIBRARIES
