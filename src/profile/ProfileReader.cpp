@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 namespace gputune::profile {
 
