@@ -8,7 +8,7 @@
 
 #include "ProfileCheck.h"
 #include "XmlPositions.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 #include "records/hex_long.h"
 #include "require.h"
 

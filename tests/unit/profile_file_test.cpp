@@ -10,7 +10,7 @@
 #include "log/DebugLog.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "profile/PerformanceProfile.h"
+#include "profile/performance_profile.h"
 #include "records/hex_long.h"
 
 namespace gputune::profile {

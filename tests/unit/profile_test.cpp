@@ -7,7 +7,7 @@
 #include <string>
 
 #include "comma_locale.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 #include "records/hex_long.h"
 
 namespace gputune::profile {

@@ -1,4 +1,4 @@
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 
 #include <tinyxml2.h>
 
