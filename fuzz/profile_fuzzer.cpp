@@ -8,8 +8,8 @@
 
 #include "ProfileCheck.h"
 #include "XmlPositions.h"
-#include "adapter/hex_long.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
+#include "records/hex_long.h"
 #include "require.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include "ProfileCheck.h"
 #include "ProfileValues.h"
 #include "XmlPositions.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 
 namespace gputune::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "log/Text.h"
+#include "log/LineText.h"
 
 #include <charconv>
 

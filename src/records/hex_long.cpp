@@ -1,4 +1,4 @@
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 #include <charconv>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "nvidia/DriverStore.h"
+#include "nvidia/driver_store.h"
 
 #include <vector>
 

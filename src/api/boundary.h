@@ -5,7 +5,7 @@
 #include <exception>
 #include <string_view>
 
-#include "api/CurrentAdapter.h"
+#include "api/current_adapter.h"
 #include "log/DebugLog.h"
 
 namespace gputune::api {

@@ -1,4 +1,4 @@
-#include "api/CurrentAdapter.h"
+#include "api/current_adapter.h"
 
 #include <utility>
 

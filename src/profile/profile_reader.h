@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "adapter/records.h"
+#include "records/records.h"
 
 namespace gputune::profile {
 

@@ -1,4 +1,4 @@
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 
 #include <tinyxml2.h>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 namespace gputune::profile {
 

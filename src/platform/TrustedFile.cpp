@@ -1,4 +1,4 @@
-#include "platform/trust.h"
+#include "platform/TrustedFile.h"
 
 #include <windows.h>
 

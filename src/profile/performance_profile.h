@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "adapter/records.h"
+#include "records/records.h"
 
 namespace gputune::profile {
 

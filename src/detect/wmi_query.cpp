@@ -1,4 +1,4 @@
-#include "detect/WmiQuery.h"
+#include "detect/wmi_query.h"
 
 #include <windows.h>
 

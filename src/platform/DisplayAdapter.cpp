@@ -1,4 +1,4 @@
-#include "platform/display_source.h"
+#include "platform/DisplayAdapter.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "amd/AdlMemory.h"
+#include "amd/adl_memory.h"
 
 #include <cstdlib>
 #include <map>

@@ -1,4 +1,4 @@
-#include "profile/PerformanceProfile.h"
+#include "profile/performance_profile.h"
 
 #include <memory>
 #include <optional>
@@ -6,7 +6,7 @@
 
 #include "log/DebugLog.h"
 #include "platform/paths.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
 
 namespace gputune::profile {
 

@@ -1,4 +1,4 @@
-#include "intel/ControlLibrary.h"
+#include "intel/control_library.h"
 
 #include <utility>
 
