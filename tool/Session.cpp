@@ -6,7 +6,7 @@
 
 #include "Errors.h"
 #include "Text.h"
-#include "host/SimulatedMachine.h"
+#include "sim/host/SimulatedMachine.h"
 
 namespace gputune::tool {
 

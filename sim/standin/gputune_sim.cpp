@@ -3,9 +3,9 @@
 #include <cstring>
 #include <exception>
 
-#include "board/BoardFile.h"
 #include "gputune_sim.h"
-#include "standin/StandIn.h"
+#include "sim/board/BoardFile.h"
+#include "sim/standin/StandIn.h"
 
 #define SIM_EXPORT extern "C" __declspec(dllexport)
 

@@ -8,9 +8,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "board/BoardFile.h"
 #include "gputune_sim_host.h"
-#include "host/SimulatedMachine.h"
+#include "sim/board/BoardFile.h"
+#include "sim/host/SimulatedMachine.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 
@@ -17,7 +17,7 @@ struct Feature {
 };
 constexpr Feature kFeatures[] = {
 #define SIM_OD8_FEATURE(capability, first, last) {capability, first, last},
-#include "board/overdrive8_features.inc"
+#include "sim/board/overdrive8_features.inc"
 };
 
 void ReadSettings(JsonValue const& value, Overdrive8& part) {

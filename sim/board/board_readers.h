@@ -1,9 +1,9 @@
 // The parts of a board file, one reader each; all throw BoardFileError.
 #pragma once
 
-#include "board/Board.h"
-#include "board/FaultRules.h"
-#include "board/JsonReader.h"
+#include "sim/board/Board.h"
+#include "sim/board/FaultRules.h"
+#include "sim/board/JsonReader.h"
 
 namespace gputune::sim {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 
@@ -20,7 +20,7 @@ struct TelemetryName {
 
 constexpr TelemetryName kTelemetryNames[] = {
 #define SIM_TELEMETRY(name, ...) {#name, false __VA_OPT__(|| true)},
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
 };
 
 OverclockControl ReadControl(JsonValue const& value) {

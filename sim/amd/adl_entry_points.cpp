@@ -3,8 +3,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "amd/AmdStandIn.h"
-#include "model/rounding.h"
+#include "sim/amd/AmdStandIn.h"
+#include "sim/model/rounding.h"
 
 #define ADL_EXPORT extern "C" __declspec(dllexport) int ADL_CDECL
 

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <type_traits>
 
-#include "nvidia/NvidiaStandIn.h"
+#include "sim/nvidia/NvidiaStandIn.h"
 
 using namespace gputune::nvidia;
 using namespace gputune::sim;
@@ -139,7 +139,7 @@ struct EntryPoint {
 
 EntryPoint const kEntryPoints[] = {
 #define SIM_NVAPI(name, identifier) {identifier, #name, reinterpret_cast<void*>(&(name))},
-#include "board/nvapi_entry_points.inc"
+#include "sim/board/nvapi_entry_points.inc"
 };
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "intel/IntelStandIn.h"
-#include "intel/hand_out.h"
+#include "sim/intel/IntelStandIn.h"
+#include "sim/intel/hand_out.h"
 
 #define CTL_EXPORT extern "C" __declspec(dllexport) ctl_result_t CTL_CDECL
 
