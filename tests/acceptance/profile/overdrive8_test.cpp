@@ -1,5 +1,5 @@
 // Overdrive8: the predefined overclock and silent modes, from the profile file to the driver.
-#include "overdrive8_traffic.h"
+#include "../overdrive8_traffic.h"
 
 namespace gputune::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "../repetition.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

@@ -1,8 +1,8 @@
 // Reading the profile file, very often.
 #include <gtest/gtest.h>
 
-#include "Resources.h"
 #include "boards.h"
+#include "resources.h"
 
 namespace gputune::test {
 namespace {

@@ -8,11 +8,11 @@
 #if !defined(_WIN32)
 #include "FakeSystem.h"
 #endif
-#include "Resources.h"
 #include "boards.h"
 #include "intel_board.h"
 #include "nvidia_board.h"
 #include "operations.h"
+#include "resources.h"
 
 namespace gputune::test {
 
