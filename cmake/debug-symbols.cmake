@@ -6,7 +6,7 @@ function(gputune_split_debug target)
     if(NOT WIN32 OR NOT CMAKE_OBJCOPY OR NOT CMAKE_STRIP)
         return()
     endif()
-    set(directory "${GPUTUNE_OUTPUT_DIR}/debug")
+    set(directory "${GPUTUNE_DEBUG_DIR}")
     set(symbols "${directory}/$<TARGET_FILE_NAME:${target}>.debug")
     # With -p the tools leave the linker's zero time stamp in the file instead of the present time.
     add_custom_command(TARGET ${target} POST_BUILD

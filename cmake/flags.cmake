@@ -1,12 +1,13 @@
 # The interface targets that every target of this project links:
 #   gputune::warnings        what the compiler is asked to object to
-#   gputune::platform_flags  what 32-bit code for Windows needs
+#   gputune::platform_flags  what code for Windows needs
 # What only the library's own code needs stands in src/CMakeLists.txt.
 
 add_library(gputune_warnings INTERFACE)
 add_library(gputune::warnings ALIAS gputune_warnings)
 
 set(gnu "$<CXX_COMPILER_ID:GNU>")
+set(x64 "$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>")
 
 # Left out: -Wnull-dereference, which after inlining objects to the standard library's own containers.
 target_compile_options(gputune_warnings INTERFACE
@@ -34,8 +35,9 @@ target_compile_options(gputune_platform_flags INTERFACE
 if(WIN32)
     target_compile_options(gputune_platform_flags INTERFACE
         # 32-bit Windows promises a 4-byte aligned stack and no more: hosts built by other compilers, and the callbacks
-        # that vendor libraries make, arrive with less than the 16 bytes GCC takes for granted when it uses SSE.
-        $<$<COMPILE_LANGUAGE:C,CXX>:-mstackrealign>
+        # that vendor libraries make, arrive with less than the 16 bytes GCC takes for granted when it uses SSE. 64-bit
+        # Windows promises 16.
+        $<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<NOT:${x64}>>:-mstackrealign>
         # A section per function and object, of which the linker keeps those in use.
         $<$<COMPILE_LANGUAGE:C,CXX>:-ffunction-sections -fdata-sections>
         # No directory of this machine in assertions and symbols: the same source makes the same file everywhere. Of several
@@ -53,9 +55,11 @@ if(WIN32)
         LINKER:--no-insert-timestamp
         # The linker would choose a library's preferred address by a hash of the path it is written to.
         LINKER:--disable-auto-image-base
-        # Data is not executed, the load address is not fixed, and nothing in the file is an exception handler: this
-        # compiler's exceptions need none, and without the word the system would take any address in it for one.
-        LINKER:--nxcompat LINKER:--dynamicbase LINKER:--no-seh)
+        # Data is not executed, and the load address is not fixed, nor within the first 4 GB.
+        LINKER:--nxcompat LINKER:--dynamicbase $<${x64}:LINKER:--high-entropy-va>
+        # In a 32-bit file nothing is an exception handler: this compiler's exceptions need none, and without the word the
+        # system would take any address in it for one. A 64-bit file's handlers stand in its unwind tables.
+        $<$<NOT:${x64}>:LINKER:--no-seh>)
 endif()
 
 if(GPUTUNE_SANITIZE)

@@ -15,7 +15,7 @@ function(gputune_microsoft_import_library target variable)
     list(FILTER exports INCLUDE REGEX "\\.def$")
     get_target_property(directory ${target} SOURCE_DIR)
     cmake_path(ABSOLUTE_PATH exports BASE_DIRECTORY "${directory}")
-    set(library "${GPUTUNE_OUTPUT_DIR}/lib/${target}.lib")
+    set(library "${GPUTUNE_LIB_DIR}/${target}.lib")
     add_custom_command(OUTPUT "${library}"
         COMMAND "${GPUTUNE_LLVM_DLLTOOL}" -m i386 -D "$<TARGET_FILE_NAME:${target}>" -d "${exports}" -l "${library}"
         DEPENDS "${exports}"

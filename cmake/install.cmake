@@ -49,7 +49,7 @@ install(TARGETS gputunectl RUNTIME DESTINATION bin COMPONENT tool)
 install(FILES Config/ConfigModel.xml DESTINATION bin/Config COMPONENT tool)
 
 # The folder as it was built: stand-ins have a folder for each vendor, and some come under two names.
-install(DIRECTORY "${GPUTUNE_OUTPUT_DIR}/bin/sim" DESTINATION bin COMPONENT simulation FILES_MATCHING PATTERN "*.dll")
+install(DIRECTORY "${GPUTUNE_BIN_DIR}/sim" DESTINATION bin COMPONENT simulation FILES_MATCHING PATTERN "*.dll")
 install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION lib COMPONENT simulation)
 install(DIRECTORY sim/include/ DESTINATION include COMPONENT simulation)
 install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)

@@ -6,7 +6,7 @@ function(gputune_ship target folder)
     set(copies "")
     foreach(file IN LISTS ARGN)
         cmake_path(GET file FILENAME name)
-        set(copy "${GPUTUNE_OUTPUT_DIR}/bin/${folder}/${name}")
+        set(copy "${GPUTUNE_BIN_DIR}/${folder}/${name}")
         add_custom_command(OUTPUT "${copy}"
             COMMAND ${CMAKE_COMMAND} -E copy "${file}" "${copy}"
             DEPENDS "${file}"

@@ -40,11 +40,6 @@
 #include <stdbool.h>
 #endif
 
-/* The widths of which there is a gputune.dll. */
-#if defined(_WIN64)
-#error "gputune.dll is a library for 32-bit programs: build this program for x86"
-#endif
-
 #if defined(_WIN32)
 #define GPUTUNE_CALL __cdecl
 #else

@@ -1,5 +1,5 @@
-// The records of the AMD Display Library that this backend reads or writes, as a 32-bit process sees them.
-// All fields are little-endian; "size" fields are in bytes.
+// The records of the AMD Display Library that this backend reads or writes. They hold no pointer: they are the same in
+// 32-bit and 64-bit processes. All fields are little-endian; "size" fields are in bytes.
 #pragma once
 
 #include <cstddef>

@@ -15,7 +15,8 @@ constexpr ctl_result_t kLoadFailed = 0x40000026;
 
 constexpr std::uint32_t kNewestMajorVersion = 1;
 
-constexpr wchar_t kLibraryName[] = L"ControlLib32.dll";
+// The file for processes of this width.
+constexpr wchar_t const* kLibraryName = sizeof(void*) == 4 ? L"ControlLib32.dll" : L"ControlLib.dll";
 constexpr std::size_t kPathSize = 512;  // with the terminator; longer paths are cut
 
 // The caller's own record, which it keeps alive until a ctlInit has succeeded or ctlClose was called: a load that

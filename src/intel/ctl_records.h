@@ -1,6 +1,6 @@
-// The records of the Intel Graphics Control Library that this backend and the simulated board read or write, as a
-// 32-bit process sees them. All fields are little-endian. Most records begin with their own size in bytes and a
-// version.
+// The records of the Intel Graphics Control Library that this backend and the simulated board read or write. All fields
+// are little-endian. Most records begin with their own size in bytes and a version. Two hold a pointer, and so differ
+// between 32-bit and 64-bit processes.
 //
 // One-byte flags are integers: a library may write more than 0 and 1 into them.
 #pragma once
@@ -11,13 +11,18 @@
 #if defined(_WIN32)
 #define CTL_CDECL __cdecl
 #else
-// The logic's unit tests are 32-bit x86 too, so that calling conventions and layouts agree.
+// The logic's unit tests are 32-bit x86, so that calling conventions and layouts agree.
 #define CTL_CDECL __attribute__((cdecl))
 #endif
 
 namespace gputune::intel {
 
 using ctl_result_t = std::int32_t;
+
+// A size or an offset: in a 32-bit process, and in a 64-bit one.
+constexpr std::size_t CtlWidth(std::size_t in32Bits, std::size_t in64Bits) {
+    return sizeof(void*) == 4 ? in32Bits : in64Bits;
+}
 
 // Opaque to their clients.
 using ctl_api_handle_t = struct ctl_api*;
@@ -57,8 +62,9 @@ struct ctl_runtime_path_args_t {
     std::uint16_t DeviceID;
     std::uint8_t RevID;
 };
-static_assert(sizeof(void*) != 4 || offsetof(ctl_runtime_path_args_t, pRuntimePath) == 24);
-static_assert(sizeof(void*) != 4 || sizeof(ctl_runtime_path_args_t) == 32);
+static_assert(sizeof(ctl_runtime_path_args_t) == CtlWidth(32, 40));
+static_assert(offsetof(ctl_runtime_path_args_t, pRuntimePath) == 24);
+static_assert(offsetof(ctl_runtime_path_args_t, DeviceID) == CtlWidth(28, 32));
 
 // Devices ------------------------------------------------------------------------------------------------------------
 
@@ -98,15 +104,15 @@ struct ctl_device_adapter_properties_t {
     std::uint32_t num_xe_cores;
     char reserved[112];
 };
-static_assert(sizeof(ctl_device_adapter_properties_t) == 312);
+static_assert(sizeof(ctl_device_adapter_properties_t) == CtlWidth(312, 320));
 static_assert(offsetof(ctl_device_adapter_properties_t, pDeviceID) == 8);
-static_assert(offsetof(ctl_device_adapter_properties_t, device_id_size) == 12);
-static_assert(offsetof(ctl_device_adapter_properties_t, device_type) == 16);
-static_assert(offsetof(ctl_device_adapter_properties_t, driver_version) == 24);
-static_assert(offsetof(ctl_device_adapter_properties_t, pci_vendor_id) == 56);
-static_assert(offsetof(ctl_device_adapter_properties_t, pci_device_id) == 60);
-static_assert(offsetof(ctl_device_adapter_properties_t, rev_id) == 64);
-static_assert(offsetof(ctl_device_adapter_properties_t, name) == 80);
+static_assert(offsetof(ctl_device_adapter_properties_t, device_id_size) == CtlWidth(12, 16));
+static_assert(offsetof(ctl_device_adapter_properties_t, device_type) == CtlWidth(16, 20));
+static_assert(offsetof(ctl_device_adapter_properties_t, driver_version) == CtlWidth(24, 32));
+static_assert(offsetof(ctl_device_adapter_properties_t, pci_vendor_id) == CtlWidth(56, 64));
+static_assert(offsetof(ctl_device_adapter_properties_t, pci_device_id) == CtlWidth(60, 68));
+static_assert(offsetof(ctl_device_adapter_properties_t, rev_id) == CtlWidth(64, 72));
+static_assert(offsetof(ctl_device_adapter_properties_t, name) == CtlWidth(80, 88));
 
 // Overclocking -------------------------------------------------------------------------------------------------------
 

@@ -30,7 +30,7 @@ public:
     Part(std::string const& text) : Part(std::string_view(text)) {}
 
     template <std::integral Integer>
-    Part(Integer value) : kind_(Kind::Integer), integer_(value) {
+    Part(Integer value) : kind_(Kind::Integer), integer_(static_cast<long long>(value)) {
         static_assert(!std::same_as<Integer, bool> && !std::same_as<Integer, char>, "say which text is meant");
     }
 

@@ -6,7 +6,8 @@ namespace gputune::nvidia {
 
 namespace {
 
-constexpr wchar_t kLibrary[] = L"nvapi.dll";
+// The file for processes of this width.
+constexpr wchar_t const* kLibrary = sizeof(void*) == 4 ? L"nvapi.dll" : L"nvapi64.dll";
 
 // What the loader itself asks the library for.
 constexpr std::uint32_t kInitialize = 0x0150E828;

@@ -1,4 +1,4 @@
-// What NVAPI's functions take and return, as a 32-bit process sees it.
+// What NVAPI's functions take and return. The records hold no pointer: they are the same in 32-bit and 64-bit processes.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ constexpr int kNvapiError = -1;
 constexpr int kNvapiLibraryNotFound = -2;
 constexpr int kNvapiNoImplementation = -3;  // an entry point is missing
 
-// Opaque to its clients; 4 bytes.
+// Opaque to its clients; as wide as a pointer.
 using NvPhysicalGpuHandle = void*;
 
 constexpr std::size_t kMaxPhysicalGpus = 64;

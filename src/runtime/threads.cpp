@@ -11,7 +11,7 @@
 
 namespace {
 
-static_assert(sizeof(pthread_once_t) == sizeof(INIT_ONCE) && sizeof(pthread_mutex_t) == sizeof(SRWLOCK));
+static_assert(sizeof(pthread_mutex_t) == sizeof(SRWLOCK));
 
 // What PTHREAD_MUTEX_INITIALIZER has left in a mutex, to the system, is a lock that is never released: it becomes a
 // free one here. A lock in use does not look like that.
@@ -21,10 +21,39 @@ SRWLOCK* Lock(pthread_mutex_t* mutex) {
     return reinterpret_cast<SRWLOCK*>(mutex);
 }
 
+// How far something is that is done once. The system's own INIT_ONCE does not fit into a guard of 64-bit code.
+enum Progress : long { kNew, kBusy, kDone };
+static_assert(sizeof(pthread_once_t) == sizeof(Progress) && PTHREAD_ONCE_INIT == kNew);
+
+// For all that is done once. Nobody holds the lock while doing it.
+constinit SRWLOCK g_progressLock = SRWLOCK_INIT;
+constinit CONDITION_VARIABLE g_progressChanged = CONDITION_VARIABLE_INIT;
+
+// Whether the caller is to do it. Waits while another thread does.
+bool Begin(Progress& progress) {
+    ::AcquireSRWLockExclusive(&g_progressLock);
+    while (progress == kBusy) {
+        ::SleepConditionVariableSRW(&g_progressChanged, &g_progressLock, INFINITE, 0);
+    }
+    bool const isNew = progress == kNew;
+    if (isNew) {
+        progress = kBusy;
+    }
+    ::ReleaseSRWLockExclusive(&g_progressLock);
+    return isNew;
+}
+
+void End(Progress& progress, Progress end) {
+    ::AcquireSRWLockExclusive(&g_progressLock);
+    progress = end;
+    ::ReleaseSRWLockExclusive(&g_progressLock);
+    ::WakeAllConditionVariable(&g_progressChanged);
+}
+
 // The compiler's code tests the first byte of a guard, and calls no function once it is set.
 struct Guard {
     char isDone;
-    INIT_ONCE once;
+    Progress progress;
 };
 static_assert(sizeof(Guard) <= sizeof(__cxxabiv1::__guard));
 
@@ -47,8 +76,13 @@ extern char _tls_start;
 }
 
 Exceptions* ExceptionsOfThisThread() {
+    // The thread's environment block: ThreadLocalStoragePointer.
     char** blocks;
-    __asm__("movl %%fs:0x2C, %0" : "=r"(blocks));  // the thread's environment block: ThreadLocalStoragePointer
+#if defined(__x86_64__)
+    __asm__("movq %%gs:0x58, %0" : "=r"(blocks));
+#else
+    __asm__("movl %%fs:0x2C, %0" : "=r"(blocks));
+#endif
     std::uintptr_t const offset =
         reinterpret_cast<std::uintptr_t>(&g_initialExceptions) - reinterpret_cast<std::uintptr_t>(&_tls_start);
     return reinterpret_cast<Exceptions*>(blocks[_tls_index] + offset);
@@ -79,12 +113,10 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) {
 
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's header has other names
 int pthread_once(pthread_once_t* control, void (*initialize)()) {
-    auto* const once = reinterpret_cast<INIT_ONCE*>(control);
-    BOOL isFirst = FALSE;
-    ::InitOnceBeginInitialize(once, 0, &isFirst, nullptr);
-    if (isFirst) {
+    auto& progress = *reinterpret_cast<Progress*>(control);
+    if (Begin(progress)) {
         initialize();
-        ::InitOnceComplete(once, 0, nullptr);
+        End(progress, kDone);
     }
     return 0;
 }
@@ -96,19 +128,17 @@ namespace __cxxabiv1 {
 // A static whose initialisation comes back to it on the same thread waits for itself and never returns. The runtime's
 // own would throw; nothing of the library does that.
 int __cxa_guard_acquire(__guard* guard) {
-    BOOL isFirst = FALSE;
-    ::InitOnceBeginInitialize(&GuardOf(guard)->once, 0, &isFirst, nullptr);
-    return isFirst;
+    return Begin(GuardOf(guard)->progress);
 }
 
 void __cxa_guard_release(__guard* guard) noexcept {
     __atomic_store_n(&GuardOf(guard)->isDone, 1, __ATOMIC_RELEASE);
-    ::InitOnceComplete(&GuardOf(guard)->once, 0, nullptr);
+    End(GuardOf(guard)->progress, kDone);
 }
 
 // The initialisation ended in an exception: the next caller tries again.
 void __cxa_guard_abort(__guard* guard) noexcept {
-    ::InitOnceComplete(&GuardOf(guard)->once, INIT_ONCE_INIT_FAILED, nullptr);
+    End(GuardOf(guard)->progress, kNew);
 }
 
 __cxa_eh_globals* __cxa_get_globals() noexcept {
