@@ -160,7 +160,7 @@ IntelDevice ReadDevice(JsonValue const& value, ModelSettings const& model) {
 }  // namespace
 
 void ReadIntel(JsonObject& object, Board& board) {
-    board.library = "ControlLib32";
+    board.library = sizeof(void*) == 4 ? "ControlLib32" : "ControlLib";
     board.model = ReadOwnModel(object, {});
     object.Required("devices").ForEach([&](JsonValue const& entry) {
         if (board.intel.devices.size() == kMostDevices) {

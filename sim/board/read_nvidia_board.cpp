@@ -48,7 +48,7 @@ NvidiaGpu ReadGpu(JsonValue const& value, ModelSettings const& model) {
 }  // namespace
 
 void ReadNvidia(JsonObject& object, Board& board) {
-    board.library = "nvapi";
+    board.library = sizeof(void*) == 4 ? "nvapi" : "nvapi64";
     board.model = ReadOwnModel(object, {});
     board.nvidia.version = object.Required("version").String(kTextBytes);
     object.Read("hooks", board.nvidia.hooks);

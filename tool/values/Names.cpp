@@ -122,8 +122,8 @@ Name ApiName(std::uint32_t api) {
 
 std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor) {
     static constexpr char const* amd[] = {"atiadlxx.dll", "atiadlxy.dll"};
-    static constexpr char const* intel[] = {"ControlLib32.dll"};
-    static constexpr char const* nvidia[] = {"nvapi.dll"};
+    static constexpr char const* intel[] = {sizeof(void*) == 4 ? "ControlLib32.dll" : "ControlLib.dll"};
+    static constexpr char const* nvidia[] = {sizeof(void*) == 4 ? "nvapi.dll" : "nvapi64.dll"};
     switch (vendor) {
         case GPUTUNE_VENDOR_AMD:
             return amd;
