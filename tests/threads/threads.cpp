@@ -5,19 +5,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
 
 #include "AllAtOnce.h"
 #include "FakeSystem.h"
 #include "amd/AdlMemory.h"
-#include "fake_libraries.h"
 #include "log/DebugLog.h"
 #include "nvidia/Nvapi.h"
-#include "platform/Mutex.h"
 #include "platform/library.h"
-#include "platform/memory.h"
-#include "platform/text.h"
 
 namespace gputune {
 
@@ -33,27 +28,6 @@ void UnloadLibrary(LibraryHandle library) {
 
 void* FindSymbol(LibraryHandle library, char const* name) {
     return test::FindInFakeLibrary(library, name).value_or(nullptr);
-}
-
-void Mutex::lock() {
-    std::atomic_ref state(state_);
-    while (state.exchange(this) != nullptr) {
-        state.wait(this);
-    }
-}
-
-void Mutex::unlock() {
-    std::atomic_ref state(state_);
-    state.store(nullptr);
-    state.notify_one();
-}
-
-std::size_t ReadableBytes(void const* /*address*/) {
-    return static_cast<std::size_t>(-1);
-}
-
-std::string ToNarrow(std::wstring_view text) {
-    return {text.begin(), text.end()};
 }
 
 }  // namespace platform
