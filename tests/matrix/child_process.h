@@ -1,4 +1,4 @@
-// Work in a process of its own, a copy of this one: whatever it does to itself, this process learns of it.
+// Runs work in a child process and reports how it ended.
 #pragma once
 
 #include <functional>
@@ -7,15 +7,15 @@
 namespace gputune::matrix {
 
 struct ChildResult {
-    std::string answer;  // of the work
-    std::string death;   // how the process ended instead, with what it said; empty when it answered
+    std::string answer;  // what the work returned
+    std::string death;   // how the process ended without an answer, and its output; empty when it answered
 };
 
-// Called once, before anything that has a destructor of its own at the end of the process.
+// To be called once, before any object is made that is destroyed at the end of the process.
 void PrepareChildren();
 
-// The work's answer, which it has this many seconds for; `last` adds to it when all of the process's own destructors
-// have run.
-ChildResult InChild(unsigned seconds, std::function<std::string()> const& work, std::string (*last)() = nullptr);
+// Runs `work` in a copy of this process, for at most so many seconds. `last` runs at the end of the child, behind the
+// destructors of static objects, and its result is appended to the answer.
+ChildResult RunInChild(unsigned seconds, std::function<std::string()> const& work, std::string (*last)() = nullptr);
 
 }  // namespace gputune::matrix
