@@ -9,12 +9,12 @@
 
 #include "Outside.h"
 #include "platform/Mutex.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/memory.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/threads.h"
-#include "platform/trust.h"
 #include "platform/version.h"
 
 namespace gputune::test {

@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include "Machine.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::test {
 

@@ -9,7 +9,7 @@
 
 #include "AllAtOnce.h"
 #include "FakeSystem.h"
-#include "amd/AdlMemory.h"
+#include "amd/adl_memory.h"
 #include "log/DebugLog.h"
 #include "nvidia/Nvapi.h"
 #include "platform/library.h"

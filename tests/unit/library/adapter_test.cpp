@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "adapter/HwmValueTable.h"
-#include "amd/AdlMemory.h"
+#include "amd/adl_memory.h"
 
 namespace gputune {
 namespace {

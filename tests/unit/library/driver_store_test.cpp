@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeSystem.h"
-#include "nvidia/DriverStore.h"
+#include "nvidia/driver_store.h"
 #include "platform/last_error.h"
 
 namespace gputune {

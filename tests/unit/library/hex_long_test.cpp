@@ -1,5 +1,5 @@
 // The base-16 conversion of board identifiers, as the standard library's own conversion does it.
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 #include <gtest/gtest.h>
 

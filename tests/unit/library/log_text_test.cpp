@@ -1,6 +1,6 @@
 // How numbers and texts become log text. Compiled for Windows as well, whose runtime formats numbers on its own.
 #include "comma_locale.h"
-#include "log/Text.h"
+#include "log/LineText.h"
 
 #include <gtest/gtest.h>
 

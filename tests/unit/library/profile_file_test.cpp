@@ -7,11 +7,11 @@
 #include <iterator>
 #include <string>
 
-#include "adapter/hex_long.h"
 #include "log/DebugLog.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "profile/PerformanceProfile.h"
+#include "profile/performance_profile.h"
+#include "records/hex_long.h"
 
 namespace gputune::profile {
 namespace {

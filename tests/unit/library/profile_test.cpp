@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <string>
 
-#include "adapter/hex_long.h"
 #include "comma_locale.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
+#include "records/hex_long.h"
 
 namespace gputune::profile {
 namespace {

@@ -4,7 +4,7 @@
 #include <climits>
 #include <string>
 
-#include "amd/AmdDriver.h"
+#include "sim/amd/AmdDriver.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <string>
 
-#include "board/BoardFile.h"
 #include "board_text.h"
+#include "sim/board/BoardFile.h"
 
 namespace {
 

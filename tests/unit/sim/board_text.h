@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "board/BoardFile.h"
+#include "sim/board/BoardFile.h"
 
 // The text of the error that the board file raises; empty when it raises none.
 inline std::string ErrorOf(std::string const& json) {

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "board/BoardFile.h"
 #include "board_text.h"
+#include "sim/board/BoardFile.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "intel/IntelDriver.h"
-#include "intel/hand_out.h"
+#include "sim/intel/IntelDriver.h"
+#include "sim/intel/hand_out.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // The thermal model: which way each reading goes when its cause changes.
 #include <gtest/gtest.h>
 
-#include "model/ThermalModel.h"
-#include "model/TimeSource.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/model/TimeSource.h"
 
 namespace {
 

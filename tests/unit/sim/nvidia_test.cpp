@@ -4,9 +4,9 @@
 #include <array>
 #include <string>
 
-#include "board/BoardFile.h"
 #include "board_text.h"
-#include "nvidia/NvidiaDriver.h"
+#include "sim/board/BoardFile.h"
+#include "sim/nvidia/NvidiaDriver.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "Checks.h"
-#include "Errors.h"
+#include "tool/board/Checks.h"
+#include "tool/values/Errors.h"
 
 namespace gputune::tool {
 namespace {

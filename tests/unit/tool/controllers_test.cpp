@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "Controllers.h"
-#include "Duration.h"
 #include "detect/GpuVendor.h"
+#include "tool/board/Controllers.h"
+#include "tool/values/Duration.h"
 
 namespace gputune::tool {
 namespace {

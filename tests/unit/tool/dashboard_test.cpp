@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "Dashboard.h"
+#include "tool/output/Dashboard.h"
 
 namespace gputune::tool {
 namespace {

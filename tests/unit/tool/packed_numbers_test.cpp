@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "PackedNumbers.h"
+#include "tool/recording/PackedNumbers.h"
 
 namespace gputune::tool {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "RecordingPage.h"
+#include "tool/recording/RecordingPage.h"
 
 namespace gputune::tool {
 namespace {

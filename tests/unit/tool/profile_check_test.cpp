@@ -7,10 +7,10 @@
 #include <iterator>
 #include <string>
 
-#include "ProfileCheck.h"
-#include "ProfileValues.h"
-#include "XmlPositions.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
+#include "tool/profile/ProfileCheck.h"
+#include "tool/profile/ProfileValues.h"
+#include "tool/profile/XmlPositions.h"
 
 namespace gputune::tool {
 namespace {

@@ -1,7 +1,7 @@
 // Texts of files in messages.
 #include <gtest/gtest.h>
 
-#include "Quoted.h"
+#include "tool/values/Quoted.h"
 
 namespace gputune::tool {
 namespace {

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "ErrorReport.h"
-#include "FanAnswers.h"
-#include "ReadBack.h"
-#include "Report.h"
+#include "tool/board/FanAnswers.h"
+#include "tool/board/ReadBack.h"
+#include "tool/output/ErrorJson.h"
+#include "tool/output/Result.h"
 
 namespace gputune::tool {
 namespace {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <set>
 
-#include "Readings.h"
+#include "tool/values/Readings.h"
 
 namespace gputune::tool {
 namespace {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "Csv.h"
-#include "Recording.h"
+#include "tool/recording/Csv.h"
+#include "tool/recording/Recording.h"
 
 namespace gputune::tool {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "Report.h"
+#include "tool/output/Result.h"
 
 namespace gputune::tool {
 namespace {
