@@ -32,7 +32,7 @@ protected:
 
 class Trial {
 public:
-    // The machine is the board's.
+    // `machine` is what the board's `make` has made.
     Trial(Board const& board, test::Machine& machine, Surroundings& surroundings);
 
     void Initialise() { Do(Initialisation()); }
@@ -41,7 +41,7 @@ public:
     using Observation = std::function<Healthy()>;
     Reference Observe(std::function<Healthy(Observation const&)> const& onFreshLibrary);
 
-    // What is wrong, line by line. The library is not initialised for cells from the start, and initialised for others.
+    // What is wrong, line by line. The library under test must be initialised, but for Cell::IsFromStart.
     std::string Try(Cell const& cell, Reference const& reference);
 
 private:

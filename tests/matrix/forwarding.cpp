@@ -71,7 +71,7 @@ std::string TryForwarding(test::Machine& machine, Surroundings& surroundings, st
     Close(machine);
 
     machine.Hide(function);
-    // ctlInit succeeds even when it is the missing function: the library under test can load the control library.
+    // ctlInit succeeds also when the control library has no ctlInit.
     if (Open(machine) != 0) {
         comparison.Expect(0, -1, "opening");
     }

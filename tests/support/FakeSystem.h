@@ -65,8 +65,8 @@ struct FakeSystem {
 // The one that the code under test runs on. Assign a new one to start afresh.
 FakeSystem& TheSystem();
 
-// For the implementation of platform/library.h: what the loader does with the libraries of TheSystem().
-// All three: std::nullopt or false for a library that is not among them.
+// The following are for implementations of platform/library.h. They return std::nullopt or false for a library that is
+// not one of TheSystem()'s.
 
 // The handle; null when the load fails as loadErrors says. The last error is set.
 std::optional<void*> LoadFakeLibrary(std::wstring const& what, std::uint32_t flags);

@@ -18,7 +18,7 @@
 #else
 #define SCRIPTED_CDECL __attribute__((cdecl))
 #define SCRIPTED_STDCALL __attribute__((stdcall))
-// The product may have a function of the same name.
+// The library under test may have a function of the same name.
 #define SCRIPTED_NAME(name) Scripted_##name
 #endif
 
