@@ -11,7 +11,7 @@
 #include "amd/OD8Helper.h"
 #include "boards.h"
 #include "log/DebugLog.h"
-#include "native_platform.h"
+#include "machine_native.h"
 #include "records/hex_long.h"
 #include "require.h"
 

@@ -11,7 +11,7 @@
 #include "ScriptedCore.h"
 #include "detect/wmi_query.h"
 #include "fake_libraries.h"
-#include "native_platform.h"
+#include "machine_native.h"
 #include "platform/DisplayAdapter.h"
 #include "platform/Mutex.h"
 #include "platform/library.h"
