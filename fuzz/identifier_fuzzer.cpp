@@ -76,7 +76,7 @@ Identity Identify(std::string const& udid) {
     machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 2, test::Ints({1}));
     machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3, list);
     amd::ADL adl;
-    Require(adl.m_Valid, "the binding opens");
+    Require(adl.IsValid(), "the binding opens");
     amd::OD8Helper adapter(adl);
 
     VgaInfo info;

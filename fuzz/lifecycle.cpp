@@ -25,7 +25,7 @@ std::unique_ptr<IVideoAdapter> CreateAdapter() {
     if (!g_adl) {
         g_adl = std::make_unique<amd::ADL>();
     }
-    g_apiType = g_adl->m_Valid ? amd::GetAmdApiType(*g_adl) : AdapterApiType::None;
+    g_apiType = g_adl->IsValid() ? amd::GetAmdApiType(*g_adl) : AdapterApiType::None;
     switch (g_apiType) {
         case AdapterApiType::OverdriveN:
             return std::make_unique<amd::OD7Helper>(*g_adl);

@@ -106,7 +106,7 @@ int ADL::GetSdkVersionSupported() const {
     int supported = 0;
     int enabled = 0;
     int version = 0;
-    if (m_Functions.ADL2_Overdrive_Caps(m_Context, m_AdapterIndex, &supported, &enabled, &version) != kAdlOk) {
+    if (Ask(&AdlFunctions::ADL2_Overdrive_Caps, &supported, &enabled, &version) != kAdlOk) {
         log::Entry(tag, "ADL2_Overdrive_Caps failed");
         return -1;
     }
@@ -134,7 +134,7 @@ AdapterInfoX2 const* ADL::FirstAdapter() const {
     return adapters.empty() ? nullptr : adapters.data();
 }
 
-bool ADL::Judge(log::Tag tag, std::optional<int> result) {
+bool ADL::Succeeded(log::Tag tag, std::optional<int> result, std::string_view success) {
     if (!result) {
         log::Entry(tag, "null ptr");
         return false;
@@ -142,6 +142,9 @@ bool ADL::Judge(log::Tag tag, std::optional<int> result) {
     if (*result != kAdlOk) {
         log::Entry(tag, "failed: ", *result);
         return false;
+    }
+    if (!success.empty()) {
+        log::Entry(tag, success);
     }
     return true;
 }

@@ -26,8 +26,6 @@ bool OD7Helper::SetFanSpeed(int percent) {
 
 bool OD7Helper::SetOD5FanSpeed(int percent) {
     constexpr log::Tag tag{"[OD7Helper::SetOD5FanSpeed(int)]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     if (m_ThermalControllers.empty()) {
         log::Entry(tag, "ThermalControllers is empty");
         return false;
@@ -36,20 +34,14 @@ bool OD7Helper::SetOD5FanSpeed(int percent) {
     // The position in the list is what ADL is given, not the controller's own domain index: deliberate.
     for (int index = 0; index < static_cast<int>(m_ThermalControllers.size()); ++index) {
         log::Entry(tag / "current thermal controller index", index);
-        auto const set = [&](auto const& entry, auto... arguments) {
-            if (m_Adl.Call(tag, entry, index, arguments...)) {
-                log::Entry(tag / entry.kName, "set");
-                anySet = true;
-            }
-        };
         if (percent < 0) {
-            set(adl.ADL2_Overdrive5_FanSpeedToDefault_Set);
+            anySet |= m_Adl.Set(tag, "set", &AdlFunctions::ADL2_Overdrive5_FanSpeedToDefault_Set, index);
         } else {
             ADLFanSpeedValue speed{.iSize = sizeof(ADLFanSpeedValue),
                                    .iSpeedType = kFanSpeedTypePercent,
                                    .iFanSpeed = percent,
                                    .iFlags = kFanFlagUserDefinedSpeed};
-            set(adl.ADL2_Overdrive5_FanSpeed_Set, &speed);
+            anySet |= m_Adl.Set(tag, "set", &AdlFunctions::ADL2_Overdrive5_FanSpeed_Set, index, &speed);
         }
     }
     return anySet;
@@ -57,11 +49,9 @@ bool OD7Helper::SetOD5FanSpeed(int percent) {
 
 bool OD7Helper::SetODNFanSpeed(int percent) {
     constexpr log::Tag tag{"[OD7Helper::SetODNFanSpeed(int)]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     log::Entry(tag, "begin");
     ADLODNFanControl control{};
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_FanControl_Get, &control)) {
+    if (!m_Adl.Call(tag, &AdlFunctions::ADL2_OverdriveN_FanControl_Get, &control)) {
         return false;
     }
     if (percent < 0) {
@@ -82,11 +72,7 @@ bool OD7Helper::SetODNFanSpeed(int percent) {
         control.iTargetFanSpeed = std::max(1, *speed);
         control.iMinFanLimit = control.iTargetFanSpeed;
     }
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_FanControl_Set, &control)) {
-        return false;
-    }
-    log::Entry(tag / adl.ADL2_OverdriveN_FanControl_Set.kName, "set");
-    return true;
+    return m_Adl.Set(tag, "set", &AdlFunctions::ADL2_OverdriveN_FanControl_Set, &control);
 }
 
 bool OD7Helper::SetFanSpeedTable(FanTablePoint const* /*table*/, int /*count*/) {
@@ -98,8 +84,6 @@ bool OD7Helper::SetFanSpeedTable(FanTablePoint const* /*table*/, int /*count*/) 
 
 bool OD7Helper::SetPowerLimit(int temperatureLimit, int powerLimit) {
     constexpr log::Tag tag{"[OD7Helper::SetPowerLimit(int,int)]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     log::Entry(tag, "begin");
     auto const refused = [&](ADLODNParameterRange const& range, int value, std::string_view quantity) {
         if (IsInside(range, value)) {
@@ -118,7 +102,7 @@ bool OD7Helper::SetPowerLimit(int temperatureLimit, int powerLimit) {
         return false;
     }
     ADLODNPowerLimitSetting power{};
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Get, &power)) {
+    if (!m_Adl.Call(tag, &AdlFunctions::ADL2_OverdriveN_PowerLimit_Get, &power)) {
         return false;
     }
     LogPower(tag / "current power value", power);
@@ -126,34 +110,24 @@ bool OD7Helper::SetPowerLimit(int temperatureLimit, int powerLimit) {
     power.iMode = kOdnModeManual;
     power.iTDPLimit = powerLimit;
     LogPower(tag / "plan power value", power);
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Set, &power)) {
-        return false;
-    }
-    log::Entry(tag / adl.ADL2_OverdriveN_PowerLimit_Set.kName, "set");
-    return true;
+    return m_Adl.Set(tag, "set", &AdlFunctions::ADL2_OverdriveN_PowerLimit_Set, &power);
 }
 
 bool OD7Helper::SetPowerLimitDefault() {
     constexpr log::Tag tag{"[OD7Helper::SetPowerLimitDefault()]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     log::Entry(tag, "begin");
-    if (adl.ADL2_OverdriveN_PowerLimit_Get.address == nullptr ||
-        adl.ADL2_OverdriveN_PowerLimit_Set.address == nullptr) {
+    if (!m_Adl.Has(&AdlFunctions::ADL2_OverdriveN_PowerLimit_Get) ||
+        !m_Adl.Has(&AdlFunctions::ADL2_OverdriveN_PowerLimit_Set)) {
         log::Entry(tag / "ADL2_OverdriveN_PowerLimit_Get || ADL2_OverdriveN_PowerLimit_Set", "null ptr");
         return false;
     }
     ADLODNPowerLimitSetting power{};
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Get, &power)) {
+    if (!m_Adl.Call(tag, &AdlFunctions::ADL2_OverdriveN_PowerLimit_Get, &power)) {
         return false;
     }
     // Only the mode changes: the values just read go back with it.
     power.iMode = kOdnModeDefault;
-    if (!m_Adl.Call(tag, adl.ADL2_OverdriveN_PowerLimit_Set, &power)) {
-        return false;
-    }
-    log::Entry(tag / adl.ADL2_OverdriveN_PowerLimit_Set.kName, "set default");
-    return true;
+    return m_Adl.Set(tag, "set default", &AdlFunctions::ADL2_OverdriveN_PowerLimit_Set, &power);
 }
 
 void OD7Helper::GetFanSetting(FanSetting& setting) {

@@ -1,7 +1,7 @@
 // Overdrive8: fan and power limit.
 #include <algorithm>
 
-#include "amd/Od8Request.h"
+#include "amd/OD8Helper.h"
 
 namespace gputune::amd {
 
@@ -26,12 +26,6 @@ bool Report(log::Tag tag, bool success) {
 }
 
 }  // namespace
-
-bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting answer) const {
-    answer.count = kOd8Count;  // the room there is, however many settings were read before
-    return m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set(m_Adl.m_Context, m_Adl.m_AdapterIndex, request.Record(),
-                                                         &answer) == kAdlOk;
-}
 
 OD8Helper::ManualMode OD8Helper::SetOptimizedPowerToManualMode() const {
     constexpr log::Tag tag{"[OD8Helper::SetOptimizedPowerToManualMode()]"};
@@ -162,7 +156,7 @@ bool OD8Helper::SetFanToDefault() const {
         log::Entry(tag, "plan reset OD8_FAN_MIN_SPEED");
     }
     ADLOD8CurrentSetting current;
-    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
+    GetCurrentSetting(current);  // the reset goes out also when this fails
     return Report(tag, Send(request, current));
 }
 
@@ -186,7 +180,7 @@ bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
         log::Entry(log::Tag{"[OD8Helper::SetPowerLimit(int,int)"}, "Current value is already the given value");
         return true;
     }
-    if (m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set.address == nullptr) {
+    if (!m_Adl.Has(&AdlFunctions::ADL2_Overdrive8_Setting_Set)) {
         return false;  // without a log entry: deliberate
     }
     Request request;

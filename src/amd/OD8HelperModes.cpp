@@ -1,5 +1,6 @@
 // Overdrive8: clocks, performance modes and the clock settings' read-back.
-#include "amd/Od8Request.h"
+#include "amd/OD8Helper.h"
+
 #include "amd/single_precision.h"
 
 namespace gputune::amd {
@@ -82,31 +83,27 @@ bool OD8Helper::RequestClocks(Request& request, ADLOD8CurrentSetting const& curr
 
 bool OD8Helper::SetPerformanceOC() {
     constexpr log::Tag tag{"[OD8Helper::SetPerformanceOC()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    auto const profile = ReadProfile(tag);
+    if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = parameter.PowerOC,
-                           .gpuFactor = parameter.GpuOC,
-                           .gpuGivenClock = parameter.GpuOCGivenValue,
-                           .memFactor = parameter.MemOC,
-                           .memGivenClock = parameter.MemOCGivenValue});
+    return ApplyMode(tag, {.power = profile->PowerOC,
+                           .gpuFactor = profile->GpuOC,
+                           .gpuGivenClock = profile->GpuOCGivenValue,
+                           .memFactor = profile->MemOC,
+                           .memGivenClock = profile->MemOCGivenValue});
 }
 
 bool OD8Helper::SetPerformanceSilent() {
     constexpr log::Tag tag{"[OD8Helper::SetPerformanceSilent()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    auto const profile = ReadProfile(tag);
+    if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = parameter.PowerSilent,
-                           .gpuFactor = parameter.GpuSilent,
+    return ApplyMode(tag, {.power = profile->PowerSilent,
+                           .gpuFactor = profile->GpuSilent,
                            .gpuGivenClock = 0.0F,
-                           .memFactor = parameter.MemSilent,
+                           .memFactor = profile->MemSilent,
                            .memGivenClock = 0.0F});
 }
 
@@ -140,7 +137,7 @@ bool OD8Helper::SetPerformanceDefault() {
     constexpr log::Tag tag{"[OD8Helper::SetPerformanceDefault()]"};
     log::Entry(tag, "begin");
     ADLOD8CurrentSetting current;
-    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
+    GetCurrentSetting(current);  // the reset goes out also when this fails
     Request request;
     for (int setting = 0; setting < kOd8Count; ++setting) {
         request.Reset(setting, Range(setting).defaultValue);

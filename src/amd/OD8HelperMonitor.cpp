@@ -47,14 +47,12 @@ void OD8Helper::FetchHwmValues() {
 
 // Megabytes of video memory in use, 0 when unknown.
 int OD8Helper::ReadMemoryUsage() const {
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     int vramUsage = 0;
-    if (adl.ADL2_Adapter_VRAMUsage_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &vramUsage) != kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_VRAMUsage_Get, &vramUsage) != kAdlOk) {
         return vramUsage;
     }
     ADLMemoryInfo memory{};
-    if (adl.ADL2_Adapter_MemoryInfo_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &memory) != kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_MemoryInfo_Get, &memory) != kAdlOk) {
         return vramUsage;
     }
     long long const memorySizeMB = memory.iMemorySize / 1024 / 1024;
@@ -69,11 +67,9 @@ int OD8Helper::ReadMemoryUsage() const {
 
 int OD8Helper::GetFrameRate() {
     constexpr log::Tag tag{"[OD8Helper::GetFrameRate()]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     int numAdapters = 0;
     AdlList<AdapterInfo> adapters;
-    adl.ADL2_Adapter_AdapterInfoX3_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &numAdapters, adapters.Out());
+    m_Adl.Ask(&AdlFunctions::ADL2_Adapter_AdapterInfoX3_Get, &numAdapters, adapters.Out());
     if (*adapters.Out() == nullptr) {
         numAdapters = 0;
     }
@@ -94,8 +90,7 @@ int OD8Helper::GetFrameRate() {
     }
 
     float fps = 0.0F;
-    if (adl.ADL2_Adapter_FrameMetrics_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, static_cast<int>(source), &fps) !=
-        kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_FrameMetrics_Get, static_cast<int>(source), &fps) != kAdlOk) {
         return kNotAvailable;
     }
     log::Entry(tag / "current fps", fps);

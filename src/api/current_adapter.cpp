@@ -32,7 +32,7 @@ nvidia::Nvapi& NvapiInstance() {
 
 std::unique_ptr<IVideoAdapter> CreateAmdAdapter() {
     amd::ADL& adl = AdlInstance();
-    if (!adl.m_Valid) {
+    if (!adl.IsValid()) {
         return nullptr;
     }
     g_apiType = amd::GetAmdApiType(adl);

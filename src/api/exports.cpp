@@ -1,8 +1,9 @@
 // The exported functions. Each forwards to one operation of the current adapter and adds nothing: no checks of the
-// arguments, no logging, no translation of results. Their names stand in flat_exports.txt.
+// arguments, no logging, no translation of results.
 //
 // Records are filled in the caller's own storage (the compiler elides the copy of a named result), so that what an
 // operation does not write keeps what the caller had there.
+#include <concepts>
 #include <cstring>
 
 #include "api/boundary.h"
@@ -32,6 +33,10 @@ void FillRecord(char const* exportTag, Record& record, void (IVideoAdapter::*ope
     }
     OnAdapter(exportTag, [&](IVideoAdapter& adapter) { (adapter.*operation)(record); });
 }
+
+#define FLAT_FUNCTION(result, name, ...) \
+    static_assert(std::same_as<decltype(&::name), result(GPUTUNE_CALL*)(__VA_ARGS__)>);
+#include "api/flat_functions.inc"
 
 }  // namespace
 

@@ -1,3 +1,6 @@
+// Not used for "nvapi.dll"; required for callers of HardenedLoader::Load without the flag 0x800, of which there is none
+// today.
+//
 // Where Windows keeps the files of the display driver's package.
 #pragma once
 

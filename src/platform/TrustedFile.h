@@ -1,3 +1,5 @@
+// Not used for "nvapi.dll"; required for files of the display driver's package (nvidia/driver_store.h).
+//
 // Whether the system trusts a file.
 #pragma once
 

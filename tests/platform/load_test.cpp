@@ -31,7 +31,7 @@ TEST(Version, IsWhatTheSystemPosesAs) {
     EXPECT_EQ(platform::IsWindowsAtLeast(6, 2), !IsWindows7());
     // The program has no manifest that says it knows Windows 10, so it is told of Windows 8.
     EXPECT_FALSE(platform::IsWindowsAtLeast(10, 0));
-    EXPECT_EQ(HardenedLoader().Generation(), IsWindows7() ? 7600U : 9200U);
+    EXPECT_EQ(HardenedLoader().IsWindows8OrLater(), !IsWindows7());
 }
 
 TEST(Version, BuildIsWhatTheSystemPosesAs) {

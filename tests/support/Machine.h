@@ -56,28 +56,8 @@ struct LibraryLoad {
 
 // The flat exports of the library under test.
 struct Exports {
-    decltype(&::InitVGAHelper) InitVGAHelper;
-    decltype(&::IsInitOk) IsInitOk;
-    decltype(&::GetVendorInfo) GetVendorInfo;
-    decltype(&::SetActiveAdapterIndex) SetActiveAdapterIndex;
-    decltype(&::GetActiveAdapterIndex) GetActiveAdapterIndex;
-    decltype(&::GetVGAInfo) GetVGAInfo;
-    decltype(&::FetchHwmValues) FetchHwmValues;
-    decltype(&::GetHwmValue) GetHwmValue;
-    decltype(&::GetFrameRate) GetFrameRate;
-    decltype(&::SetFanSpeed) SetFanSpeed;
-    decltype(&::SetFanSpeedTable) SetFanSpeedTable;
-    decltype(&::GetFanSetting) GetFanSetting;
-    decltype(&::SetPowerLimit) SetPowerLimit;
-    decltype(&::SetPowerLimitDefault) SetPowerLimitDefault;
-    decltype(&::GetPowerLimitSetting) GetPowerLimitSetting;
-    decltype(&::SetPerformanceUser) SetPerformanceUser;
-    decltype(&::SetPerformanceOC) SetPerformanceOC;
-    decltype(&::SetPerformanceDefault) SetPerformanceDefault;
-    decltype(&::SetPerformanceSilent) SetPerformanceSilent;
-    decltype(&::GetGpuClockSetting) GetGpuClockSetting;
-    decltype(&::GetMemClockSetting) GetMemClockSetting;
-    decltype(&::GetExternalPerformanceParameter) GetExternalPerformanceParameter;
+#define FLAT_FUNCTION(result, name, ...) decltype(&::name) name;
+#include "api/flat_functions.inc"
 };
 
 class Machine {

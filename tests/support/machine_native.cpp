@@ -117,17 +117,8 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = {
-        ::InitVGAHelper,         ::IsInitOk,
-        ::GetVendorInfo,         ::SetActiveAdapterIndex,
-        ::GetActiveAdapterIndex, ::GetVGAInfo,
-        ::FetchHwmValues,        ::GetHwmValue,
-        ::GetFrameRate,          ::SetFanSpeed,
-        ::SetFanSpeedTable,      ::GetFanSetting,
-        ::SetPowerLimit,         ::SetPowerLimitDefault,
-        ::GetPowerLimitSetting,  ::SetPerformanceUser,
-        ::SetPerformanceOC,      ::SetPerformanceDefault,
-        ::SetPerformanceSilent,  ::GetGpuClockSetting,
-        ::GetMemClockSetting,    ::GetExternalPerformanceParameter,
+#define FLAT_FUNCTION(result, name, ...) ::name,
+#include "api/flat_functions.inc"
     };
     return exports;
 }

@@ -86,30 +86,8 @@ HMODULE LibraryUnderTest() {
 
 Exports FindExports(HMODULE library) {
     Exports found{};
-#define FIND(name) Find(library, #name, found.name)
-    FIND(InitVGAHelper);
-    FIND(IsInitOk);
-    FIND(GetVendorInfo);
-    FIND(SetActiveAdapterIndex);
-    FIND(GetActiveAdapterIndex);
-    FIND(GetVGAInfo);
-    FIND(FetchHwmValues);
-    FIND(GetHwmValue);
-    FIND(GetFrameRate);
-    FIND(SetFanSpeed);
-    FIND(SetFanSpeedTable);
-    FIND(GetFanSetting);
-    FIND(SetPowerLimit);
-    FIND(SetPowerLimitDefault);
-    FIND(GetPowerLimitSetting);
-    FIND(SetPerformanceUser);
-    FIND(SetPerformanceOC);
-    FIND(SetPerformanceDefault);
-    FIND(SetPerformanceSilent);
-    FIND(GetGpuClockSetting);
-    FIND(GetMemClockSetting);
-    FIND(GetExternalPerformanceParameter);
-#undef FIND
+#define FLAT_FUNCTION(result, name, ...) Find(library, #name, found.name);
+#include "api/flat_functions.inc"
     return found;
 }
 

@@ -40,10 +40,8 @@ void* Load(std::wstring const& path) {
 }  // namespace
 
 Library::Library(std::wstring const& path) : module_(Load(path)) {
-#define GPUTUNE_TOOL_RESOLVE(name) Resolve(module_.get(), #name, path, name);
-    GPUTUNE_TOOL_EXPORTS(GPUTUNE_TOOL_RESOLVE)
-#undef GPUTUNE_TOOL_RESOLVE
-    Resolve(module_.get(), "GetFanSetting", path, getFanSetting_);
+#define FLAT_FUNCTION(result, name, ...) Resolve(module_.get(), #name, path, name);
+#include "src/api/flat_functions.inc"
 }
 
 FanSetting Library::ReadFanSetting() const {
@@ -51,7 +49,12 @@ FanSetting Library::ReadFanSetting() const {
     for (FanPoint& point : setting.Points) {
         point = {untouched, untouched, untouched, untouched, untouched, untouched, untouched, untouched};
     }
-    getFanSetting_(&setting);
+    // A function that returns a record takes, in its binary form, the address of the record as its first argument and
+    // returns it. Called by its declaration, the compiler provides storage with undefined contents; but GetFanSetting
+    // leaves the points of OverdriveN boards as they are. Called in this form, with storage that was filled before,
+    // what was left is told from what was read.
+    using InPlace = ::FanSetting*(GPUTUNE_CALL*)(::FanSetting*);
+    reinterpret_cast<InPlace>(reinterpret_cast<void*>(GetFanSetting))(&setting);
     return setting;
 }
 

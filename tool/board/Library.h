@@ -8,39 +8,14 @@
 
 namespace gputune::tool {
 
-// Every export that is called as the header declares it.
-#define GPUTUNE_TOOL_EXPORTS(EXPORT) \
-    EXPORT(InitVGAHelper)            \
-    EXPORT(IsInitOk)                 \
-    EXPORT(GetVendorInfo)            \
-    EXPORT(SetActiveAdapterIndex)    \
-    EXPORT(GetActiveAdapterIndex)    \
-    EXPORT(GetVGAInfo)               \
-    EXPORT(FetchHwmValues)           \
-    EXPORT(GetHwmValue)              \
-    EXPORT(GetFrameRate)             \
-    EXPORT(SetFanSpeed)              \
-    EXPORT(SetFanSpeedTable)         \
-    EXPORT(SetPowerLimit)            \
-    EXPORT(SetPowerLimitDefault)     \
-    EXPORT(GetPowerLimitSetting)     \
-    EXPORT(SetPerformanceUser)       \
-    EXPORT(SetPerformanceOC)         \
-    EXPORT(SetPerformanceDefault)    \
-    EXPORT(SetPerformanceSilent)     \
-    EXPORT(GetGpuClockSetting)       \
-    EXPORT(GetMemClockSetting)       \
-    EXPORT(GetExternalPerformanceParameter)
-
 class Library {
 public:
     // Loads the file, a full path. Throws ToolError when it is missing, no 32-bit library, or lacks an export.
     explicit Library(std::wstring const& path);
 
-// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared takes none
-#define GPUTUNE_TOOL_MEMBER(name) decltype(&::name) name = nullptr;
-    GPUTUNE_TOOL_EXPORTS(GPUTUNE_TOOL_MEMBER)
-#undef GPUTUNE_TOOL_MEMBER
+    // Each export is called as the header declares it, but for GetFanSetting: see ReadFanSetting.
+#define FLAT_FUNCTION(result, name, ...) decltype(&::name) name = nullptr;
+#include "src/api/flat_functions.inc"
 
     // The board's fan settings. Fields that the backend does not know are `untouched` (Checks.h).
     ::FanSetting ReadFanSetting() const;
@@ -50,14 +25,7 @@ private:
         void operator()(void* module) const;
     };
 
-    // A function that returns a record takes, in its binary form, the address of the record as its first argument and
-    // returns it. Called by its declaration, the compiler provides storage with undefined contents; but GetFanSetting
-    // leaves the points of OverdriveN boards as they are. Called in this form, with storage that was filled before,
-    // what was left is told from what was read.
-    using GetFanSettingInPlace = FanSetting*(GPUTUNE_CALL*)(FanSetting* storage);
-
     std::unique_ptr<void, Unload> module_;
-    GetFanSettingInPlace getFanSetting_ = nullptr;
 };
 
 }  // namespace gputune::tool

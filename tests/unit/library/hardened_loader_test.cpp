@@ -118,15 +118,15 @@ TEST_F(HardenedLoad, Windows7WithoutItsSystemDirectoryLoadsNothing) {
     EXPECT_EQ(TheSystem().TraceOf(L"load"), Trace{});
 }
 
-TEST_F(HardenedLoad, GenerationIsAskedForOnce) {
+TEST_F(HardenedLoad, Windows8IsAskedForOnce) {
     for (bool const isWindows8 : {true, false}) {
         HardenedLoader loader;
         TheSystem().isWindows8 = isWindows8;
         TheSystem().trace.clear();
-        EXPECT_EQ(loader.Generation(), isWindows8 ? 9200U : 7600U);
+        EXPECT_EQ(loader.IsWindows8OrLater(), isWindows8);
         EXPECT_EQ(TheSystem().trace, Trace({L"version 6.2"}));
         TheSystem().isWindows8 = !isWindows8;
-        EXPECT_EQ(loader.Generation(), isWindows8 ? 9200U : 7600U);
+        EXPECT_EQ(loader.IsWindows8OrLater(), isWindows8);
         EXPECT_EQ(TheSystem().trace.size(), 1U);
     }
 }
@@ -337,15 +337,16 @@ TEST_F(HardenedLoad, PackageIsNotLookedAtOnOldBuildsForOtherNamesOrForTheSystemD
         std::uint32_t build;
         wchar_t const* name;
         std::uint32_t flags;
+        bool asksForTheBuild;  // only where neither flags nor name have decided
         bool looks;
-    } const rows[] = {{14308, L"nvapi.dll", 0, true},
-                      {14307, L"nvapi.dll", 0, false},
-                      {14308, L"nvapi.dll", kSystemDirectoryOnly, false},
-                      {14308, L"probe.dll", 0, false},
-                      {14308, L"n", 0, false},
-                      {14308, L"xnv.dll", 0, false},
-                      {14308, L"nv", 0, true},
-                      {14308, L"NVAPI.DLL", 0, true}};
+    } const rows[] = {{14308, L"nvapi.dll", 0, true, true},
+                      {14307, L"nvapi.dll", 0, true, false},
+                      {14308, L"nvapi.dll", kSystemDirectoryOnly, false, false},
+                      {14308, L"probe.dll", 0, false, false},
+                      {14308, L"n", 0, false, false},
+                      {14308, L"xnv.dll", 0, false, false},
+                      {14308, L"nv", 0, true, true},
+                      {14308, L"NVAPI.DLL", 0, true, true}};
     for (auto const& row : rows) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(row.name)));
         HardenedLoader loader;
@@ -353,6 +354,7 @@ TEST_F(HardenedLoad, PackageIsNotLookedAtOnOldBuildsForOtherNamesOrForTheSystemD
         InstallDriver();
         TheSystem().trace.clear();
         loader.Load(row.name, row.flags);
+        EXPECT_EQ(!TheSystem().TraceOf(L"build").empty(), row.asksForTheBuild);
         EXPECT_EQ(!TheSystem().TraceOf(std::wstring(L"value ") + kClass).empty(), row.looks);
         // The package does not have it: it comes from the system's directory.
         EXPECT_EQ(TheSystem().trace.back(), Load(row.name, L"800"));
