@@ -8,11 +8,11 @@ namespace gputune::fuzz {
 
 namespace {
 
-unsigned char* Pointer(int word) {
+unsigned char* Pointer(test::Word word) {
     return reinterpret_cast<unsigned char*>(word);
 }
 
-int IntAt(int word) {
+int IntAt(test::Word word) {
     int value = 0;
     std::memcpy(&value, Pointer(word), sizeof value);
     return value;
@@ -20,7 +20,7 @@ int IntAt(int word) {
 
 }  // namespace
 
-int RandomVendor::Answer(char const* entryPoint, int const* words) {
+int RandomVendor::Answer(char const* entryPoint, test::Word const* words) {
     library_.ClearCalls();
     auto const& outputs = test::VendorOutputs(entryPoint);
     // Mostly healthy, or no input would get far.
@@ -53,7 +53,7 @@ int RandomVendor::Result(char const* entryPoint) {
     return choice < codes.size() ? codes[choice] : input_.Int();
 }
 
-void RandomVendor::WriteAny(test::VendorOutput const& output, int const* words, bool withLists) {
+void RandomVendor::WriteAny(test::VendorOutput const& output, test::Word const* words, bool withLists) {
     int const word = words[output.argument];
     if (word == 0) {
         return;

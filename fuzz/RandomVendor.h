@@ -17,11 +17,11 @@ public:
     RandomVendor(RandomVendor const&) = delete;
     RandomVendor& operator=(RandomVendor const&) = delete;
 
-    int Answer(char const* entryPoint, int const* words) override;
+    int Answer(char const* entryPoint, test::Word const* words) override;
 
 private:
     int Result(char const* entryPoint);
-    void WriteAny(test::VendorOutput const& output, int const* words, bool withLists);
+    void WriteAny(test::VendorOutput const& output, test::Word const* words, bool withLists);
     void WriteBytes(unsigned char* target, std::size_t size);
     void WriteList(void** target);
 

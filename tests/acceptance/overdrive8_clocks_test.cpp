@@ -221,7 +221,7 @@ public:
     CountOfTheAnswer(CountOfTheAnswer const&) = delete;
     CountOfTheAnswer& operator=(CountOfTheAnswer const&) = delete;
 
-    int Answer(char const* entryPoint, int const* words) override {
+    int Answer(char const* entryPoint, Word const* words) override {
         if (std::string(entryPoint) == "ADL2_Overdrive8_Setting_Set") {
             counts_.push_back(*reinterpret_cast<int const*>(words[3]));
         }

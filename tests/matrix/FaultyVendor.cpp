@@ -12,7 +12,7 @@ namespace {
 using Kind = Fault::Kind;
 using test::VendorOutput;
 
-unsigned char* Pointer(int word) {
+unsigned char* Pointer(test::Word word) {
     return reinterpret_cast<unsigned char*>(word);
 }
 
@@ -39,7 +39,7 @@ VendorOutput const* ListOf(char const* entryPoint) {
 
 // Where a faulty number or text stands: in what the argument points to; of a list, in its block. Null when the client
 // passes a null pointer.
-unsigned char* PlaceOf(char const* entryPoint, int const* words, Fault const& fault) {
+unsigned char* PlaceOf(char const* entryPoint, test::Word const* words, Fault const& fault) {
     if (words[fault.argument] == 0) {
         return nullptr;
     }
@@ -94,7 +94,7 @@ void FaultyVendor::BeginStep(Step const& step) {
     }
 }
 
-int FaultyVendor::Answer(char const* entryPoint, int const* words) {
+int FaultyVendor::Answer(char const* entryPoint, test::Word const* words) {
     library_.ClearCalls();
     int const before = counts_[entryPoint]++;
     bool const isFaulty = (entryPoint_ == kEveryEntryPoint || entryPoint == entryPoint_) &&
@@ -109,7 +109,7 @@ int FaultyVendor::Answer(char const* entryPoint, int const* words) {
     return result;
 }
 
-int FaultyVendor::AsHealthy(char const* entryPoint, int const* words) {
+int FaultyVendor::AsHealthy(char const* entryPoint, test::Word const* words) {
     std::string_view const name = entryPoint;
     if (name == "ADL2_Overdrive5_ThermalDevices_Enum" && words[2] >= thermalControllers_) {
         return -100;
@@ -125,7 +125,7 @@ int FaultyVendor::AsHealthy(char const* entryPoint, int const* words) {
     return result;
 }
 
-int FaultyVendor::AsFaulty(char const* entryPoint, int const* words) {
+int FaultyVendor::AsFaulty(char const* entryPoint, test::Word const* words) {
     static unsigned char foreign[kPromisedRecords * 1580];
     switch (fault_.kind) {
         case Kind::Code:
@@ -170,7 +170,7 @@ int FaultyVendor::AsFaulty(char const* entryPoint, int const* words) {
 }
 
 // A list's address stays, and its first record is filled; of handles, the first one is.
-void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
+void FaultyVendor::Fill(char const* entryPoint, test::Word const* words) const {
     for (VendorOutput const& output : test::VendorOutputs(entryPoint)) {
         if (words[output.argument] == 0) {
             continue;
@@ -186,7 +186,7 @@ void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
     }
 }
 
-void FaultyVendor::HandOut(char const* entryPoint, int const* words, void* list, int bytes) {
+void FaultyVendor::HandOut(char const* entryPoint, test::Word const* words, void* list, int bytes) {
     listBytes_ = bytes;
     if (VendorOutput const* const output = ListOf(entryPoint)) {
         std::memcpy(Pointer(words[output->argument - 1]), &kPromisedRecords, sizeof kPromisedRecords);

@@ -34,13 +34,13 @@ public:
     // The values without an origin that the step has sent; empty when there are none.
     std::string const& Unexplained() const { return origins_.Unexplained(); }
 
-    int Answer(char const* entryPoint, int const* words) override;
+    int Answer(char const* entryPoint, test::Word const* words) override;
 
 private:
-    int AsHealthy(char const* entryPoint, int const* words);
-    int AsFaulty(char const* entryPoint, int const* words);
-    void Fill(char const* entryPoint, int const* words) const;
-    void HandOut(char const* entryPoint, int const* words, void* list, int bytes);
+    int AsHealthy(char const* entryPoint, test::Word const* words);
+    int AsFaulty(char const* entryPoint, test::Word const* words);
+    void Fill(char const* entryPoint, test::Word const* words) const;
+    void HandOut(char const* entryPoint, test::Word const* words, void* list, int bytes);
 
     test::Machine& machine_;
     test::ScriptedLibrary& library_;

@@ -16,7 +16,7 @@ using test::VendorOutput;
 // How many settings the records of Overdrive8 hold.
 constexpr int kSettings = 39;
 
-int const* Words(int word) {
+int const* Words(test::Word word) {
     return reinterpret_cast<int const*>(word);
 }
 
@@ -99,7 +99,7 @@ void Origins::Begin(Step const& step) {
     unexplained_.clear();
 }
 
-void Origins::Called(char const* entryPoint, int const* words) {
+void Origins::Called(char const* entryPoint, test::Word const* words) {
     // The client writes the size of a record into it before the call; the call may overwrite it.
     recordBytes_ = 0;
     for (VendorOutput const& output : test::VendorOutputs(entryPoint)) {
@@ -119,7 +119,7 @@ void Origins::Called(char const* entryPoint, int const* words) {
     }
 }
 
-void Origins::Succeeded(char const* entryPoint, int const* words, int listBytes) {
+void Origins::Succeeded(char const* entryPoint, test::Word const* words, int listBytes) {
     if (!CanBecomeSetting(entryPoint)) {
         return;
     }

@@ -35,7 +35,7 @@ constexpr char kOd8Current[] = "Overdrive8's current settings";
 // A call that may set something, with what can explain its values.
 class Sending {
 public:
-    Sending(char const* entryPoint, int const* words, Step const& step, Readings const& readings)
+    Sending(char const* entryPoint, test::Word const* words, Step const& step, Readings const& readings)
         : entryPoint_(entryPoint), words_(words), step_(step), readings_(readings) {}
 
     std::string_view EntryPoint() const { return entryPoint_; }
@@ -55,7 +55,7 @@ public:
 
 private:
     std::string_view entryPoint_;
-    int const* words_;
+    test::Word const* words_;
     Step const& step_;
     Readings const& readings_;
     std::string unexplained_;
@@ -71,10 +71,10 @@ public:
     void Begin(Step const& step);
 
     // The step calls an entry point: judges what it sends.
-    void Called(char const* entryPoint, int const* words);
+    void Called(char const* entryPoint, test::Word const* words);
 
     // The call has succeeded: remembers what it has written. `listBytes`: of the list that it handed out.
-    void Succeeded(char const* entryPoint, int const* words, int listBytes);
+    void Succeeded(char const* entryPoint, test::Word const* words, int listBytes);
 
     // The library has no such entry point.
     void Missing(std::string const& entryPoint);

@@ -65,7 +65,7 @@ double Call::DoubleArgument(std::size_t word) const {
 namespace {
 
 Call ToCall(ScriptedCall const& call) {
-    return {call.entryPoint, std::vector<int>(call.words, call.words + call.wordCount),
+    return {call.entryPoint, std::vector<Word>(call.words, call.words + call.wordCount),
             Bytes(call.record, call.record + call.recordSize)};
 }
 

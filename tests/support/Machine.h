@@ -41,7 +41,7 @@ Bytes Text(std::string const& text);
 // A call of a vendor's library.
 struct Call {
     std::string entryPoint;
-    std::vector<int> args;  // 32-bit words; pointers as numbers
+    std::vector<Word> args;
     Bytes record;           // as the caller passed it in; empty when the entry point takes none
 
     int Int(std::size_t offset) const;              // of the record

@@ -9,7 +9,7 @@ namespace gputune::test {
 
 namespace {
 
-unsigned char* Pointer(int word) {
+unsigned char* Pointer(Word word) {
     return reinterpret_cast<unsigned char*>(word);
 }
 
@@ -17,17 +17,19 @@ unsigned char* Pointer(int word) {
 
 ScriptedCore::ScriptedCore(ScriptedInterface scripted) : interface_(std::move(scripted)), hidden_(interface_.unusual) {}
 
-int ScriptedCore::Answer(char const* name, int const* words) {
+int ScriptedCore::Answer(char const* name, Word const* words, double const* doubles) {
     Outside const outside;
     auto const known = interface_.signatures.find(name);
     if (known == interface_.signatures.end() && !interface_.otherSignature) {
         return -8;
     }
-    Record(name, known == interface_.signatures.end() ? *interface_.otherSignature : known->second, words);
-    return interceptor_ != nullptr ? interceptor_->Answer(name, words) : AsOrdered(name, words);
+    Record(name, known == interface_.signatures.end() ? *interface_.otherSignature : known->second, words, doubles);
+    Word arguments[kMaxWords];
+    std::copy_n(calls_.back().words, kMaxWords, arguments);
+    return interceptor_ != nullptr ? interceptor_->Answer(name, arguments) : AsOrdered(name, arguments);
 }
 
-int ScriptedCore::AsOrdered(char const* name, int const* words) {
+int ScriptedCore::AsOrdered(char const* name, Word const* words) {
     auto const own = scripts_.find(For(name, words[0]));
     Script& script = own == scripts_.end() ? scripts_[name] : own->second;
     Response const& response = script.responses[std::min(script.calls, script.responses.size() - 1)];
@@ -38,24 +40,39 @@ int ScriptedCore::AsOrdered(char const* name, int const* words) {
     return response.result;
 }
 
-void ScriptedCore::Record(char const* name, Signature const& signature, int const* words) {
+void ScriptedCore::Record(char const* name, Signature const& signature, Word const* words, double const* doubles) {
     ScriptedCall call{};
     call.entryPoint = name;
-    call.wordCount = signature.words;
-    std::memcpy(call.words, words, sizeof(int) * static_cast<std::size_t>(signature.words));
-    if (signature.recordArgument >= 0 && words[signature.recordArgument] != 0) {
-        void const* const record = Pointer(words[signature.recordArgument]);
-        int size = signature.recordSize;
-        if (size == kSizeInRecord) {
-            std::memcpy(&size, record, sizeof size);
+    if (doubles != nullptr) {
+        std::copy_n(doubles, kMaxDoubles, call.doubles);
+    }
+    for (char const* kind = signature.arguments; *kind != '\0'; ++kind) {
+        int const position = call.wordCount++;
+        Word const word = words[position];
+        call.words[position] = word;
+        if (*kind == 'i') {
+            // The other half of a 64-bit register counts for nothing.
+            call.words[position] = static_cast<int>(word);
+        } else if (*kind == 'a') {
+            allocator_ = reinterpret_cast<Allocator>(word);
+        } else if (*kind == 'd' && doubles != nullptr) {
+            std::memcpy(&call.words[position], &doubles[position], sizeof(double));
+        } else if (*kind == 'd') {
+            call.words[position + 1] = words[position + 1];
+            ++call.wordCount;
+        } else if (*kind == 'r' && word != 0) {
+            int size = signature.recordSize;
+            if (size == kSizeInRecord) {
+                std::memcpy(&size, Pointer(word), sizeof size);
+            }
+            call.recordSize = std::clamp(size, 0, kMaxRecord);
+            std::memcpy(call.record, Pointer(word), static_cast<std::size_t>(call.recordSize));
         }
-        call.recordSize = std::clamp(size, 0, kMaxRecord);
-        std::memcpy(call.record, record, static_cast<std::size_t>(call.recordSize));
     }
     calls_.push_back(call);
 }
 
-void ScriptedCore::Perform(Output const& output, int const* words) {
+void ScriptedCore::Perform(Output const& output, Word const* words) {
     if (words[output.argument] == 0) {
         return;
     }
@@ -166,6 +183,10 @@ void* ScriptedCore::AskForMemory(int size) {
 
 void* ScriptedCore::AskWithOddStack(int size) {
     CallBack const callBack;
+#if defined(__x86_64__)
+    // No 64-bit code calls so.
+    return allocator_(size);
+#else
     void* block = nullptr;
     // stdcall: the callee pops the size, so the padding alone is taken back here.
     __asm__ volatile(
@@ -179,6 +200,7 @@ void* ScriptedCore::AskWithOddStack(int size) {
         : "r"(allocator_), "r"(size)
         : "esi", "ecx", "edx", "memory", "cc");
     return block;
+#endif
 }
 
 }  // namespace gputune::test

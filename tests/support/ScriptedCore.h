@@ -22,13 +22,26 @@
 #define SCRIPTED_NAME(name) Scripted_##name
 #endif
 
-// Defines one entry point, in a file that has `int Answer(char const* name, int const* words)`. Eight words serve for
-// every entry point: under cdecl the caller pops its arguments, however many there are.
-#define SCRIPTED_FUNCTION(linkage, name)                                                                     \
-    linkage int SCRIPTED_CDECL SCRIPTED_NAME(name)(int a, int b, int c, int d, int e, int f, int g, int h) { \
-        int const words[gputune::test::kMaxWords] = {a, b, c, d, e, f, g, h};                                \
-        return Answer(#name, words);                                                                         \
+// Defines one entry point, in a file that has `ScriptedCore& Core()`. Eight words serve for every entry point: the
+// caller removes its arguments, however many there are.
+#if defined(__x86_64__)
+// Goes to ScriptedEntry (scripted_entry_x64.cpp) with its name in rax.
+#define SCRIPTED_FUNCTION(name)       \
+    extern "C" int name();            \
+    __asm__(                          \
+        ".text\n"                     \
+        ".globl " #name "\n"          \
+        #name ":\n"                   \
+        "    leaq 1f(%rip), %rax\n"   \
+        "    jmp ScriptedEntry\n"     \
+        "1:  .asciz \"" #name "\"\n");
+#else
+#define SCRIPTED_FUNCTION(name)                                                                                   \
+    extern "C" int SCRIPTED_CDECL SCRIPTED_NAME(name)(int a, int b, int c, int d, int e, int f, int g, int h) {   \
+        gputune::test::Word const words[gputune::test::kMaxWords] = {a, b, c, d, e, f, g, h};                     \
+        return Core().Answer(#name, words, nullptr);                                                              \
     }
+#endif
 #define SCRIPTED_ENTRY(name) {#name, reinterpret_cast<void*>(&SCRIPTED_NAME(name))},
 
 namespace gputune::test {
@@ -38,9 +51,12 @@ constexpr int kSizeInRecord = -1;
 
 // What is recorded of a call.
 struct Signature {
-    int words;                // that its arguments take
-    int recordArgument = -1;  // which argument points to a record that the caller fills in; -1: none
-    int recordSize = 0;       // in bytes, or kSizeInRecord
+    // A letter for each argument:
+    //   i  a 32-bit number      p  a pointer or a handle
+    //   d  a double             r  a pointer to a record that the caller fills in
+    //   w  a word of any kind   a  the client's function that allocates memory, which is remembered
+    char const* arguments;
+    int recordSize = 0;  // in bytes, or kSizeInRecord
 };
 
 struct ScriptedInterface {
@@ -60,15 +76,14 @@ public:
     explicit ScriptedCore(ScriptedInterface scripted);
 
     // Record a call and answer it.
-    int Answer(char const* name, int const* words);
+    // `doubles` are the registers of a 64-bit call; null in a 32-bit process, where they stand among the words.
+    int Answer(char const* name, Word const* words, double const* doubles);
 
     // The address of an entry point that is not hidden, else null.
     void* Find(std::string const& name) const;
 
     // Calls `handler` with the hidden names: now, and after every change of them.
     void OnHiddenChange(HiddenHandler handler);
-
-    void SetAllocator(Allocator allocator) { allocator_ = allocator; }
 
     bool Has(char const* entryPoint) const override;
     void Reset() override;
@@ -83,7 +98,7 @@ public:
     ScriptedCall const& CallAt(int index) const override;
     void ClearCalls() override;
     void AnswerBy(Interceptor* interceptor) override { interceptor_ = interceptor; }
-    int AsOrdered(char const* entryPoint, int const* words) override;
+    int AsOrdered(char const* entryPoint, Word const* words) override;
     void* AskForMemory(int size) override;
     void* AskWithOddStack(int size) override;
 
@@ -109,8 +124,8 @@ private:
 
     Response& Newest(char const* entryPoint) { return scripts_[entryPoint].responses.back(); }
     void Add(char const* entryPoint, Output::Kind kind, int argument, int offset, void const* bytes, int size);
-    void Record(char const* name, Signature const& signature, int const* words);
-    void Perform(Output const& output, int const* words);
+    void Record(char const* name, Signature const& signature, Word const* words, double const* doubles);
+    void Perform(Output const& output, Word const* words);
     void HiddenChanged();
 
     ScriptedInterface interface_;

@@ -9,23 +9,31 @@
 // answers all later calls. An order for For(name, 0x1F) is for the calls whose first argument is 0x1F; they have
 // responses of their own.
 //
-// Arguments are counted in 32-bit words from 0; a double takes two.
+// Arguments are counted in words of the processor, from 0. A double takes two words of a 32-bit process, and one of a
+// 64-bit process.
 //
 // Under Windows every library is a DLL of its own: only plain data may cross this interface.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
 namespace gputune::test {
 
+// An argument: a number with its sign, or a pointer or a handle as a number.
+using Word = std::intptr_t;
+
 constexpr int kMaxWords = 8;
+// Of so many arguments a 64-bit call passes doubles in registers of their own.
+constexpr int kMaxDoubles = 4;
 constexpr int kMaxRecord = 2600;
 
 struct ScriptedCall {
     char const* entryPoint;
     int wordCount;
-    int words[kMaxWords];              // as the caller passed them; pointers as numbers
+    Word words[kMaxWords];             // as the caller passed them
+    double doubles[kMaxDoubles];       // the registers of a 64-bit call, whether the arguments are doubles or not
     int recordSize;                    // of the record the caller passed in; 0 when the entry takes none
     unsigned char record[kMaxRecord];  // its bytes on entry
 };
@@ -35,7 +43,7 @@ class Interceptor {
 public:
     // `words` are the call's arguments. Returns the result; writes the outputs itself or lets
     // ScriptedLibrary::AsOrdered do so.
-    virtual int Answer(char const* entryPoint, int const* words) = 0;
+    virtual int Answer(char const* entryPoint, Word const* words) = 0;
 
 protected:
     ~Interceptor() = default;
@@ -74,7 +82,7 @@ public:
     // Let `interceptor` answer from now on; null: the orders again. Calls are recorded either way.
     virtual void AnswerBy(Interceptor* interceptor) = 0;
     // For an interceptor: do what is ordered for this call, and return the result.
-    virtual int AsOrdered(char const* entryPoint, int const* words) = 0;
+    virtual int AsOrdered(char const* entryPoint, Word const* words) = 0;
 
     // Call the client's allocation callback, and return its block; null while the client has given no callback.
     virtual void* AskForMemory(int size) = 0;
@@ -87,9 +95,9 @@ protected:
 };
 
 // The name to give orders for, when they are only for the calls of an entry point that have this first argument.
-inline std::string For(std::string const& entryPoint, int firstArgument) {
-    char text[16];
-    std::snprintf(text, sizeof text, "@%X", static_cast<unsigned>(firstArgument));
+inline std::string For(std::string const& entryPoint, Word firstArgument) {
+    char text[24];
+    std::snprintf(text, sizeof text, "@%llX", static_cast<unsigned long long>(firstArgument));
     return entryPoint + text;
 }
 

@@ -8,35 +8,35 @@ using gputune::test::Signature;
 
 // Entered by hand from the library's published interface, not from the product's declarations.
 std::map<std::string, Signature> const kSignatures = {
-    {"ctlInit", {2, 0, 36}},
-    {"ctlClose", {1}},
-    {"ctlSetRuntimePath", {1, 0, 32}},
-    {"ctlEnumerateDevices", {3, 1, 4}},
-    {"ctlGetDeviceProperties", {2, 1, 312}},
-    {"ctlOverclockGetProperties", {2, 1, 296}},
-    {"ctlPowerTelemetryGet", {2, 1, 808}},
-    {"ctlEnumFans", {3, 1, 4}},
-    {"ctlFanGetProperties", {2, 1, 24}},
-    {"ctlFanGetConfig", {2, 1, 936}},
-    {"ctlFanSetDefaultMode", {1}},
-    {"ctlFanSetFixedSpeedMode", {2, 1, 16}},
-    {"ctlFanSetSpeedTableMode", {2, 1, 908}},
-    {"ctlOverclockWaiverSet", {1}},
-    {"ctlOverclockPowerLimitGet", {2}},
-    {"ctlOverclockPowerLimitSet", {3}},
-    {"ctlOverclockGpuFrequencyOffsetGet", {2}},
-    {"ctlOverclockGpuFrequencyOffsetSet", {3}},
-    {"ctlOverclockVramFrequencyOffsetGet", {2}},
-    {"ctlOverclockVramFrequencyOffsetSet", {3}},
+    {"ctlInit", {"rp", 36}},
+    {"ctlClose", {"p"}},
+    {"ctlSetRuntimePath", {"r", sizeof(void*) == 4 ? 32 : 40}},
+    {"ctlEnumerateDevices", {"prp", 4}},
+    {"ctlGetDeviceProperties", {"pr", sizeof(void*) == 4 ? 312 : 320}},
+    {"ctlOverclockGetProperties", {"pr", 296}},
+    {"ctlPowerTelemetryGet", {"pr", 808}},
+    {"ctlEnumFans", {"prp", 4}},
+    {"ctlFanGetProperties", {"pr", 24}},
+    {"ctlFanGetConfig", {"pr", 936}},
+    {"ctlFanSetDefaultMode", {"p"}},
+    {"ctlFanSetFixedSpeedMode", {"pr", 16}},
+    {"ctlFanSetSpeedTableMode", {"pr", 908}},
+    {"ctlOverclockWaiverSet", {"p"}},
+    {"ctlOverclockPowerLimitGet", {"pp"}},
+    {"ctlOverclockPowerLimitSet", {"pd"}},
+    {"ctlOverclockGpuFrequencyOffsetGet", {"pp"}},
+    {"ctlOverclockGpuFrequencyOffsetSet", {"pd"}},
+    {"ctlOverclockVramFrequencyOffsetGet", {"pp"}},
+    {"ctlOverclockVramFrequencyOffsetSet", {"pd"}},
 };
 
-int Answer(char const* name, int const* words) {
-    return ScriptedIgcl().Answer(name, words);
+gputune::test::ScriptedCore& Core() {
+    return ScriptedIgcl();
 }
 
 }  // namespace
 
-#define CTL_FORWARD(name, ...) SCRIPTED_FUNCTION(extern "C", name)
+#define CTL_FORWARD(name, ...) SCRIPTED_FUNCTION(name)
 #include "intel/ctl_functions.inc"
 
 gputune::test::ScriptedCore& gputune::test::ScriptedIgcl() {
@@ -48,7 +48,7 @@ gputune::test::ScriptedCore& gputune::test::ScriptedIgcl() {
             },
         .signatures = kSignatures,
         // For the functions that no backend calls, all words that the caller may have passed are recorded.
-        .otherSignature = Signature{gputune::test::kMaxWords},
+        .otherSignature = Signature{"wwwwwwww"},
     });
     return core;
 }

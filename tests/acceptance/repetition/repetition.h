@@ -47,7 +47,7 @@ public:
     // Whether the round had so many calls.
     bool HasFailed() const { return calls_ > position_; }
 
-    int Answer(char const* entryPoint, int const* words) override {
+    int Answer(char const* entryPoint, Word const* words) override {
         return calls_++ == position_ ? -1 : library_.AsOrdered(entryPoint, words);
     }
 
