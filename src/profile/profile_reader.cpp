@@ -91,7 +91,7 @@ std::optional<float> ScanFloat(std::string_view text) {
 }
 
 void ReadFloat(XMLElement const& row, char const* attribute, float& field) {
-    if (char const* const text = row.Attribute(attribute)) {
+    if (char const* const text = row.Attribute(attribute); text != nullptr) {
         field = ScanFloat(text).value_or(field);
     }
 }
@@ -164,7 +164,7 @@ void ReadRow(XMLElement const& row, std::string_view name, Entry entry, Predefin
 // An attribute that is absent or does not convert leaves its field as it was.
 void ReadEntry(XMLElement const& element, Entry entry, PredefinedPerformanceParameter& record) {
     for (XMLElement const* row = element.FirstChildElement(); row != nullptr; row = row->NextSiblingElement()) {
-        if (char const* const name = row->Attribute("Name")) {
+        if (char const* const name = row->Attribute("Name"); name != nullptr) {
             ReadRow(*row, name, entry, record);
         }
     }
@@ -207,7 +207,7 @@ Lookup FindProfile(std::string_view document, std::uint32_t hwid) {
     }
     Lookup fallback{Outcome::NoMatch};
     for (; element != nullptr; element = element->NextSiblingElement()) {
-        if (char const* const id = element->Attribute("Id")) {
+        if (char const* const id = element->Attribute("Id"); id != nullptr) {
             if (static_cast<std::uint32_t>(ParseHexLong(id)) == hwid) {
                 Lookup board{Outcome::BoardEntry};
                 ReadEntry(*element, Entry::Board, board.record);

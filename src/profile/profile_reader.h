@@ -38,7 +38,7 @@ struct Lookup {
 // kLargestDocument; also for a null file.
 std::optional<std::string> ReadDocument(std::FILE* file);
 
-// The board's entry, else the last default entry. What stands behind the board's entry is not looked at. Throws
+// The board's entry, else the last default entry. What follows the board's entry is not read. Throws
 // HexLongError for an "Id" before it that is no 32-bit hexadecimal number.
 Lookup FindProfile(std::string_view document, std::uint32_t hwid);
 
