@@ -15,7 +15,7 @@ int g_allocations = 0;
 int g_first = 0;
 bool g_thenAll = false;
 
-// Of malloc and calloc, which this program's operator new uses as well.
+// Called before every malloc and calloc, also those of this program's operator new.
 bool Refuse() {
     if (!g_isWatched) {
         return false;

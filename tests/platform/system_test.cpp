@@ -1,4 +1,4 @@
-// The small functions of src/platform, on the real system.
+// Registry, paths, locks, signatures: src/platform on the real system.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The running test once more, alone in a process of its own whose end the first one looks at.
+// Runs the current test once more in a child process, whose exit code the parent checks.
 //
 //     TEST(Unload, EndOfTheProcessIsClean) {
 //         if (!IsChild()) {
@@ -23,7 +23,7 @@ inline bool IsChild() {
     return ::GetEnvironmentVariableA(kChildVariable, nullptr, 0) != 0;
 }
 
-// The exit code.
+// Returns the child's exit code; ~0 when it could not be started.
 inline DWORD RunAsChild() {
     wchar_t program[MAX_PATH];
     ::GetModuleFileNameW(nullptr, program, MAX_PATH);

@@ -1,4 +1,4 @@
-// What only tests on the native machine can set.
+// What only native tests can set.
 #pragma once
 
 #include <cstddef>
@@ -9,25 +9,24 @@
 
 namespace gputune::test {
 
-// A display that the display kernel opens under this name, as this video present source.
+// The system's graphics kernel opens a display of this name, and says that it is this video present source.
 void SetDisplay(std::wstring const& name, std::uint32_t source);
 
-// malloc and calloc have nothing of exactly this size for the library under test, but for the next `served` times; 0
-// takes it back.
+// malloc and calloc fail for exactly this size, after `served` times that they succeed. Size 0 ends that.
 void RefuseAllocationsOf(std::size_t size, int served = 0);
 
-// `refuse` is asked before every malloc and calloc of the library under test, and of the test itself; true is no
-// memory. Null takes it back.
+// `refuse` is asked before every malloc and calloc of the library under test and of the test itself; when it returns
+// true, they fail. Null ends that.
 void RefuseAllocationsBy(bool (*refuse)());
 
 // The vendors' libraries that are loaded now; one that was loaded twice counts twice.
 int LoadedLibraries();
 
-// The machine has it no longer; host::InstallLibrary brings it back as it was.
+// Uninstalls a library, which keeps its orders; host::InstallLibrary installs it again.
 void RemoveLibrary(Machine::Library library);
 
-// Forget the machine with all of that, for a process with many machines one after the other. The library under test
-// holds none of its libraries any more.
+// Forgets the machine and all of the above, for a process that tests many machines one after the other. Call it when
+// the library under test has unloaded the vendors' libraries.
 void ForgetMachine();
 
 }  // namespace gputune::test

@@ -1,5 +1,5 @@
-// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted vendor libraries are
-// loaded by full path before the product asks for them by name.
+// Machine and machine_windows.h for tests of the real gputune.dll. The process registers a WMI locator of its own, and
+// loads the scripted vendor libraries by full path, so that gputune.dll gets them when it loads them by name.
 #include <windows.h>
 
 #include <algorithm>
@@ -78,7 +78,7 @@ sim::WmiStandIn& Wmi() {
 }
 
 HMODULE LibraryUnderTest() {
-    // GPUTUNE_LIBRARY: as another compiler builds it.
+    // GPUTUNE_LIBRARY: the path of another build of the library, such as clang's.
     wchar_t const* const other = ::_wgetenv(L"GPUTUNE_LIBRARY");
     static HMODULE const module = Load(other != nullptr ? other : OutputDirectory() / "bin" / "gputune.dll");
     return module;
@@ -113,7 +113,7 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = [] {
-        // Never taken back: the test may unload the library.
+        // The hooks stay for the life of the process: the test may unload the library.
         static ImportHook* const hooks[] = {new ImportHook("LoadLibraryExW", RecordingLoad),
                                             new ImportHook("FreeLibrary", RecordingUnload)};
         static_cast<void>(hooks);

@@ -1,4 +1,4 @@
-// What only tests against the real library under Windows can reach.
+// What only tests of the real gputune.dll can use.
 #pragma once
 
 #include <windows.h>
@@ -14,7 +14,7 @@ sim::WmiStandIn& Wmi();
 // The loaded gputune.dll.
 HMODULE LibraryUnderTest();
 
-// The exports of a library that was loaded otherwise. Throws std::runtime_error when one is missing.
+// The exports of a gputune.dll that the test loaded itself. Throws std::runtime_error when one is missing.
 Exports FindExports(HMODULE library);
 
 }  // namespace gputune::test

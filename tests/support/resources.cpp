@@ -6,8 +6,8 @@ namespace gputune::test {
 
 namespace {
 
-// A container that grows by doubling may do so once more, and the tests' own records of loads grow by a word a round:
-// what a round forgets is more than that.
+// A container that doubles its size may do so once, and the tests' own records of loads grow by a word in a round. A
+// round that loses memory loses more than that.
 constexpr long long kMostBytesInARound = 16;
 constexpr long long kMostBytes = 4096;
 

@@ -32,7 +32,7 @@ inline constexpr Board kBoards[] = {
     {"Nvidia", [] { return NvidiaBoard(2); }},
 };
 
-// Lets one call of a round fail, and all others be answered as ordered.
+// Lets one call of a round fail. All others are answered as ordered.
 class FailingCall final : public Interceptor {
 public:
     explicit FailingCall(ScriptedLibrary& library) : library_(library) { library.AnswerBy(this); }
@@ -44,7 +44,7 @@ public:
         position_ = position;
         calls_ = 0;
     }
-    // Whether the round had as many calls.
+    // Whether the round had so many calls.
     bool HasFailed() const { return calls_ > position_; }
 
     int Answer(char const* entryPoint, int const* words) override {
@@ -57,7 +57,7 @@ private:
     int calls_ = 0;
 };
 
-// What a test would otherwise remember of every round.
+// Drops what the machine has recorded, which would grow with every round.
 inline void ForgetLoads(Machine& machine) {
     machine.TakeLoads();
 #if !defined(_WIN32)
@@ -69,8 +69,8 @@ inline void Forget(Machine& machine) {
     ForgetLoads(machine);
 }
 
-// Under Windows without the frame rate, which asks about a display: Wine starts its desktop for that, and two tests
-// that are the first to need one at times wait for each other for good.
+// Under Windows without the frame rate, which asks about a display: Wine then starts its desktop, and when two tests do
+// so at the same time, both sometimes wait for ever.
 inline void CallEverything(Exports const& api) {
     for (Operation const& operation : Operations()) {
 #if defined(_WIN32)

@@ -1,4 +1,4 @@
-// The same again, very often: what the library took, it gives back, also when something fails on the way.
+// Thousands of starts and operations: the library gives back all that it takes, also when calls fail.
 #include <gtest/gtest.h>
 
 #include "repetition.h"
@@ -30,7 +30,7 @@ TEST_P(Repetition, OfEveryOperationLeavesNothingBehind) {
               "");
 }
 
-// Each round another of the calls that a start and all operations make.
+// In each round another call of those that a start and all operations make fails.
 TEST_P(Repetition, WithAFailingCallLeavesNothingBehind) {
     ASSERT_TRUE(machine_.Init(GPUTUNE_LOG_NONE));
     FailingCall failing(machine_.Scripted());
@@ -91,7 +91,7 @@ TEST(RepetitionOf, AHostsUseOfTheControlLibraryLeavesNothingBehind) {
                                Forget(machine);
                            }),
               "");
-    // Every load was given back.
+    // Every loaded library was unloaded.
     machine.Result("ctlClose", 0);
     machine.Ctl("ctlClose", nullptr);
     EXPECT_EQ(static_cast<std::size_t>(machine.UnloadCount()), loads);

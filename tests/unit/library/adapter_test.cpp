@@ -1,4 +1,4 @@
-// What every backend shares: the table of monitored values, and the memory that the AMD library hands over.
+// What backends share: the table of readings, and the memory that AMD's library hands out lists in.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -37,7 +37,7 @@ constexpr char const* kNames[] = {
     "TDP Limit",
 };
 
-// Every byte of the entry: nothing but these fields is set.
+// Compares every byte of the entry, so that no other field is set.
 void ExpectEntry(HwmValue const* entry, double value, char const* name, bool valid) {
     ASSERT_NE(entry, nullptr);
     unsigned char expected[sizeof(HwmValue)] = {};
@@ -119,7 +119,7 @@ TEST(AdlMemory, ForeignBlocksAreLeftAlone) {
     amd::ReleaseFromAdl(foreign.get());
     amd::ReleaseFromAdl(nullptr);
     EXPECT_EQ(*foreign, 7);
-    // Of unknown size, but no smaller than what is there.
+    // Its size is not known, but it is no smaller than what was written.
     EXPECT_GE(amd::SizeOfAdlBlock(foreign.get()), sizeof(int));
 }
 
@@ -130,7 +130,7 @@ TEST(AdlMemory, AReleasedBlockIsNoLongerKnown) {
     amd::ReleaseFromAdl(block);  // no second release reaches the heap
 }
 
-// The records a list of a count covers, as numbers.
+// The records that a list of this count has, as numbers.
 std::vector<int> Covered(std::vector<int> const& records, int count) {
     amd::AdlList<int> list;
     if (!records.empty()) {

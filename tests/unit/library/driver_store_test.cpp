@@ -1,4 +1,4 @@
-// Where the file of a display driver's package is looked for.
+// In which folders a file of a display driver's package is searched.
 #include <gtest/gtest.h>
 
 #include "FakeSystem.h"
@@ -89,12 +89,12 @@ TEST_F(DriverStore, ModuleListTellsThePlaceInThePackage) {
     SetValue(L"0000", L"DriverSupportModules", {L"other.dll", L"wow\\NvApi.dll"});
     EXPECT_EQ(Find(), kPackage + L"wow\\NvApi.dll");
 
-    // The list for 32-bit processes goes before the other.
+    // The list for 32-bit processes comes before the other one.
     TheSystem().files[kPackage + L"x86\\nvapi.dll"] = 0;
     SetValue(L"0000", L"DriverSupportModulesWow", {L"x86\\nvapi.dll"});
     EXPECT_EQ(Find(), kPackage + L"x86\\nvapi.dll");
 
-    // What is listed but not there is looked for beside the driver.
+    // A file that is listed but does not exist is searched beside the driver.
     TheSystem().files.erase(kPackage + L"x86\\nvapi.dll");
     TheSystem().files.erase(kPackage + L"wow\\NvApi.dll");
     EXPECT_EQ(Find(), kPackage + L"nvapi.dll");
@@ -170,7 +170,7 @@ TEST_F(DriverStore, WhatCannotBeReadIsTold) {
     TheSystem().subkeys[kClass] = {0, {L"0000"}};
     TheSystem().values[kClass + L"\\0000\\OpenGLDriverName"] = {1450, {}};
     ExpectNone(1450);
-    // The first failure, not the last.
+    // The last error is that of the first failure.
     SetValue(L"0000", L"InfPath", {L"oem7.inf"});
     TheSystem().values[L"SYSTEM\\DriverDatabase\\DriverInfFiles\\oem7.inf\\Active"] = {5, {}};
     ExpectNone(5);

@@ -1,5 +1,5 @@
-// Loading a library by its bare name with care: what the system is asked for, in which order, with which flags, and
-// what the last error tells.
+// The careful loading of a library by its bare name: what it asks of the system, in which order and with which flags,
+// and the last error after it.
 #include <gtest/gtest.h>
 
 #include "FakeSystem.h"
@@ -20,7 +20,7 @@ constexpr wchar_t kClass[] = L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4d36e
 constexpr wchar_t kBuildValue[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\CurrentBuildNumber";
 constexpr wchar_t kStored[] = L"C:\\Windows\\system32\\DriverStore\\FileRepository\\nv_dispi.inf_x86_1\\nvapi.dll";
 
-// What is left of the library that was loaded with these flags.
+// The trace's line of a load.
 std::wstring Load(std::wstring const& what, wchar_t const* flags) {
     return L"load " + what + L" " + flags;
 }
@@ -64,7 +64,7 @@ TEST_F(HardenedLoad, PathIsRefusedWithBadArguments) {
 }
 
 TEST_F(HardenedLoad, LastErrorIsClearedFirst) {
-    // Nothing that this load asks the system for fails.
+    // No system call of this load fails.
     TheSystem().build = 14308;
     TheSystem().hostExecutable = L"C:\\Windows\\system32\\mfpmp.exe";
     EXPECT_EQ(LoadFile(L"probe.dll"), Handle(L"probe.dll"));
@@ -185,7 +185,7 @@ TEST_F(HardenedLoad, SupportLibraryThatCannotBeLoadedEndsTheLoad) {
     EXPECT_EQ(TheSystem().TraceOf(L"load"),
               Trace({L"load msasn1.dll 800", L"load cryptnet.dll 800", L"load drvstore.dll 800"}));
 
-    // One is loaded, so the step is not made again, and its result stays.
+    // One of them is loaded, so this step is not done again, and its result stays.
     TheSystem().loadErrors.clear();
     EXPECT_EQ(LoadFile(L"probe.dll"), nullptr);
     EXPECT_EQ(platform::LastError(), 5U);
@@ -239,7 +239,7 @@ TEST_F(HardenedLoad, BuildThatTheSystemConfirmsNeedsNoRegistry) {
     EXPECT_EQ(TheSystem().trace, Trace({L"build 14308"}));
     EXPECT_TRUE(loader_.IsBuildAtLeast(14308));
     EXPECT_EQ(TheSystem().trace.size(), 1U);
-    // The number asked for is all that is known.
+    // A number that the system has confirmed is taken for the build number.
     EXPECT_TRUE(loader_.IsBuildAtLeast(100));
     EXPECT_FALSE(loader_.IsBuildAtLeast(14309));
     EXPECT_EQ(TheSystem().trace.size(), 1U);
@@ -304,7 +304,7 @@ TEST_F(HardenedLoad, DriverLibraryComesFromItsPackage) {
     TheSystem().build = 14308;
     InstallDriver();
     TheSystem().files[kStored] = 0;
-    // Spelled as the registry spells it.
+    // In the registry's spelling.
     std::wstring stored = kStored;
     stored.replace(stored.find(L"system32"), 8, L"System32");
     TheSystem().files[stored] = 0;
@@ -356,7 +356,7 @@ TEST_F(HardenedLoad, PackageIsNotLookedAtOnOldBuildsForOtherNamesOrForTheSystemD
         loader.Load(row.name, row.flags);
         EXPECT_EQ(!TheSystem().TraceOf(L"build").empty(), row.asksForTheBuild);
         EXPECT_EQ(!TheSystem().TraceOf(std::wstring(L"value ") + kClass).empty(), row.looks);
-        // Absent from the package, it comes from the system's directory.
+        // The package does not have it: it comes from the system's directory.
         EXPECT_EQ(TheSystem().trace.back(), Load(row.name, L"800"));
     }
 }

@@ -1,4 +1,4 @@
-// The base-16 conversion of board identifiers, as the standard library's own conversion does it.
+// Board identifiers are read as the standard library reads numbers of base 16.
 #include "records/hex_long.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ TEST(ParseHexLong, ReadsWhatTheStandardConversionReads) {
         {"-1F", -31},
         {"+0x1F", 31},
         {"-0", 0},
-        // White space goes first, of any kind.
+        // White space of any kind may stand first.
         {"  1F", 31},
         {" \t\n\v\f\r1F", 31},
         {" -1F", -31},

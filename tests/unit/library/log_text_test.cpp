@@ -1,4 +1,4 @@
-// How numbers and texts become log text. Compiled for Windows as well, whose runtime formats numbers on its own.
+// How numbers and texts look in the log. Compiled for Windows as well, whose runtime formats numbers differently.
 #include "comma_locale.h"
 #include "log/LineText.h"
 
@@ -59,7 +59,7 @@ TEST(LogText, RealsHaveSixDigitsBehindThePoint) {
 }
 
 TEST(LogText, HalvesOfTheLastDigitGoToTheEvenOne) {
-    // Binary fractions, which are halves exactly.
+    // Halves that binary fractions hold exactly.
     EXPECT_EQ(TextOf(1.0 / 128), "0.007812");
     EXPECT_EQ(TextOf(3.0 / 128), "0.023438");
     EXPECT_EQ(TextOf(-1.0 / 128), "-0.007812");
@@ -92,7 +92,7 @@ TEST(LogText, RealsAreWrittenAsPrintfWritesThem) {
     for (int round = 0; round < 3000; ++round) {
         std::uint64_t const bits = random();
         double const any = std::bit_cast<double>(bits);
-        // With exponents at which digits both before and behind the point matter.
+        // With exponents for which there are digits before and behind the point.
         double const usual = std::ldexp(static_cast<double>(bits >> 11), static_cast<int>(random() % 160) - 140);
         double const thousandths = static_cast<double>(bits % 100000000) / 1000;
         double const half = static_cast<double>(bits % 100000000) / std::ldexp(1.0, static_cast<int>(random() % 40));
@@ -109,7 +109,7 @@ TEST(LogText, RealsAreWrittenAsPrintfWritesThem) {
 }
 
 TEST(LogText, TheLargestRealFits) {
-    // 309 digits, the point and six more; the minus in front.
+    // A minus sign, 309 digits, the point and six more.
     std::string const text = TextOf(-std::numeric_limits<double>::max());
     EXPECT_EQ(text.size(), 1 + 309 + 1 + 6U);
     EXPECT_EQ(text.substr(0, 18), "-17976931348623157");
@@ -137,7 +137,7 @@ TEST(LogText, TextsAreTakenAsTheyAre) {
 }
 
 TEST(LogText, LinesMayBeOfAnyLength) {
-    // Around the length up to which a line needs no memory of its own, in one piece and in several.
+    // Lines up to some length need no memory from the heap: lengths around it, written in one piece and in several.
     for (std::size_t const length : {0U, 1U, 511U, 512U, 513U, 1024U, 5000U}) {
         SCOPED_TRACE(length);
         std::string const text(length, 'x');

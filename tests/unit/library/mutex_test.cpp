@@ -1,4 +1,4 @@
-// Mutual exclusion between threads, with each system's own means.
+// Mutual exclusion between threads: natively by FakeSystem.cpp's mutex, under Windows by the real one.
 #include "platform/Mutex.h"
 
 #include <gtest/gtest.h>

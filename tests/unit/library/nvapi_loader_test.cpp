@@ -1,4 +1,5 @@
-// Loading NVAPI and calling its functions: look-ups, hooks, counters, every status of the loader's own, and threads.
+// Loading NVAPI and calling its functions: look-ups, hooks, counters, every status that the loader itself returns, and
+// threads.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -17,7 +18,7 @@ namespace {
 
 bool g_isOutOfMemory = false;
 
-// While one lives, operator new has no memory, on no thread.
+// While one exists, operator new fails on all threads.
 class OutOfMemory {
 public:
     OutOfMemory() { g_isOutOfMemory = true; }
@@ -28,7 +29,7 @@ public:
 
 }  // namespace
 
-// operator new, in whose place the linker puts the second.
+// The linker option --wrap lets all calls of operator new go to the second function.
 extern "C" {
 
 void* __real__Znwj(std::size_t size);
@@ -53,7 +54,7 @@ constexpr std::uint32_t kAfterCall = 0x593E8644;
 constexpr std::uint32_t kVersionString = 0x01053FA5;
 constexpr std::uint32_t kErrorMessage = 0x6C2D048C;
 
-// The library that is found as "nvapi.dll". Any thread may call it.
+// The library that FakeSystem has as "nvapi.dll". Any thread may call it.
 struct FakeNvapi {
     std::map<std::uint32_t, void*> functions;
     std::mutex mutex;
@@ -128,7 +129,7 @@ void* Address(Function* function) {
     return reinterpret_cast<void*>(function);
 }
 
-// The loader with its state laid open.
+// Gives tests access to the loader's state.
 class OpenNvapi : public nvidia::Nvapi {
 public:
     using Nvapi::Resolve;
@@ -373,7 +374,7 @@ TEST_F(NvapiLoad, LibraryThatDoesNotInitialiseIsUnloadedAndTriedAgain) {
     Library().initializeResult = -9;
     EXPECT_EQ(nvapi_.NvAPI_Initialize(), -9);
     EXPECT_EQ(TheSystem().TraceOf(L"unload"), Trace({L"unload nvapi.dll"}));
-    // No look at the hooks of a library that does not start.
+    // The hooks of a library that does not initialise are not looked up.
     EXPECT_EQ(TakeQueries(), Queries({kInitializeWithMode, kInitialize}));
     ExpectNotLoaded();
 
@@ -390,7 +391,7 @@ TEST_F(NvapiLoad, ModeOneInitialisesWithTheMode) {
     EXPECT_EQ(TakeCalls(), Calls({"initialize with 1"}));
     EXPECT_EQ(nvapi_.state_.initialized, 1);
     EXPECT_EQ(nvapi_.state_.loadCount, 1);
-    // Once loaded the mode says nothing any more.
+    // The mode has no effect once the library is loaded.
     EXPECT_EQ(nvapi_.EnsureLoaded(0), 0);
     EXPECT_EQ(nvapi_.EnsureLoaded(2), 0);
     EXPECT_EQ(nvapi_.NvAPI_Initialize(), 0);
@@ -500,7 +501,7 @@ TEST_F(NvapiLoad, CallsInProgressAreCounted) {
 
 // ---- Threads ----
 
-// Lets the load go on when it is told to.
+// Holds a load until it is told to go on.
 class Gate {
 public:
     void Wait() {

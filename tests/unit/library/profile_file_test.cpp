@@ -43,10 +43,10 @@ protected:
         std::ofstream(Folder() / "ConfigModel.xml", std::ios::binary) << text;
     }
 
-    // What the log gained in this test.
+    // The lines that this test has added to the log.
     std::string Log() const { return ReadAll("debug.log").substr(logBefore_.size()); }
 
-    // The two entries that every lookup begins with.
+    // The first two lines of every lookup.
     static std::string Begin(std::string const& hwid) {
         return kRead + " pred config path ... " + platform::ToNarrow(platform::HostDirectory()) +
                "\\Config\\ConfigModel.xml\n" + kRead + " given hwid ... " + hwid + "\n";

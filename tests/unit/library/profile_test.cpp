@@ -1,4 +1,4 @@
-// What is read from the text of a profile file. The file itself and the log are profile_file_test.cpp's.
+// What is read from the text of a profile file. profile_file_test.cpp has the file itself and the log.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -31,7 +31,7 @@ std::string DefaultEntry(std::string const& rows, std::string const& value = "1"
     return "<Board Default=\"" + value + "\">" + rows + "</Board>";
 }
 
-// Every row there is, each with a value of its own.
+// All rows, each with another value.
 std::string const kAllRows =
     Row("GpuOC", "Normal=\"1.5\" Given=\"1800\"") + Row("MemOC", "Normal=\"1.25\" Given=\"2100.5\"") +
     Row("PowerOC", "Normal=\"20\"") + Row("GpuSilent", "Normal=\"0.75\"") + Row("MemSilent", "Normal=\"0.5\"") +
@@ -235,7 +235,7 @@ TEST(ProfileNumbers, IntegerBeyondItsRangeIsTheNearest) {
     EXPECT_EQ(Int("0xFFFFFFFFFFFFFFFFFFFF"), -1);
 }
 
-// "-0x10" is a decimal zero with something behind it.
+// "-0x10" is read as the decimal zero before the "x".
 TEST(ProfileNumbers, IntegerIsHexadecimalOnlyBehindAnUnsignedPrefix) {
     EXPECT_EQ(Int(" 0X1fz"), 31);
     EXPECT_EQ(Int("-0x10"), 0);
@@ -249,7 +249,7 @@ TEST(ProfileNumbers, IntegerThatDoesNotConvertLeavesTheField) {
     }
 }
 
-// The host may have chosen such a locale; the file does not change with it.
+// The host may have set such a locale; numbers of the file are read the same.
 TEST(ProfileNumbers, HostLocaleDoesNotChangeTheDecimalPoint) {
     if (!test::SetCommaLocale()) {
         GTEST_SKIP() << "no locale with a decimal comma (Debian: package locales)";
@@ -457,7 +457,7 @@ TEST(HostileProfiles, LongCommentsAndSectionsAreNoTags) {
               Outcome::BoardEntry);
 }
 
-// Compared pair by pair, these attributes would take minutes; the time limit of the test is the expectation.
+// Comparing these attributes pair by pair would take minutes: the test then fails by its time limit.
 TEST(HostileProfiles, EndlessAttributesAreUnreadable) {
     std::string tag = "<Board";
     for (int i = 0; tag.size() < kLargestDocument - 100; ++i) {

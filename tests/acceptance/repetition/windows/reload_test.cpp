@@ -1,4 +1,4 @@
-// Loaded, used and unloaded, very often, as hosts do that load the library for a single reading.
+// Hosts that load the library for a single reading load, use and unload it very often: nothing stays behind.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,7 +18,7 @@ std::wstring PathOfUnloadedLibrary() {
     return {path, length};
 }
 
-// Loads the library for as long as the object lives.
+// While one exists, the library is loaded.
 class LoadedLibrary {
 public:
     explicit LoadedLibrary(std::wstring const& path)
@@ -63,7 +63,7 @@ TEST_P(Reload, LeavesNothingBehind) {
     EXPECT_EQ(LeftBehindBy(100, [&](int) { ASSERT_TRUE(UseOnce()); }), "");
 }
 
-// Each round another of the calls from the first of a start to the last of an unload, the binding's own included.
+// In each round another call fails, from the first of a start to the last of an unload, those of the binding included.
 TEST_P(Reload, AfterAFailingCallLeavesNothingBehind) {
     machine_.InstallCaptions();
     FailingCall failing(machine_.Scripted());
@@ -85,7 +85,7 @@ TEST_P(Reload, AfterAFailingCallLeavesNothingBehind) {
 INSTANTIATE_TEST_SUITE_P(Of, Reload, testing::ValuesIn(kBoards),
                          [](auto const& test) { return std::string(test.param.name); });
 
-// The same with every step of the detection failing in turn.
+// In each round another step of the detection fails.
 TEST(ReloadWith, AFailingDetectionLeavesNothingBehind) {
     Machine machine(Machine::Library::None);
     std::wstring const path = PathOfUnloadedLibrary();

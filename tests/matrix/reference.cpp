@@ -1,4 +1,4 @@
-#include "packing.h"
+#include "reference.h"
 
 #include <sstream>
 
@@ -6,7 +6,7 @@ namespace gputune::matrix {
 
 namespace {
 
-// A line each; none of the texts holds a line end.
+// The number of lines, then the lines, of which none has a line end in it.
 void Write(std::ostream& out, test::Lines const& lines) {
     out << lines.size() << '\n';
     for (std::string const& line : lines) {

@@ -1,4 +1,4 @@
-#include "Child.h"
+#include "child_process.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -16,13 +16,13 @@ namespace gputune::matrix {
 
 namespace {
 
-// Where a child's output goes; a child's child has a file of its own.
+// A child's output goes to a file; the number of ancestors tells them apart.
 int g_generation = 0;
 std::string OutputFile(int generation) {
     return "child-output-" + std::to_string(generation);
 }
 
-// In a child, what is left to do at its end. Never destroyed: it is used behind all destructors.
+// What a child has to do at its end. Never destroyed: it is used after all destructors.
 struct Ending {
     int pipe;
     std::string answer;
@@ -47,7 +47,7 @@ void End() {
     if (g_ending->last != nullptr) {
         g_ending->answer += g_ending->last();
     }
-    // The end of the answer, without which it does not count.
+    // The parent takes an answer without this line end for one that broke off.
     WriteAll(g_ending->pipe, g_ending->answer + '\n');
     ::_exit(0);
 }
@@ -78,7 +78,7 @@ void PrepareChildren() {
     std::atexit(End);
 }
 
-ChildResult InChild(unsigned seconds, std::function<std::string()> const& work, std::string (*last)()) {
+ChildResult RunInChild(unsigned seconds, std::function<std::string()> const& work, std::string (*last)()) {
     int ends[2];
     if (::pipe(ends) != 0) {
         throw std::runtime_error("no pipe");
