@@ -9,10 +9,16 @@
 
 namespace gputune::sim {
 
-// What an entry point can hand out instead of the truth.
+// Kinds of garbage, a bit each.
+template <class... Kind>
+constexpr unsigned Kinds(Kind... kinds) {
+    return ((1U << static_cast<unsigned>(kinds)) | ...);
+}
+
+// The kinds of garbage that an entry point can hand out.
 struct GarbageFit {
     std::string_view entryPoint;
-    Garbage garbage;
+    unsigned kinds;
 };
 
 struct FaultRules {

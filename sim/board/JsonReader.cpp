@@ -218,24 +218,6 @@ JsonValue JsonObject::Required(char const* key) {
     return *value;
 }
 
-void JsonObject::Read(char const* key, int& value, int min, int max) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Int(min, max);
-    }
-}
-
-void JsonObject::Read(char const* key, double& value, double min, double max) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Number(min, max);
-    }
-}
-
-void JsonObject::Read(char const* key, bool& value) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Bool();
-    }
-}
-
 void JsonObject::Finish() const {
     for (auto const& item : object_.value_->items()) {
         if (!known_.contains(item.key())) {

@@ -15,9 +15,11 @@ struct Feature {
     int capability;
     std::size_t firstSetting, lastSetting;
 };
+// The capabilities that the library goes by, and the settings it then uses, which need a range. docs/board-files.md
+// explains them.
 constexpr Feature kFeatures[] = {
-#define SIM_OD8_FEATURE(capability, first, last) {capability, first, last},
-#include "sim/board/overdrive8_features.inc"
+    {0x1, 0, 1},    {0x2, 6, 7},    {0x4, 8, 8},     {0x8, 9, 9},      {0x10, 11, 11},
+    {0x20, 10, 10}, {0x40, 12, 12}, {0x200, 15, 15}, {0x2000, 19, 28}, {0x10000, 36, 36},
 };
 
 void ReadSettings(JsonValue const& value, Overdrive8& part) {
@@ -100,9 +102,7 @@ Overdrive8 ReadOverdrive8(JsonValue const& value) {
         part.newerEntryPoints = choice == 0 || choice == 1;
         part.olderEntryPoints = choice == 0 || choice == 2;
     }
-    if (auto const sensors = object.Optional("sensors")) {
-        sensors->ForEach([&](JsonValue const& entry) { part.sensors.push_back(ReadSensor(entry)); });
-    }
+    object.ReadWith("sensors", part.sensors, [](JsonValue const& list) { return list.List(ReadSensor); });
     object.Finish();
     return part;
 }
