@@ -1,30 +1,57 @@
-// What of AMD's records is spoilt.
+// What garbage makes of AMD's records.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "amd/adl_records.h"
-#include "sim/standin/spoil.h"
+#include "sim/standin/garbage.h"
 
 namespace gputune::sim {
 
-inline void Spoil(amd::ADLMemoryInfo& record) {
-    record.iMemorySize = INT64_MIN;
-    record.iMemoryBandwidth = INT64_MAX;
+// Sixteen times this and a little more fits no 32-bit number.
+constexpr int kHugeAdlCount = 0x10000000;
+
+template <>
+inline void Garble(amd::AdapterInfo& record, Garbage garbage) {
+    GarbleText(record.strUDID, garbage, 'U');
+    GarbleText(record.strAdapterName, garbage, 'N');
+    GarbleText(record.strDisplayName, garbage, 'D');
+    GarbleText(record.strDriverPath, garbage, 'P');
+    GarbleText(record.strDriverPathExt, garbage, 'E');
+    GarbleText(record.strPNPString, garbage, 'S');
 }
-inline void Spoil(amd::ADLODNPerformanceLevelsX2& table) {
-    SpoilInts(&table + 1,
-              static_cast<std::size_t>(table.iNumberOfPerformanceLevels) * sizeof(amd::ADLODNPerformanceLevelX2));
+template <>
+inline void Garble(amd::AdapterInfoX2& record, Garbage garbage) {
+    Garble(static_cast<amd::AdapterInfo&>(record), garbage);
 }
-inline void Spoil(amd::ADLODNCapabilitiesX2& record) {
-    SpoilInts(&record.sEngineClockRange, sizeof(record) - offsetof(amd::ADLODNCapabilitiesX2, sEngineClockRange));
+template <>
+inline void Garble(amd::ADLMemoryInfo& record, Garbage garbage) {
+    if (garbage == Garbage::ExtremeValues) {
+        record.iMemorySize = INT64_MIN;
+        record.iMemoryBandwidth = INT64_MAX;
+    }
+    GarbleText(record.strMemoryType, garbage, 'T');
 }
-inline void Spoil(amd::ADLOD8InitSetting& record) {
-    SpoilInts(record.od8SettingTable, sizeof(record.od8SettingTable));
+// The levels, which follow the record.
+template <>
+inline void Garble(amd::ADLODNPerformanceLevelsX2& table, Garbage garbage) {
+    auto const levels = static_cast<std::size_t>(table.iNumberOfPerformanceLevels);
+    GarbleInts(&table + 1, levels * sizeof(amd::ADLODNPerformanceLevelX2), garbage);
 }
-inline void Spoil(amd::ADLOD8CurrentSetting& record) {
-    SpoilInts(record.Od8SettingTable, sizeof(record.Od8SettingTable));
+template <>
+inline void Garble(amd::ADLODNCapabilitiesX2& record, Garbage garbage) {
+    GarbleCount(record.iMaximumNumberOfPerformanceLevels, garbage, kHugeAdlCount);
+    GarbleIntsFrom(&record.sEngineClockRange, record, garbage);
+}
+template <>
+inline void Garble(amd::ADLOD8InitSetting& record, Garbage garbage) {
+    GarbleCount(record.count, garbage, kHugeAdlCount);
+    GarbleIntsFrom(record.od8SettingTable, record, garbage);
+}
+template <>
+inline void Garble(amd::ADLOD8CurrentSetting& record, Garbage garbage) {
+    GarbleCount(record.count, garbage, kHugeAdlCount);
+    GarbleIntsFrom(record.Od8SettingTable, record, garbage);
 }
 
 }  // namespace gputune::sim

@@ -53,6 +53,7 @@ private:
     // 0, or why the control cannot be read or set.
     int Readable(OverclockControl const& control) const;
     int Settable(OverclockControl const& control, bool isOffset) const;
+    int GetSetting(OverclockControl const& control, double setting, double& out) const;
     int SetOffset(OverclockControl const& control, double wanted, double& offset) const;
     // 0, or why the fan does not take this mode.
     int TakesMode(std::size_t fan, std::uint32_t mode) const;

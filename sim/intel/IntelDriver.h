@@ -2,6 +2,7 @@
 // knows no entry point.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -28,8 +29,8 @@ public:
     // result; or says that there is no such device. Settings that it changes are in force from then on.
     template <class Operation>
     int WithDevice(intel::ctl_device_adapter_handle_t handle, double now, Operation const& operation) {
-        Unit* const unit = Find(handle);
-        return unit ? Do(*unit, now, operation) : kCtlInvalidArgument;
+        Unit const* const unit = Find(handle);
+        return unit != nullptr ? Do(*unit, now, operation) : kCtlInvalidArgument;
     }
 
     // The handles of the device's fans; none for a device that is not there.
@@ -38,10 +39,15 @@ public:
     // The same with operation(IntelDeviceState&, std::size_t fan).
     template <class Operation>
     int WithFan(intel::ctl_fan_handle_t handle, double now, Operation const& operation) {
-        FanPlace const place = FindFan(handle);
-        return place.unit ? Do(*place.unit, now,
-                               [&](IntelDeviceState& state, Readings const&) { return operation(state, place.fan); })
-                          : kCtlInvalidArgument;
+        for (auto const device : Devices()) {
+            auto const fans = Fans(device);
+            auto const fan = static_cast<std::size_t>(std::find(fans.begin(), fans.end(), handle) - fans.begin());
+            if (fan < fans.size()) {
+                return WithDevice(device, now,
+                                  [&](IntelDeviceState& state, Readings const&) { return operation(state, fan); });
+            }
+        }
+        return kCtlInvalidArgument;
     }
 
 private:
@@ -50,21 +56,16 @@ private:
         std::unique_ptr<IntelDeviceState> state;
         std::unique_ptr<ThermalModel> model;
     };
-    struct FanPlace {
-        Unit* unit = nullptr;
-        std::size_t fan = 0;
-    };
 
     template <class Operation>
-    static int Do(Unit& unit, double now, Operation const& operation) {
+    static int Do(Unit const& unit, double now, Operation const& operation) {
         unit.model->AdvanceTo(now);
         int const result = operation(*unit.state, unit.model->Read());
         unit.model->SetControls(unit.state->ModelControls());
         return result;
     }
 
-    Unit* Find(intel::ctl_device_adapter_handle_t handle);
-    FanPlace FindFan(intel::ctl_fan_handle_t handle);
+    Unit const* Find(intel::ctl_device_adapter_handle_t handle) const;
 
     Board const board_;
     std::vector<Unit> units_;  // one per entry of the board's list

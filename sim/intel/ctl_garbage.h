@@ -1,70 +1,78 @@
-// What of Intel's records is spoilt. Flags are neither 0 nor 1, numbers the greatest, the least and none in turn.
+// What garbage makes of Intel's records. Extreme values: flags that are neither 0 nor 1; numbers that are the greatest,
+// the least and none in turn.
 #pragma once
 
-#include <algorithm>
 #include <cfloat>
-#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
-#include <type_traits>
 
 #include "intel/ctl_records.h"
-#include "sim/standin/spoil.h"
+#include "sim/standin/garbage.h"
 
 namespace gputune::sim {
 
+constexpr int kHugePointCount = 1000;
 constexpr std::uint8_t kOddFlag = 0xFF;
 
 inline double ExtremeNumber(std::size_t turn) {
     return turn % 3 == 0 ? DBL_MAX : turn % 3 == 1 ? -DBL_MAX : std::nan("");
 }
 
-inline void Spoil(double& value) {
-    value = DBL_MAX;
+// The type stays: a client does not look any further at a device of another type.
+template <>
+inline void Garble(intel::ctl_device_adapter_properties_t& record, Garbage garbage) {
+    GarbleText(record.name, garbage, 'N');
+    GarbleIntsFrom(&record.supported_subfunction_flags, record, garbage);
 }
-inline void Spoil(intel::ctl_device_adapter_properties_t& record) {
-    // A device of another type would not be looked at any further.
-    constexpr std::size_t kStart = offsetof(intel::ctl_device_adapter_properties_t, supported_subfunction_flags);
-    SpoilInts(&record.supported_subfunction_flags, sizeof(record) - kStart);
-}
-inline void Spoil(intel::ctl_oc_control_info_t& record) {
-    record.bSupported = record.bRelative = record.bReference = kOddFlag;
-    std::size_t turn = 0;
-    for (double* const number : {&record.Default, &record.reference, &record.step, &record.max, &record.min}) {
-        *number = ExtremeNumber(turn++);
+template <>
+inline void Garble(intel::ctl_oc_control_info_t& record, Garbage garbage) {
+    if (garbage == Garbage::ExtremeValues) {
+        record.bSupported = record.bRelative = record.bReference = kOddFlag;
+        std::size_t turn = 0;
+        for (double* const number : {&record.Default, &record.reference, &record.step, &record.max, &record.min}) {
+            *number = ExtremeNumber(turn++);
+        }
     }
 }
-inline void Spoil(intel::ctl_oc_properties_t& record) {
-    record.bSupported = kOddFlag;
+template <>
+inline void Garble(intel::ctl_oc_properties_t& record, Garbage garbage) {
+    if (garbage == Garbage::ExtremeValues) {
+        record.bSupported = kOddFlag;
+    }
     for (auto* const control : {&record.gpuFrequencyOffset, &record.gpuVoltageOffset, &record.vramFrequencyOffset,
                                 &record.vramVoltageOffset, &record.powerLimit, &record.temperatureLimit}) {
-        Spoil(*control);
+        Garble(*control, garbage);
     }
 }
-inline void Spoil(intel::ctl_power_telemetry_t& record) {
+template <>
+inline void Garble(intel::ctl_power_telemetry_t& record, Garbage garbage) {
+    if (garbage != Garbage::ExtremeValues) {
+        return;
+    }
     std::size_t turn = 0;
-    auto const spoilItem = [&](intel::ctl_telemetry_item_t& item) {
-        item.bSupported = kOddFlag;
-        item.value = ExtremeNumber(turn++);
-    };
-    auto const spoil = [&](auto& field) {
-        if constexpr (std::is_array_v<std::remove_reference_t<decltype(field)>>) {
-            std::for_each(std::begin(field), std::end(field), spoilItem);
-        } else {
-            spoilItem(field);
+    auto const garble = [&](void* items, std::size_t bytes) {
+        for (std::size_t i = 0; i < bytes / sizeof(intel::ctl_telemetry_item_t); ++i) {
+            auto& item = static_cast<intel::ctl_telemetry_item_t*>(items)[i];
+            item.bSupported = kOddFlag;
+            item.value = ExtremeNumber(turn++);
         }
     };
-#define SIM_TELEMETRY(name, ...) spoil(record.name);
+#define SIM_TELEMETRY(name, ...) garble(&record.name, sizeof(record.name));
 #include "sim/board/telemetry_items.inc"
 }
-inline void Spoil(intel::ctl_fan_properties_t& record) {
-    record.canControl = kOddFlag;
-    SpoilInts(&record.supportedModes, sizeof(record) - offsetof(intel::ctl_fan_properties_t, supportedModes));
+template <>
+inline void Garble(intel::ctl_fan_properties_t& record, Garbage garbage) {
+    if (garbage == Garbage::ExtremeValues) {
+        record.canControl = kOddFlag;
+    }
+    GarbleCount(record.maxPoints, garbage, kHugePointCount, intel::kCtlFanTableSize);
+    GarbleIntsFrom(&record.supportedModes, record, garbage);
 }
-inline void Spoil(intel::ctl_fan_config_t& record) {
-    SpoilInts(&record.mode, sizeof(record) - offsetof(intel::ctl_fan_config_t, mode));
+template <>
+inline void Garble(intel::ctl_fan_config_t& record, Garbage garbage) {
+    GarbleCount(record.speedTable.numPoints, garbage, kHugePointCount, intel::kCtlFanTableSize);
+    GarbleIntsFrom(&record.mode, record, garbage);
 }
 
 }  // namespace gputune::sim

@@ -20,7 +20,7 @@ void HandOut(std::vector<Handle> list, std::uint32_t& count, Handle* storage, Ga
         std::fill(list.begin(), list.end(), nullptr);
     }
     std::size_t told = list.size();
-    if (storage) {
+    if (storage != nullptr) {
         told = std::min<std::size_t>(list.size(), count);
         if (garbage == Garbage::ShrinkingCount && told > 0) {
             --told;

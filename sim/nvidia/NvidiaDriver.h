@@ -3,8 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <string_view>
 #include <vector>
 
 #include "nvidia/nvapi_records.h"
@@ -14,9 +12,6 @@
 #include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
-
-// A text of NVAPI's, with its terminator; what does not fit is cut.
-void CopyText(std::string_view text, std::span<char, sizeof(nvidia::NvShortString)> out);
 
 class NvidiaDriver final : public BoardDriver {
 public:

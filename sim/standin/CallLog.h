@@ -44,6 +44,14 @@ struct LoggedSize {
     static std::size_t Of(Record const&) { return sizeof(Record); }  // NOLINT(bugprone-sizeof-expression)
 };
 
+// A pointer to something that can be read and written: not to a function, and not an opaque handle, which must never be
+// dereferenced.
+template <class Argument>
+concept PointsToRecord = std::is_pointer_v<Argument> && !std::is_void_v<std::remove_pointer_t<Argument>> &&
+                         !std::is_function_v<std::remove_pointer_t<Argument>> && requires {
+    sizeof(std::remove_pointer_t<Argument>);
+};
+
 // A pointer argument of which only the address is kept: how much the caller has there is not known.
 template <class T>
 struct AddressOnly {
@@ -57,13 +65,11 @@ template <class Argument>
 void LogArgument(LoggedCall& call, Argument argument) {
     if constexpr (std::is_pointer_v<Argument>) {
         call.args.push_back(static_cast<int>(reinterpret_cast<std::uintptr_t>(argument)));
-        using Pointee = std::remove_cv_t<std::remove_pointer_t<Argument>>;
-        // An opaque handle's target is nobody's to read.
-        // NOLINTNEXTLINE(bugprone-sizeof-expression): whether it has a size, whatever it is
-        if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee> && requires { sizeof(Pointee); }) {
-            if (argument) {
+        if constexpr (PointsToRecord<Argument>) {
+            if (argument != nullptr) {
+                using Record = std::remove_cv_t<std::remove_pointer_t<Argument>>;
                 auto const* const begin = reinterpret_cast<unsigned char const*>(argument);
-                call.record.insert(call.record.end(), begin, begin + LoggedSize<Pointee>::Of(*argument));
+                call.record.insert(call.record.end(), begin, begin + LoggedSize<Record>::Of(*argument));
             }
         }
     } else if constexpr (std::is_same_v<Argument, double>) {

@@ -1,5 +1,5 @@
 // What every stand-in library keeps for its process: the driver of the board loaded last, the orders given to it, and
-// the record of calls. A vendor adds its driver, its entry points and what it says of wrong arguments.
+// the record of calls. VendorStandIn adds what depends on a vendor's types.
 #pragma once
 
 #include <map>
@@ -19,7 +19,7 @@ namespace gputune::sim {
 
 class StandIn {
 public:
-    // The library's own one; its vendor defines this.
+    // The one of this library; each vendor's library defines it.
     static StandIn& Instance();
 
     virtual ~StandIn() = default;
@@ -42,15 +42,12 @@ public:
     double Now() const { return time_.Now(); }
 
 protected:
-    explicit StandIn(Vendor vendor) : vendor_(vendor) {}
+    // rules: the entry points there are, hidden or not.
+    StandIn(Vendor vendor, FaultRules rules) : vendor_(vendor), rules_(rules) {}
 
     virtual std::unique_ptr<BoardDriver> NewDriver(Board board) const = 0;
     // The entry points that a library with this board does not have, beside those that its faults say are missing.
     virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
-    // The entry points there are, hidden or not.
-    virtual FaultRules Rules() const = 0;
-    // Hide exactly these and show all others; false when that is not possible.
-    virtual bool HideOnly(std::set<std::string> const& entryPoints) const;
 
     // The beginning of every entry point, under the lock: logs the call. A value is the answer that an order or a fault
     // demands; nothing is then to be done.
@@ -65,7 +62,7 @@ protected:
     Garbage GarbageOf(char const* entryPoint) const;
 
     // Null before there is a board.
-    BoardDriver* Driver() const { return driver_.get(); }
+    BoardDriver* CurrentDriver() const { return driver_.get(); }
     bool IsHidden(std::string const& entryPoint) const { return hidden_.contains(entryPoint); }
     void CountAllocation() { ++allocations_; }
 
@@ -76,6 +73,7 @@ private:
     Fault const* FindFault(char const* entryPoint) const;
 
     Vendor const vendor_;
+    FaultRules const rules_;
     std::unique_ptr<BoardDriver> driver_;
     std::vector<Fault> faults_;
     std::map<std::string, int, std::less<>> results_;

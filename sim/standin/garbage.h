@@ -1,27 +1,67 @@
-// Records filled with extreme values: the greatest and the least integer in turn, the greatest number. A vendor
-// overloads Spoil for records with a head by which they say what they are: that stays.
+// The garbage that a board file can order: what an entry point that succeeded hands out instead of the truth. The rules
+// of each vendor (board/FaultRules.h) say which entry point can hand out which kind.
 #pragma once
 
 #include <cfloat>
 #include <climits>
 #include <cstddef>
+#include <cstring>
+
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 
-inline void SpoilInts(void* start, std::size_t bytes) {
+// How many entries a list with a huge count really has.
+constexpr std::size_t kHugeListSize = 4096;
+
+// huge: the count that stands for Garbage::HugeCount. room: how many entries the record has room for.
+template <class Count>
+void GarbleCount(Count& count, Garbage garbage, int huge, std::size_t room = 0) {
+    if (garbage == Garbage::NegativeCount) {
+        count = static_cast<Count>(-1);
+    } else if (garbage == Garbage::HugeCount) {
+        count = static_cast<Count>(huge);
+    } else if (garbage == Garbage::OneTooMany) {
+        count = static_cast<Count>(room + 1);
+    }
+}
+
+// Fills the whole field, terminator included, with a letter.
+template <std::size_t size>
+void GarbleText(char (&text)[size], Garbage garbage, char letter) {
+    if (garbage == Garbage::UnterminatedStrings) {
+        std::memset(text, letter, size);
+    }
+}
+
+// Extreme values: the greatest and the least integer in turn.
+inline void GarbleInts(void* start, std::size_t bytes, Garbage garbage) {
     auto* const values = static_cast<int*>(start);
-    for (std::size_t i = 0; i < bytes / sizeof(int); ++i) {
+    for (std::size_t i = 0; garbage == Garbage::ExtremeValues && i < bytes / sizeof(int); ++i) {
         values[i] = i % 2 == 0 ? INT_MAX : INT_MIN;
     }
 }
 
+// The same from one member of a record to the record's end.
 template <class Record>
-void Spoil(Record& record) {
-    // NOLINTNEXTLINE(bugprone-sizeof-expression): of the place of a pointer, too, its own size
-    SpoilInts(&record, sizeof(record));
+void GarbleIntsFrom(void* member, Record& record, Garbage garbage) {
+    auto* const end = reinterpret_cast<char*>(&record + 1);
+    GarbleInts(member, static_cast<std::size_t>(end - static_cast<char*>(member)), garbage);
 }
-inline void Spoil(float& value) {
-    value = FLT_MAX;
+
+// What garbage makes of a record. A vendor specialises it for records that have a count or a text, and for those whose
+// first members say what the record is: these stay, so that the client goes on to the rest.
+template <class Record>
+void Garble(Record& record, Garbage garbage) {
+    GarbleIntsFrom(&record, record, garbage);
+}
+template <>
+inline void Garble(float& value, Garbage garbage) {
+    value = garbage == Garbage::ExtremeValues ? FLT_MAX : value;
+}
+template <>
+inline void Garble(double& value, Garbage garbage) {
+    value = garbage == Garbage::ExtremeValues ? DBL_MAX : value;
 }
 
 }  // namespace gputune::sim

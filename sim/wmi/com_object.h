@@ -20,11 +20,11 @@ public:
     explicit ComObject(SharedWmiState state) : state_(std::move(state)) { state_->liveObjects += counted ? 1 : 0; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override {
-        if (!out) {
+        if (out == nullptr) {
             return E_POINTER;
         }
         *out = static_cast<Self*>(this)->Find(id);
-        if (!*out) {
+        if (*out == nullptr) {
             return E_NOINTERFACE;
         }
         AddRef();

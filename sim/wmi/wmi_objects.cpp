@@ -12,7 +12,7 @@ namespace gputune::sim {
 namespace {
 
 std::wstring Text(BSTR text) {
-    return text ? std::wstring(text, ::SysStringLen(text)) : std::wstring();
+    return text != nullptr ? std::wstring(text, ::SysStringLen(text)) : std::wstring();
 }
 
 // A display controller.
@@ -29,22 +29,22 @@ public:
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override {
         State()->Log([&](WmiRequests& requests) {
             ++requests.getCount;
-            requests.property = name ? name : L"";
+            requests.property = name != nullptr ? name : L"";
             requests.getFlags = flags;
         });
         if (auto const failure = State()->Failure(WmiStep::Get)) {
             return *failure;
         }
-        if (!name || !value) {
+        if (name == nullptr || value == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         if (_wcsicmp(name, L"Caption") != 0) {
             return Result(WBEM_E_NOT_FOUND);
         }
-        if (type) {
+        if (type != nullptr) {
             *type = caption_.kind == WmiCaption::Kind::Number ? CIM_SINT32 : CIM_STRING;
         }
-        if (flavor) {
+        if (flavor != nullptr) {
             *flavor = WBEM_FLAVOR_ORIGIN_LOCAL;
         }
         return Store(*value);
@@ -57,7 +57,7 @@ private:
         switch (caption_.kind) {
             case WmiCaption::Kind::Text:
                 V_BSTR(&value) = ::SysAllocStringLen(caption_.text.data(), static_cast<UINT>(caption_.text.size()));
-                if (!V_BSTR(&value)) {
+                if (V_BSTR(&value) == nullptr) {
                     return Result(WBEM_E_OUT_OF_MEMORY);
                 }
                 V_VT(&value) = VT_BSTR;
@@ -95,7 +95,7 @@ public:
             requests.nextTimeout = timeout;
             requests.nextWanted = count;
         });
-        if (!objects || !returned) {
+        if (objects == nullptr || returned == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *returned = 0;
@@ -134,7 +134,7 @@ public:
             requests.query = Text(query);
             requests.queryFlags = flags;
         });
-        if (!out) {
+        if (out == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *out = nullptr;
@@ -189,9 +189,10 @@ public:
         State()->Log([&](WmiRequests& requests) {
             ++requests.connectCount;
             requests.nameSpace = Text(nameSpace);
-            requests.connectWithExtras = user || password || locale || flags != 0 || authority || context;
+            requests.connectWithExtras = user != nullptr || password != nullptr || locale != nullptr || flags != 0 ||
+                                         authority != nullptr || context != nullptr;
         });
-        if (!out) {
+        if (out == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *out = nullptr;
@@ -214,14 +215,14 @@ public:
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** out) override {
         State()->Log([](WmiRequests& requests) { ++requests.createCount; });
-        if (!out) {
+        if (out == nullptr) {
             return E_POINTER;
         }
         *out = nullptr;
         if (auto const failure = State()->Failure(WmiStep::CreateInstance)) {
             return *failure;
         }
-        if (outer) {
+        if (outer != nullptr) {
             return CLASS_E_NOAGGREGATION;
         }
         auto* const locator = new Locator(State());
