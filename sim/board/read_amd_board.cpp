@@ -76,7 +76,8 @@ void ReadAmd(JsonObject& object, Board& board) {
         version.Fail("the part \"overdrive8\" with version 8");
     }
     board.model = ReadOwnModel(object, {});
-    object.ReadWith("memory", board.amd.memory, [&](JsonValue const& memory) { return ReadMemory(memory, board.model); });
+    object.ReadWith("memory", board.amd.memory,
+                    [&](JsonValue const& memory) { return ReadMemory(memory, board.model); });
     if (auto const metrics = object.Optional("frameMetrics")) {
         ReadFrameMetrics(*metrics, board);
     }
