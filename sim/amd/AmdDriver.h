@@ -1,5 +1,5 @@
-// The simulated driver behind the AMD stand-in: one state and one thermal model per adapter of the board. It allocates
-// nothing for its client and knows no entry point.
+// The simulated driver behind the AMD stand-in: the states and the thermal model of each adapter of the board. It does
+// not know entry points, and allocates nothing for the client.
 #pragma once
 
 #include <memory>
@@ -27,9 +27,9 @@ public:
     // The records of all adapters (index -1), or of those on the same bus as the given one.
     std::vector<amd::AdapterInfoX2> AdapterInfos(int index) const;
 
-    // Calls operation(State&, Readings const&) for the adapter, at the given time in seconds, and returns its result;
-    // or says why that is not possible. Settings that it changes are in force from then on. State: OverdriveNState or
-    // Overdrive8State.
+    // Calls operation(State&, Readings const&) for the adapter, at the given time in seconds, and returns its result,
+    // or the one for an adapter that has no such state. Settings that it changes hold from then on. State:
+    // OverdriveNState or Overdrive8State.
     template <class State, class Operation>
     int With(int index, double now, Operation const& operation) {
         Unit* const unit = Find(index);

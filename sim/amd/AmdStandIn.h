@@ -1,4 +1,4 @@
-// What AMD's stand-in adds to every stand-in. The context and the allocation callback outlive a change of board, as a
+// What AMD's stand-in adds to every stand-in. The context and the allocation callback stay when the board changes: the
 // client keeps them.
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace gputune::sim {
 
-// The levels of a table follow its head; of a head that contradicts itself nothing more is kept.
+// The levels of a table follow its head; they are not kept when the head contradicts itself.
 template <>
 struct LoggedSize<amd::ADLODNPerformanceLevelsX2> {
     static std::size_t Of(amd::ADLODNPerformanceLevelsX2 const& table) {
@@ -34,7 +34,8 @@ public:
         return this;
     }
 
-    // Copies a list, garbled as the garbage says, into memory of the client's. Empty lists have no memory.
+    // Copies a list into memory from the client's allocation callback, garbled as the garbage says. An empty list has
+    // no memory.
     template <class Record>
     int HandOut(std::vector<Record> list, int& count, Record*& out, Garbage garbage) {
         constexpr std::size_t kShort = 5;
@@ -68,7 +69,7 @@ private:
 
     static int Uninitialized() { return amd::kAdlOk; }
 
-    // A null pointer or a foreign context; a null context stands for the only one there is.
+    // Refuses null pointers and foreign contexts. A null context stands for the only one there is.
     template <class Argument>
     int Refusal(Argument argument) const {
         bool refused = false;
@@ -80,7 +81,7 @@ private:
         return refused ? kAdlInvalidParameter : amd::kAdlOk;
     }
 
-    // From the client; null without memory or before there is a context.
+    // From the client's callback; null without memory or before there is a context.
     void* Allocate(std::size_t bytes);
 
     amd::AdlMemoryAllocator allocator_ = nullptr;

@@ -9,7 +9,7 @@ namespace gputune::sim {
 
 namespace {
 
-// Setting ids that change the board's course.
+// The ids of the settings that the model uses.
 constexpr std::size_t kEngineClockMax = 0;
 constexpr std::size_t kEngineClockMin = 1;
 constexpr std::size_t kCurveVoltage1 = 3;
@@ -136,38 +136,7 @@ int Overdrive8State::GetSensors(amd::ADLPMLogDataOutput& out, Readings const& re
     out = {};
     out.size = sizeof(out);
     for (auto const& sensor : description_.sensors) {
-        double value = sensor.value;
-        switch (sensor.quantity) {
-            case Quantity::Constant:
-                break;
-            case Quantity::EngineClock:
-                value = readings.engineClock;
-                break;
-            case Quantity::MemoryClock:
-                value = readings.memoryClock;
-                break;
-            case Quantity::Temperature:
-                value = readings.temperature;
-                break;
-            case Quantity::HotspotTemperature:
-                value = readings.hotspotTemperature;
-                break;
-            case Quantity::FanRpm:
-                value = readings.fanRpm;
-                break;
-            case Quantity::FanPercent:
-                value = readings.fanPercent;
-                break;
-            case Quantity::Load:
-                value = readings.load;
-                break;
-            case Quantity::Power:
-                value = readings.power;
-                break;
-            case Quantity::Voltage:
-                value = readings.voltage;
-                break;
-        }
+        double const value = sensor.quantity != nullptr ? readings.*sensor.quantity : sensor.value;
         out.sensors[sensor.id] = {.supported = sensor.supported ? 1 : 0, .value = Rounded(value)};
     }
     return amd::kAdlOk;

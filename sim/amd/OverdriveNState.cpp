@@ -28,7 +28,7 @@ amd::ADLODNParameterRange ToRecord(Range const& range) {
     return {.iMode = 0, .iMin = range.min, .iMax = range.max, .iStep = range.step, .iDefault = range.defaultValue};
 }
 
-// The first and the last level with a clock; none gives a level of zeros.
+// The first and the last level with a clock; a level of zeros when there is none.
 Level First(std::vector<Level> const& levels) {
     auto const found = std::find_if(levels.begin(), levels.end(), [](Level const& level) { return level.clock != 0; });
     return found == levels.end() ? Level{} : *found;
@@ -130,7 +130,7 @@ int OverdriveNState::SetClocks(ADLODNPerformanceLevelsX2 const& table, Range con
     }
     std::vector<Level> next;
     for (auto const& level : LevelsOf(table)) {
-        // A level without a clock is one that the board does not have.
+        // The board does not have a level without a clock.
         bool const judged = level.iClock != 0;
         bool const voltageJudged = judged && description_.voltage.max > 0;
         if ((judged && !clocks.Contains(level.iClock)) ||

@@ -1,4 +1,4 @@
-// What AMD's library answers, beside kAdlOk and kAdlWarningNoData, which its client knows too.
+// Result codes of AMD's library, beside those of adl_records.h.
 #pragma once
 
 namespace gputune::sim {

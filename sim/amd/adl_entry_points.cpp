@@ -1,5 +1,5 @@
-// The vendor's entry points. Those with a signature are written out below and checked against the list of all; the rest
-// are made from the list and answer that they are not supported.
+// The entry points of AMD's library. Those with a signature are written out below and checked against the list of all;
+// the others are made from the list and return that they are not supported.
 #include <type_traits>
 
 #include "sim/amd/AmdStandIn.h"
@@ -17,8 +17,8 @@ AmdStandIn& Self() {
     return AmdStandIn::Instance();
 }
 
-// An entry point that is one operation of the adapter's OverdriveN or Overdrive8 state. The operation gets what the
-// client's arguments stand for and, when it takes them, the board's readings at this moment.
+// An entry point that is one operation of the adapter's OverdriveN or Overdrive8 state. The operation gets the client's
+// arguments, records by reference, and the board's present readings when it has a parameter for them.
 template <class State, class Function, class... Args>
 int EnterState(char const* entryPoint, Function State::*operation, AdlContext context, int adapter, Args... args) {
     auto const onDriver = [&](AmdDriver& driver, Garbage) {
@@ -33,7 +33,7 @@ int EnterState(char const* entryPoint, Function State::*operation, AdlContext co
     return Self().Enter(entryPoint, onDriver, context, adapter, args...);
 }
 
-// An entry point that hands out what the board file says: operation(AmdBoard const&, Adapter const&).
+// An entry point that returns data of the board file: operation(AmdBoard const&, Adapter const&).
 template <class Operation, class... Args>
 int EnterAdapter(char const* entryPoint, Operation operation, AdlContext context, int adapter, Args... args) {
     auto const onDriver = [&](AmdDriver& driver, Garbage) {
@@ -43,7 +43,7 @@ int EnterAdapter(char const* entryPoint, Operation operation, AdlContext context
     return Self().Enter(entryPoint, onDriver, context, adapter, args...);
 }
 
-// The list of adapters, in either of its records.
+// An entry point that returns the list of adapters, as records of one type or the other.
 template <class Record>
 int EnterAdapterList(char const* entryPoint, AdlContext context, int adapter, int* count, Record** out) {
     auto const onDriver = [&](AmdDriver& driver, Garbage garbage) {
@@ -240,7 +240,7 @@ ADL_EXPORT ADL2_Overdrive8_Current_SettingX2_Get(AdlContext context, int adapter
     return Self().Enter(__func__, get, context, adapter, count, list);
 }
 
-// The list: an entry point without arguments there is made, one with arguments must be written out above.
+// The list: an entry point without arguments in it is made here; one with arguments must be written out above.
 #define SIM_MAKE(name)                                                                       \
     ADL_EXPORT name() {                                                                      \
         return Self().Enter(__func__, [](AmdDriver&, Garbage) { return kAdlNotSupported; }); \

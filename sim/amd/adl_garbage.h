@@ -8,7 +8,7 @@
 
 namespace gputune::sim {
 
-// Sixteen times this and a little more fits no 32-bit number.
+// A table of so many levels of 16 bytes has a size beyond 32 bits.
 constexpr int kHugeAdlCount = 0x10000000;
 
 template <>
@@ -32,7 +32,7 @@ inline void Garble(amd::ADLMemoryInfo& record, Garbage garbage) {
     }
     GarbleText(record.strMemoryType, garbage, 'T');
 }
-// The levels, which follow the record.
+// Only the levels, which follow the record.
 template <>
 inline void Garble(amd::ADLODNPerformanceLevelsX2& table, Garbage garbage) {
     auto const levels = static_cast<std::size_t>(table.iNumberOfPerformanceLevels);

@@ -1,5 +1,5 @@
-// Checked access to a JSON document: whatever is not as expected becomes an error that names the file, the key with its
-// path, as in adapters[0].udid, and what was expected.
+// Checked access to a JSON document. An error names the file, the key with its path, as in adapters[0].udid, and what
+// was expected.
 #pragma once
 
 #include <climits>
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// The whole header takes the compiler longer than any file that reads a part of a board.
+// Only the declarations: the whole header is slow to compile.
 #include <nlohmann/json_fwd.hpp>
 
 namespace gputune::sim {
@@ -20,10 +20,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The document of a text; source names it in errors. Throws BoardFileError with line and column for a syntax error.
+// Parses a text. source: the name of the file in errors. Throws BoardFileError with line and column for a syntax error.
 nlohmann::json ParseJson(std::string const& text, std::string const& source);
 
-// One value and where it stands. The document and the source's name must outlive it.
+// One value and its path in the document. The document and the source's name must outlive it.
 class JsonValue {
 public:
     JsonValue(nlohmann::json const& value, std::string path, std::string const& source)
@@ -36,12 +36,13 @@ public:
     std::string String(std::size_t maxBytes) const;
     // An integer of 32 bits without sign, or the same as text in hexadecimal ("0x201f").
     int Mask() const;
-    // The position of the text in a list of names.
+    // The position of the text among the names.
     std::size_t Choice(std::initializer_list<char const*> names) const;
     bool IsNull() const;
     // Calls visit with each element of an array.
     void ForEach(std::function<void(JsonValue const&)> const& visit) const;
-    // read(JsonValue const&) of each element of an array, which has no more than so many things.
+    // The results of read(JsonValue const&) for all elements of an array. `things` names the elements in the error
+    // about too many of them.
     template <class Reader>
     auto List(Reader const& read, std::size_t most = SIZE_MAX, char const* things = "elements") const {
         std::vector<std::invoke_result_t<Reader, JsonValue const&>> list;

@@ -12,7 +12,7 @@ constexpr std::string_view kEntryPoints[] = {
 #include "sim/board/nvapi_entry_points.inc"
 };
 
-// Returns an address: a result would be one that a client calls.
+// It returns an address: a client would call whatever it is given.
 constexpr std::string_view kWithoutResult[] = {kQueryInterface};
 
 using enum Garbage;

@@ -21,8 +21,9 @@ NvidiaSensor ReadSensor(JsonValue const& value) {
         quantity->Fail(R"(either "quantity" or "value")");
     }
     if (quantity) {
-        sensor.quantity = static_cast<ThermalQuantity>(
-            quantity->Choice({"temperature", "hotspot-temperature", "memory-temperature"}));
+        constexpr Quantity kQuantities[] = {&Readings::temperature, &Readings::hotspotTemperature,
+                                            &Readings::memoryTemperature};
+        sensor.quantity = kQuantities[quantity->Choice({"temperature", "hotspot-temperature", "memory-temperature"})];
     } else if (constant) {
         sensor.value = constant->Int();
     }

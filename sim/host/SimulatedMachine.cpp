@@ -38,7 +38,7 @@ wchar_t const* VendorFolder(Vendor vendor) {
     return nullptr;
 }
 
-// By full path. The loader then gives this module for its base name, wherever else one of that name may lie.
+// By full path. From then on, the loader finds this module by its base name, wherever another of that name may be.
 HMODULE LoadStandIn(Board const& board, std::wstring const& simDirectory) {
     std::wstring const path =
         simDirectory + L"\\" + VendorFolder(board.vendor) + L"\\" + ToWide(board.library) + L".dll";

@@ -16,7 +16,7 @@ using gputune::sim::Board;
 using gputune::sim::SimulatedMachine;
 using gputune::sim::Vendor;
 
-// The process's machine; null when none is running. Left behind at the end of the process: its thread is gone by then.
+// The process's machine; null when none is running. Never deleted at the end of the process, when its thread is gone.
 SimulatedMachine* g_runningMachine = nullptr;
 
 // The stand-in libraries that this process has loaded so far; they stay.
@@ -45,7 +45,7 @@ bool IsStandIn(HMODULE module) {
     return ::GetProcAddress(module, "GputuneSim_LoadBoard") != nullptr;
 }
 
-// A library is found by its name, and what was loaded first under a name stays the one that is found.
+// The loader finds a library by its name, and always the one that was loaded first under that name.
 void RequireNoOtherLibrary(Board const& board) {
     if (board.vendor == Vendor::None) {
         return;
@@ -63,7 +63,7 @@ void RequireNoOtherLibrary(Board const& board) {
     }
 }
 
-// Starts the machine begin(directory) with the board read().
+// Starts the machine begin(directory) for the board read().
 template <class Read, class Begin>
 int Start(char const* argument, Read const& read, Begin const& begin, char* error, int errorSize) {
     return gputune::sim::WithErrorText(error, errorSize, [&] {
@@ -80,7 +80,7 @@ int Start(char const* argument, Read const& read, Begin const& begin, char* erro
     });
 }
 
-// Calls the function of this name in the running board's stand-in. Without a board that has one, 0 or nothing.
+// Calls the function of this name in the running board's stand-in; returns 0 without a board that has a stand-in.
 template <class Result, class... Args>
 Result PassOn(char const* function, Args... args) {
     void* const address = g_runningMachine != nullptr ? g_runningMachine->Symbol(function) : nullptr;

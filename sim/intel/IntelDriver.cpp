@@ -6,7 +6,7 @@ namespace gputune::sim {
 
 namespace {
 
-// Handles: a base, the device's place and, for fans, the fan's.
+// A handle is a base plus the position of the device and, for a fan, of the fan.
 constexpr std::uintptr_t kDeviceBase = 0x49000000;
 constexpr std::uintptr_t kFanBase = 0x4A000000;
 constexpr std::uintptr_t kDeviceStep = 0x100;

@@ -1,4 +1,4 @@
-// What Intel's stand-in adds to every stand-in. That the client has initialised the library outlives a change of board.
+// What Intel's stand-in adds to every stand-in. The library stays initialised when the board changes.
 #pragma once
 
 #include "sim/intel/IntelDriver.h"
@@ -12,7 +12,7 @@ public:
     // For an entry point that this driver does not have.
     int EnterUnsupported(char const* entryPoint);
 
-    // For the entry points that begin and end the use of the library; a handle that is not its own is refused.
+    // For the entry points that begin and end the use of the library. Close refuses a handle that is not its own.
     int Initialize(intel::ctl_init_args_t& args, intel::ctl_api_handle_t& handle);
     int Close(intel::ctl_api_handle_t handle);
     bool IsOwn(intel::ctl_api_handle_t handle) const;
@@ -25,7 +25,7 @@ private:
 
     int Uninitialized() const { return uses_ == 0 ? kCtlNotInitialized : kCtlSuccess; }
 
-    // A null handle or pointer, or a record of another size. What has a size is no handle.
+    // Refuses null handles, null pointers and records of another size.
     template <class Argument>
     static int Refusal(Argument argument) {
         if constexpr (std::is_pointer_v<Argument>) {
@@ -39,7 +39,7 @@ private:
         return kCtlSuccess;
     }
 
-    int uses_ = 0;  // initialisations less closings
+    int uses_ = 0;  // how often it was initialised, less how often it was closed
 };
 
 }  // namespace gputune::sim

@@ -1,5 +1,5 @@
 // The control library's entry points. Those with a signature are written out below and checked against the list of all;
-// the rest are made from the list and answer that the feature is not supported.
+// the others are made from the list and return that the feature is not supported.
 #include <type_traits>
 
 #include "sim/intel/IntelStandIn.h"
@@ -16,7 +16,8 @@ IntelStandIn& Self() {
     return IntelStandIn::Instance();
 }
 
-// An entry point that is one operation of the device's state. The operation gets what the client's arguments stand for.
+// An entry point that is one operation of the device's state. The operation gets the client's arguments, records by
+// reference.
 template <class Function, class... Args>
 int EnterDevice(char const* entryPoint, Function IntelDeviceState::*operation, ctl_device_adapter_handle_t device,
                 Args... args) {
@@ -28,7 +29,7 @@ int EnterDevice(char const* entryPoint, Function IntelDeviceState::*operation, c
     return Self().Enter(entryPoint, onDriver, device, args...);
 }
 
-// The same with a fan, of which the operation gets the number.
+// The same for a fan. The operation gets its number on the device first.
 template <class Function, class... Args>
 int EnterFan(char const* entryPoint, Function IntelDeviceState::*operation, ctl_fan_handle_t fan, Args... args) {
     auto const onDriver = [&](IntelDriver& driver, Garbage) {
@@ -142,7 +143,7 @@ CTL_EXPORT ctlFanSetSpeedTableMode(ctl_fan_handle_t fan, ctl_fan_speed_table_t c
     return EnterFan(__func__, &IntelDeviceState::SetFanTable, fan, table);
 }
 
-// The list: an entry point without arguments there is made, one with arguments must be written out above.
+// The list: an entry point without arguments in it is made here; one with arguments must be written out above.
 #define SIM_MAKE(name)                            \
     CTL_EXPORT name() {                           \
         return Self().EnterUnsupported(__func__); \

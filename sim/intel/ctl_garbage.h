@@ -1,5 +1,5 @@
-// What garbage makes of Intel's records. Extreme values: flags that are neither 0 nor 1; numbers that are the greatest,
-// the least and none in turn.
+// What garbage makes of Intel's records. Extreme values: flags that are neither 0 nor 1; numbers that are in turn
+// the greatest, the least and NaN.
 #pragma once
 
 #include <cfloat>
@@ -19,7 +19,7 @@ inline double ExtremeNumber(std::size_t turn) {
     return turn % 3 == 0 ? DBL_MAX : turn % 3 == 1 ? -DBL_MAX : std::nan("");
 }
 
-// The type stays: a client does not look any further at a device of another type.
+// The type stays: a client ignores devices of other types.
 template <>
 inline void Garble(intel::ctl_device_adapter_properties_t& record, Garbage garbage) {
     GarbleText(record.name, garbage, 'N');

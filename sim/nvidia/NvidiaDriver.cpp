@@ -14,13 +14,10 @@ constexpr std::uintptr_t kGpuBase = 0x4E000100;
 constexpr std::uintptr_t kGpuStep = 0x100;
 
 nvidia::NvThermalSensor ToRecord(NvidiaSensor const& sensor, Readings const& readings) {
-    double const reading = sensor.quantity == ThermalQuantity::HotspotTemperature  ? readings.hotspotTemperature
-                           : sensor.quantity == ThermalQuantity::MemoryTemperature ? readings.memoryTemperature
-                                                                                   : readings.temperature;
     return {.controller = sensor.controller,
             .defaultMinTemp = sensor.minimum,
             .defaultMaxTemp = sensor.maximum,
-            .currentTemp = sensor.value.value_or(Rounded(reading)),
+            .currentTemp = sensor.value.value_or(Rounded(readings.*sensor.quantity)),
             .target = sensor.target};
 }
 

@@ -1,5 +1,5 @@
-// What NVAPI's stand-in adds to every stand-in. Its entry points have identifiers instead of exports; that the client
-// has initialised the library outlives a change of board.
+// What NVAPI's stand-in adds to every stand-in. Its entry points have identifiers instead of exports. The library stays
+// initialised when the board changes.
 #pragma once
 
 #include <set>
@@ -10,7 +10,7 @@
 
 namespace gputune::sim {
 
-// Count for both: a list of handles and a list of sensors.
+// For the list of handles and for the list of sensors.
 constexpr int kHugeNvapiCount = 4096;
 
 // The version stays.
@@ -22,7 +22,7 @@ inline void Garble(nvidia::NV_GPU_THERMAL_SETTINGS& record, Garbage garbage) {
 
 class NvidiaStandIn final : public VendorStandIn<NvidiaStandIn, NvidiaDriver> {
 public:
-    // Whether the entry point is handed out for its identifier; logs the question.
+    // Whether nvapi_QueryInterface returns the entry point for its identifier; logs that call.
     bool HandsOut(std::uint32_t identifier, char const* entryPoint);
 
     void SetInitialized() { initialized_ = true; }
@@ -37,7 +37,7 @@ private:
 
     int Uninitialized() const { return initialized_ ? nvidia::kNvapiOk : kNvapiNotInitialized; }
 
-    // Null pointers. The entry points judge handles with the board at hand.
+    // Refuses null pointers. Handles are checked by the driver, which knows them.
     template <class Argument>
     static int Refusal(Argument argument) {
         bool isNull = false;

@@ -1,4 +1,4 @@
-// What NVAPI answers, beside kNvapiOk and kNvapiError, which its client knows too; and the text it has for that.
+// Statuses of NVAPI, beside those of nvapi_records.h, and the texts of all.
 #pragma once
 
 #include <string_view>

@@ -1,4 +1,4 @@
-// NVAPI's entry points: its one export, and the functions that this hands out.
+// NVAPI's entry points: its one export, and the functions whose addresses this returns.
 #include <algorithm>
 #include <iterator>
 #include <type_traits>
@@ -93,7 +93,7 @@ int NVAPI_CDECL NvAPI_GPU_GetThermalSettings(NvPhysicalGpuHandle handle, std::ui
     return Self().Enter(__func__, get, handle, index, settings);
 }
 
-// Their arguments are those that the library's list says.
+// They have the arguments of the library's list.
 #define NVAPI_FUNCTION(name, identifier, ...)                                      \
     static_assert(std::is_same_v<decltype(&name), int(NVAPI_CDECL*)(__VA_ARGS__)>, \
                   #name " has other arguments than the list says");

@@ -21,7 +21,7 @@ struct LoggedCall {
 class CallLog {
 public:
     void Add(LoggedCall call) {
-        // A live view calls for hours; nobody reads so far back.
+        // A program may call for hours: old calls go.
         constexpr std::size_t kMaxCalls = 16384;
         if (calls_.size() == kMaxCalls) {
             calls_.pop_front();
@@ -37,8 +37,8 @@ private:
     std::deque<LoggedCall> calls_;
 };
 
-// How many bytes of a record are kept. A vendor specialises it for a record with a tail. What is passed may also be the
-// place of a handle: a pointer, whose own size is meant.
+// How many bytes of a record are kept. A vendor specialises it for a record that more data follows. A record may also
+// be a handle, of which the pointer itself is kept.
 template <class Record>
 struct LoggedSize {
     static std::size_t Of(Record const&) { return sizeof(Record); }  // NOLINT(bugprone-sizeof-expression)
@@ -52,12 +52,12 @@ concept PointsToRecord = std::is_pointer_v<Argument> && !std::is_void_v<std::rem
     sizeof(std::remove_pointer_t<Argument>);
 };
 
-// A pointer argument of which only the address is kept: how much the caller has there is not known.
+// A pointer argument of which only the address is kept, because the size of what it points to is not known.
 template <class T>
 struct AddressOnly {
     T* address;
 };
-// As clang needs to be told before its version 17.
+// Needed by clang before version 17.
 template <class T>
 AddressOnly(T*) -> AddressOnly<T>;
 

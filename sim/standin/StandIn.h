@@ -19,18 +19,18 @@ namespace gputune::sim {
 
 class StandIn {
 public:
-    // The one of this library; each vendor's library defines it.
+    // The object of this library. Each vendor's library defines this function.
     static StandIn& Instance();
 
     virtual ~StandIn() = default;
     StandIn(StandIn const&) = delete;
     StandIn& operator=(StandIn const&) = delete;
 
-    // A fresh state: no orders, no calls, real time. Throws std::runtime_error when the board is another vendor's or an
-    // entry point cannot be hidden; the former board then stays.
+    // Starts a board without orders, without logged calls, in real time. Throws std::runtime_error when the board is
+    // another vendor's or an entry point cannot be hidden; the former board then stays.
     void Load(Board board);
 
-    // False, and nothing changes, when there is no such entry point, or none whose result can be chosen.
+    // False when there is no such entry point, or when it returns no result code.
     bool SetResult(std::string const& entryPoint, int result);
     void ClearFaults();
     // False when there is no such entry point.
@@ -49,8 +49,8 @@ protected:
     // The entry points that a library with this board does not have, beside those that its faults say are missing.
     virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
 
-    // The beginning of every entry point, under the lock: logs the call. A value is the answer that an order or a fault
-    // demands; nothing is then to be done.
+    // Every entry point calls this first, under the lock. Logs the call. Returns the result that an order or a fault
+    // demands, if any: the entry point must then return it and do nothing else.
     template <class... Args>
     std::optional<int> Begin(char const* entryPoint, Args... args) {
         LoggedCall call{.entryPoint = entryPoint, .args = {}, .record = {}};
@@ -58,7 +58,7 @@ protected:
         calls_.Add(std::move(call));
         return Demanded(entryPoint);
     }
-    // What the entry point is to hand out instead of the truth.
+    // The garbage that the board orders of this entry point.
     Garbage GarbageOf(char const* entryPoint) const;
 
     // Null before there is a board.

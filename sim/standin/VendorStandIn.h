@@ -11,7 +11,7 @@
 
 namespace gputune::sim {
 
-// The parameter that an argument of a client stands for: what a pointer points to, else the argument itself.
+// A client's argument as the parameter of an operation: a pointer becomes a reference to what it points to.
 template <class Argument>
 decltype(auto) ToParameter(Argument const& argument) {
     if constexpr (std::is_pointer_v<Argument>) {
@@ -21,9 +21,9 @@ decltype(auto) ToParameter(Argument const& argument) {
     }
 }
 
-// Self is the vendor's own class. It has
+// Self is the class of the vendor's stand-in, which derives from this one. It has
 //   static constexpr int kNoBoard           the result of every entry point before there is a board
-//   int Uninitialized() const               0, or the result while the client has not initialised the library
+//   int Uninitialized() const               0, or the result when the client has not initialised the library
 //   int Refusal(Argument argument) const    0, or the result for an argument that the library refuses
 // A result of 0 is a success with every vendor.
 template <class Self, class Driver>
@@ -34,13 +34,14 @@ public:
         return standIn;
     }
 
-    // Every entry point: logs the call and obeys orders and faults. If nothing stands against the call, returns the
-    // result of operation(Driver&, Garbage); what a success has written is then garbled as the board says.
+    // Every entry point calls this. Logs the call and obeys orders and faults. Returns Self's result when there is no
+    // board, the library is not initialised or an argument is refused; else the result of operation(Driver&, Garbage).
+    // After a success, garbles the records among the arguments as the board says.
     template <class Operation, class... Args>
     int Enter(char const* entryPoint, Operation const& operation, Args... args) {
         return Do(entryPoint, true, operation, args...);
     }
-    // The same, also before the library is initialised.
+    // The same for entry points that work before the library is initialised.
     template <class Operation, class... Args>
     int EnterAtAnyTime(char const* entryPoint, Operation const& operation, Args... args) {
         return Do(entryPoint, false, operation, args...);

@@ -6,7 +6,8 @@
 
 namespace gputune::sim {
 
-// Writes the text with its terminator, cut to fit. The storage behind the terminator stays; an empty one stays whole.
+// Writes the text and its terminator, cut to fit. Does not change the storage behind the terminator, and does nothing
+// without storage.
 inline void CopyText(std::string_view text, std::span<char> out) {
     if (!out.empty()) {
         out[text.copy(out.data(), out.size() - 1)] = '\0';

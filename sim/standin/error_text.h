@@ -8,7 +8,8 @@
 
 namespace gputune::sim {
 
-// Runs work(): 1, or 0 and the exception's text in error, cut to fit; nowhere when error is null.
+// Calls work() and returns 1. When it throws, returns 0 and writes the exception's text to error, cut to fit, unless
+// error is null.
 template <class Work>
 int WithErrorText(char* error, int errorSize, Work const& work) {
     try {

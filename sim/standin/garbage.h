@@ -1,5 +1,5 @@
-// The garbage that a board file can order: what an entry point that succeeded hands out instead of the truth. The rules
-// of each vendor (board/FaultRules.h) say which entry point can hand out which kind.
+// The garbage that a board file can order: wrong data that an entry point returns together with a success. The rules of
+// each vendor (sim/board/FaultRules.h) say which entry point can return which kind.
 #pragma once
 
 #include <cfloat>
@@ -11,10 +11,10 @@
 
 namespace gputune::sim {
 
-// How many entries a list with a huge count really has.
+// How many entries a list has when its count is to be huge.
 constexpr std::size_t kHugeListSize = 4096;
 
-// huge: the count that stands for Garbage::HugeCount. room: how many entries the record has room for.
+// huge: the count for Garbage::HugeCount. room: how many entries the record has room for, for Garbage::OneTooMany.
 template <class Count>
 void GarbleCount(Count& count, Garbage garbage, int huge, std::size_t room = 0) {
     if (garbage == Garbage::NegativeCount) {
@@ -26,7 +26,7 @@ void GarbleCount(Count& count, Garbage garbage, int huge, std::size_t room = 0) 
     }
 }
 
-// Fills the whole field, terminator included, with a letter.
+// Fills the whole field with a letter, so that it has no terminator.
 template <std::size_t size>
 void GarbleText(char (&text)[size], Garbage garbage, char letter) {
     if (garbage == Garbage::UnterminatedStrings) {
@@ -42,15 +42,15 @@ inline void GarbleInts(void* start, std::size_t bytes, Garbage garbage) {
     }
 }
 
-// The same from one member of a record to the record's end.
+// The same with the members of a record from this one on.
 template <class Record>
 void GarbleIntsFrom(void* member, Record& record, Garbage garbage) {
     auto* const end = reinterpret_cast<char*>(&record + 1);
     GarbleInts(member, static_cast<std::size_t>(end - static_cast<char*>(member)), garbage);
 }
 
-// What garbage makes of a record. A vendor specialises it for records that have a count or a text, and for those whose
-// first members say what the record is: these stay, so that the client goes on to the rest.
+// Changes a record as the garbage says. A vendor specialises it for records that have a count or a text, and for those
+// whose first members say what the record is: these stay, so that the client reads the rest.
 template <class Record>
 void Garble(Record& record, Garbage garbage) {
     GarbleIntsFrom(&record, record, garbage);

@@ -19,12 +19,8 @@ std::wstring Text(BSTR text) {
 class Controller final : public ComObject<Controller, true, UnsupportedObject> {
 public:
     Controller(SharedWmiState state, WmiCaption caption) : ComObject(std::move(state)), caption_(std::move(caption)) {}
-    ~Controller() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IWbemClassObject) || id == __uuidof(IUnknown) ? static_cast<IWbemClassObject*>(this)
-                                                                            : nullptr;
-    }
+    void* Find(REFIID id) { return As<IWbemClassObject>(id); }
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override {
         State()->Log([&](WmiRequests& requests) {
@@ -81,13 +77,8 @@ class Enumerator final : public ComObject<Enumerator, true, UnsupportedEnumerato
 public:
     Enumerator(SharedWmiState state, std::vector<WmiCaption> captions)
         : ComObject(std::move(state)), captions_(std::move(captions)) {}
-    ~Enumerator() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IEnumWbemClassObject) || id == __uuidof(IUnknown)
-                   ? static_cast<IEnumWbemClassObject*>(this)
-                   : nullptr;
-    }
+    void* Find(REFIID id) { return As<IEnumWbemClassObject>(id); }
 
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override {
         State()->Log([&](WmiRequests& requests) {
@@ -117,13 +108,10 @@ private:
 class Services final : public ComObject<Services, true, UnsupportedServices, IClientSecurity> {
 public:
     using ComObject::ComObject;
-    ~Services() = default;
 
     void* Find(REFIID id) {
-        if (id == __uuidof(IClientSecurity)) {
-            return static_cast<IClientSecurity*>(this);
-        }
-        return id == __uuidof(IWbemServices) || id == __uuidof(IUnknown) ? static_cast<IWbemServices*>(this) : nullptr;
+        void* const found = As<IWbemServices>(id);
+        return found != nullptr ? found : As<IClientSecurity>(id);
     }
 
     HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR query, LONG flags, IWbemContext*,
@@ -178,11 +166,8 @@ public:
 class Locator final : public ComObject<Locator, true, IWbemLocator> {
 public:
     using ComObject::ComObject;
-    ~Locator() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IWbemLocator) || id == __uuidof(IUnknown) ? static_cast<IWbemLocator*>(this) : nullptr;
-    }
+    void* Find(REFIID id) { return As<IWbemLocator>(id); }
 
     HRESULT STDMETHODCALLTYPE ConnectServer(BSTR nameSpace, BSTR user, BSTR password, BSTR locale, LONG flags,
                                             BSTR authority, IWbemContext* context, IWbemServices** out) override {
@@ -207,11 +192,8 @@ public:
 class LocatorFactory final : public ComObject<LocatorFactory, false, IClassFactory> {
 public:
     using ComObject::ComObject;
-    ~LocatorFactory() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IClassFactory) || id == __uuidof(IUnknown) ? static_cast<IClassFactory*>(this) : nullptr;
-    }
+    void* Find(REFIID id) { return As<IClassFactory>(id); }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** out) override {
         State()->Log([](WmiRequests& requests) { ++requests.createCount; });

@@ -38,7 +38,7 @@ TEST(SimNvidiaBoard, GpusAndSensorsAreRead) {
     NvidiaGpu const& first = board.nvidia.gpus[0];
     EXPECT_EQ(first.name, "First");
     ASSERT_EQ(first.sensors.size(), 2u);
-    EXPECT_EQ(first.sensors[0].quantity, ThermalQuantity::HotspotTemperature);
+    EXPECT_EQ(first.sensors[0].quantity, &Readings::hotspotTemperature);
     EXPECT_EQ(first.sensors[0].target, 1);
     EXPECT_EQ(first.sensors[0].value, std::nullopt);
     EXPECT_EQ(first.sensors[1].target, 8);

@@ -1,5 +1,4 @@
-// The fan operations of OverdriveNState. Both families of entry points govern the same fan; the last one to set it
-// wins.
+// The fan operations of OverdriveNState. Both families of entry points set the same fan; the last setting holds.
 #include "sim/amd/OverdriveNState.h"
 #include "sim/amd/adl_codes.h"
 #include "sim/model/rounding.h"
