@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "ProfileCheck.h"
-#include "XmlPositions.h"
-#include "adapter/hex_long.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
+#include "records/hex_long.h"
 #include "require.h"
+#include "tool/profile/ProfileCheck.h"
+#include "tool/profile/XmlPositions.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <sstream>
 
-#include "Commands.h"
-#include "Console.h"
-#include "ErrorReport.h"
-#include "Errors.h"
-#include "Text.h"
+#include "tool/commands/Commands.h"
+#include "tool/output/ErrorJson.h"
+#include "tool/system/Console.h"
+#include "tool/system/Utf8.h"
+#include "tool/values/Errors.h"
 
 namespace gputune::tool {
 

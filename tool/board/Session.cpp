@@ -1,0 +1,262 @@
+#include "tool/board/Session.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "sim/host/SimulatedMachine.h"
+#include "tool/system/Utf8.h"
+#include "tool/values/Errors.h"
+
+namespace gputune::tool {
+
+namespace {
+
+// Ends with the separator.
+std::wstring ProgramDirectory() {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        DWORD const length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0) {
+            throw ToolError("Cannot find the program's directory: " + SystemMessage(GetLastError()) + ".");
+        }
+        if (length < path.size()) {
+            path.resize(length);
+            break;
+        }
+        path.resize(path.size() * 2);
+    }
+    return path.substr(0, path.find_last_of(L"\\/") + 1);
+}
+
+std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardFile, std::wstring const& directory) {
+    if (boardFile.empty()) {
+        return nullptr;
+    }
+    try {
+        return std::make_unique<sim::SimulatedMachine>(sim::SimulatedMachine::FromFile(boardFile, directory + L"sim"));
+    } catch (std::runtime_error const& error) {
+        throw ToolError(std::string("Cannot simulate the board: ") + error.what());
+    }
+}
+
+// Whether the library can find one of the vendor's: loaded already, or in the system directory.
+bool HasControlLibrary(std::uint32_t vendor) {
+    std::wstring directory(MAX_PATH, L'\0');
+    directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
+    directory += L'\\';
+    for (char const* name : ControlLibraryFiles(vendor)) {
+        std::wstring const file = WideFromUtf8(name);
+        if (GetModuleHandleW(file.c_str()) != nullptr ||
+            GetFileAttributesW((directory + file).c_str()) != INVALID_FILE_ATTRIBUTES) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+Name InitStateName(InitState state) {
+    switch (state) {
+        case InitState::Ready:
+            return {"ready", "ready"};
+        case InitState::AdapterNotOpened:
+            return {"adapter not opened", "adapter_not_opened"};
+        case InitState::LibraryNotOpened:
+            return {"control library not opened", "control_library_not_opened"};
+        case InitState::NoSupportedGpu:
+            return {"no supported GPU found", "no_supported_gpu"};
+    }
+    return {"unknown", "unknown"};
+}
+
+Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
+    RequireLogFile(options.log);
+    std::wstring const directory = ProgramDirectory();
+    machine_ = StartSimulation(options.boardFile, directory);
+    std::wstring const library = directory + L"gputune.dll";
+    Load(library, use);
+    // Once more with a log, which names the display controllers: an unloaded library begins anew.
+    if (state_ == InitState::NoSupportedGpu && !log_ && options.log == GPUTUNE_LOG_NONE) {
+        Load(library, LogUse::Kept);
+    }
+    if (state_ == InitState::Ready && options.adapter) {
+        SelectAdapter(*options.adapter);
+    }
+}
+
+Session::~Session() = default;
+
+void Session::Load(std::wstring const& path, LogUse use) {
+    library_.reset();
+    log_ = use == LogUse::Kept ? std::make_unique<KeptLog>(options_.log) : nullptr;
+    library_ = std::make_unique<Library>(path);
+    Initialise();
+    firstAdapter_ = adapter_;
+}
+
+void Session::Initialise() {
+    bool hasBackend = false;
+    if (log_) {
+        KeptLog::InDirectory const directory(*log_);
+        hasBackend = library_->InitVGAHelper(log_->Mode());
+    } else {
+        hasBackend = library_->InitVGAHelper(options_.log);
+    }
+    std::uint64_t const info = library_->GetVendorInfo();
+    vendor_ = static_cast<std::uint32_t>(info);
+    api_ = static_cast<std::uint32_t>(info >> 32U);
+    adapter_ = hasBackend ? library_->GetActiveAdapterIndex() : -1;
+    if (!hasBackend) {
+        state_ = vendor_ == GPUTUNE_VENDOR_UNKNOWN ? InitState::NoSupportedGpu : InitState::LibraryNotOpened;
+    } else {
+        state_ = library_->IsInitOk() ? InitState::Ready : InitState::AdapterNotOpened;
+    }
+}
+
+void Session::SelectAdapter(int index) {
+    // NVIDIA's refuses even the index it has.
+    if (index == adapter_) {
+        return;
+    }
+    if (!library_->SetActiveAdapterIndex(index)) {
+        if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
+            throw UnsupportedError("of NVIDIA boards, none but adapter 0 can be selected.");
+        }
+        ErrorDetails details{.code = "no_such_adapter", .adapters = AdapterIndices()};
+        std::string list;
+        for (int const known : details.adapters) {
+            list += (list.empty() ? "" : ", ") + std::to_string(known);
+        }
+        throw ToolError("There is no adapter with index " + std::to_string(index) + "; there is " +
+                            (list.empty() ? "none" : list) + ".\nThe command adapters tells what is known of them.",
+                        std::move(details));
+    }
+    adapter_ = index;
+    if (vendor_ == GPUTUNE_VENDOR_AMD) {
+        // The library goes on with the ranges, defaults and fan controllers of the adapter it started with, until it
+        // starts anew; the selection stays.
+        Initialise();
+    }
+}
+
+VgaInfo Session::Identity() const {
+    bool const hasBackend = state_ == InitState::Ready || state_ == InitState::AdapterNotOpened;
+    return hasBackend && !IdentityIsOfAnother() ? library_->GetVGAInfo() : VgaInfo{};
+}
+
+std::vector<int> Session::AdapterIndices() const {
+    if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
+        return {adapter_};
+    }
+    // More indices than any driver gives out. The log tells where to stop: AMD's how many there are, Intel's when an
+    // index is beyond the last device.
+    constexpr int mostIndices = 1024;
+    std::optional<std::string> const active = LastMessage(LogSince(0), " number of active adapter");
+    std::size_t const count =
+        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(mostIndices) : mostIndices);
+    std::vector<int> indices;
+    for (int index = 0; index < mostIndices && indices.size() < count; ++index) {
+        std::size_t const mark = vendor_ == GPUTUNE_VENDOR_INTEL ? LogMark() : 0;
+        if (library_->SetActiveAdapterIndex(index)) {
+            indices.push_back(index);
+        } else if (vendor_ == GPUTUNE_VENDOR_INTEL &&
+                   LastMessage(LogSince(mark), "") == "specified adapter index out of range") {
+            break;
+        }
+    }
+    library_->SetActiveAdapterIndex(adapter_);
+    return indices;
+}
+
+std::vector<Controller> Session::Controllers() const {
+    std::vector<std::string> names = ControllerNames(LogSince(0));
+    for (std::string& name : names) {
+        name = Utf8FromAnsi(name.c_str(), name.size());
+    }
+    return JudgeControllers(names);
+}
+
+LogEntries Session::LogSince(std::size_t mark) const {
+    LogEntries entries = log_ ? log_->Read() : LogEntries();
+    entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(std::min(mark, entries.size())));
+    return entries;
+}
+
+std::optional<std::string> Session::Problem() const {
+    std::string const vendor = VendorName(vendor_).text;
+    std::string controllers = state_ == InitState::Ready ? "" : ExplainControllers(Controllers());
+    controllers = (controllers.empty() ? "" : "\n") + controllers;
+    switch (state_) {
+        case InitState::Ready:
+            return std::nullopt;
+        case InitState::NoSupportedGpu:
+            if (!log_ || !log_->IsKept()) {
+                return "No supported GPU found: no display controller of this machine is a board that can be used, or "
+                       "the system's management service (WMI) does not answer." +
+                       LogHint();
+            }
+            if (controllers.empty()) {
+                return "No supported GPU found: the system's management service (WMI) names no display controller, or "
+                       "does not answer." +
+                       LogHint();
+            }
+            return "No supported GPU found: no display controller of this machine is a board that can be used." +
+                   controllers;
+        case InitState::LibraryNotOpened:
+        case InitState::AdapterNotOpened: {
+            std::string const there = "There is an " + vendor + " GPU, but ";
+            std::string const library =
+                std::string("the vendor's control library (") + ControlLibraryNames(vendor_) + ")";
+            if (!HasControlLibrary(vendor_)) {
+                return there + library +
+                       " is not installed on this system. It comes with the graphics driver: install " +
+                       DriverName(vendor_) + "." + controllers;
+            }
+            return there + "no usable adapter: " + library +
+                   " could not be opened, or it shows no board that can be used. Another version of the driver may "
+                   "help: " +
+                   DriverName(vendor_) + "." + controllers + LogHint();
+        }
+    }
+    return std::nullopt;
+}
+
+void Session::RequireReady() const {
+    if (std::optional<std::string> const problem = Problem()) {
+        ErrorDetails details{.code = InitStateName(state_).code};
+        for (Controller& controller : Controllers()) {
+            details.controllers.push_back(std::move(controller.name));
+        }
+        throw ToolError(*problem, std::move(details));
+    }
+}
+
+std::string Session::AdapterName() const {
+    VgaInfo const info = Identity();
+    return Utf8FromAnsi(info.AdapterName, sizeof info.AdapterName);
+}
+
+Readings Session::ReadSensors() const {
+    library_->FetchHwmValues();
+    Readings readings;
+    for (SensorName const& sensor : sensorNames) {
+        HwmValue const value = library_->GetHwmValue(sensor.key);
+        if (value.Valid) {
+            readings[sensor.key] = value.Value;
+        }
+    }
+    readings.fanUnsure = CanDoubtFan() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
+    return readings;
+}
+
+std::string Session::LogHint() const {
+    if (options_.log != GPUTUNE_LOG_NONE) {
+        return "";
+    }
+    return std::string("\nRun the command again with --log ") + (options_.json ? "file" : "stdout") +
+           " to see what happened.";
+}
+
+}  // namespace gputune::tool

@@ -1,0 +1,108 @@
+// One run with the library: the simulated machine where one is asked for, the loaded library, the chosen board.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "gputune.h"
+#include "tool/board/Controllers.h"
+#include "tool/board/KeptLog.h"
+#include "tool/board/Library.h"
+#include "tool/values/Readings.h"
+
+namespace gputune::sim {
+class SimulatedMachine;
+}
+
+namespace gputune::tool {
+
+// The options that stand before every command.
+struct GlobalOptions {
+    std::string boardFile;  // UTF-8; empty: the real machine
+    GputuneLogMode log = GPUTUNE_LOG_NONE;
+    std::optional<int> adapter;
+    bool json = false;
+    bool yes = false;
+};
+
+enum class InitState {
+    Ready,
+    AdapterNotOpened,  // a backend exists, and IsInitOk says no
+    LibraryNotOpened,  // a vendor, and no backend: AMD's library is missing, or tells no interface that is known
+    NoSupportedGpu
+};
+
+// The text for people and the code for JSON.
+Name InitStateName(InitState state);
+
+// Whether the session keeps the library's log for itself. It grows with every call: not for commands that go on for
+// long.
+enum class LogUse { Kept, NotKept };
+
+class Session {
+public:
+    // Loads and initialises the library and selects the adapter. Throws ToolError when the log file, the simulation,
+    // the library or the selection fails; a board that could not be opened is left to State and RequireReady.
+    explicit Session(GlobalOptions const& options, LogUse use = LogUse::Kept);
+    ~Session();
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    Library const& Api() const { return *library_; }
+    InitState State() const { return state_; }
+    std::uint32_t Vendor() const { return vendor_; }
+    std::uint32_t ApiType() const { return api_; }
+
+    // Nothing when the state is Ready, else what is wrong and what to try.
+    std::optional<std::string> Problem() const;
+    void RequireReady() const;  // throws ToolError with Problem
+
+    // AMD's interface tells the identity of one adapter, the first, whichever is selected. Elsewhere the record is
+    // zero.
+    bool IdentityIsOfAnother() const { return vendor_ == GPUTUNE_VENDOR_AMD && adapter_ != firstAdapter_; }
+    int FirstAdapter() const { return firstAdapter_; }
+    // The record of the selected adapter; zero when it cannot be had.
+    VgaInfo Identity() const;
+    // The product name, UTF-8; empty where the vendor's interface does not tell.
+    std::string AdapterName() const;
+    // The indices that --adapter takes, in ascending order. Tries them; the selected adapter stays selected.
+    std::vector<int> AdapterIndices() const;
+
+    // The system's display controllers as the library saw them; none when its log is not kept.
+    std::vector<Controller> Controllers() const;
+
+    // The library's log from this many entries on; none when it is not kept.
+    LogEntries LogSince(std::size_t mark) const;
+    std::size_t LogMark() const { return LogSince(0).size(); }
+
+    // Reads the sensors anew.
+    Readings ReadSensors() const;
+    // Whether a reading of the fan can be unsure (StuckFanWatch).
+    bool CanDoubtFan() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
+
+    // "\nRun the command again with --log stdout to see what happened.", or nothing when there is a log already. With
+    // --json, which takes no log on standard output, a file is advised.
+    std::string LogHint() const;
+
+private:
+    void Load(std::wstring const& path, LogUse use);
+    void Initialise();
+    void SelectAdapter(int index);
+
+    GlobalOptions options_;
+    // Before the library, so that the library is unloaded while the machine and the log are still there.
+    std::unique_ptr<sim::SimulatedMachine> machine_;
+    std::unique_ptr<KeptLog> log_;
+    std::unique_ptr<Library> library_;
+    InitState state_ = InitState::NoSupportedGpu;
+    std::uint32_t vendor_ = 0;
+    std::uint32_t api_ = 0;
+    int firstAdapter_ = -1;
+    int adapter_ = -1;
+    mutable StuckFanWatch fanWatch_;  // reading changes nothing else
+};
+
+}  // namespace gputune::tool

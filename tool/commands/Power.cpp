@@ -1,0 +1,266 @@
+// power get, power set, power default.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "tool/board/Checks.h"
+#include "tool/commands/Commands.h"
+#include "tool/system/Console.h"
+#include "tool/values/Errors.h"
+
+namespace gputune::tool {
+
+namespace {
+
+// Boards without the setting report a range of nothing.
+bool IsAdjustable(PowerLimitSetting const& setting) {
+    return setting.Valid && (setting.Min != 0 || setting.Max != 0);
+}
+
+// Overdrive8 always reads the value in effect: there -1 is a limit of -1 %. OverdriveN tells it with the sensors.
+std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting const& setting, Readings const& readings) {
+    if (IsAdjustable(setting) && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
+        return setting.Current;
+    }
+    return readings[GPUTUNE_HWM_TDP_LIMIT];
+}
+
+struct TemperatureRange {
+    int minimum;
+    int maximum;
+};
+
+// No function of the library tells this range, only the entry that it logs when it refuses a temperature outside of it.
+// So one is asked for that no board takes, along with a power limit outside its range: the library refuses one or the
+// other before it calls the driver, and nothing is sent. Nothing when the board's power range has no outside.
+std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, PowerLimitSetting const& setting) {
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    bool const hasOutside = setting.Valid && (setting.Max < highest || setting.Min > lowest);
+    if (session.ApiType() != GPUTUNE_API_OVERDRIVEN || !hasOutside) {
+        return std::nullopt;
+    }
+    std::size_t const mark = session.LogMark();
+    session.Api().SetPowerLimit(lowest, setting.Max < highest ? setting.Max + 1 : setting.Min - 1);
+    for (LogEntry const& entry : session.LogSince(mark)) {
+        std::optional<int> const minimum = NumberBehind(entry.message, "temp value out of bound: should be ");
+        std::optional<int> const maximum = NumberBehind(entry.message, " to ");
+        if (minimum && maximum) {
+            return TemperatureRange{*minimum, *maximum};
+        }
+    }
+    return std::nullopt;
+}
+
+int RunPowerGet(GlobalOptions const& options) {
+    Session const session(options);
+    session.RequireReady();
+    PrintReadings(session, options, {PowerSection(session)}, "its power limit");
+    return exitSuccess;
+}
+
+// As asked for; one of them may be left out.
+struct PowerRequest {
+    std::optional<int> temperature{};  // degrees Celsius
+    std::optional<int> percent{};
+};
+
+std::string DescribePower(PowerRequest const& request, char const* link) {
+    std::string text;
+    if (request.temperature) {
+        text =
+            std::string("temperature limit ") + link + FormatValue(std::int64_t{*request.temperature}, Unit::Celsius);
+    }
+    if (request.percent) {
+        text += std::string(text.empty() ? "" : " and the ") + "power limit " + link +
+                FormatValue(std::int64_t{*request.percent}, Unit::Percent);
+    }
+    return text;
+}
+
+// The limit in effect, for what is not asked for: OverdriveN boards take both at once.
+int KeptLimit(std::optional<double> const& inEffect, char const* what, char const* option) {
+    if (!inEffect) {
+        throw ToolError(std::string("The ") + what +
+                        " in effect cannot be read, so it cannot stay as it is: give it with " + option + ".");
+    }
+    return static_cast<int>(*inEffect);
+}
+
+void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting, PowerRequest const& request) {
+    if (request.percent && setting.Valid) {
+        if (!IsAdjustable(setting)) {
+            throw UnsupportedError("it has no adjustable power limit.");
+        }
+        CheckRange("Power limit", *request.percent, setting.Min, setting.Max, Unit::Percent);
+    }
+    if (request.temperature) {
+        if (std::optional<TemperatureRange> const range = ReadTemperatureRange(session, setting)) {
+            CheckRange("Temperature limit", *request.temperature, range->minimum, range->maximum, Unit::Celsius);
+        }
+    }
+}
+
+// Intel's functions do not tell the limit; the library logs what it read back.
+std::optional<double> LoggedLimit(LogEntries const& entries) {
+    std::optional<std::string> const text = LastMessage(entries, "(verify) Current Sustained Power Limit Percent");
+    return text ? LeadingNumber(*text) : std::nullopt;
+}
+
+int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
+    Session const session(options);
+    RequireTunable(session);
+    bool const hasTemperature = session.ApiType() == GPUTUNE_API_OVERDRIVEN;
+    if (request.temperature && !hasTemperature) {
+        if (!request.percent) {
+            throw UnsupportedError("it has no adjustable temperature limit.");
+        }
+        request.temperature.reset();
+        if (!options.json) {
+            WriteError("Note: this board has no adjustable temperature limit, only the power limit is set.\n");
+        }
+    }
+    PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
+    CheckPowerRequest(session, setting, request);
+    bool const keepsOne = !request.percent || (hasTemperature && !request.temperature);
+    Readings const before = keepsOne ? session.ReadSensors() : Readings{};
+    int const percent = request.percent ? *request.percent
+                                        : KeptLimit(CurrentLimit(session, setting, before), "power limit", "--percent");
+    int const temperature = request.temperature ? *request.temperature
+                            : hasTemperature
+                                ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
+                                : 0;
+    std::string const limits = DescribePower(request, "to ");
+    ConfirmChange(session, options, "Set the " + limits);
+    std::size_t const mark = session.LogMark();
+    RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + limits);
+
+    ReadBack readBack;
+    if (session.ApiType() == GPUTUNE_API_IGCL) {
+        // The board counts in watts.
+        readBack.Compare("power limit", percent, LoggedLimit(session.LogSince(mark)), Unit::Percent, 1);
+    } else {
+        Readings const readings = session.ReadSensors();
+        readBack.Compare("power limit", percent, CurrentLimit(session, session.Api().GetPowerLimitSetting(), readings),
+                         Unit::Percent);
+        if (hasTemperature) {
+            readBack.Compare("temperature limit", temperature, readings[GPUTUNE_HWM_TEMPERATURE_LIMIT], Unit::Celsius);
+        }
+    }
+    return FinishChange(session, options,
+                        {.command = "power set",
+                         .what = DescribePower(request, ""),
+                         .sentence = "Set the " + limits + ".",
+                         .readBack = std::move(readBack),
+                         .sections = {PowerSection(session)}});
+}
+
+int RunPowerDefault(GlobalOptions const& options) {
+    Session const session(options);
+    RequireTunable(session);
+    ConfirmChange(session, options, "Restore the default power limit");
+    RequireDone(session, session.Api().SetPowerLimitDefault(), "the default power limit");
+    ReadBack readBack;
+    ComparePowerLimit(session, session.Api().GetPowerLimitSetting().Default, readBack);
+    return FinishChange(session, options,
+                        {.command = "power default",
+                         .what = "the default power limit",
+                         .sentence = "Default power limit restored.",
+                         .readBack = std::move(readBack),
+                         .sections = {PowerSection(session)}});
+}
+
+// Both limits as arguments, or one or both as options.
+PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
+    bool const hasNamed = named.temperature || named.percent;
+    if (hasNamed && limits.empty()) {
+        return named;
+    }
+    if (hasNamed || limits.size() != 2) {
+        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
+    }
+    return {limits[0], limits[1]};
+}
+
+}  // namespace
+
+Section PowerSection(Session const& session) {
+    PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
+    Readings const readings = session.ReadSensors();
+    std::optional<double> const& temperature = readings[GPUTUNE_HWM_TEMPERATURE_LIMIT];
+    std::optional<double> const limit = CurrentLimit(session, setting, readings);
+    bool const adjustable = IsAdjustable(setting);
+    auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
+    std::optional<TemperatureRange> const temperatures = ReadTemperatureRange(session, setting);
+
+    Section section{.key = "power_limit", .title = "Power limit (relative to the board's default power)"};
+    section.available = adjustable || limit || temperature;
+    section.fields = {
+        {"current", "Current", limit ? Value{*limit} : Value{}, Unit::Percent},
+        {"default", "Default", range(setting.Default), Unit::Percent},
+        {"minimum", "Minimum", range(setting.Min), Unit::Percent},
+        {"maximum", "Maximum", range(setting.Max), Unit::Percent},
+        {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
+        {"minimum_temperature_limit", "Temperature minimum",
+         temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
+        {"maximum_temperature_limit", "Temperature maximum",
+         temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
+    };
+    return section;
+}
+
+void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack) {
+    PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
+    if (!IsAdjustable(setting)) {
+        return;
+    }
+    double const wanted =
+        std::trunc(std::clamp(percent, static_cast<double>(setting.Min), static_cast<double>(setting.Max)));
+    readBack.Compare("power limit", wanted, CurrentLimit(session, setting, session.ReadSensors()), Unit::Percent);
+}
+
+void AddPowerCommands(CLI::App& app, Context& context) {
+    CLI::App* power = app.add_subcommand("power", "Show and set the power limit");
+    power->require_subcommand(1);
+    power->footer(
+        "Examples:\n"
+        "  gputunectl power get\n"
+        "  gputunectl power set 85 10\n"
+        "  gputunectl power default");
+
+    CLI::App* get = power->add_subcommand("get", "Show the power limit and its range");
+    get->footer("Example:\n  gputunectl power get");
+    get->callback([&context] { context.run = [&context] { return RunPowerGet(context.options); }; });
+
+    CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
+    auto const limits = std::make_shared<std::vector<int>>();
+    auto const named = std::make_shared<PowerRequest>();
+    set->add_option("limits", *limits,
+                    "Temperature limit in \u00b0C (AMD OverdriveN boards only) and power limit in percent, relative to "
+                    "the default: -10 is 90 % of it")
+        ->expected(2)
+        ->transform(DecimalNumber())
+        ->type_name("TEMPERATURE PERCENT");
+    set->add_option("--temperature", named->temperature, "The temperature limit; the power limit stays as it is")
+        ->transform(DecimalNumber())
+        ->type_name("CELSIUS");
+    set->add_option("--percent", named->percent, "The power limit; the temperature limit stays as it is")
+        ->transform(DecimalNumber())
+        ->type_name("PERCENT");
+    set->footer(
+        "Examples:\n"
+        "  gputunectl power set 85 10\n"
+        "  gputunectl power set --percent -15\n"
+        "  gputunectl power set --temperature 80");
+    set->callback([&context, limits, named] {
+        context.run = [&context, request = JoinRequest(*limits, *named)] {
+            return RunPowerSet(context.options, request);
+        };
+    });
+
+    CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");
+    restore->footer("Example:\n  gputunectl power default");
+    restore->callback([&context] { context.run = [&context] { return RunPowerDefault(context.options); }; });
+}
+
+}  // namespace gputune::tool

@@ -1,0 +1,215 @@
+// profile show, profile apply: the predefined profiles of Config\ConfigModel.xml beside the program.
+#include <charconv>
+#include <string_view>
+
+#include "tool/commands/Commands.h"
+#include "tool/values/Errors.h"
+
+namespace gputune::tool {
+
+namespace {
+
+// "0x12345678" or "12345678", always hexadecimal.
+std::uint32_t ParseId(std::string_view text) {
+    std::string_view digits = text;
+    if (digits.starts_with("0x") || digits.starts_with("0X")) {
+        digits.remove_prefix(2);
+    }
+    std::uint32_t id = 0;
+    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id, 16);
+    if (error != std::errc{} || end != digits.data() + digits.size()) {
+        throw UsageError("\"" + std::string(text) + "\" is no identifier: write up to eight hexadecimal digits.");
+    }
+    return id;
+}
+
+// A float as the file wrote it: 1.05, not 1.0499999523162842.
+Value Factor(float value) {
+    char buffer[64];
+    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    double exact = 0;
+    std::from_chars(buffer, end, exact);
+    return error == std::errc{} ? Value{exact} : Value{};
+}
+
+// 0 means that the entry does not say; the default entry never does.
+Value NotZero(int value) {
+    return value == 0 ? Value{} : Value{std::int64_t{value}};
+}
+
+// 0 means that no absolute clock is given and the factor counts.
+Field GivenClock(char const* key, char const* label, float value, bool json) {
+    if (value == 0.0F) {
+        return {key, label, json ? Value{} : Value{std::string("none")}, json ? Unit::Megahertz : Unit::None};
+    }
+    return {key, label, Factor(value), Unit::Megahertz};
+}
+
+// The record does not tell which entry of the file it was read from; the library's log does.
+Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
+    std::optional<std::string> const used = LastMessage(entries, " config used");
+    if (used == "ext. default") {
+        return json ? std::string("default") : "the default one: the file has none for " + HexId(id);
+    }
+    return used ? Value{json ? std::string("board") : "the board's own"} : Value{};
+}
+
+// Which clocks the library worked out from the profile: it logs them before it sends them.
+void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& readBack) {
+    Library const& api = session.Api();
+    std::optional<int> gpuClock;
+    std::optional<int> memoryClock;
+    for (LogEntry const& entry : entries) {
+        if (entry.message.starts_with("plan GpuClock=") || entry.message.starts_with("GpuClock=")) {
+            gpuClock = NumberBehind(entry.message, "GpuClock=");
+            memoryClock = NumberBehind(entry.message, ", MemClock=");
+        }
+    }
+    if (ClockSetting const gpu = api.GetGpuClockSetting(); gpu.Valid && gpuClock) {
+        CompareClock("GPU clock", *gpuClock, gpu, readBack);
+    }
+    if (ClockSetting const memory = api.GetMemClockSetting(); memory.Valid && memoryClock) {
+        CompareClock("memory clock", *memoryClock, memory, readBack);
+    }
+}
+
+// What applying the profile set, beside what it says.
+ReadBack CompareProfile(Session const& session, std::string const& name, LogEntries const& entries) {
+    if (name == "default") {
+        return CompareDefaults(session);
+    }
+    ReadBack readBack;
+    ComparePlan(session, entries, readBack);
+    PredefinedPerformanceParameter const profile =
+        session.Api().GetExternalPerformanceParameter(session.Identity().SubsystemId);
+    ComparePowerLimit(session, static_cast<double>(name == "oc" ? profile.PowerOC : profile.PowerSilent), readBack);
+    return readBack;
+}
+
+int RunShow(GlobalOptions const& options, std::string const& hwid) {
+    std::optional<std::uint32_t> id;
+    if (!hwid.empty()) {
+        id = ParseId(hwid);
+    }
+    Session const session(options);
+    // Reading the file takes a backend, not a board; which board is meant can be said.
+    if (!id || session.State() != InitState::AdapterNotOpened) {
+        session.RequireReady();
+    }
+    if (!id) {
+        id = session.Identity().SubsystemId;
+        if (*id == 0) {
+            throw ToolError("This board does not tell its identifier: give one, for example profile show 0x12345678.");
+        }
+    }
+    std::size_t const mark = session.LogMark();
+    PredefinedPerformanceParameter const profile = session.Api().GetExternalPerformanceParameter(*id);
+    if (!profile.Valid) {
+        throw ToolError(
+            "No profile for " + HexId(*id) +
+            ": Config\\ConfigModel.xml beside gputunectl.exe is missing or malformed, or holds neither this "
+            "identifier nor a default entry." +
+            session.LogHint());
+    }
+    Report report;
+    Section board{.key = "", .title = ""};
+    board.fields = {{"identifier", "Identifier", HexId(*id)},
+                    {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
+                    {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
+                    {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}};
+    report.Add(std::move(board));
+    Section oc{.key = "oc", .title = "Overclock profile"};
+    oc.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
+                 GivenClock("gpu_clock", "GPU clock given", profile.GpuOCGivenValue, options.json),
+                 {"memory_clock_factor", "Memory clock factor", Factor(profile.MemOC)},
+                 GivenClock("memory_clock", "Memory clock given", profile.MemOCGivenValue, options.json),
+                 {"power_limit", "Power limit", Factor(profile.PowerOC), Unit::Percent}};
+    report.Add(std::move(oc));
+    Section silent{.key = "silent", .title = "Silent profile"};
+    silent.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuSilent)},
+                     {"memory_clock_factor", "Memory clock factor", Factor(profile.MemSilent)},
+                     {"power_limit", "Power limit", Factor(profile.PowerSilent), Unit::Percent}};
+    report.Add(std::move(silent));
+    Print(options, report);
+    return exitSuccess;
+}
+
+int RunApply(GlobalOptions const& options, std::string const& name) {
+    Session const session(options);
+    RequireTunable(session);
+    if (session.ApiType() == GPUTUNE_API_IGCL) {
+        throw UnsupportedError("profiles cannot be applied to Intel boards.");
+    }
+    if (session.IdentityIsOfAnother()) {
+        throw UnsupportedError(
+            "the identity of this adapter is not known, and the library would apply the profile of "
+            "adapter " +
+            std::to_string(session.FirstAdapter()) + ". clocks and power set its clocks and power limit.");
+    }
+    std::string const what = name == "oc" ? "overclock" : name;
+    ConfirmChange(session, options, "Apply the " + what + " profile");
+    Library const& api = session.Api();
+    std::size_t const mark = session.LogMark();
+    bool const done = name == "oc"       ? api.SetPerformanceOC()
+                      : name == "silent" ? api.SetPerformanceSilent()
+                                         : api.SetPerformanceDefault();
+    if (!done && name != "default") {
+        // The power limit goes first, so a refusal of the clocks may leave it changed.
+        throw ToolError(
+            "The " + what +
+                " profile was not applied as a whole: there is none for this board (see profile show), its "
+                "identifier cannot be read, the driver refused it, or its clocks are in effect already. The "
+                "power limit may have changed." +
+                session.LogHint(),
+            {.code = "refused"});
+    }
+    RequireDone(session, done, "the " + what + " profile");
+    return FinishChange(session, options,
+                        {.command = "profile apply",
+                         .what = "the " + what + " profile",
+                         .sentence = "Applied the " + what + " profile.",
+                         .readBack = CompareProfile(session, name, session.LogSince(mark)),
+                         .sections = {GpuClockSection(session), MemoryClockSection(session), PowerSection(session)}});
+}
+
+void AddShow(CLI::App& profile, Context& context) {
+    CLI::App* show = profile.add_subcommand("show", "Show the predefined profiles of a board");
+    auto const hwid = std::make_shared<std::string>();
+    show->add_option("hwid", *hwid, "The board's identifier, hexadecimal; default: this board's own")
+        ->type_name("HWID");
+    show->footer(
+        "Examples:\n"
+        "  gputunectl profile show\n"
+        "  gputunectl profile show 0x12345678");
+    show->callback([&context, hwid] { context.run = [&context, hwid] { return RunShow(context.options, *hwid); }; });
+}
+
+void AddApply(CLI::App& profile, Context& context) {
+    CLI::App* apply = profile.add_subcommand("apply", "Apply a predefined profile; AMD boards only");
+    auto const name = std::make_shared<std::string>();
+    apply->add_option("name", *name, "oc, silent or default")
+        ->required()
+        ->check(CLI::IsMember({"oc", "silent", "default"}))
+        ->type_name("oc|silent|default");
+    apply->footer(
+        "Examples:\n"
+        "  gputunectl profile apply oc\n"
+        "  gputunectl profile apply default");
+    apply->callback([&context, name] { context.run = [&context, name] { return RunApply(context.options, *name); }; });
+}
+
+}  // namespace
+
+void AddProfileCommands(CLI::App& app, Context& context) {
+    CLI::App* profile = app.add_subcommand("profile", "Show, apply and check the predefined profiles");
+    profile->require_subcommand(1);
+    profile->footer(
+        "Examples:\n"
+        "  gputunectl profile show\n"
+        "  gputunectl profile apply silent");
+    AddShow(*profile, context);
+    AddApply(*profile, context);
+    AddProfileCheckCommand(*profile, context);
+}
+
+}  // namespace gputune::tool

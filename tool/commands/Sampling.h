@@ -1,0 +1,56 @@
+// Readings at regular moments, for `monitor` and `record`.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "tool/board/Session.h"
+#include "tool/recording/Recording.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gputune::tool {
+
+struct SamplingOptions {
+    double interval = 1.0;  // seconds
+    bool frameRate = false;
+};
+
+// --interval and --frame-rate.
+void AddSamplingOptions(CLI::App& command, SamplingOptions& options);
+// Takes a time (Duration.h) in this range, in seconds.
+void AddSecondsOption(CLI::App& command, char const* name, double& seconds, double minimum, double maximum,
+                      std::string const& description);
+
+struct Sample {
+    std::string time;  // local, "2025-01-31T12:34:56.789"
+    Readings readings;
+    std::optional<int> frameRate;  // nothing when it was not asked for or cannot be read
+};
+
+Sample TakeSample(Session const& session, SamplingOptions const& options);
+RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& options);
+
+// Moments on the grid of the interval from now on, so that slow readings do not stretch it. Milliseconds of the
+// system's steady clock.
+class Schedule {
+public:
+    explicit Schedule(double interval);
+
+    // How long it is until the next moment; 0 when it has come.
+    unsigned long Remaining() const;
+    // Call when the moment has come: the next one is an interval later. Moments that were missed are left out.
+    void Advance();
+    // Seconds from the first moment to the next one.
+    double Elapsed() const { return static_cast<double>(next_ - start_) / 1000; }
+
+private:
+    std::uint64_t step_;
+    std::uint64_t start_;
+    std::uint64_t next_;
+};
+
+}  // namespace gputune::tool

@@ -1,0 +1,262 @@
+#include "tool/recording/RecordingPage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "tool/recording/PackedNumbers.h"
+#include "tool/values/Placeholders.h"
+
+namespace gputune::embedded {
+
+extern std::string_view const pageHtml;
+extern std::string_view const pageReadingsScript;
+extern std::string_view const pageScript;
+extern std::string_view const pageStyle;
+extern std::string_view const uplotLicence;
+extern std::string_view const uplotScript;
+extern std::string_view const uplotStyle;
+
+}  // namespace gputune::embedded
+
+namespace gputune::tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The order in which quantities are shown.
+constexpr Quantity quantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
+                                   Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
+
+Json NumbersJson(std::span<std::optional<double> const> numbers) {
+    PackedNumbers packed = PackNumbers(numbers);
+    return {{"decimals", packed.decimals}, {"values", std::move(packed.values)}, {"gaps", std::move(packed.gaps)}};
+}
+
+bool IsUnsure(Series const& series, std::size_t moment) {
+    return moment < series.unsure.size() && series.unsure[moment];
+}
+
+bool IsLimit(Series const& series) {
+    return series.code == sensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code ||
+           series.code == sensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
+}
+
+// All readings that are sure, or all that are not.
+std::vector<std::optional<double>> Select(Series const& series, bool unsure) {
+    std::vector<std::optional<double>> selected(series.values);
+    for (std::size_t i = 0; i < selected.size(); ++i) {
+        if (IsUnsure(series, i) != unsure) {
+            selected[i] = std::nullopt;
+        }
+    }
+    return selected;
+}
+
+Json SeriesJson(Series const& series) {
+    Json const numbers = series.unsure.empty() ? NumbersJson(series.values) : NumbersJson(Select(series, false));
+    return {{"title", series.title},
+            {"unit", UnitName(series.unit).text},
+            {"dashed", IsLimit(series)},
+            {"numbers", numbers}};
+}
+
+Json UnsureJson(Series const& series) {
+    return {{"title", series.title + ", unsure"},
+            {"unit", UnitName(series.unit).text},
+            {"dashed", true},
+            {"muted", true},
+            {"numbers", NumbersJson(Select(series, true))}};
+}
+
+Json SecondsJson(Recording const& recording) {
+    return NumbersJson(std::vector<std::optional<double>>(recording.seconds.begin(), recording.seconds.end()));
+}
+
+Json GroupsJson(Recording const& recording) {
+    Json groups = Json::array();
+    for (Quantity const quantity : quantities) {
+        Json members = Json::array();
+        for (Series const& series : recording.series) {
+            if (series.quantity != quantity) {
+                continue;
+            }
+            members.push_back(SeriesJson(series));
+            if (!series.unsure.empty()) {
+                members.push_back(UnsureJson(series));
+            }
+        }
+        if (!members.empty()) {
+            groups.push_back({{"title", QuantityName(quantity).text}, {"series", std::move(members)}});
+        }
+    }
+    return groups;
+}
+
+Series const* Find(Recording const& recording, GputuneHwmKey key) {
+    auto const found = std::find_if(recording.series.begin(), recording.series.end(),
+                                    [key](Series const& series) { return series.code == sensorNames[key].code; });
+    return found == recording.series.end() ? nullptr : &*found;
+}
+
+// Null without a temperature or a fan.
+Json FanJson(Recording const& recording) {
+    Series const* const temperature = Find(recording, GPUTUNE_HWM_GPU_TEMPERATURE);
+    Series const* speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_PERCENT);
+    if (speed == nullptr) {
+        speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_RPM);
+    }
+    if (temperature == nullptr || speed == nullptr) {
+        return nullptr;
+    }
+    Json curve = Json::array();
+    for (FanTablePoint const& point : recording.fanCurve) {
+        curve.push_back({point.FanTemperature, point.FanSpeed});
+    }
+    // The titles of two of the series.
+    return {{"temperature", temperature->title}, {"speed", speed->title}, {"curve", std::move(curve)}};
+}
+
+// Inside a script element nothing may look like its end. The text has a line for every value: one line of some
+// megabytes is more than many programs show.
+std::string DataText(Recording const& recording) {
+    Json const data = {{"count", recording.seconds.size()},
+                       {"seconds", SecondsJson(recording)},
+                       {"groups", GroupsJson(recording)},
+                       {"fan", FanJson(recording)}};
+    std::string text = data.dump(0, ' ', false, Json::error_handler_t::replace);
+    for (std::size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
+        text.replace(at, 1, "\\u003c");
+    }
+    return text;
+}
+
+std::string SummaryRows(Recording const& recording) {
+    std::string rows;
+    for (Quantity const quantity : quantities) {
+        std::string body;
+        for (Series const& series : recording.series) {
+            if (series.quantity != quantity) {
+                continue;
+            }
+            std::optional<SeriesSummary> const summary = Summarize(series);
+            body += "<tr><th scope=\"row\">" + EscapeHtml(series.title) + "</th>";
+            for (double SeriesSummary::*const figure :
+                 {&SeriesSummary::minimum, &SeriesSummary::average, &SeriesSummary::maximum, &SeriesSummary::last}) {
+                body += "<td>" + (summary ? FormatNumber(*summary.*figure) : "–") + "</td>";
+            }
+            body += "<td>" + EscapeHtml(UnitName(series.unit).text) + "</td></tr>\n";
+        }
+        rows += body.empty() ? "" : "<tbody>\n" + body + "</tbody>\n";
+    }
+    return rows;
+}
+
+std::string Facts(Recording const& recording, std::string const& fileName) {
+    std::string start = recording.start;
+    std::replace(start.begin(), start.end(), 'T', ' ');
+    return EscapeHtml(fileName) + " · started " + EscapeHtml(start) + " · " + ElapsedText(recording.seconds.back()) +
+           " · " + CountText(recording.seconds.size());
+}
+
+std::string Remarks(Recording const& recording) {
+    std::string notes;
+    for (CsvError const& remark : recording.remarks) {
+        notes += "<p class=\"note\">Line " + std::to_string(remark.line) + ", column " + std::to_string(remark.column) +
+                 ": " + EscapeHtml(remark.message) + ".</p>\n";
+    }
+    if (recording.furtherRemarks > 0) {
+        notes += "<p class=\"note\">And " + FurtherWarnings(recording.furtherRemarks) + ".</p>\n";
+    }
+    for (Series const& series : recording.series) {
+        auto const count = std::count(series.unsure.begin(), series.unsure.end(), true);
+        if (count > 0) {
+            notes += "<p class=\"note\">" + EscapeHtml(series.title) + ": " +
+                     CountText(static_cast<std::size_t>(count)) + " of 0 " + UnitName(series.unit).text + " " +
+                     (count == 1 ? "is " : "are ") + unsureFan.text +
+                     ". The summary leaves them out; the chart shows them dashed.</p>\n";
+        }
+    }
+    return notes;
+}
+
+}  // namespace
+
+std::optional<SeriesSummary> Summarize(Series const& series) {
+    std::optional<SeriesSummary> summary;
+    double count = 0;
+    for (std::size_t i = 0; i < series.values.size(); ++i) {
+        if (!series.values[i] || IsUnsure(series, i)) {
+            continue;
+        }
+        double const value = *series.values[i];
+        if (!summary) {
+            summary = {value, value, value, value};
+        }
+        summary->minimum = std::min(summary->minimum, value);
+        summary->maximum = std::max(summary->maximum, value);
+        // Not a sum, which could leave the range of numbers. And rounding cannot carry it beyond the extremes.
+        ++count;
+        summary->average += (value - summary->average) / count;
+        summary->last = value;
+    }
+    return summary;
+}
+
+std::string EscapeHtml(std::string_view text) {
+    std::string escaped;
+    for (char const c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            case '\'':
+                escaped += "&#39;";
+                break;
+            default:
+                escaped += c;
+        }
+    }
+    return escaped;
+}
+
+bool HasCharts() {
+    return !embedded::uplotScript.empty();
+}
+
+std::string RecordingPage(Recording const& recording, std::string const& fileName) {
+    std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
+    std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
+    std::string const facts = Facts(recording, fileName);
+    std::string const remarks = Remarks(recording);
+    std::string const summary = SummaryRows(recording);
+    std::string const file = EscapeHtml(fileName);
+    std::string const data = DataText(recording);
+    return FillForm(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
+                                         {"uplot-version", GPUTUNE_UPLOT_VERSION},
+                                         {"title", title},
+                                         {"heading", heading},
+                                         {"facts", facts},
+                                         {"remarks", remarks},
+                                         {"summary", summary},
+                                         {"file", file},
+                                         {"data", data},
+                                         {"style", embedded::pageStyle},
+                                         {"readings-script", embedded::pageReadingsScript},
+                                         {"script", embedded::pageScript},
+                                         {"uplot-licence", embedded::uplotLicence},
+                                         {"uplot-style", embedded::uplotStyle},
+                                         {"uplot-script", embedded::uplotScript}});
+}
+
+}  // namespace gputune::tool
