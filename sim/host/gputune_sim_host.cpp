@@ -8,6 +8,7 @@
 #include "gputune_sim_host.h"
 #include "sim/board/BoardFile.h"
 #include "sim/host/SimulatedMachine.h"
+#include "sim/host/module_path.h"
 #include "sim/standin/error_text.h"
 
 namespace {
@@ -30,15 +31,7 @@ std::wstring DirectoryOfThisModule() {
     HMODULE module = nullptr;
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
                          reinterpret_cast<wchar_t const*>(&g_runningMachine), &module);
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        DWORD const length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-        if (length < path.size()) {
-            path.resize(length);
-            return path.substr(0, path.find_last_of(L"\\/"));
-        }
-        path.resize(path.size() * 2);
-    }
+    return gputune::sim::ModulePath(module).parent_path();
 }
 
 bool IsStandIn(HMODULE module) {
