@@ -23,7 +23,7 @@ void RestrictLibrarySearch() {
     FARPROC const address = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
     if (address != nullptr) {
         BOOL(WINAPI * setDefaultDllDirectories)(DWORD) = nullptr;
-        std::memcpy(&setDefaultDllDirectories, &address, sizeof address);
+        std::memcpy(&setDefaultDllDirectories, &address, sizeof(address));
         setDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     }
 }
@@ -130,10 +130,9 @@ int Run(std::vector<std::string> arguments) {
             Refuse(app, error, message.str());
         }
         WriteOutput(output.str());
-        return exitSuccess;
+        return kExitSuccess;
     }
-    bool const logsToOutput = context.options.log == GPUTUNE_LOG_STDOUT || context.options.log == GPUTUNE_LOG_BOTH;
-    if (context.options.json && logsToOutput) {
+    if (context.options.json && context.options.LogsToOutput()) {
         throw UsageError("--json and a log on standard output would mix: use --log file.");
     }
     return context.run();
@@ -141,8 +140,8 @@ int Run(std::vector<std::string> arguments) {
 
 }  // namespace
 
-// Says what went wrong; returns the exit code.
-int Complain(ToolError const& error, bool json, int exitCode) {
+// On standard error; returns the exit code.
+int PrintError(ToolError const& error, bool json, int exitCode) {
     WriteError(json ? ErrorJson(error.Details(), error.what()) : std::string(error.what()) + "\n");
     return exitCode;
 }
@@ -164,12 +163,12 @@ int wmain(int count, wchar_t** values) {
     try {
         return Run(std::move(arguments));
     } catch (UsageError const& error) {
-        return Complain(error, json, exitUsage);
+        return PrintError(error, json, kExitUsage);
     } catch (UnsupportedError const& error) {
-        return Complain(error, json, exitUnsupported);
+        return PrintError(error, json, kExitUnsupported);
     } catch (ToolError const& error) {
-        return Complain(error, json, exitFailure);
+        return PrintError(error, json, kExitFailure);
     } catch (std::exception const& error) {
-        return Complain(ToolError(error.what()), json, exitFailure);
+        return PrintError(ToolError(error.what()), json, kExitFailure);
     }
 }

@@ -1,7 +1,6 @@
 // What is checked before anything is sent to the board. Pure: settings in, a checked request or an error out.
 #pragma once
 
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,21 +11,11 @@
 
 namespace gputune::tool {
 
-// A field of FanSetting that the backend left as it was: no speed and no temperature has this value.
-constexpr int untouched = std::numeric_limits<int>::min();
-
-// Whether a field of the library's records holds a value.
-bool IsKnown(int field);
-
 // Throws ToolError when `value` is outside minimum to maximum, both allowed.
 void CheckRange(std::string const& what, int value, int minimum, int maximum, Unit unit);
 
-// ---- Fan curve ----
+// ---- Fan ----
 
-// "40:30" is 40 °C : 30 %. Throws UsageError for any other form and for speeds outside 0 to 100.
-FanTablePoint ParseCurvePoint(std::string const& text);
-// Throws UsageError when a temperature or a speed is below that of the point before.
-std::vector<FanTablePoint> ParseCurve(std::vector<std::string> const& points);
 // Throws ToolError when the board has no curve or a point is outside its range, UsageError when the number of points is
 // not the board's. Intel fans do not report their ranges and number of points: there the driver judges.
 void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setting, std::uint32_t api);

@@ -28,7 +28,7 @@ struct Controller {
 std::uint32_t VendorOfController(std::string name);
 
 // Names in the system's order, UTF-8, to the controllers they stand for.
-std::vector<Controller> JudgeControllers(std::vector<std::string> const& names);
+std::vector<Controller> ClassifyControllers(std::vector<std::string> const& names);
 // The names in the library's log, in the log's encoding: those of the first look.
 std::vector<std::string> ControllerNames(LogEntries const& entries);
 

@@ -4,9 +4,9 @@
 
 #include <cstring>
 
-#include "tool/board/Checks.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
 
 namespace gputune::tool {
 
@@ -19,8 +19,8 @@ void Resolve(void* module, char const* name, std::wstring const& path, Function&
         throw ToolError(Utf8FromWide(path) + " has no function " + name +
                         ": it does not belong to this gputunectl. Install both from the same release.");
     }
-    static_assert(sizeof function == sizeof address);
-    std::memcpy(&function, &address, sizeof function);
+    static_assert(sizeof(function) == sizeof(address));
+    std::memcpy(&function, &address, sizeof(function));
 }
 
 void* Load(std::wstring const& path) {
@@ -49,7 +49,7 @@ Library::Library(std::wstring const& path) : module_(Load(path)) {
 FanSetting Library::ReadFanSetting() const {
     FanSetting setting{};
     for (FanPoint& point : setting.Points) {
-        point = {untouched, untouched, untouched, untouched, untouched, untouched, untouched, untouched};
+        point = {kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched};
     }
     getFanSetting_(&setting);
     return setting;

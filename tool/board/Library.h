@@ -42,7 +42,7 @@ public:
     GPUTUNE_TOOL_EXPORTS(GPUTUNE_TOOL_MEMBER)
 #undef GPUTUNE_TOOL_MEMBER
 
-    // The board's fan settings. Fields that the backend does not know are `untouched` (Checks.h).
+    // The board's fan settings. Fields that the backend does not know are `kUntouched` (values/FanCurve.h).
     ::FanSetting ReadFanSetting() const;
 
 private:

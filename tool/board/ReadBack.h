@@ -16,7 +16,7 @@ public:
     // they are no further apart than `tolerance`.
     void Compare(std::string what, double asked, std::optional<double> shown, Unit unit, double tolerance = 0);
     // The board does not tell this setting.
-    void CannotTell(std::string what);
+    void AddUnreported(std::string const& what);
     // Something else says that the setting was not taken: a sentence.
     void AddProblem(std::string sentence);
 
@@ -26,7 +26,7 @@ public:
     // "The board shows 0 % instead of 10 % (power limit).", and what was added.
     std::vector<std::string> Problems() const;
     // The settings that the board does not tell; empty when it tells none at all.
-    std::string Untold() const;
+    std::string Unreported() const;
 
 private:
     struct Difference {
@@ -38,11 +38,11 @@ private:
 
     std::vector<Difference> differences_;
     std::vector<std::string> problems_;
-    std::vector<std::string> untold_;
+    std::vector<std::string> unreported_;
     bool hasEqual_ = false;
 };
 
 // Clocks and voltages come back through whole megahertz and single-precision ratios, which cut off fractions.
-constexpr double clockTolerance = 1;
+constexpr double kClockTolerance = 1;
 
 }  // namespace gputune::tool

@@ -7,6 +7,7 @@
 #include "host/SimulatedMachine.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
@@ -58,17 +59,11 @@ bool HasControlLibrary(std::uint32_t vendor) {
 }  // namespace
 
 Name InitStateName(InitState state) {
-    switch (state) {
-        case InitState::Ready:
-            return {"ready", "ready"};
-        case InitState::AdapterNotOpened:
-            return {"adapter not opened", "adapter_not_opened"};
-        case InitState::LibraryNotOpened:
-            return {"control library not opened", "control_library_not_opened"};
-        case InitState::NoSupportedGpu:
-            return {"no supported GPU found", "no_supported_gpu"};
-    }
-    return {"unknown", "unknown"};
+    static constexpr Name kNames[] = {{"ready", "ready"},
+                                      {"adapter not opened", "adapter_not_opened"},
+                                      {"control library not opened", "control_library_not_opened"},
+                                      {"no supported GPU found", "no_supported_gpu"}};
+    return kNames[static_cast<std::size_t>(state)];
 }
 
 Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
@@ -141,9 +136,16 @@ void Session::SelectAdapter(int index) {
     }
 }
 
-VgaInfo Session::Identity() const {
+AdapterIdentity::AdapterIdentity(VgaInfo const& record)
+    : name(Utf8FromAnsi(record.AdapterName, sizeof(record.AdapterName))),
+      subsystemId(record.SubsystemId),
+      subsystemIdText(subsystemId == 0 ? "" : HexId(subsystemId)),
+      // All zero is no bus number either.
+      busNumber(subsystemId == 0 && name.empty() && record.BusNumber == 0 ? -1 : record.BusNumber) {}
+
+AdapterIdentity Session::Identity() const {
     bool const hasBackend = state_ == InitState::Ready || state_ == InitState::AdapterNotOpened;
-    return hasBackend && !IdentityIsOfAnother() ? library_->GetVGAInfo() : VgaInfo{};
+    return hasBackend && !IdentityIsOfAnother() ? AdapterIdentity(library_->GetVGAInfo()) : AdapterIdentity();
 }
 
 std::vector<int> Session::AdapterIndices() const {
@@ -152,12 +154,12 @@ std::vector<int> Session::AdapterIndices() const {
     }
     // More indices than any driver gives out. The log tells where to stop: AMD's how many there are, Intel's when an
     // index is beyond the last device.
-    constexpr int mostIndices = 1024;
+    constexpr int kMostIndices = 1024;
     std::optional<std::string> const active = LastMessage(LogSince(0), " number of active adapter");
     std::size_t const count =
-        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(mostIndices) : mostIndices);
+        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(kMostIndices) : kMostIndices);
     std::vector<int> indices;
-    for (int index = 0; index < mostIndices && indices.size() < count; ++index) {
+    for (int index = 0; index < kMostIndices && indices.size() < count; ++index) {
         std::size_t const mark = vendor_ == GPUTUNE_VENDOR_INTEL ? LogMark() : 0;
         if (library_->SetActiveAdapterIndex(index)) {
             indices.push_back(index);
@@ -175,7 +177,7 @@ std::vector<Controller> Session::Controllers() const {
     for (std::string& name : names) {
         name = Utf8FromAnsi(name.c_str(), name.size());
     }
-    return JudgeControllers(names);
+    return ClassifyControllers(names);
 }
 
 LogEntries Session::LogSince(std::size_t mark) const {
@@ -233,21 +235,16 @@ void Session::RequireReady() const {
     }
 }
 
-std::string Session::AdapterName() const {
-    VgaInfo const info = Identity();
-    return Utf8FromAnsi(info.AdapterName, sizeof info.AdapterName);
-}
-
 Readings Session::ReadSensors() const {
     library_->FetchHwmValues();
     Readings readings;
-    for (SensorName const& sensor : sensorNames) {
+    for (SensorName const& sensor : kSensorNames) {
         HwmValue const value = library_->GetHwmValue(sensor.key);
         if (value.Valid) {
             readings[sensor.key] = value.Value;
         }
     }
-    readings.fanUnsure = CanDoubtFan() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
+    readings.fanUnsure = FanCanBeUnsure() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
     return readings;
 }
 

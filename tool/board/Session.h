@@ -11,6 +11,8 @@
 #include "tool/board/Controllers.h"
 #include "tool/board/KeptLog.h"
 #include "tool/board/Library.h"
+#include "tool/board/StuckFanWatch.h"
+#include "tool/values/Names.h"
 #include "tool/values/Readings.h"
 
 namespace gputune::sim {
@@ -26,6 +28,8 @@ struct GlobalOptions {
     std::optional<int> adapter;
     bool json = false;
     bool yes = false;
+
+    bool LogsToOutput() const { return log == GPUTUNE_LOG_STDOUT || log == GPUTUNE_LOG_BOTH; }
 };
 
 enum class InitState {
@@ -41,6 +45,17 @@ Name InitStateName(InitState state);
 // Whether the session keeps the library's log for itself. It grows with every call: not for commands that go on for
 // long.
 enum class LogUse { Kept, NotKept };
+
+// What the library's record tells of an adapter. Only AMD's interface tells anything; elsewhere the record is zero.
+struct AdapterIdentity {
+    AdapterIdentity() = default;
+    explicit AdapterIdentity(VgaInfo const& record);
+
+    std::string name{};  // UTF-8; empty: not known, as the text
+    std::uint32_t subsystemId = 0;
+    std::string subsystemIdText{};  // "0x12345678"
+    int busNumber = -1;             // -1: not known
+};
 
 class Session {
 public:
@@ -64,10 +79,9 @@ public:
     // zero.
     bool IdentityIsOfAnother() const { return vendor_ == GPUTUNE_VENDOR_AMD && adapter_ != firstAdapter_; }
     int FirstAdapter() const { return firstAdapter_; }
-    // The record of the selected adapter; zero when it cannot be had.
-    VgaInfo Identity() const;
-    // The product name, UTF-8; empty where the vendor's interface does not tell.
-    std::string AdapterName() const;
+    // Of the selected adapter.
+    AdapterIdentity Identity() const;
+    std::string AdapterName() const { return Identity().name; }
     // The indices that --adapter takes, in ascending order. Tries them; the selected adapter stays selected.
     std::vector<int> AdapterIndices() const;
 
@@ -81,7 +95,7 @@ public:
     // Reads the sensors anew.
     Readings ReadSensors() const;
     // Whether a reading of the fan can be unsure (StuckFanWatch).
-    bool CanDoubtFan() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
+    bool FanCanBeUnsure() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
 
     // "\nRun the command again with --log stdout to see what happened.", or nothing when there is a log already. With
     // --json, which takes no log on standard output, a file is advised.

@@ -33,8 +33,7 @@ std::vector<std::string> LoggedNames(Session const& session) {
 struct Adapter {
     int index;
     bool isSelectable = true;
-    std::string name{};
-    VgaInfo identity{};
+    AdapterIdentity identity{};
 };
 
 std::vector<Adapter> ListAdapters(Session const& session) {
@@ -51,11 +50,10 @@ std::vector<Adapter> ListAdapters(Session const& session) {
     }
     for (std::size_t i = 0; i < adapters.size(); ++i) {
         if (i < names.size()) {
-            adapters[i].name = names[i];
+            adapters[i].identity.name = names[i];
         }
         if (session.Vendor() == GPUTUNE_VENDOR_AMD && adapters[i].index == session.FirstAdapter()) {
-            adapters[i].identity = session.Api().GetVGAInfo();
-            adapters[i].name = Utf8FromAnsi(adapters[i].identity.AdapterName, sizeof adapters[i].identity.AdapterName);
+            adapters[i].identity = AdapterIdentity(session.Api().GetVGAInfo());
         }
     }
     return adapters;
@@ -74,23 +72,20 @@ int RunAdapters(GlobalOptions const& options) {
                           {"bus_number", "Bus number"}},
               .rows = {}};
     for (Adapter const& adapter : ListAdapters(session)) {
-        bool const hasIdentity = adapter.identity.AdapterName[0] != '\0' || adapter.identity.SubsystemId != 0;
+        AdapterIdentity const& identity = adapter.identity;
         grid.rows.push_back({std::int64_t{adapter.index}, adapter.index == session.Api().GetActiveAdapterIndex(),
-                             adapter.isSelectable, adapter.name.empty() ? Value{} : Value{adapter.name},
-                             adapter.identity.SubsystemId == 0 ? Value{} : Value{HexId(adapter.identity.SubsystemId)},
-                             hasIdentity ? IntValue(adapter.identity.BusNumber) : Value{}});
+                             adapter.isSelectable, TextValue(identity.name), TextValue(identity.subsystemIdText),
+                             IntValue(identity.busNumber)});
     }
     bool const isAmd = session.Vendor() == GPUTUNE_VENDOR_AMD;
     bool const hasMore = grid.rows.size() > 1;
-    Section section{.key = "", .title = options.json ? "" : "Adapters"};
-    section.grids = {std::move(grid)};
-    Report report;
-    report.Add(std::move(section));
+    Result result;
+    result.Add({.title = options.json ? "" : "Adapters", .grids = {std::move(grid)}});
     if (isAmd && hasMore) {
-        report.AddRemark("AMD's interface tells the identity of the first adapter only.");
+        result.AddRemark("AMD's interface tells the identity of the first adapter only.");
     }
-    Print(options, report);
-    return exitSuccess;
+    Print(options, result);
+    return kExitSuccess;
 }
 
 }  // namespace
@@ -101,7 +96,7 @@ void AddAdaptersCommand(CLI::App& app, Context& context) {
         "Examples:\n"
         "  gputunectl adapters\n"
         "  gputunectl --adapter 1 sensors");
-    adapters->callback([&context] { context.run = [&context] { return RunAdapters(context.options); }; });
+    RunWhenChosen(adapters, context, RunAdapters);
 }
 
 }  // namespace gputune::tool

@@ -5,7 +5,7 @@
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
-#include "tool/values/Placeholders.h"
+#include "tool/values/Text.h"
 
 namespace gputune::embedded {
 
@@ -161,12 +161,12 @@ std::string BashScript(CommandLine const& line) {
         places = place.empty() ? places : Join(places, " | ", place);
         candidates = Join(candidates, "\n", BashCandidates(place, Words(words)));
     }
-    return FillForm(embedded::completionBash, {{"with-value", withValue},
-                                               {"values", values},
-                                               {"places", places},
-                                               {"candidates", candidates},
-                                               {"file-places", filePlaces},
-                                               {"everywhere", Words(line.everywhere)}});
+    return FillPlaceholders(embedded::completionBash, {{"with-value", withValue},
+                                                       {"values", values},
+                                                       {"places", places},
+                                                       {"candidates", candidates},
+                                                       {"file-places", filePlaces},
+                                                       {"everywhere", Words(line.everywhere)}});
 }
 
 // ---- PowerShell ----
@@ -217,7 +217,7 @@ std::string PowerShellScript(CommandLine const& line) {
         }
         values = Join(values, "\n", PowerShellList(key, choices));
     }
-    return FillForm(
+    return FillPlaceholders(
         embedded::completionPowerShell,
         {{"candidates", candidates}, {"everywhere", PowerShellPairs(line.everywhere, "        ")}, {"values", values}});
 }
@@ -240,7 +240,7 @@ void AddCompletionCommand(CLI::App& app, Context& context) {
             CommandLine line;
             Describe(app, "", line);
             WriteOutput(*shell == "bash" ? BashScript(line) : PowerShellScript(line));
-            return exitSuccess;
+            return kExitSuccess;
         };
     });
 }

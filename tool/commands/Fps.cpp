@@ -11,18 +11,16 @@ int RunFps(GlobalOptions const& options) {
     session.RequireReady();
     int const rate = session.Api().GetFrameRate();
 
-    Section section{.key = "", .title = ""};
-    section.fields = {{"frame_rate", "Frame rate", IntValue(rate), Unit::FramesPerSecond}};
-    Report report;
-    report.Add(std::move(section));
-    Print(options, report);
+    Result result;
+    result.Add({.fields = {{"frame_rate", "Frame rate", IntValue(rate), Unit::FramesPerSecond}}});
+    Print(options, result);
     if (rate == -1) {
         if (session.ApiType() != GPUTUNE_API_OVERDRIVE8) {
             throw UnsupportedError("only AMD Overdrive8 boards tell the frame rate.");
         }
         throw ToolError("The driver's frame metrics are not running." + session.LogHint(), {.code = "not_available"});
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
@@ -35,7 +33,7 @@ void AddFpsCommand(CLI::App& app, Context& context) {
         "Examples:\n"
         "  gputunectl fps\n"
         "  gputunectl --json fps");
-    fps->callback([&context] { context.run = [&context] { return RunFps(context.options); }; });
+    RunWhenChosen(fps, context, RunFps);
 }
 
 }  // namespace gputune::tool

@@ -28,7 +28,7 @@ void AddHelpCommand(CLI::App& app, Context& context) {
             }
             // Its own help function would go on to the command that was chosen, which is this one.
             WriteOutput(place->get_formatter()->make_help(place, path, CLI::AppFormatMode::Normal));
-            return exitSuccess;
+            return kExitSuccess;
         };
     });
 }

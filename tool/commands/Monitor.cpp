@@ -4,7 +4,8 @@
 #include "tool/commands/Commands.h"
 #include "tool/commands/Sampling.h"
 #include "tool/output/LiveScreen.h"
-#include "tool/recording/CsvOutput.h"
+#include "tool/output/SensorTexts.h"
+#include "tool/recording/RecordingWriter.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
 
@@ -19,23 +20,19 @@ struct MonitorOptions {
 };
 
 std::string JsonLine(Sample const& sample, std::uint32_t vendor) {
-    Section time{.key = "", .title = ""};
-    time.fields = {{"time", "Time", sample.time}};
-    Section frameRate{.key = "", .title = ""};
-    frameRate.fields = {{frameRateName.code, frameRateName.text,
-                         sample.frameRate ? Value{std::int64_t{*sample.frameRate}} : Value{}, Unit::FramesPerSecond}};
-    Report report;
-    report.Add(std::move(time));
-    report.Add(SensorSection(sample.readings, vendor, true));
-    report.Add(std::move(frameRate));
-    return report.Json(false);
+    Result result;
+    result.Add({.fields = {{"time", "Time", sample.time}}});
+    result.Add(SensorSection(sample.readings, vendor, true));
+    result.Add(
+        {.fields = {{kFrameRateName.code, kFrameRateName.text,
+                     sample.frameRate ? Value{std::int64_t{*sample.frameRate}} : Value{}, Unit::FramesPerSecond}}});
+    return result.Json(false);
 }
 
 std::string TextLine(Sample const& sample, std::uint32_t vendor) {
     std::string line = sample.time + "  " + ReadingsLine(sample.readings, vendor);
     if (sample.frameRate) {
-        line += std::string(", ") + frameRateName.text + " " +
-                FormatValue(std::int64_t{*sample.frameRate}, Unit::FramesPerSecond);
+        line += std::string(", ") + kFrameRateName.text + " " + WithUnit(*sample.frameRate, Unit::FramesPerSecond);
     }
     return line + "\n";
 }
@@ -124,27 +121,26 @@ private:
 };
 
 std::unique_ptr<View> MakeView(Session const& session, GlobalOptions const& options, MonitorOptions const& monitor) {
-    if (CsvOutput::IsStandardOutput(monitor.csvFile)) {
+    if (RecordingWriter::IsStandardOutput(monitor.csvFile)) {
         return std::make_unique<NoView>();
     }
-    // The log's lines would tear the picture apart.
-    bool const logOnScreen = options.log == GPUTUNE_LOG_STDOUT || options.log == GPUTUNE_LOG_BOTH;
-    if (OutputIsConsole() && !options.json && !logOnScreen) {
+    // Lines of the log would stand in the middle of the picture.
+    if (OutputIsConsole() && !options.json && !options.LogsToOutput()) {
         return std::make_unique<DashboardView>(session, monitor.sampling.interval);
     }
     return std::make_unique<LineView>(options.json, session.Vendor());
 }
 
 int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
-    CsvOutput::RequireAlone(monitor.csvFile, options);
+    RequireOwnOutput(monitor.csvFile, options);
     Session const session(options, LogUse::NotKept);
     session.RequireReady();
-    RecordingFormat format(DescribeBoard(session, monitor.sampling));
-    std::optional<CsvOutput> csv;
+    RecordedBoard const board = DescribeBoard(session, monitor.sampling);
+    std::optional<RecordingWriter> csv;
     if (!monitor.csvFile.empty()) {
         csv.emplace(monitor.csvFile, Existing::Replace);
-        if (!csv->Write(format.Heading() + "\n")) {
-            return exitSuccess;
+        if (!csv->WriteHeading(board)) {
+            return kExitSuccess;
         }
     }
     InterruptEvent const interrupt;
@@ -156,12 +152,12 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
         }
         schedule.Advance();
         Sample const sample = TakeSample(session, monitor.sampling);
-        bool const isWanted = !csv || csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
+        bool const isWanted = !csv || csv->WriteLine(sample.time, sample.readings, sample.frameRate);
         if (!isWanted || !view->Show(sample)) {
             break;
         }
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
@@ -188,8 +184,7 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
         "  gputunectl monitor\n"
         "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"
         "  gputunectl --json monitor --count 10");
-    command->callback(
-        [&context, monitor] { context.run = [&context, monitor] { return RunMonitor(context.options, *monitor); }; });
+    RunWhenChosen(command, context, RunMonitor, monitor);
 }
 
 }  // namespace gputune::tool

@@ -4,9 +4,11 @@
 #include <limits>
 
 #include "tool/board/Checks.h"
+#include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
@@ -34,14 +36,14 @@ struct TemperatureRange {
 // So one is asked for that no board takes, along with a power limit outside its range: the library refuses one or the
 // other before it calls the driver, and nothing is sent. Nothing when the board's power range has no outside.
 std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, PowerLimitSetting const& setting) {
-    constexpr int lowest = std::numeric_limits<int>::min();
-    constexpr int highest = std::numeric_limits<int>::max();
-    bool const hasOutside = setting.Valid && (setting.Max < highest || setting.Min > lowest);
+    constexpr int kLowest = std::numeric_limits<int>::min();
+    constexpr int kHighest = std::numeric_limits<int>::max();
+    bool const hasOutside = setting.Valid && (setting.Max < kHighest || setting.Min > kLowest);
     if (session.ApiType() != GPUTUNE_API_OVERDRIVEN || !hasOutside) {
         return std::nullopt;
     }
     std::size_t const mark = session.LogMark();
-    session.Api().SetPowerLimit(lowest, setting.Max < highest ? setting.Max + 1 : setting.Min - 1);
+    session.Api().SetPowerLimit(kLowest, setting.Max < kHighest ? setting.Max + 1 : setting.Min - 1);
     for (LogEntry const& entry : session.LogSince(mark)) {
         std::optional<int> const minimum = NumberBehind(entry.message, "temp value out of bound: should be ");
         std::optional<int> const maximum = NumberBehind(entry.message, " to ");
@@ -56,7 +58,7 @@ int RunPowerGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
     PrintReadings(session, options, {PowerSection(session)}, "its power limit");
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 // As asked for; one of them may be left out.
@@ -65,17 +67,15 @@ struct PowerRequest {
     std::optional<int> percent{};
 };
 
-std::string DescribePower(PowerRequest const& request, char const* link) {
-    std::string text;
+std::string DescribePower(PowerRequest const& request, std::string const& link) {
+    std::vector<std::string> texts;
     if (request.temperature) {
-        text =
-            std::string("temperature limit ") + link + FormatValue(std::int64_t{*request.temperature}, Unit::Celsius);
+        texts.push_back("temperature limit " + link + WithUnit(*request.temperature, Unit::Celsius));
     }
     if (request.percent) {
-        text += std::string(text.empty() ? "" : " and the ") + "power limit " + link +
-                FormatValue(std::int64_t{*request.percent}, Unit::Percent);
+        texts.push_back("power limit " + link + WithUnit(*request.percent, Unit::Percent));
     }
-    return text;
+    return Joined(texts, " and the ");
 }
 
 // The limit in effect, for what is not asked for: OverdriveN boards take both at once.
@@ -85,6 +85,18 @@ int KeptLimit(std::optional<double> const& inEffect, char const* what, char cons
                         " in effect cannot be read, so it cannot stay as it is: give it with " + option + ".");
     }
     return static_cast<int>(*inEffect);
+}
+
+// Both limits as arguments, or one or both as options.
+PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
+    bool const hasNamed = named.temperature || named.percent;
+    if (hasNamed && limits.empty()) {
+        return named;
+    }
+    if (hasNamed || limits.size() != 2) {
+        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
+    }
+    return {limits[0], limits[1]};
 }
 
 void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting, PowerRequest const& request) {
@@ -107,7 +119,8 @@ std::optional<double> LoggedLimit(LogEntries const& entries) {
     return text ? LeadingNumber(*text) : std::nullopt;
 }
 
-int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
+int RunPowerSet(GlobalOptions const& options, std::vector<int> const& limits, PowerRequest const& named) {
+    PowerRequest request = JoinRequest(limits, named);
     Session const session(options);
     RequireTunable(session);
     bool const hasTemperature = session.ApiType() == GPUTUNE_API_OVERDRIVEN;
@@ -130,10 +143,10 @@ int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
                             : hasTemperature
                                 ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
                                 : 0;
-    std::string const limits = DescribePower(request, "to ");
-    ConfirmChange(session, options, "Set the " + limits);
+    std::string const text = DescribePower(request, "to ");
+    ConfirmChange(session, options, "Set the " + text);
     std::size_t const mark = session.LogMark();
-    RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + limits);
+    RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + text);
 
     ReadBack readBack;
     if (session.ApiType() == GPUTUNE_API_IGCL) {
@@ -150,7 +163,7 @@ int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
     return FinishChange(session, options,
                         {.command = "power set",
                          .what = DescribePower(request, ""),
-                         .sentence = "Set the " + limits + ".",
+                         .sentence = "Set the " + text + ".",
                          .readBack = std::move(readBack),
                          .sections = {PowerSection(session)}});
 }
@@ -170,18 +183,6 @@ int RunPowerDefault(GlobalOptions const& options) {
                          .sections = {PowerSection(session)}});
 }
 
-// Both limits as arguments, or one or both as options.
-PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
-    bool const hasNamed = named.temperature || named.percent;
-    if (hasNamed && limits.empty()) {
-        return named;
-    }
-    if (hasNamed || limits.size() != 2) {
-        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
-    }
-    return {limits[0], limits[1]};
-}
-
 }  // namespace
 
 Section PowerSection(Session const& session) {
@@ -193,20 +194,23 @@ Section PowerSection(Session const& session) {
     auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
     std::optional<TemperatureRange> const temperatures = ReadTemperatureRange(session, setting);
 
-    Section section{.key = "power_limit", .title = "Power limit (relative to the board's default power)"};
-    section.available = adjustable || limit || temperature;
-    section.fields = {
-        {"current", "Current", limit ? Value{*limit} : Value{}, Unit::Percent},
-        {"default", "Default", range(setting.Default), Unit::Percent},
-        {"minimum", "Minimum", range(setting.Min), Unit::Percent},
-        {"maximum", "Maximum", range(setting.Max), Unit::Percent},
-        {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
-        {"minimum_temperature_limit", "Temperature minimum",
-         temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
-        {"maximum_temperature_limit", "Temperature maximum",
-         temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
+    return {
+        .key = "power_limit",
+        .title = "Power limit (relative to the board's default power)",
+        .available = adjustable || limit || temperature,
+        .fields =
+            {
+                {"current", "Current", ToValue(limit), Unit::Percent},
+                {"default", "Default", range(setting.Default), Unit::Percent},
+                {"minimum", "Minimum", range(setting.Min), Unit::Percent},
+                {"maximum", "Maximum", range(setting.Max), Unit::Percent},
+                {"temperature_limit", "Temperature limit", ToValue(temperature), Unit::Celsius},
+                {"minimum_temperature_limit", "Temperature minimum",
+                 temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
+                {"maximum_temperature_limit", "Temperature maximum",
+                 temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
+            },
     };
-    return section;
 }
 
 void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack) {
@@ -230,7 +234,7 @@ void AddPowerCommands(CLI::App& app, Context& context) {
 
     CLI::App* get = power->add_subcommand("get", "Show the power limit and its range");
     get->footer("Example:\n  gputunectl power get");
-    get->callback([&context] { context.run = [&context] { return RunPowerGet(context.options); }; });
+    RunWhenChosen(get, context, RunPowerGet);
 
     CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
     auto const limits = std::make_shared<std::vector<int>>();
@@ -252,15 +256,11 @@ void AddPowerCommands(CLI::App& app, Context& context) {
         "  gputunectl power set 85 10\n"
         "  gputunectl power set --percent -15\n"
         "  gputunectl power set --temperature 80");
-    set->callback([&context, limits, named] {
-        context.run = [&context, request = JoinRequest(*limits, *named)] {
-            return RunPowerSet(context.options, request);
-        };
-    });
+    RunWhenChosen(set, context, RunPowerSet, limits, named);
 
     CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");
     restore->footer("Example:\n  gputunectl power default");
-    restore->callback([&context] { context.run = [&context] { return RunPowerDefault(context.options); }; });
+    RunWhenChosen(restore, context, RunPowerDefault);
 }
 
 }  // namespace gputune::tool

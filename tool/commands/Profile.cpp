@@ -1,7 +1,7 @@
 // profile show, profile apply: the predefined profiles of Config\ConfigModel.xml beside the program.
-#include <charconv>
 #include <string_view>
 
+#include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/values/Errors.h"
 
@@ -15,21 +15,16 @@ std::uint32_t ParseId(std::string_view text) {
     if (digits.starts_with("0x") || digits.starts_with("0X")) {
         digits.remove_prefix(2);
     }
-    std::uint32_t id = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id, 16);
-    if (error != std::errc{} || end != digits.data() + digits.size()) {
+    std::optional<std::uint32_t> const id = ParseNumber<std::uint32_t>(digits, 16);
+    if (!id) {
         throw UsageError("\"" + std::string(text) + "\" is no identifier: write up to eight hexadecimal digits.");
     }
-    return id;
+    return *id;
 }
 
 // A float as the file wrote it: 1.05, not 1.0499999523162842.
 Value Factor(float value) {
-    char buffer[64];
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
-    double exact = 0;
-    std::from_chars(buffer, end, exact);
-    return error == std::errc{} ? Value{exact} : Value{};
+    return FewestDigits(double{value});
 }
 
 // 0 means that the entry does not say; the default entry never does.
@@ -81,7 +76,7 @@ ReadBack CompareProfile(Session const& session, std::string const& name, LogEntr
     ReadBack readBack;
     ComparePlan(session, entries, readBack);
     PredefinedPerformanceParameter const profile =
-        session.Api().GetExternalPerformanceParameter(session.Identity().SubsystemId);
+        session.Api().GetExternalPerformanceParameter(session.Identity().subsystemId);
     ComparePowerLimit(session, static_cast<double>(name == "oc" ? profile.PowerOC : profile.PowerSilent), readBack);
     return readBack;
 }
@@ -97,7 +92,7 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
         session.RequireReady();
     }
     if (!id) {
-        id = session.Identity().SubsystemId;
+        id = session.Identity().subsystemId;
         if (*id == 0) {
             throw ToolError("This board does not tell its identifier: give one, for example profile show 0x12345678.");
         }
@@ -111,27 +106,25 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
             "identifier nor a default entry." +
             session.LogHint());
     }
-    Report report;
-    Section board{.key = "", .title = ""};
-    board.fields = {{"identifier", "Identifier", HexId(*id)},
-                    {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
-                    {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
-                    {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}};
-    report.Add(std::move(board));
-    Section oc{.key = "oc", .title = "Overclock profile"};
-    oc.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
-                 GivenClock("gpu_clock", "GPU clock given", profile.GpuOCGivenValue, options.json),
-                 {"memory_clock_factor", "Memory clock factor", Factor(profile.MemOC)},
-                 GivenClock("memory_clock", "Memory clock given", profile.MemOCGivenValue, options.json),
-                 {"power_limit", "Power limit", Factor(profile.PowerOC), Unit::Percent}};
-    report.Add(std::move(oc));
-    Section silent{.key = "silent", .title = "Silent profile"};
-    silent.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuSilent)},
-                     {"memory_clock_factor", "Memory clock factor", Factor(profile.MemSilent)},
-                     {"power_limit", "Power limit", Factor(profile.PowerSilent), Unit::Percent}};
-    report.Add(std::move(silent));
-    Print(options, report);
-    return exitSuccess;
+    Result result;
+    result.Add({.fields = {{"identifier", "Identifier", HexId(*id)},
+                           {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
+                           {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
+                           {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}}});
+    result.Add({.key = "oc",
+                .title = "Overclock profile",
+                .fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
+                           GivenClock("gpu_clock", "GPU clock given", profile.GpuOCGivenValue, options.json),
+                           {"memory_clock_factor", "Memory clock factor", Factor(profile.MemOC)},
+                           GivenClock("memory_clock", "Memory clock given", profile.MemOCGivenValue, options.json),
+                           {"power_limit", "Power limit", Factor(profile.PowerOC), Unit::Percent}}});
+    result.Add({.key = "silent",
+                .title = "Silent profile",
+                .fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuSilent)},
+                           {"memory_clock_factor", "Memory clock factor", Factor(profile.MemSilent)},
+                           {"power_limit", "Power limit", Factor(profile.PowerSilent), Unit::Percent}}});
+    Print(options, result);
+    return kExitSuccess;
 }
 
 int RunApply(GlobalOptions const& options, std::string const& name) {
@@ -181,7 +174,7 @@ void AddShow(CLI::App& profile, Context& context) {
         "Examples:\n"
         "  gputunectl profile show\n"
         "  gputunectl profile show 0x12345678");
-    show->callback([&context, hwid] { context.run = [&context, hwid] { return RunShow(context.options, *hwid); }; });
+    RunWhenChosen(show, context, RunShow, hwid);
 }
 
 void AddApply(CLI::App& profile, Context& context) {
@@ -195,7 +188,7 @@ void AddApply(CLI::App& profile, Context& context) {
         "Examples:\n"
         "  gputunectl profile apply oc\n"
         "  gputunectl profile apply default");
-    apply->callback([&context, name] { context.run = [&context, name] { return RunApply(context.options, *name); }; });
+    RunWhenChosen(apply, context, RunApply, name);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace gputune::tool {
 
 namespace {
 
-Report JsonReport(std::string const& path, std::vector<Problem> const& problems) {
+Result JsonResult(std::string const& path, std::vector<Problem> const& problems) {
     Grid grid{.key = "problems",
               .label = "Problems",
               .columns = {{"line", "Line"}, {"column", "Column"}, {"severity", "Severity"}, {"message", "Message"}},
@@ -21,18 +21,15 @@ Report JsonReport(std::string const& path, std::vector<Problem> const& problems)
         grid.rows.push_back({static_cast<std::int64_t>(problem.line), static_cast<std::int64_t>(problem.column),
                              std::string(problem.severity == Severity::Error ? "error" : "warning"), problem.message});
     }
-    Section section{.key = "", .title = ""};
-    section.fields = {{"file", "File", path}};
-    section.grids.push_back(std::move(grid));
-    Report report;
-    report.Add(std::move(section));
-    return report;
+    Result result;
+    result.Add({.fields = {{"file", "File", path}}, .grids = {std::move(grid)}});
+    return result;
 }
 
 int RunCheck(GlobalOptions const& options, std::string const& path) {
     std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, largestProfileFile));
     if (options.json) {
-        Print(options, JsonReport(path, problems));
+        Print(options, JsonResult(path, problems));
     } else {
         std::string lines;
         for (Problem const& problem : problems) {
@@ -40,7 +37,7 @@ int RunCheck(GlobalOptions const& options, std::string const& path) {
         }
         WriteOutput(lines);
     }
-    return HasError(problems) ? exitFailure : exitSuccess;
+    return HasError(problems) ? kExitFailure : kExitSuccess;
 }
 
 }  // namespace
@@ -53,7 +50,7 @@ void AddProfileCheckCommand(CLI::App& profile, Context& context) {
         "Every problem is a line FILE:LINE:COLUMN: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
         "Examples:\n"
         "  gputunectl profile check Config\\ConfigModel.xml");
-    check->callback([&context, path] { context.run = [&context, path] { return RunCheck(context.options, *path); }; });
+    RunWhenChosen(check, context, RunCheck, path);
 }
 
 }  // namespace gputune::tool

@@ -3,10 +3,12 @@
 
 #include "tool/commands/Commands.h"
 #include "tool/commands/Sampling.h"
-#include "tool/recording/CsvOutput.h"
-#include "tool/recording/RecordingPage.h"
+#include "tool/output/Bar.h"
+#include "tool/recording/RecordingWriter.h"
 #include "tool/system/Console.h"
+#include "tool/values/Duration.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
@@ -37,7 +39,7 @@ public:
         if (!shown_) {
             return;
         }
-        std::string line = ProgressBar(elapsed / duration_, 30) + "  " + CountText(readings) + ", " +
+        std::string line = ProgressBar(elapsed / duration_, 30) + "  " + CountText(readings, "reading") + ", " +
                            ElapsedText(std::max(0.0, duration_ - elapsed)) + " left";
         std::size_t const width = DisplayWidth(line);
         WriteError("\r" + PadRight(std::move(line), width_));
@@ -53,9 +55,8 @@ private:
 enum class End { Time, Interrupt, NoReader };
 
 // Reads until the duration is over, there is an interrupt, or nobody reads the lines any more.
-End Record(Session const& session, RecordOptions const& record, CsvOutput& file, std::size_t& readings) {
-    RecordingFormat format(DescribeBoard(session, record.sampling));
-    if (!file.Write(format.Heading() + "\n")) {
+End Record(Session const& session, RecordOptions const& record, RecordingWriter& file, std::size_t& readings) {
+    if (!file.WriteHeading(DescribeBoard(session, record.sampling))) {
         return End::NoReader;
     }
     InterruptEvent const interrupt;
@@ -71,7 +72,7 @@ End Record(Session const& session, RecordOptions const& record, CsvOutput& file,
         if (schedule.Remaining() == 0) {
             schedule.Advance();
             Sample const sample = TakeSample(session, record.sampling);
-            if (!file.Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n")) {
+            if (!file.WriteLine(sample.time, sample.readings, sample.frameRate)) {
                 return End::NoReader;
             }
             ++readings;
@@ -80,34 +81,36 @@ End Record(Session const& session, RecordOptions const& record, CsvOutput& file,
     return End::Time;
 }
 
-int RunRecord(GlobalOptions const& options, RecordOptions const& record) {
-    CsvOutput::RequireAlone(record.file, options);
+int RunRecord(GlobalOptions const& options, RecordOptions record, std::string const& argument) {
+    if (record.file.empty() == argument.empty()) {
+        throw UsageError("Name one file to record in: record FILE, or --out FILE.");
+    }
+    record.file += argument;
+    RequireOwnOutput(record.file, options);
     Session const session(options, LogUse::NotKept);
     session.RequireReady();
-    CsvOutput file(record.file, record.force ? Existing::Replace : Existing::Keep);
+    RecordingWriter file(record.file, record.force ? Existing::Replace : Existing::Keep);
     std::size_t readings = 0;
     End const end = Record(session, record, file, readings);
     if (end == End::NoReader) {
-        return exitSuccess;
+        return kExitSuccess;
     }
     bool const done = end == End::Time;
 
-    Report report;
+    Result result;
     if (options.json) {
-        Section section{.key = "", .title = ""};
-        section.fields = {{"command", "", std::string("record")},
-                          {"done", "", done},
-                          {"file", "", record.file},
-                          {"readings", "", static_cast<std::int64_t>(readings)}};
-        report.Add(std::move(section));
-    } else if (!CsvOutput::IsStandardOutput(record.file)) {
-        report.AddRemark("Recorded " + CountText(readings) + " in " + record.file + ".");
+        result.Add({.fields = {{"command", "", std::string("record")},
+                               {"done", "", done},
+                               {"file", "", record.file},
+                               {"readings", "", static_cast<std::int64_t>(readings)}}});
+    } else if (!RecordingWriter::IsStandardOutput(record.file)) {
+        result.AddRemark("Recorded " + CountText(readings, "reading") + " in " + record.file + ".");
     }
-    Print(options, report);
+    Print(options, result);
     if (!done) {
         throw ToolError("The recording was ended before its time.", {.code = "interrupted"});
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
@@ -129,13 +132,7 @@ void AddRecordCommand(CLI::App& app, Context& context) {
         "  gputunectl record run.csv --duration 60\n"
         "  gputunectl record run.csv --duration 10m --interval 0.5 --force\n"
         "  gputunectl report run.csv");
-    command->callback([&context, record, argument] {
-        if (record->file.empty() == argument->empty()) {
-            throw UsageError("Name one file to record in: record FILE, or --out FILE.");
-        }
-        record->file += *argument;
-        context.run = [&context, record] { return RunRecord(context.options, *record); };
-    });
+    RunWhenChosen(command, context, RunRecord, record, argument);
 }
 
 }  // namespace gputune::tool

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tool/board/Session.h"
-#include "tool/recording/Recording.h"
+#include "tool/recording/RecordingFormat.h"
 
 namespace CLI {
 class App;
@@ -33,6 +33,9 @@ struct Sample {
 
 Sample TakeSample(Session const& session, SamplingOptions const& options);
 RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& options);
+
+// Throws UsageError when recorded lines would mix with other output of the command; `path` as of RecordingWriter.
+void RequireOwnOutput(std::string const& path, GlobalOptions const& options);
 
 // Moments on the grid of the interval from now on, so that slow readings do not stretch it. Milliseconds of the
 // system's steady clock.

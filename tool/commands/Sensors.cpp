@@ -1,5 +1,6 @@
 // sensors: one reading of everything the board can measure.
 #include "tool/commands/Commands.h"
+#include "tool/output/SensorTexts.h"
 #include "tool/values/Errors.h"
 
 namespace gputune::tool {
@@ -10,20 +11,20 @@ int RunSensors(GlobalOptions const& options, bool all) {
     Session const session(options);
     session.RequireReady();
     Readings const readings = session.ReadSensors();
-    std::size_t const available = CountAvailable(readings);
+    std::size_t const available = readings.CountAvailable();
 
-    Report report;
+    Result result;
     // Programs get every key at every time.
-    report.Add(SensorSection(readings, session.Vendor(), all || options.json));
+    result.Add(SensorSection(readings, session.Vendor(), all || options.json));
     if (!all && available < readings.size()) {
-        report.AddRemark(std::to_string(readings.size() - available) + " of " + std::to_string(readings.size()) +
+        result.AddRemark(std::to_string(readings.size() - available) + " of " + std::to_string(readings.size()) +
                          " sensors are not available on this board (--all lists them).");
     }
-    Print(options, report);
+    Print(options, result);
     if (available == 0) {
         throw ToolError("No sensor could be read." + session.LogHint(), {.code = "not_available"});
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
@@ -37,7 +38,7 @@ void AddSensorsCommand(CLI::App& app, Context& context) {
         "  gputunectl sensors\n"
         "  gputunectl sensors --all\n"
         "  gputunectl --json sensors");
-    sensors->callback([&context, all] { context.run = [&context, all] { return RunSensors(context.options, *all); }; });
+    RunWhenChosen(sensors, context, RunSensors, all);
 }
 
 }  // namespace gputune::tool

@@ -3,27 +3,18 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tool/output/StyledText.h"
+#include "tool/values/Names.h"
 #include "tool/values/Readings.h"
+#include "tool/values/Summary.h"
 
 namespace gputune::tool {
-
-enum class Style { Plain, Dim, Strong, Red, Green, Yellow, Blue, Magenta, Cyan };
-
-struct StyledText {
-    std::string text;
-    Style style = Style::Plain;
-};
-
-using StyledLine = std::vector<StyledText>;
-
-// The line in as many columns, cut or filled up with blanks.
-StyledLine FitLine(StyledLine const& line, std::size_t width);
-// With the escape sequences of terminals where `colours` is set; without, the text alone.
-std::string TerminalText(StyledLine const& line, bool colours);
 
 // Which characters the console's font is sure to have: those of the oldest ones draw bars, not curves.
 enum class Glyphs { Bars, Curves };
@@ -48,17 +39,13 @@ private:
         Unit unit;
         Quantity quantity;
         std::optional<double> now{};
-        std::optional<double> minimum{};
-        std::optional<double> maximum{};
-        double average = 0;
-        std::size_t count = 0;
-        std::deque<std::optional<double>> past{};
         bool unsure = false;  // whether `now` is
+        Summary summary{};    // of the readings that are sure, as `past`
+        std::deque<std::optional<double>> past{};
 
         void Add(std::optional<double> reading, bool isUnsure);
         void Reset();
-        std::optional<double> ShownAverage() const;
-        bool IsShown() const { return now.has_value() || count > 0; }
+        bool IsShown() const { return now.has_value() || summary.count > 0; }
     };
     struct Layout;
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tool/output/Result.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
@@ -99,9 +99,9 @@ std::string CsvQuote(std::string_view text) {
 }
 
 CsvReader::CsvReader(std::string_view text) : rest_(text), separator_(FindSeparator(text)) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (rest_.starts_with(byteOrderMark)) {
-        rest_.remove_prefix(byteOrderMark.size());
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (rest_.starts_with(kByteOrderMark)) {
+        rest_.remove_prefix(kByteOrderMark.size());
     }
 }
 

@@ -2,23 +2,16 @@
 // system.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include "tool/recording/Recording.h"
+#include "tool/recording/RecordingReader.h"
+#include "tool/values/Summary.h"
 
 namespace gputune::tool {
 
-struct SeriesSummary {
-    double minimum = 0;
-    double average = 0;  // of the readings, whatever time lay between them
-    double maximum = 0;
-    double last = 0;
-};
-
-// Of the readings that are sure; nothing when there is none.
-std::optional<SeriesSummary> Summarize(Series const& series);
+// Of the readings that are sure.
+Summary Summarize(Series const& series);
 
 // As text of an element or in a quoted attribute.
 std::string EscapeHtml(std::string_view text);

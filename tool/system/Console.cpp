@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "tool/output/Result.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
 
@@ -38,8 +37,8 @@ bool Write(DWORD standardHandle, std::FILE* stream, std::string_view text) {
 }
 
 // The handler runs on a thread of the system's own and has no argument, hence these two.
-HANDLE interrupted = nullptr;
-HANDLE finished = nullptr;
+HANDLE g_interrupted = nullptr;
+HANDLE g_finished = nullptr;
 
 // Reads a line of the console into the text that it is given.
 DWORD WINAPI ReadLine(void* argument) {
@@ -56,10 +55,10 @@ DWORD WINAPI ReadLine(void* argument) {
 }
 
 BOOL WINAPI OnInterrupt(DWORD kind) {
-    SetEvent(interrupted);
+    SetEvent(g_interrupted);
     if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) {
         // The process ends when this function returns: leave the program the time to end by itself.
-        WaitForSingleObject(finished, 2000);
+        WaitForSingleObject(g_finished, 2000);
     }
     return TRUE;
 }
@@ -137,23 +136,23 @@ bool Confirm(std::string const& question) {
 
 InterruptEvent::InterruptEvent() {
     // Manual reset: an interrupt stays one.
-    interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    g_interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    g_finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SetConsoleCtrlHandler(OnInterrupt, TRUE);
 }
 
 InterruptEvent::~InterruptEvent() {
     SetConsoleCtrlHandler(OnInterrupt, FALSE);
-    SetEvent(finished);
+    SetEvent(g_finished);
     // Left open: a handler that runs at this moment may still use them, and the process ends soon.
 }
 
 void* InterruptEvent::Handle() const {
-    return interrupted;
+    return g_interrupted;
 }
 
 bool InterruptEvent::Wait(unsigned long milliseconds) const {
-    return WaitForSingleObject(interrupted, milliseconds) == WAIT_OBJECT_0;
+    return WaitForSingleObject(g_interrupted, milliseconds) == WAIT_OBJECT_0;
 }
 
 }  // namespace gputune::tool

@@ -12,7 +12,7 @@ namespace gputune::tool {
 
 namespace {
 
-constexpr char const* existsAlready = " exists already: choose another name, or replace it with --force.";
+constexpr char const* kExistsAlready = " exists already: choose another name, or replace it with --force.";
 
 // The system's last error.
 [[noreturn]] void Fail(std::string const& path) {
@@ -70,7 +70,7 @@ OutputFile::OutputFile(std::string const& path, Existing existing, std::string c
       handle_(Open(path, GENERIC_WRITE, 0, existing == Existing::Replace ? CREATE_ALWAYS : CREATE_NEW).release()) {
     if (!handle_) {
         if (GetLastError() == ERROR_FILE_EXISTS) {
-            throw ToolError(shown_ + existsAlready);
+            throw ToolError(shown_ + kExistsAlready);
         }
         Fail(shown_);
     }
@@ -94,7 +94,7 @@ void OutputFile::Close::operator()(void* handle) const {
 void WriteWholeFile(std::string const& path, std::string_view text, Existing existing) {
     std::wstring const name = WideFromUtf8(path);
     if (existing == Existing::Keep && GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        throw ToolError(path + existsAlready);
+        throw ToolError(path + kExistsAlready);
     }
     std::string const partPath = path + ".part";
     std::wstring const part = WideFromUtf8(partPath);
@@ -107,7 +107,7 @@ void WriteWholeFile(std::string const& path, std::string_view text, Existing exi
     if (!MoveFileExW(part.c_str(), name.c_str(), existing == Existing::Replace ? MOVEFILE_REPLACE_EXISTING : 0)) {
         DWORD const error = GetLastError();
         DeleteFileW(part.c_str());
-        throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? existsAlready : ": " + SystemMessage(error) + "."));
+        throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? kExistsAlready : ": " + SystemMessage(error) + "."));
     }
 }
 

@@ -12,10 +12,10 @@
 namespace gputune::tool {
 
 // Exit codes of the program.
-constexpr int exitSuccess = 0;
-constexpr int exitFailure = 1;
-constexpr int exitUsage = 2;
-constexpr int exitUnsupported = 3;
+constexpr int kExitSuccess = 0;
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+constexpr int kExitUnsupported = 3;
 
 // What programs get beside the text of an error. What is left empty does not apply.
 struct ErrorDetails {

@@ -39,8 +39,8 @@ std::string TakeCharacter(std::string_view& text) {
     std::size_t const size = CharacterSize(text);
     std::string shown(text.substr(0, size));
     if (size == 0) {
-        constexpr char const* digits = "0123456789ABCDEF";
-        shown = std::string("\\x") + digits[Byte(text, 0) >> 4U] + digits[Byte(text, 0) & 0xFU];
+        constexpr char const* kDigits = "0123456789ABCDEF";
+        shown = std::string("\\x") + kDigits[Byte(text, 0) >> 4U] + kDigits[Byte(text, 0) & 0xFU];
     }
     text.remove_prefix(size == 0 ? 1 : size);
     return shown;
@@ -57,9 +57,9 @@ std::string Printable(std::string_view text) {
 }
 
 std::string Quoted(std::string_view text) {
-    constexpr int longest = 40;
+    constexpr int kLongest = 40;
     std::string quoted = "\"";
-    for (int count = 0; count < longest && !text.empty(); ++count) {
+    for (int count = 0; count < kLongest && !text.empty(); ++count) {
         quoted += TakeCharacter(text);
     }
     return quoted + (text.empty() ? "\"" : "...\"");
