@@ -2,6 +2,7 @@
 #include <memory>
 #include <utility>
 
+#include "src/profile/profile_format.h"
 #include "tool/commands/Commands.h"
 #include "tool/profile/ProfileCheck.h"
 #include "tool/system/Console.h"
@@ -15,10 +16,10 @@ namespace {
 Result JsonResult(std::string const& path, std::vector<Problem> const& problems) {
     Grid grid{.key = "problems",
               .label = "Problems",
-              .columns = {{"line", "Line"}, {"column", "Column"}, {"severity", "Severity"}, {"message", "Message"}},
+              .columns = {{"line", "Line"}, {"severity", "Severity"}, {"message", "Message"}},
               .rows = {}};
     for (Problem const& problem : problems) {
-        grid.rows.push_back({static_cast<std::int64_t>(problem.line), static_cast<std::int64_t>(problem.column),
+        grid.rows.push_back({std::int64_t{problem.line},
                              std::string(problem.severity == Severity::Error ? "error" : "warning"), problem.message});
     }
     Result result;
@@ -27,7 +28,7 @@ Result JsonResult(std::string const& path, std::vector<Problem> const& problems)
 }
 
 int RunCheck(GlobalOptions const& options, std::string const& path) {
-    std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, largestProfileFile));
+    std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, profile::kLargestDocument));
     if (options.json) {
         Print(options, JsonResult(path, problems));
     } else {
@@ -47,7 +48,7 @@ void AddProfileCheckCommand(CLI::App& profile, Context& context) {
     auto const path = std::make_shared<std::string>();
     check->add_option("file", *path, "The profile file")->required()->type_name("FILE");
     check->footer(
-        "Every problem is a line FILE:LINE:COLUMN: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
+        "Every problem is a line FILE:LINE: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
         "Examples:\n"
         "  gputunectl profile check Config\\ConfigModel.xml");
     RunWhenChosen(check, context, RunCheck, path);
