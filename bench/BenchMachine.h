@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "gputune.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::bench {
 

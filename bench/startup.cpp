@@ -25,7 +25,7 @@
 
 #include "amd/adl_records.h"
 #include "gputune.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace {
 

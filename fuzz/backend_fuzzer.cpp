@@ -10,7 +10,7 @@
 #include "intel_board.h"
 #include "lifecycle.h"
 #include "log/DebugLog.h"
-#include "native_platform.h"
+#include "machine_native.h"
 #include "operations.h"
 #include "require.h"
 

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <string>
 
-#include "board/BoardFile.h"
 #include "require.h"
+#include "sim/board/BoardFile.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <optional>
 #include <string>
 
-#include "adapter/hex_long.h"
 #include "amd/OD8Helper.h"
 #include "boards.h"
 #include "log/DebugLog.h"
-#include "native_platform.h"
+#include "machine_native.h"
+#include "records/hex_long.h"
 #include "require.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include "adapter/IVideoAdapter.h"
 #include "amd/OD7Helper.h"
 #include "amd/OD8Helper.h"
-#include "api/CurrentAdapter.h"
+#include "api/current_adapter.h"
 #include "intel/IGCLHelper.h"
 
 namespace {

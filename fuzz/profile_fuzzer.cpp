@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "adapter/hex_long.h"
-#include "profile/ProfileReader.h"
+#include "profile/profile_reader.h"
+#include "records/hex_long.h"
 #include "require.h"
 #include "tool/profile/ProfileCheck.h"
 

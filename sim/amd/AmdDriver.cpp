@@ -1,4 +1,4 @@
-#include "amd/AmdDriver.h"
+#include "sim/amd/AmdDriver.h"
 
 #include <algorithm>
 #include <cstring>

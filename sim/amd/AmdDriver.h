@@ -5,13 +5,13 @@
 #include <memory>
 #include <vector>
 
-#include "amd/Overdrive8State.h"
-#include "amd/OverdriveNState.h"
 #include "amd/adl_records.h"
-#include "amd/results.h"
-#include "board/Board.h"
-#include "model/ThermalModel.h"
-#include "standin/BoardDriver.h"
+#include "sim/amd/Overdrive8State.h"
+#include "sim/amd/OverdriveNState.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
 

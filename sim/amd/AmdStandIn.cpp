@@ -1,4 +1,4 @@
-#include "amd/AmdStandIn.h"
+#include "sim/amd/AmdStandIn.h"
 
 #include <utility>
 

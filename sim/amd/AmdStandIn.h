@@ -2,9 +2,9 @@
 // client keeps them.
 #pragma once
 
-#include "amd/AmdDriver.h"
-#include "amd/spoil.h"
-#include "standin/StandIn.h"
+#include "sim/amd/AmdDriver.h"
+#include "sim/amd/spoil.h"
+#include "sim/standin/StandIn.h"
 
 namespace gputune::sim {
 

@@ -1,9 +1,9 @@
-#include "amd/Overdrive8State.h"
+#include "sim/amd/Overdrive8State.h"
 
 #include <algorithm>
 
-#include "amd/results.h"
-#include "model/rounding.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "amd/adl_records.h"
-#include "board/Board.h"
-#include "model/ThermalModel.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
 
 namespace gputune::sim {
 

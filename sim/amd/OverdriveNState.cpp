@@ -1,10 +1,10 @@
-#include "amd/OverdriveNState.h"
+#include "sim/amd/OverdriveNState.h"
 
 #include <algorithm>
 #include <span>
 
-#include "amd/results.h"
-#include "model/rounding.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 

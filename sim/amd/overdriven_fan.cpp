@@ -1,8 +1,8 @@
 // The fan operations of OverdriveNState. Both families of entry points govern the same fan; the last one to set it
 // wins.
-#include "amd/OverdriveNState.h"
-#include "amd/results.h"
-#include "model/rounding.h"
+#include "sim/amd/OverdriveNState.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 

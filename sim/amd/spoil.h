@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "amd/adl_records.h"
-#include "standin/spoil.h"
+#include "sim/standin/spoil.h"
 
 namespace gputune::sim {
 

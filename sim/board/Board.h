@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "board/AmdBoard.h"
-#include "board/IntelBoard.h"
-#include "board/NvidiaBoard.h"
-#include "model/ModelSettings.h"
+#include "sim/board/AmdBoard.h"
+#include "sim/board/IntelBoard.h"
+#include "sim/board/NvidiaBoard.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 

@@ -1,11 +1,11 @@
-#include "board/BoardFile.h"
+#include "sim/board/BoardFile.h"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 

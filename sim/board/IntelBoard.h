@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 
 // The items of a telemetry record.
 enum class Telemetry : std::size_t {
 #define SIM_TELEMETRY(name, ...) name,
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
     Count
 };
 

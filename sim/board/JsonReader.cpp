@@ -1,4 +1,4 @@
-#include "board/JsonReader.h"
+#include "sim/board/JsonReader.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 

@@ -1,4 +1,4 @@
-#include "board/FaultRules.h"
+#include "sim/board/FaultRules.h"
 
 namespace gputune::sim {
 

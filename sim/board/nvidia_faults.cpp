@@ -1,4 +1,4 @@
-#include "board/FaultRules.h"
+#include "sim/board/FaultRules.h"
 
 namespace gputune::sim {
 
@@ -9,7 +9,7 @@ constexpr std::string_view kQueryInterface = "nvapi_QueryInterface";
 constexpr std::string_view kEntryPoints[] = {
     kQueryInterface,
 #define SIM_NVAPI(name, identifier) #name,
-#include "board/nvapi_entry_points.inc"
+#include "sim/board/nvapi_entry_points.inc"
 };
 
 // Returns an address: a result would be one that a client calls.

@@ -1,4 +1,4 @@
-#include "host/SimulatedMachine.h"
+#include "sim/host/SimulatedMachine.h"
 
 #include <windows.h>
 
@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "board/BoardFile.h"
-#include "standin/utf8.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/board/BoardFile.h"
+#include "sim/standin/utf8.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 

@@ -1,9 +1,9 @@
-#include "intel/IntelDeviceState.h"
+#include "sim/intel/IntelDeviceState.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "intel/ctl_codes.h"
+#include "sim/intel/ctl_codes.h"
 
 namespace gputune::sim {
 
@@ -92,7 +92,7 @@ int IntelDeviceState::GetTelemetry(intel::ctl_power_telemetry_t& out, Readings c
         }
     };
 #define SIM_TELEMETRY(name, ...) fill(out.name, Telemetry::name, double{__VA_ARGS__});
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
     return kCtlSuccess;
 }
 

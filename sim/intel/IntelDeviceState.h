@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "board/IntelBoard.h"
 #include "intel/ctl_records.h"
-#include "model/ThermalModel.h"
+#include "sim/board/IntelBoard.h"
+#include "sim/model/ThermalModel.h"
 
 namespace gputune::sim {
 

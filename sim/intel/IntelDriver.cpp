@@ -1,4 +1,4 @@
-#include "intel/IntelDriver.h"
+#include "sim/intel/IntelDriver.h"
 
 #include <utility>
 

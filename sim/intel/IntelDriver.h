@@ -6,12 +6,12 @@
 #include <memory>
 #include <vector>
 
-#include "board/Board.h"
-#include "intel/IntelDeviceState.h"
-#include "intel/ctl_codes.h"
 #include "intel/ctl_records.h"
-#include "model/ThermalModel.h"
-#include "standin/BoardDriver.h"
+#include "sim/board/Board.h"
+#include "sim/intel/IntelDeviceState.h"
+#include "sim/intel/ctl_codes.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
 

@@ -1,4 +1,4 @@
-#include "intel/IntelStandIn.h"
+#include "sim/intel/IntelStandIn.h"
 
 #include <utility>
 

@@ -3,9 +3,9 @@
 
 #include <type_traits>
 
-#include "intel/IntelDriver.h"
-#include "intel/spoil.h"
-#include "standin/StandIn.h"
+#include "sim/intel/IntelDriver.h"
+#include "sim/intel/spoil.h"
+#include "sim/standin/StandIn.h"
 
 namespace gputune::sim {
 

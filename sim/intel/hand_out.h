@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "intel/IntelDeviceState.h"
-#include "intel/ctl_codes.h"
+#include "sim/intel/IntelDeviceState.h"
+#include "sim/intel/ctl_codes.h"
 
 namespace gputune::sim {
 

@@ -11,7 +11,7 @@
 #include <type_traits>
 
 #include "intel/ctl_records.h"
-#include "standin/spoil.h"
+#include "sim/standin/spoil.h"
 
 namespace gputune::sim {
 
@@ -57,7 +57,7 @@ inline void Spoil(intel::ctl_power_telemetry_t& record) {
         }
     };
 #define SIM_TELEMETRY(name, ...) spoil(record.name);
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
 }
 inline void Spoil(intel::ctl_fan_properties_t& record) {
     record.canControl = kOddFlag;

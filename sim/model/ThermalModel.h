@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 

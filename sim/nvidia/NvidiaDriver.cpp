@@ -1,9 +1,9 @@
-#include "nvidia/NvidiaDriver.h"
+#include "sim/nvidia/NvidiaDriver.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "model/rounding.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 

@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "board/Board.h"
-#include "model/ThermalModel.h"
-#include "nvidia/nvapi_codes.h"
 #include "nvidia/nvapi_records.h"
-#include "standin/BoardDriver.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/nvidia/nvapi_codes.h"
+#include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
 

@@ -1,4 +1,4 @@
-#include "nvidia/NvidiaStandIn.h"
+#include "sim/nvidia/NvidiaStandIn.h"
 
 #include <utility>
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "nvidia/NvidiaDriver.h"
-#include "standin/StandIn.h"
-#include "standin/spoil.h"
+#include "sim/nvidia/NvidiaDriver.h"
+#include "sim/standin/StandIn.h"
+#include "sim/standin/spoil.h"
 
 namespace gputune::sim {
 

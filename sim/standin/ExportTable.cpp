@@ -1,4 +1,4 @@
-#include "standin/ExportTable.h"
+#include "sim/standin/ExportTable.h"
 
 #include <windows.h>
 

@@ -1,11 +1,11 @@
-#include "standin/StandIn.h"
+#include "sim/standin/StandIn.h"
 
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
 
-#include "standin/ExportTable.h"
-#include "standin/ansi_texts.h"
+#include "sim/standin/ExportTable.h"
+#include "sim/standin/ansi_texts.h"
 
 namespace gputune::sim {
 

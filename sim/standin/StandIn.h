@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "board/FaultRules.h"
-#include "model/TimeSource.h"
-#include "standin/BoardDriver.h"
-#include "standin/CallLog.h"
+#include "sim/board/FaultRules.h"
+#include "sim/model/TimeSource.h"
+#include "sim/standin/BoardDriver.h"
+#include "sim/standin/CallLog.h"
 
 namespace gputune::sim {
 

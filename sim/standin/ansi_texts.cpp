@@ -1,6 +1,6 @@
-#include "standin/ansi_texts.h"
+#include "sim/standin/ansi_texts.h"
 
-#include "standin/utf8.h"
+#include "sim/standin/utf8.h"
 
 namespace gputune::sim {
 

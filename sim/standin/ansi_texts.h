@@ -1,7 +1,7 @@
 // Board files are in UTF-8; a driver tells its texts in the system's ANSI code page, and so does a stand-in.
 #pragma once
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 

@@ -1,4 +1,4 @@
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 #include <combaseapi.h>
 #include <wbemidl.h>
@@ -8,8 +8,8 @@
 #include <thread>
 #include <utility>
 
-#include "wmi/wmi_objects.h"
-#include "wmi/wmi_state.h"
+#include "sim/wmi/wmi_objects.h"
+#include "sim/wmi/wmi_state.h"
 
 namespace gputune::sim {
 

@@ -5,7 +5,7 @@
 
 #include <unknwn.h>
 
-#include "wmi/wmi_state.h"
+#include "sim/wmi/wmi_state.h"
 
 // COM interfaces have no virtual destructors; objects delete themselves, by their own type.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"

@@ -1,11 +1,11 @@
-#include "wmi/wmi_objects.h"
+#include "sim/wmi/wmi_objects.h"
 
 #include <oleauto.h>
 
 #include <cwchar>
 
-#include "wmi/com_object.h"
-#include "wmi/unsupported_methods.h"
+#include "sim/wmi/com_object.h"
+#include "sim/wmi/unsupported_methods.h"
 
 namespace gputune::sim {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 

@@ -7,7 +7,7 @@
 
 #include "adapter/AdapterApiType.h"
 #include "amd/AdlFunctions.h"
-#include "amd/AdlMemory.h"
+#include "amd/adl_memory.h"
 #include "log/DebugLog.h"
 
 namespace gputune::amd {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 namespace gputune::amd {
 

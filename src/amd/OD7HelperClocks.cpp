@@ -1,7 +1,7 @@
 // OverdriveN: user clocks and voltages.
 #include "amd/OD7Helper.h"
 
-#include "adapter/single_precision.h"
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
 

@@ -3,7 +3,7 @@
 
 #include "amd/OD7Helper.h"
 
-#include "adapter/single_precision.h"
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
 

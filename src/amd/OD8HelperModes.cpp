@@ -1,6 +1,6 @@
 // Overdrive8: clocks, performance modes and the clock settings' read-back.
-#include "adapter/single_precision.h"
 #include "amd/Od8Request.h"
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
 

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "amd/OD8Helper.h"
-#include "platform/display_source.h"
+#include "platform/DisplayAdapter.h"
 #include "platform/text.h"
 
 namespace gputune::amd {

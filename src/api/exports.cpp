@@ -5,7 +5,7 @@
 // operation does not write keeps what the caller had there.
 #include <cstring>
 
-#include "api/Boundary.h"
+#include "api/boundary.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "detect/WmiQuery.h"
+#include "detect/wmi_query.h"
 #include "log/DebugLog.h"
 
 namespace gputune {

@@ -2,7 +2,7 @@
 // where it is. They log nothing.
 #include <cstddef>
 
-#include "intel/ControlLibrary.h"
+#include "intel/control_library.h"
 #include "intel/ctl_functions.h"
 
 namespace gputune::intel {

@@ -17,7 +17,7 @@
 #include <string>
 #include <string_view>
 
-#include "log/Text.h"
+#include "log/LineText.h"
 
 namespace gputune::log {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <limits>
 
-#include "nvidia/DriverStore.h"
+#include "nvidia/driver_store.h"
 #include "nvidia/file_names.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
-#include "platform/trust.h"
 #include "platform/version.h"
 
 namespace gputune::nvidia {

@@ -20,7 +20,7 @@
 #include <string>
 
 #include "gputune.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace {
 

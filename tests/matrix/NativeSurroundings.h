@@ -3,8 +3,8 @@
 
 #include "FakeSystem.h"
 #include "Trial.h"
+#include "machine_native.h"
 #include "memory.h"
-#include "native_platform.h"
 
 // The sanitizers' own.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();

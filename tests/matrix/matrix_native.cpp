@@ -12,7 +12,7 @@
 #include "NativeSurroundings.h"
 #include "Trial.h"
 #include "forwarding.h"
-#include "native_platform.h"
+#include "machine_native.h"
 #include "packing.h"
 #include "totals.h"
 

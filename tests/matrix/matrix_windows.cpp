@@ -15,7 +15,7 @@
 #include <stdexcept>
 
 #include "Trial.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::matrix {
 

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "Outside.h"
-#include "native_platform.h"
+#include "machine_native.h"
 
 namespace gputune::matrix {
 

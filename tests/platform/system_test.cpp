@@ -7,12 +7,12 @@
 #include <thread>
 
 #include "Files.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/library.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/threads.h"
-#include "platform/trust.h"
 
 namespace gputune::test {
 namespace {

@@ -1,4 +1,4 @@
-// What src/platform/stack_protection.cpp gives to the compiler: this program's functions are protected by it, and it
+// What src/runtime/stack_protection.cpp gives to the compiler: this program's functions are protected by it, and it
 // runs itself to see how it ends when one of them writes past the end of an array.
 #include <windows.h>
 

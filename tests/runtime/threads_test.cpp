@@ -1,4 +1,4 @@
-// What src/platform/runtime_threads.cpp gives to the compiler's runtime: statics that are made once, exceptions of each
+// What src/runtime/threads.cpp gives to the compiler's runtime: statics that are made once, exceptions of each
 // thread's own, mutexes. A program of its own: with a test framework the runtime's functions of the same names would
 // come in, too.
 #include <pthread.h>

@@ -1,5 +1,5 @@
-// The errors of the standard library's containers, as src/api/throw.cpp throws them. A program of its own: with a test
-// framework the runtime's functions of the same names would come in, too.
+// The errors of the standard library's containers, as src/runtime/throw.cpp throws them. A program of its own: with a
+// test framework the runtime's functions of the same names would come in, too.
 #include <cstdio>
 #include <cstring>
 #include <exception>

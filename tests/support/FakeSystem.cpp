@@ -8,10 +8,10 @@
 
 #include "Outside.h"
 #include "fake_libraries.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
-#include "platform/trust.h"
 #include "platform/version.h"
 
 namespace gputune::test {

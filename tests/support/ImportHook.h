@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 

@@ -145,7 +145,7 @@ public:
     int UnloadCount() const;
 
     // Write the profile file where the library under test looks for it, or make sure that there is none. Under Windows
-    // that is one place for all tests: only for tests in profile_*_test.cpp, which run one after the other.
+    // that is one place for all tests: only for tests in acceptance/profile/, which run one after the other.
     void WriteProfile(std::string const& text);
     void RemoveProfile();
 

@@ -8,7 +8,7 @@
 
 #include "ImportHook.h"
 #include "Machine.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 

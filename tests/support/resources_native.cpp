@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <iterator>
 
-#include "Resources.h"
+#include "resources.h"
 
 // The address sanitizer's. Its header is not everywhere where the compiler is.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "Resources.h"
+#include "resources.h"
 
 namespace gputune::test {
 

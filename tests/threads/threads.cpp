@@ -10,7 +10,7 @@
 
 #include "AllAtOnce.h"
 #include "FakeSystem.h"
-#include "amd/AdlMemory.h"
+#include "amd/adl_memory.h"
 #include "fake_libraries.h"
 #include "log/DebugLog.h"
 #include "nvidia/Nvapi.h"

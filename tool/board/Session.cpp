@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "host/SimulatedMachine.h"
+#include "sim/host/SimulatedMachine.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
 #include "tool/values/Numbers.h"

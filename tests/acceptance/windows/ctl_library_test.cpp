@@ -7,7 +7,7 @@
 
 #include "../ctl_client.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

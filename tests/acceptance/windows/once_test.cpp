@@ -10,7 +10,7 @@
 
 #include "AllAtOnce.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

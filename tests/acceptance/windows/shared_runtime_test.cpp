@@ -8,8 +8,8 @@
 #include <stdexcept>
 
 #include "ImportHook.h"
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

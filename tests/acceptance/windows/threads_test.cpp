@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "AllAtOnce.h"
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

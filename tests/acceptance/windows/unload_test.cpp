@@ -12,9 +12,9 @@
 
 #include "ChildProcess.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
 #include "boards.h"
 #include "intel_board.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {
