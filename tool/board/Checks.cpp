@@ -49,7 +49,7 @@ ClockCommand PlanOverdrive8(ClockRequest const& request, ClockSetting const& gpu
     if ((keepsGpu && gpu.CurrentClock == kNotAvailable) || (keepsMemory && memory.CurrentClock == kNotAvailable)) {
         throw UnsupportedError("its current clocks cannot be read.");
     }
-    // This interface always takes both clocks, so what is to stay is sent as it is.
+    // Overdrive8 always takes both clocks: for a clock that is to stay, its current value is sent.
     int const currentMem = memory.Valid ? memory.CurrentClock : 0;
     ClockCommand command{gpu.CurrentClock, 0, currentMem, 0, false};
     if (request.gpuClock.value_or(0) != 0) {
@@ -89,7 +89,7 @@ ClockCommand PlanIntel(ClockRequest const& request) {
     if (request.gpuVoltage || request.memVoltage) {
         throw UnsupportedError("Intel boards take no voltages. Leave out --gpu-voltage and --mem-voltage.");
     }
-    // An offset of 0 is a setting, and the offsets in effect cannot be read: nothing can be kept.
+    // 0 is an offset like any other, and the offsets in effect cannot be read. So no offset can stay as it is.
     if (!request.gpuClock || !request.memClock) {
         throw UsageError(
             "Intel boards take offsets in MHz from the default clocks, both at once: give --gpu and --mem "
@@ -135,7 +135,7 @@ void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setti
 }
 
 void CheckFanSpeed(int percent, FanSetting const& setting) {
-    // A board with a single point reports there the range of its lowest speed, which says nothing about a fixed one.
+    // On a board with a single point this range is that of its lowest speed, not of a fixed speed.
     if (setting.Valid && setting.PointCount >= 2) {
         CheckKnownRange("Fan speed", percent, setting.Points[0].MinSpeed, setting.Points[0].MaxSpeed, Unit::Percent);
     }

@@ -1,4 +1,4 @@
-// What is checked before anything is sent to the board. Pure: settings in, a checked request or an error out.
+// What the tool checks before it sends anything to the board.
 #pragma once
 
 #include <optional>
@@ -17,16 +17,16 @@ void CheckRange(std::string const& what, int value, int minimum, int maximum, Un
 // ---- Fan ----
 
 // Throws ToolError when the board has no curve or a point is outside its range, UsageError when the number of points is
-// not the board's. Intel fans do not report their ranges and number of points: there the driver judges.
+// not the board's. Intel fans report neither ranges nor a number of points; their driver checks the curve.
 void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setting, std::uint32_t api);
 UsageError WrongPointCount(int expected, std::size_t given);
-// A fixed speed against the range of the curve's first point, which governs it. Nothing is checked where the board
-// reports no range.
+// Throws ToolError when a fixed speed is outside the range of the curve's first point, which is valid for it. Does
+// nothing when the board reports no range.
 void CheckFanSpeed(int percent, FanSetting const& setting);
 
 // ---- Clocks ----
 
-// As asked for: MHz and mV; nothing and 0 keep the current value.
+// What the user asks for, in MHz and mV. Both nothing and 0 keep the current value.
 struct ClockRequest {
     std::optional<int> gpuClock{};
     std::optional<int> gpuVoltage{};
@@ -40,10 +40,11 @@ struct ClockCommand {
     int gpuVoltage;
     int memClock;
     int memVoltage;
-    bool inEffect;  // the board runs at these clocks already; Overdrive8 then answers false
+    bool inEffect;  // the board runs at these clocks already, in which case the Overdrive8 backend returns false
 };
 
-// Throws UsageError for a request no board of this interface takes, ToolError for a value outside the board's ranges.
+// Throws UsageError for a request that no board of this interface takes, ToolError for a value outside the board's
+// ranges.
 ClockCommand PlanClocks(std::uint32_t api, ClockRequest const& request, ClockSetting const& gpu,
                         ClockSetting const& memory);
 

@@ -30,7 +30,7 @@ std::wstring MakeFolder() {
         return L"";
     }
     std::wstring const start = directory + (L"gputunectl-" + std::to_wstring(GetCurrentProcessId())) + L"-";
-    // One that is there already is somebody else's.
+    // A folder that exists already belongs to another process.
     for (int i = 0; i < 100; ++i) {
         std::wstring folder = start + std::to_wstring(i);
         if (CreateDirectoryW(folder.c_str(), nullptr)) {

@@ -24,7 +24,7 @@ void Resolve(void* module, char const* name, std::wstring const& path, Function&
 }
 
 void* Load(std::wstring const& path) {
-    // The library itself imports from the system only. The flag needs an update on Windows 7.
+    // The library imports from system DLLs only. Windows 7 knows this flag only with an update.
     HMODULE const kernel = GetModuleHandleW(L"kernel32.dll");
     bool const knowsFlags = GetProcAddress(kernel, "SetDefaultDllDirectories") != nullptr;
     DWORD const flags = knowsFlags ? LOAD_LIBRARY_SEARCH_SYSTEM32 : LOAD_WITH_ALTERED_SEARCH_PATH;

@@ -42,7 +42,7 @@ public:
     GPUTUNE_TOOL_EXPORTS(GPUTUNE_TOOL_MEMBER)
 #undef GPUTUNE_TOOL_MEMBER
 
-    // The board's fan settings. Fields that the backend does not know are `kUntouched` (values/FanCurve.h).
+    // The board's fan settings. Fields that the backend does not write are kUntouched (values/FanCurve.h).
     ::FanSetting ReadFanSetting() const;
 
 private:
@@ -50,10 +50,9 @@ private:
         void operator()(void* module) const;
     };
 
-    // A function that returns a record takes, in its binary form, the address of the record as its first argument and
-    // returns it. Called by its declaration, the compiler provides storage with undefined contents; but GetFanSetting
-    // leaves the points of OverdriveN boards as they are. Called in this form, with storage that was filled before,
-    // what was left is told from what was read.
+    // In binary form, a function that returns a record takes the record's address as its first argument and returns
+    // that address. GetFanSetting does not write the points of OverdriveN boards. Called in this form, it gets a record
+    // that ReadFanSetting has filled, which shows afterwards which fields were written.
     using GetFanSettingInPlace = FanSetting*(GPUTUNE_CALL*)(FanSetting* storage);
 
     std::unique_ptr<void, Unload> module_;

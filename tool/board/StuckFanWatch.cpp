@@ -5,7 +5,7 @@
 namespace gputune::tool {
 
 bool StuckFanWatch::IsUnsure(std::optional<double> const& speed) {
-    constexpr int kBelieved = 8;
+    constexpr int kBelieved = 8;  // as many equal readings the library reports
     if (!speed) {
         return false;
     }

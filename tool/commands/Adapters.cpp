@@ -7,13 +7,13 @@ namespace gputune::tool {
 
 namespace {
 
-// The names of Intel's adapters or NVIDIA's GPUs, in order, from the log of the start; empty where one has none.
+// The names of Intel's adapters or NVIDIA's GPUs, in order, from the log of the initialisation. A name may be empty.
 std::vector<std::string> LoggedNames(Session const& session) {
     std::vector<std::string> names;
     bool isHighWord = false;
     for (LogEntry const& entry : session.LogSince(0)) {
         if (entry.tag == "[IGCLHelper::IGCLHelper()] Adapter ID") {
-            // An adapter has two of these, and then its name.
+            // For each adapter the log has two of these entries, and then its name.
             if (!isHighWord) {
                 names.emplace_back();
             }
@@ -42,7 +42,7 @@ std::vector<Adapter> ListAdapters(Session const& session) {
         adapters.push_back({.index = index});
     }
     std::vector<std::string> const names = LoggedNames(session);
-    // NVIDIA's interface shows every GPU, and the library works with the first.
+    // NVIDIA's interface lists every GPU, but the library works with the first one only.
     if (session.Vendor() == GPUTUNE_VENDOR_NVIDIA) {
         while (adapters.size() < names.size()) {
             adapters.push_back({.index = static_cast<int>(adapters.size()), .isSelectable = false});
@@ -91,12 +91,12 @@ int RunAdapters(GlobalOptions const& options) {
 }  // namespace
 
 void AddAdaptersCommand(CLI::App& app, Context& context) {
-    CLI::App* adapters = app.add_subcommand("adapters", "List the adapters that --adapter can select");
-    adapters->footer(
-        "Examples:\n"
-        "  gputunectl adapters\n"
-        "  gputunectl --adapter 1 sensors");
-    RunWhenChosen(adapters, context, RunAdapters);
+    AddCommand(app, context,
+               {"adapters", "List the adapters that --adapter can select",
+                "Examples:\n"
+                "  gputunectl adapters\n"
+                "  gputunectl --adapter 1 sensors"},
+               RunAdapters);
 }
 
 }  // namespace gputune::tool

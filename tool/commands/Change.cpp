@@ -44,7 +44,7 @@ int FinishChange(Session const& session, GlobalOptions const& options, Change ch
     result.SetOutcome(std::move(change.command), std::move(sentence),
                       {readBack.IsDone(), readBack.Confirmed(), readBack.Problems()});
     for (Section& section : change.sections) {
-        // Programs get every key at every time.
+        // JSON always has every key.
         if (section.available || options.json) {
             result.Add(std::move(section));
         }

@@ -1,4 +1,4 @@
-// The steps of a command that changes the board, and the state of the board that is shown and compared afterwards.
+// The steps of a command that changes the board, and the board's state, which is shown and compared afterwards.
 #pragma once
 
 #include <string>
@@ -14,13 +14,13 @@ namespace gputune::tool {
 
 // Throws ToolError when the board was not opened, UnsupportedError when it is one that this library only monitors.
 void RequireTunable(Session const& session);
-// Asks whether `change` ("Set the fan speed to 60 %") is to be done, when someone is there to ask and --yes was not
-// given. Throws ToolError when the answer is no.
+// Asks the user whether to do `change` ("Set the fan speed to 60 %"), unless --yes was given or standard input is no
+// console. Throws ToolError when the answer is no.
 void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change);
 // Throws ToolError with a hint at the log when `done` is false. `what` names the change: "the fan speed".
 void RequireDone(Session const& session, bool done, std::string const& what);
 
-// A change that the driver took, as far as the library's function tells.
+// A change for which the library's function returned success.
 struct Change {
     std::string command;   // as typed, for JSON: "fan set"
     std::string what;      // what was sent: "fan speed 60 %"
@@ -29,8 +29,8 @@ struct Change {
     std::vector<Section> sections;  // the new state
 };
 
-// Prints the result: the sentence, or that the board does not tell, and the new state as far as it can be read back.
-// Returns the exit code; throws ToolError after printing when the board shows something else.
+// Prints the result: the sentence, or that the change is not confirmed, and the new state as far as it can be read.
+// Returns the exit code; throws ToolError after printing when the board shows another state.
 int FinishChange(Session const& session, GlobalOptions const& options, Change change);
 
 // ---- The state ----
@@ -41,11 +41,11 @@ Section PowerSection(Session const& session);
 Section GpuClockSection(Session const& session);
 Section MemoryClockSection(Session const& session);
 
-// The limit in effect beside `percent`, cut to the board's range. Nothing is compared on boards that have none.
+// Compares the limit in effect with `percent`, cut to the board's range. Does nothing on boards without a power limit.
 void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack);
-// The clock in effect beside `megahertz`.
+// Compares the clock in effect with `megahertz`.
 void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack);
-// All that a return to the defaults sets, beside the defaults that the board tells.
+// Compares clocks and power limit with the defaults that the board reports.
 ReadBack CompareDefaults(Session const& session);
 
 }  // namespace gputune::tool

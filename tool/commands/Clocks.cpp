@@ -10,13 +10,13 @@ namespace gputune::tool {
 
 namespace {
 
-// OverdriveN boards with fewer memory than engine levels answer 0, which no running board has.
+// OverdriveN boards with fewer memory levels than engine levels report 0, which is no clock of a running board.
 Value CurrentClock(ClockSetting const& setting) {
     return setting.CurrentClock == 0 ? Value() : IntValue(setting.CurrentClock);
 }
 
 Section ClockSection(char const* key, char const* title, ClockSetting const& setting) {
-    // Boards without an adjustable voltage report a range of nothing.
+    // A board without an adjustable voltage reports a range of 0 to 0.
     bool const hasVoltage = setting.MinVoltage != 0 || setting.MaxVoltage != 0;
     auto const voltage = [hasVoltage](int value) { return hasVoltage ? IntValue(value) : Value(); };
     return {
@@ -51,7 +51,7 @@ void CompareVoltage(char const* what, int millivolts, ClockSetting const& settin
                      Unit::Millivolt, kClockTolerance);
 }
 
-// What was asked for, beside what AMD boards show.
+// Compares what was asked for with what an AMD board shows.
 ReadBack CompareRequest(Library const& api, ClockRequest const& request) {
     ReadBack readBack;
     ClockSetting const gpu = api.GetGpuClockSetting();
@@ -69,7 +69,7 @@ ReadBack CompareRequest(Library const& api, ClockRequest const& request) {
     return readBack;
 }
 
-// Intel's functions do not tell the offsets; the library logs what it read back.
+// The Intel backend's functions do not return the offsets, but the library logs what it read back.
 ReadBack CompareOffsets(LogEntries const& entries, ClockCommand const& command) {
     auto const logged = [&entries](char const* tagEnd) {
         std::optional<std::string> const text = LastMessage(entries, tagEnd);
@@ -140,7 +140,7 @@ int RunClocksDefault(GlobalOptions const& options) {
 }  // namespace
 
 void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack) {
-    // OverdriveN boards with fewer memory than engine levels answer 0.
+    // 0 as in CurrentClock.
     bool const isTold = setting.Valid && setting.CurrentClock > 0;
     readBack.Compare(what, megahertz, isTold ? std::optional<double>(setting.CurrentClock) : std::nullopt,
                      Unit::Megahertz, kClockTolerance);
@@ -154,8 +154,8 @@ ReadBack CompareDefaults(Session const& session) {
     }
     ClockSetting const memory = api.GetMemClockSetting();
     if (memory.Valid && session.ApiType() == GPUTUNE_API_OVERDRIVEN) {
-        // The clock in effect is told of the level that has the highest engine level's number, which need not be the
-        // one that has the default clock.
+        // The board reports the memory level with the number of the highest engine level. That need not be the level of
+        // the default clock.
         readBack.AddUnreported("memory clock");
     } else if (memory.Valid) {
         CompareClock("memory clock", memory.DefaultClock, memory, readBack);
@@ -181,12 +181,18 @@ void AddClocksCommands(CLI::App& app, Context& context) {
         "  gputunectl clocks set --gpu 1500 --mem 1000\n"
         "  gputunectl clocks default");
 
-    CLI::App* get = clocks->add_subcommand("get", "Show clocks, voltages and their ranges");
-    get->footer("Example:\n  gputunectl clocks get");
-    RunWhenChosen(get, context, RunClocksGet);
+    AddCommand(*clocks, context, {"get", "Show clocks, voltages and their ranges", "Example:\n  gputunectl clocks get"},
+               RunClocksGet);
 
-    CLI::App* set = clocks->add_subcommand("set", "Set clocks and voltages; what is not given stays as it is");
     auto const request = std::make_shared<ClockRequest>();
+    CLI::App* set = AddCommand(*clocks, context,
+                               {"set", "Set clocks and voltages; what is not given stays as it is",
+                                "Intel boards take offsets from the default clocks, --gpu and --mem together.\n"
+                                "Examples:\n"
+                                "  gputunectl clocks set --gpu 1500\n"
+                                "  gputunectl clocks set --gpu 1500 --gpu-voltage 1100 --mem 1000\n"
+                                "  gputunectl clocks set --gpu 50 --mem 0"},
+                               RunClocksSet, request);
     set->add_option("--gpu", request->gpuClock, "GPU clock in MHz, 0 keeps it; Intel: offset in MHz")
         ->transform(DecimalNumber())
         ->type_name("MHZ");
@@ -199,17 +205,11 @@ void AddClocksCommands(CLI::App& app, Context& context) {
     set->add_option("--mem-voltage", request->memVoltage, "Memory voltage in mV, 0 keeps it; AMD OverdriveN only")
         ->transform(DecimalNumber())
         ->type_name("MV");
-    set->footer(
-        "Intel boards take offsets from the default clocks, --gpu and --mem together.\n"
-        "Examples:\n"
-        "  gputunectl clocks set --gpu 1500\n"
-        "  gputunectl clocks set --gpu 1500 --gpu-voltage 1100 --mem 1000\n"
-        "  gputunectl clocks set --gpu 50 --mem 0");
-    RunWhenChosen(set, context, RunClocksSet, request);
 
-    CLI::App* restore = clocks->add_subcommand("default", "Restore the default clocks, voltages and power limit");
-    restore->footer("Example:\n  gputunectl clocks default");
-    RunWhenChosen(restore, context, RunClocksDefault);
+    AddCommand(
+        *clocks, context,
+        {"default", "Restore the default clocks, voltages and power limit", "Example:\n  gputunectl clocks default"},
+        RunClocksDefault);
 }
 
 }  // namespace gputune::tool

@@ -36,23 +36,32 @@ void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the
 
 // ---- What the commands share ----
 
-// When the command line names this command, main is to run this function, with the arguments as they are then.
+struct CommandTexts {
+    char const* name;
+    char const* description;  // one line
+    char const* footer;       // stands below the help: examples, and what else there is to say
+};
+
+// Adds a command. When the command line names it, main will run this function, with the arguments that were parsed by
+// then.
 template <class... Parameters, class... Arguments>
-void RunWhenChosen(CLI::App* command, Context& context, int (*run)(GlobalOptions const&, Parameters...),
-                   std::shared_ptr<Arguments>... arguments) {
+CLI::App* AddCommand(CLI::App& parent, Context& context, CommandTexts const& texts,
+                     int (*run)(GlobalOptions const&, Parameters...), std::shared_ptr<Arguments>... arguments) {
+    CLI::App* const command = parent.add_subcommand(texts.name, texts.description);
+    command->footer(texts.footer);
     command->callback([&context, run, arguments...] {
         context.run = [&context, run, arguments...] { return run(context.options, *arguments...); };
     });
+    return command;
 }
 
-// For options that are whole numbers (as a transform): decimal, leading zeros or not. The command-line library by
-// itself reads 050 as 40.
+// A transform for options that are whole numbers: decimal, even with leading zeros. CLI11 itself reads 050 as 40.
 CLI::Validator DecimalNumber();
 
-// Text or JSON on standard output, as --json says.
+// Prints text, or JSON with --json, on standard output.
 void Print(GlobalOptions const& options, Result const& result);
-// The result of a "get" command. After printing, throws ToolError when no section is available, and UnsupportedError
-// when this library cannot read `what` ("its fan") on any such board.
+// Prints the result of a "get" command. Afterwards throws ToolError when no section is available, or UnsupportedError
+// when the library cannot read `what` ("its fan") on any board of this vendor.
 void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
                    std::string const& what);
 

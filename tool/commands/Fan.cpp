@@ -17,7 +17,7 @@ Value FanValue(int field) {
     return IsKnown(field) ? Value{std::int64_t{field}} : Value{};
 }
 
-// Of the points that the record has room for.
+// At most as many as the record has room for.
 int CountPoints(FanSetting const& setting) {
     return std::clamp(setting.PointCount, 0, static_cast<int>(std::size(setting.Points)));
 }
@@ -50,7 +50,7 @@ int RunFanGet(GlobalOptions const& options) {
     return kExitSuccess;
 }
 
-// What the fans answered. Throws UnsupportedError when none was sent anything.
+// What the fans answered. Throws UnsupportedError when nothing was sent to any fan.
 ReadBack ReadBackOf(FanAnswers const& answers) {
     std::size_t const unsent =
         answers.Count(FanAnswer::Kind::UnknownMode) + answers.Count(FanAnswer::Kind::NothingSent);
@@ -65,8 +65,7 @@ ReadBack ReadBackOf(FanAnswers const& answers) {
     return readBack;
 }
 
-// The points of the board's curve in effect beside those that `asked` gives for each; on boards without a curve nothing
-// can be compared.
+// Compares the points of the board's curve with those that `asked` returns for each. A board without a curve has none.
 template <class Asked>
 ReadBack ComparePoints(Session const& session, Asked&& asked) {
     ReadBack readBack;
@@ -86,7 +85,7 @@ ReadBack ComparePoints(Session const& session, Asked&& asked) {
     return readBack;
 }
 
-// What became of a change of the fan that was sent when the log was at `mark`.
+// Whether the fan took a change that was sent when the log had `mark` entries.
 template <class Asked>
 ReadBack ReadBackFan(Session const& session, std::size_t mark, Asked&& asked) {
     return session.ApiType() == GPUTUNE_API_IGCL ? ReadBackOf(ReadFanAnswers(session.LogSince(mark)))
@@ -101,7 +100,7 @@ int RunFanSet(GlobalOptions const& options, int percent) {
     ConfirmChange(session, options, "Set the fan speed to " + speed);
     std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(percent), "the fan speed");
-    // A fixed speed is a flat curve where there is one; the temperatures stay.
+    // On a board with a curve, a fixed speed is set as the speed of all points.
     auto const asked = [percent](int, FanPoint const&) {
         return FanTablePoint{.FanSpeed = percent, .FanTemperature = kUntouched};
     };
@@ -120,7 +119,7 @@ int RunFanAuto(GlobalOptions const& options) {
     std::size_t const mark = session.LogMark();
     RequireDone(session, session.Api().SetFanSpeed(-1), "to take over the fan");
     auto const asked = [](int, FanPoint const& point) {
-        // A setting that the board does not have has a range of nothing.
+        // A range of 0 to 0 means that the board does not have this setting.
         bool const hasSpeed = point.MinSpeed != 0 || point.MaxSpeed != 0;
         bool const hasTemperature = point.MinTemperature != 0 || point.MaxTemperature != 0;
         return FanTablePoint{.FanSpeed = hasSpeed ? point.DefaultSpeed : kUntouched,
@@ -161,7 +160,7 @@ int RunFanCurve(GlobalOptions const& options, std::vector<std::string> const& po
         if (answers.expectedPoints) {
             throw WrongPointCount(*answers.expectedPoints, curve.size());
         }
-        // Which fan refused it is said below.
+        // FinishChange says which fan refused it.
         done = done || !ReadBackOf(answers).IsDone();
     }
     RequireDone(session, done, "the fan curve");
@@ -205,37 +204,36 @@ void AddFanCommands(CLI::App& app, Context& context) {
         "  gputunectl fan auto\n"
         "  gputunectl fan curve 40:20 55:30 65:45 75:65 85:90");
 
-    CLI::App* get = fan->add_subcommand("get", "Show the fan's speed, ranges and curve");
-    get->footer("Example:\n  gputunectl fan get");
-    RunWhenChosen(get, context, RunFanGet);
+    AddCommand(*fan, context, {"get", "Show the fan's speed, ranges and curve", "Example:\n  gputunectl fan get"},
+               RunFanGet);
 
-    CLI::App* set = fan->add_subcommand("set", "Set a fixed speed");
     auto const percent = std::make_shared<int>(0);
+    CLI::App* set = AddCommand(*fan, context, {"set", "Set a fixed speed", "Example:\n  gputunectl fan set 60"},
+                               RunFanSet, percent);
     set->add_option("percent", *percent, "Speed in percent, 0 to 100")
         ->required()
         ->transform(DecimalNumber())
         ->check(CLI::Range(0, 100))
         ->type_name("PERCENT");
-    set->footer("Example:\n  gputunectl fan set 60");
-    RunWhenChosen(set, context, RunFanSet, percent);
 
-    CLI::App* automatic = fan->add_subcommand("auto", "Return the fan to the driver's automatic control");
-    automatic->footer("Example:\n  gputunectl fan auto");
-    RunWhenChosen(automatic, context, RunFanAuto);
+    AddCommand(*fan, context,
+               {"auto", "Return the fan to the driver's automatic control", "Example:\n  gputunectl fan auto"},
+               RunFanAuto);
 
-    CLI::App* curve = fan->add_subcommand("curve", "Set a fan curve");
     auto const points = std::make_shared<std::vector<std::string>>();
+    CLI::App* curve = AddCommand(
+        *fan, context,
+        {"curve", "Set a fan curve",
+         "AMD Overdrive8 boards take five points, Intel fans as many as the fan has; other boards have no curve.\n"
+         "Example:\n"
+         "  gputunectl fan curve 40:20 55:30 65:45 75:65 85:90"},
+        RunFanCurve, points);
     curve
         ->add_option("points", *points,
                      "Points in ascending order, each a temperature in \u00b0C and a speed in percent")
         ->required()
         ->expected(1, 50)
         ->type_name("TEMPERATURE:SPEED");
-    curve->footer(
-        "AMD Overdrive8 boards take five points, Intel fans as many as the fan has; other boards have no curve.\n"
-        "Example:\n"
-        "  gputunectl fan curve 40:20 55:30 65:45 75:65 85:90");
-    RunWhenChosen(curve, context, RunFanCurve, points);
 }
 
 }  // namespace gputune::tool

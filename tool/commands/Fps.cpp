@@ -26,14 +26,15 @@ int RunFps(GlobalOptions const& options) {
 }  // namespace
 
 void AddFpsCommand(CLI::App& app, Context& context) {
-    CLI::App* fps = app.add_subcommand("fps", "Show the frame rate that the driver measures on the board's display");
-    fps->footer(
-        "The exit code is 1 when the driver measures none, 3 on boards that do not tell it. Some drivers have crashed\n"
-        "programs that read it.\n"
-        "Examples:\n"
-        "  gputunectl fps\n"
-        "  gputunectl --json fps");
-    RunWhenChosen(fps, context, RunFps);
+    AddCommand(app, context,
+               {"fps", "Show the frame rate that the driver measures on the board's display",
+                "The exit code is 1 when the driver measures none, 3 on boards that do not tell it. Some drivers have "
+                "crashed\n"
+                "programs that read it.\n"
+                "Examples:\n"
+                "  gputunectl fps\n"
+                "  gputunectl --json fps"},
+               RunFps);
 }
 
 }  // namespace gputune::tool

@@ -52,7 +52,7 @@ int RunInfo(GlobalOptions const& options) {
                            {"active_adapter_index", "Active adapter index", index},
                            {"state", "State", pick(state)}},
                 .grids = options.json ? std::vector{ControllerGrid(controllers)} : std::vector<Grid>()});
-    // Where the board cannot be used the error message tells the same.
+    // When the board cannot be used, the error message says the same.
     if (session.State() == InitState::Ready) {
         for (std::string const& remark : Remarks(session, controllers)) {
             result.AddRemark(remark);
@@ -66,13 +66,13 @@ int RunInfo(GlobalOptions const& options) {
 }  // namespace
 
 void AddInfoCommand(CLI::App& app, Context& context) {
-    CLI::App* info = app.add_subcommand("info", "Show the board that was found and its identity");
-    info->footer(
-        "Examples:\n"
-        "  gputunectl info\n"
-        "  gputunectl --simulate boards\\my-board.json info\n"
-        "  gputunectl --adapter 1 --json info");
-    RunWhenChosen(info, context, RunInfo);
+    AddCommand(app, context,
+               {"info", "Show the board that was found and its identity",
+                "Examples:\n"
+                "  gputunectl info\n"
+                "  gputunectl --simulate boards\\my-board.json info\n"
+                "  gputunectl --adapter 1 --json info"},
+               RunInfo);
 }
 
 }  // namespace gputune::tool

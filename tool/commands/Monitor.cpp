@@ -1,4 +1,4 @@
-// monitor: the sensors again and again, on the screen and in a file.
+// monitor: reads the sensors repeatedly and shows them.
 #include <limits>
 
 #include "tool/commands/Commands.h"
@@ -37,14 +37,16 @@ std::string TextLine(Sample const& sample, std::uint32_t vendor) {
     return line + "\n";
 }
 
-// Where the readings go, and how the time between them is spent.
+// How the readings are shown.
 class View {
 public:
     virtual ~View() = default;
-    // False when nobody looks any more.
+    // False when nobody reads the output any more.
     virtual bool Show(Sample const& sample) = 0;
-    // Until the schedule's next moment; false when the user ends it before.
-    virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) = 0;
+    // Waits until the schedule's next moment; false when the user ended the command.
+    virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) {
+        return !interrupt.Wait(schedule.Remaining());
+    }
 };
 
 // Every reading is a line, of text or of JSON.
@@ -56,23 +58,15 @@ public:
         return WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
     }
 
-    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
-        return !interrupt.Wait(schedule.Remaining());
-    }
-
 private:
     bool json_;
     std::uint32_t vendor_;
 };
 
-// Nothing beside the values on standard output.
+// For a recording on standard output: nothing else is shown.
 class NoView : public View {
 public:
     bool Show(Sample const&) override { return true; }
-
-    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
-        return !interrupt.Wait(schedule.Remaining());
-    }
 };
 
 class DashboardView : public View {
@@ -163,8 +157,18 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
 }  // namespace
 
 void AddMonitorCommand(CLI::App& app, Context& context) {
-    CLI::App* command = app.add_subcommand("monitor", "Read the sensors repeatedly until Ctrl+C");
     auto const monitor = std::make_shared<MonitorOptions>();
+    CLI::App* command = AddCommand(
+        app, context,
+        {"monitor", "Read the sensors repeatedly until Ctrl+C",
+         "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "
+         "with\n"
+         "--json an object.\n"
+         "Examples:\n"
+         "  gputunectl monitor\n"
+         "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"
+         "  gputunectl --json monitor --count 10"},
+        RunMonitor, monitor);
     AddSamplingOptions(*command, monitor->sampling);
     command->add_option("--count", monitor->count, "End after this many readings; default: go on until Ctrl+C")
         ->transform(DecimalNumber())
@@ -176,15 +180,6 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
             "Write the readings to this file, too; an existing one is replaced. - is standard output, and nothing else "
             "goes there")
         ->type_name("FILE");
-    command->footer(
-        "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "
-        "with\n"
-        "--json an object.\n"
-        "Examples:\n"
-        "  gputunectl monitor\n"
-        "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"
-        "  gputunectl --json monitor --count 10");
-    RunWhenChosen(command, context, RunMonitor, monitor);
 }
 
 }  // namespace gputune::tool

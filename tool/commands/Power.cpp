@@ -14,12 +14,12 @@ namespace gputune::tool {
 
 namespace {
 
-// Boards without the setting report a range of nothing.
+// A board without a power limit reports a range of 0 to 0.
 bool IsAdjustable(PowerLimitSetting const& setting) {
     return setting.Valid && (setting.Min != 0 || setting.Max != 0);
 }
 
-// Overdrive8 always reads the value in effect: there -1 is a limit of -1 %. OverdriveN tells it with the sensors.
+// The Overdrive8 backend always reads the value in effect, so its -1 is -1 %. OverdriveN boards report it as a sensor.
 std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting const& setting, Readings const& readings) {
     if (IsAdjustable(setting) && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
         return setting.Current;
@@ -32,9 +32,9 @@ struct TemperatureRange {
     int maximum;
 };
 
-// No function of the library tells this range, only the entry that it logs when it refuses a temperature outside of it.
-// So one is asked for that no board takes, along with a power limit outside its range: the library refuses one or the
-// other before it calls the driver, and nothing is sent. Nothing when the board's power range has no outside.
+// No function of the library returns this range. But the library logs it when it refuses a temperature outside of it.
+// So this asks for a temperature that no board takes, together with a power limit outside its range: the library
+// refuses one of them before it calls the driver, and nothing is sent. Nothing when every int is a valid power limit.
 std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, PowerLimitSetting const& setting) {
     constexpr int kLowest = std::numeric_limits<int>::min();
     constexpr int kHighest = std::numeric_limits<int>::max();
@@ -61,7 +61,7 @@ int RunPowerGet(GlobalOptions const& options) {
     return kExitSuccess;
 }
 
-// As asked for; one of them may be left out.
+// What the user asks for. One of them may be missing.
 struct PowerRequest {
     std::optional<int> temperature{};  // degrees Celsius
     std::optional<int> percent{};
@@ -78,7 +78,7 @@ std::string DescribePower(PowerRequest const& request, std::string const& link) 
     return Joined(texts, " and the ");
 }
 
-// The limit in effect, for what is not asked for: OverdriveN boards take both at once.
+// The limit in effect, to be sent again: OverdriveN boards take both limits at once.
 int KeptLimit(std::optional<double> const& inEffect, char const* what, char const* option) {
     if (!inEffect) {
         throw ToolError(std::string("The ") + what +
@@ -87,7 +87,7 @@ int KeptLimit(std::optional<double> const& inEffect, char const* what, char cons
     return static_cast<int>(*inEffect);
 }
 
-// Both limits as arguments, or one or both as options.
+// The user gives both limits as arguments, or one or both as options.
 PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
     bool const hasNamed = named.temperature || named.percent;
     if (hasNamed && limits.empty()) {
@@ -113,7 +113,7 @@ void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting,
     }
 }
 
-// Intel's functions do not tell the limit; the library logs what it read back.
+// The Intel backend's functions do not return the limit, but the library logs what it read back.
 std::optional<double> LoggedLimit(LogEntries const& entries) {
     std::optional<std::string> const text = LastMessage(entries, "(verify) Current Sustained Power Limit Percent");
     return text ? LeadingNumber(*text) : std::nullopt;
@@ -150,7 +150,7 @@ int RunPowerSet(GlobalOptions const& options, std::vector<int> const& limits, Po
 
     ReadBack readBack;
     if (session.ApiType() == GPUTUNE_API_IGCL) {
-        // The board counts in watts.
+        // The tolerance of 1: the driver keeps the limit in watts.
         readBack.Compare("power limit", percent, LoggedLimit(session.LogSince(mark)), Unit::Percent, 1);
     } else {
         Readings const readings = session.ReadSensors();
@@ -232,13 +232,18 @@ void AddPowerCommands(CLI::App& app, Context& context) {
         "  gputunectl power set 85 10\n"
         "  gputunectl power default");
 
-    CLI::App* get = power->add_subcommand("get", "Show the power limit and its range");
-    get->footer("Example:\n  gputunectl power get");
-    RunWhenChosen(get, context, RunPowerGet);
+    AddCommand(*power, context, {"get", "Show the power limit and its range", "Example:\n  gputunectl power get"},
+               RunPowerGet);
 
-    CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
     auto const limits = std::make_shared<std::vector<int>>();
     auto const named = std::make_shared<PowerRequest>();
+    CLI::App* set = AddCommand(*power, context,
+                               {"set", "Set the temperature limit, the power limit or both",
+                                "Examples:\n"
+                                "  gputunectl power set 85 10\n"
+                                "  gputunectl power set --percent -15\n"
+                                "  gputunectl power set --temperature 80"},
+                               RunPowerSet, limits, named);
     set->add_option("limits", *limits,
                     "Temperature limit in \u00b0C (AMD OverdriveN boards only) and power limit in percent, relative to "
                     "the default: -10 is 90 % of it")
@@ -251,16 +256,9 @@ void AddPowerCommands(CLI::App& app, Context& context) {
     set->add_option("--percent", named->percent, "The power limit; the temperature limit stays as it is")
         ->transform(DecimalNumber())
         ->type_name("PERCENT");
-    set->footer(
-        "Examples:\n"
-        "  gputunectl power set 85 10\n"
-        "  gputunectl power set --percent -15\n"
-        "  gputunectl power set --temperature 80");
-    RunWhenChosen(set, context, RunPowerSet, limits, named);
 
-    CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");
-    restore->footer("Example:\n  gputunectl power default");
-    RunWhenChosen(restore, context, RunPowerDefault);
+    AddCommand(*power, context, {"default", "Restore the default power limit", "Example:\n  gputunectl power default"},
+               RunPowerDefault);
 }
 
 }  // namespace gputune::tool

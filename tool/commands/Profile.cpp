@@ -22,17 +22,17 @@ std::uint32_t ParseId(std::string_view text) {
     return *id;
 }
 
-// A float as the file wrote it: 1.05, not 1.0499999523162842.
+// A float as it stands in the file: 1.05, not 1.0499999523162842.
 Value Factor(float value) {
     return FewestDigits(double{value});
 }
 
-// 0 means that the entry does not say; the default entry never does.
+// 0 means that the entry has no such value, which is always so in a default entry.
 Value NotZero(int value) {
     return value == 0 ? Value{} : Value{std::int64_t{value}};
 }
 
-// 0 means that no absolute clock is given and the factor counts.
+// 0 means that the entry gives no clock, only the factor.
 Field GivenClock(char const* key, char const* label, float value, bool json) {
     if (value == 0.0F) {
         return {key, label, json ? Value{} : Value{std::string("none")}, json ? Unit::Megahertz : Unit::None};
@@ -40,7 +40,7 @@ Field GivenClock(char const* key, char const* label, float value, bool json) {
     return {key, label, Factor(value), Unit::Megahertz};
 }
 
-// The record does not tell which entry of the file it was read from; the library's log does.
+// Which entry of the file was read. Only the library's log tells.
 Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
     std::optional<std::string> const used = LastMessage(entries, " config used");
     if (used == "ext. default") {
@@ -49,7 +49,7 @@ Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
     return used ? Value{json ? std::string("board") : "the board's own"} : Value{};
 }
 
-// Which clocks the library worked out from the profile: it logs them before it sends them.
+// Compares with the clocks that the library computed from the profile. It logs them before it sends them.
 void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& readBack) {
     Library const& api = session.Api();
     std::optional<int> gpuClock;
@@ -68,7 +68,7 @@ void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& re
     }
 }
 
-// What applying the profile set, beside what it says.
+// Compares the board's state with what the profile sets.
 ReadBack CompareProfile(Session const& session, std::string const& name, LogEntries const& entries) {
     if (name == "default") {
         return CompareDefaults(session);
@@ -87,7 +87,7 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
         id = ParseId(hwid);
     }
     Session const session(options);
-    // Reading the file takes a backend, not a board; which board is meant can be said.
+    // With an identifier given, an opened board is not needed, only a backend.
     if (!id || session.State() != InitState::AdapterNotOpened) {
         session.RequireReady();
     }
@@ -147,7 +147,7 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
                       : name == "silent" ? api.SetPerformanceSilent()
                                          : api.SetPerformanceDefault();
     if (!done && name != "default") {
-        // The power limit goes first, so a refusal of the clocks may leave it changed.
+        // The library sets the power limit first, so it may have changed although the clocks were refused.
         throw ToolError(
             "The " + what +
                 " profile was not applied as a whole: there is none for this board (see profile show), its "
@@ -166,29 +166,29 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
 }
 
 void AddShow(CLI::App& profile, Context& context) {
-    CLI::App* show = profile.add_subcommand("show", "Show the predefined profiles of a board");
     auto const hwid = std::make_shared<std::string>();
+    CLI::App* show = AddCommand(profile, context,
+                                {"show", "Show the predefined profiles of a board",
+                                 "Examples:\n"
+                                 "  gputunectl profile show\n"
+                                 "  gputunectl profile show 0x12345678"},
+                                RunShow, hwid);
     show->add_option("hwid", *hwid, "The board's identifier, hexadecimal; default: this board's own")
         ->type_name("HWID");
-    show->footer(
-        "Examples:\n"
-        "  gputunectl profile show\n"
-        "  gputunectl profile show 0x12345678");
-    RunWhenChosen(show, context, RunShow, hwid);
 }
 
 void AddApply(CLI::App& profile, Context& context) {
-    CLI::App* apply = profile.add_subcommand("apply", "Apply a predefined profile; AMD boards only");
     auto const name = std::make_shared<std::string>();
+    CLI::App* apply = AddCommand(profile, context,
+                                 {"apply", "Apply a predefined profile; AMD boards only",
+                                  "Examples:\n"
+                                  "  gputunectl profile apply oc\n"
+                                  "  gputunectl profile apply default"},
+                                 RunApply, name);
     apply->add_option("name", *name, "oc, silent or default")
         ->required()
         ->check(CLI::IsMember({"oc", "silent", "default"}))
         ->type_name("oc|silent|default");
-    apply->footer(
-        "Examples:\n"
-        "  gputunectl profile apply oc\n"
-        "  gputunectl profile apply default");
-    RunWhenChosen(apply, context, RunApply, name);
 }
 
 }  // namespace

@@ -44,14 +44,15 @@ int RunCheck(GlobalOptions const& options, std::string const& path) {
 }  // namespace
 
 void AddProfileCheckCommand(CLI::App& profile, Context& context) {
-    CLI::App* check = profile.add_subcommand("check", "Find mistakes in a profile file; needs no board");
     auto const path = std::make_shared<std::string>();
+    CLI::App* check = AddCommand(
+        profile, context,
+        {"check", "Find mistakes in a profile file; needs no board",
+         "Every problem is a line FILE:LINE: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
+         "Examples:\n"
+         "  gputunectl profile check Config\\ConfigModel.xml"},
+        RunCheck, path);
     check->add_option("file", *path, "The profile file")->required()->type_name("FILE");
-    check->footer(
-        "Every problem is a line FILE:LINE: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
-        "Examples:\n"
-        "  gputunectl profile check Config\\ConfigModel.xml");
-    RunWhenChosen(check, context, RunCheck, path);
 }
 
 }  // namespace gputune::tool

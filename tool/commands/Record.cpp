@@ -1,4 +1,4 @@
-// record: the sensors into a file, for a given time.
+// record: writes the sensors' readings to a file for a given time.
 #include <algorithm>
 
 #include "tool/commands/Commands.h"
@@ -21,7 +21,7 @@ struct RecordOptions {
     bool force = false;
 };
 
-// One line on standard error that is written over itself, where that is a console; else nothing.
+// A line on standard error that is replaced again and again. Shown on a console only.
 class Progress {
 public:
     explicit Progress(double duration) : duration_(duration), shown_(ErrorIsConsole()) {}
@@ -65,7 +65,7 @@ End Record(Session const& session, RecordOptions const& record, RecordingWriter&
     while (schedule.Elapsed() <= record.duration) {
         unsigned long const remaining = schedule.Remaining();
         progress.Show(schedule.Elapsed() - remaining / 1000.0, readings);
-        // Long intervals are cut, so that the time left is kept up to date.
+        // Waits a second at most, so that the time left stays up to date.
         if (interrupt.Wait(std::min(remaining, 1000UL))) {
             return End::Interrupt;
         }
@@ -116,9 +116,16 @@ int RunRecord(GlobalOptions const& options, RecordOptions record, std::string co
 }  // namespace
 
 void AddRecordCommand(CLI::App& app, Context& context) {
-    CLI::App* command = app.add_subcommand("record", "Record the sensors in a file for a given time");
     auto const record = std::make_shared<RecordOptions>();
     auto const argument = std::make_shared<std::string>();
+    CLI::App* command = AddCommand(app, context,
+                                   {"record", "Record the sensors in a file for a given time",
+                                    "Ctrl+C ends the recording; what was recorded until then is in the file.\n"
+                                    "Examples:\n"
+                                    "  gputunectl record run.csv --duration 60\n"
+                                    "  gputunectl record run.csv --duration 10m --interval 0.5 --force\n"
+                                    "  gputunectl report run.csv"},
+                                   RunRecord, record, argument);
     command->add_option("file", *argument, "The file, comma-separated values; - is standard output")->type_name("FILE");
     command->add_option("--out", record->file, "The same")->type_name("FILE");
     AddSecondsOption(*command, "--duration", record->duration, 0.05, 10.0 * 365 * 86400,
@@ -126,13 +133,6 @@ void AddRecordCommand(CLI::App& app, Context& context) {
     command->get_option("--duration")->required();
     AddSamplingOptions(*command, record->sampling);
     command->add_flag("--force", record->force, "Replace the file when it exists");
-    command->footer(
-        "Ctrl+C ends the recording; what was recorded until then is in the file.\n"
-        "Examples:\n"
-        "  gputunectl record run.csv --duration 60\n"
-        "  gputunectl record run.csv --duration 10m --interval 0.5 --force\n"
-        "  gputunectl report run.csv");
-    RunWhenChosen(command, context, RunRecord, record, argument);
 }
 
 }  // namespace gputune::tool

@@ -10,12 +10,12 @@ namespace gputune::tool {
 
 namespace {
 
-// About four days at one reading a second. The page has it all in memory, and a browser does, too.
+// About four days at one reading a second. The tool holds all of it in memory, and so does the browser.
 constexpr std::size_t kLargestRecording = 64U * 1024 * 1024;
 
 struct ReportOptions {
-    std::string recording;  // UTF-8, as the page
-    std::string page;       // empty: beside the recording
+    std::string recording;  // a path in UTF-8; so is page
+    std::string page;       // empty: the recording's name, ending in .html
     bool force = false;
 };
 
@@ -78,20 +78,20 @@ int RunReport(GlobalOptions const& options, ReportOptions const& report) {
 }  // namespace
 
 void AddReportCommand(CLI::App& app, Context& context) {
-    CLI::App* command = app.add_subcommand("report", "Make a page with charts of a recording; needs no board");
     auto const report = std::make_shared<ReportOptions>();
+    CLI::App* command = AddCommand(app, context,
+                                   {"report", "Make a page with charts of a recording; needs no board",
+                                    "The page is one HTML file that any browser shows, without a network.\n"
+                                    "Examples:\n"
+                                    "  gputunectl report run.csv\n"
+                                    "  gputunectl report run.csv -o report.html --force"},
+                                   RunReport, report);
     command->add_option("recording", report->recording, "A file of record or of monitor --csv")
         ->required()
         ->type_name("FILE");
     command->add_option("-o,--out", report->page, "The page; default: the recording's name, ending in .html")
         ->type_name("FILE");
     command->add_flag("--force", report->force, "Replace the page when it exists");
-    command->footer(
-        "The page is one HTML file that any browser shows, without a network.\n"
-        "Examples:\n"
-        "  gputunectl report run.csv\n"
-        "  gputunectl report run.csv -o report.html --force");
-    RunWhenChosen(command, context, RunReport, report);
 }
 
 }  // namespace gputune::tool

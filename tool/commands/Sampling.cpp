@@ -29,7 +29,7 @@ std::string Timestamp() {
     return text;
 }
 
-// Makes it a plain number of seconds.
+// Checks a time and turns it into a plain number of seconds.
 CLI::Validator TimeBetween(double minimum, double maximum) {
     return {[minimum, maximum](std::string& text) {
                 std::optional<double> const value = ParseSeconds(text);

@@ -14,7 +14,7 @@ int RunSensors(GlobalOptions const& options, bool all) {
     std::size_t const available = readings.CountAvailable();
 
     Result result;
-    // Programs get every key at every time.
+    // JSON always has every key.
     result.Add(SensorSection(readings, session.Vendor(), all || options.json));
     if (!all && available < readings.size()) {
         result.AddRemark(std::to_string(readings.size() - available) + " of " + std::to_string(readings.size()) +
@@ -30,15 +30,15 @@ int RunSensors(GlobalOptions const& options, bool all) {
 }  // namespace
 
 void AddSensorsCommand(CLI::App& app, Context& context) {
-    CLI::App* sensors = app.add_subcommand("sensors", "Read the board's sensors once");
     auto const all = std::make_shared<bool>(false);
+    CLI::App* sensors = AddCommand(app, context,
+                                   {"sensors", "Read the board's sensors once",
+                                    "Examples:\n"
+                                    "  gputunectl sensors\n"
+                                    "  gputunectl sensors --all\n"
+                                    "  gputunectl --json sensors"},
+                                   RunSensors, all);
     sensors->add_flag("--all", *all, "List the sensors that are not available, too");
-    sensors->footer(
-        "Examples:\n"
-        "  gputunectl sensors\n"
-        "  gputunectl sensors --all\n"
-        "  gputunectl --json sensors");
-    RunWhenChosen(sensors, context, RunSensors, all);
 }
 
 }  // namespace gputune::tool

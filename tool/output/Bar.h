@@ -1,4 +1,4 @@
-// Bars made of characters. Independent of the operating system.
+// Bars made of characters.
 #pragma once
 
 #include <cstddef>

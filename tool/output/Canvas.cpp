@@ -12,7 +12,7 @@ namespace gputune::tool {
 
 namespace {
 
-// A convention of many programs: whoever sets this variable wants no colours.
+// Many programs show no colours when this variable is set.
 bool WantsColours() {
     return GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) == 0;
 }
@@ -30,7 +30,7 @@ public:
 
     void Draw(std::vector<StyledLine> const& picture, std::size_t) override {
         picture_ = picture;
-        // One text, so that no half of a picture is seen. Each line clears what stood behind it.
+        // Written at once, so that no half picture is seen. "\x1b[K" clears the rest of a line.
         WriteConsoleText(console_, L"\x1b[H" + Lines(L"\x1b[K") + L"\x1b[J");
     }
 
@@ -124,7 +124,8 @@ private:
     std::size_t drawn_ = 0;  // lines
 };
 
-// Some consoles accept the mode and print the sequences all the same, so one that shows nothing is tried out.
+// Some consoles accept the mode and print the sequences as text. So this writes one that has no effect, and looks
+// whether the cursor moved.
 bool UnderstandsSequences(HANDLE console) {
     // The headers do not name it to programs for Windows 7.
     constexpr DWORD kVirtualTerminalProcessing = 0x0004;

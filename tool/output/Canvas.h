@@ -1,4 +1,4 @@
-// Where a console shows the pictures that are drawn one over the other.
+// Draws pictures on a console, each over the one before.
 #pragma once
 
 #include <cstddef>
@@ -17,14 +17,14 @@ public:
     virtual Glyphs UsableGlyphs() const = 0;
     // Each line of the picture takes `width` columns.
     virtual void Draw(std::vector<StyledLine> const& picture, std::size_t width) = 0;
-    // Empties the window: another size of it has moved the old picture to an unknown place. The next one begins in the
-    // window's first line.
+    // Empties the window; the next picture begins in its first line. To be called when the window's size has changed,
+    // as the old picture may then be anywhere.
     virtual void Clear() = 0;
 };
 
-// Newer consoles understand the escape sequences of terminals: there the pictures have a screen of their own, and what
-// stood in the window comes back afterwards. On older ones they are drawn where the cursor is. `console` is standard
-// output's handle.
+// Newer consoles understand the escape sequences of terminals: there the pictures have a screen of their own, and the
+// window's former contents come back afterwards. On older consoles the picture begins at the cursor. `console` is the
+// handle of standard output.
 std::unique_ptr<Canvas> MakeCanvas(void* console);
 
 }  // namespace gputune::tool

@@ -13,7 +13,7 @@ namespace gputune::tool {
 
 namespace {
 
-// More than a window is wide.
+// More than a window has columns.
 constexpr std::size_t kRememberedReadings = 512;
 constexpr std::size_t kNumberWidth = 9;
 constexpr std::size_t kNarrowestPast = 8;
@@ -26,7 +26,7 @@ std::string Figure(std::optional<double> const& value) {
     return PadLeft(value ? FormatNumber(*value) : "-", kNumberWidth);
 }
 
-// Up to the value's part of its scale, which begins at 0 and ends at 100 or at the highest reading.
+// A bar on a scale from 0 to 100, or to the highest reading if the unit has no natural end.
 std::string ScaledBar(double value, double maximum, Unit unit, std::size_t width) {
     bool const endsAtHundred = unit == Unit::Percent || unit == Unit::Celsius;
     double const scale = std::max(maximum, endsAtHundred ? 100.0 : 0.0);
@@ -34,7 +34,7 @@ std::string ScaledBar(double value, double maximum, Unit unit, std::size_t width
     return Bar(static_cast<std::size_t>(std::lround(part * static_cast<double>(width))), width);
 }
 
-// One character a reading, the last one at the right; between the lowest and the highest of those shown.
+// A character for each reading, the newest at the right. The scale goes from the lowest to the highest reading shown.
 std::string Curve(std::deque<std::optional<double>> const& past, Unit unit, std::size_t width) {
     static constexpr char const* kLevels[] = {"\u2581", "\u2582", "\u2583", "\u2584",
                                               "\u2585", "\u2586", "\u2587", "\u2588"};
@@ -48,7 +48,7 @@ std::string Curve(std::deque<std::optional<double>> const& past, Unit unit, std:
             high = std::max(high, **reading);
         }
     }
-    // What hardly changes is to look like that.
+    // A small change of a large value must not look large.
     double const span = std::max({high - low, std::abs(high) * 0.1, 1e-6});
     std::string curve(width - shown, ' ');
     for (auto reading = first; reading != past.end(); ++reading) {
@@ -63,7 +63,7 @@ std::string Curve(std::deque<std::optional<double>> const& past, Unit unit, std:
 // Which columns there are, and how wide.
 struct Dashboard::Layout {
     std::size_t title = 0;
-    std::size_t unit = 0;  // 0: not shown, as with the past
+    std::size_t unit = 0;  // 0: not shown; likewise past
     bool extremes = false;
     bool average = false;
     std::size_t past = 0;
@@ -162,7 +162,7 @@ StyledLine Dashboard::Row(Gauge const& gauge, Layout const& layout, Glyphs glyph
     std::string figures;
     if (layout.extremes) {
         figures += figure(summary.minimum);
-        // One decimal: more would flicker. But not beyond the extremes, which have more.
+        // One decimal, because more would change all the time; but within the extremes, which have more.
         figures += layout.average
                        ? figure(std::clamp(std::round(summary.average * 10) / 10, summary.minimum, summary.maximum))
                        : "";

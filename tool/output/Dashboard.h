@@ -1,5 +1,5 @@
 // What `monitor` shows in a console: every sensor with its current, lowest, average and highest reading and its recent
-// past, as lines of styled text for a window of any size. Independent of the operating system.
+// past, as lines of styled text for a window of any size.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@
 
 namespace gputune::tool {
 
-// Which characters the console's font is sure to have: those of the oldest ones draw bars, not curves.
+// Fonts of old consoles have the characters for bars, but not those for curves.
 enum class Glyphs { Bars, Curves };
 
 class Dashboard {
@@ -24,13 +24,13 @@ public:
     // `title` names the board; `interval` in seconds.
     Dashboard(std::string title, std::uint32_t vendor, double interval);
 
-    // `frameRate`: nothing when it is not read. A reading that is unsure is shown, but does not count.
+    // `frameRate` is nothing when it is not read. An unsure reading is shown, but left out of the summary and the past.
     void Add(std::string const& time, Readings const& readings, std::optional<double> frameRate);
-    // Forgets the past: lowest, average and highest begin with the last reading.
+    // Lowest, average, highest and past begin again with the last reading.
     void Reset();
 
-    // At most `height` lines of `width` columns each. What does not fit is left out: first the past, then average and
-    // extremes, and sensors at the end, which a line tells.
+    // At most `height` lines of `width` columns each. A narrow window has no past, a narrower one no average, then no
+    // extremes. When a low window leaves out sensors, a line says so.
     std::vector<StyledLine> Frame(std::size_t width, std::size_t height, Glyphs glyphs, std::string const& hint) const;
 
 private:

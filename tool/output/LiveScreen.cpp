@@ -38,7 +38,7 @@ bool LiveScreen::ReadSize() {
 }
 
 LiveScreen::Event LiveScreen::Wait(InterruptEvent const& interrupt, unsigned long milliseconds) {
-    // How often the window is asked for its size: not every console tells when that changes. Milliseconds.
+    // In milliseconds. The window is asked for its size again and again, as not every console reports a change.
     constexpr DWORD kSizeInterval = 200;
     ULONGLONG const end = GetTickCount64() + milliseconds;
     HANDLE const handles[] = {interrupt.Handle(), input_};
@@ -63,7 +63,7 @@ LiveScreen::Event LiveScreen::Wait(InterruptEvent const& interrupt, unsigned lon
     }
 }
 
-// Takes one event from the queue; true when it means something here.
+// Takes one event from the queue; false when it is no key with a meaning.
 bool LiveScreen::ReadKey(Event& event) const {
     INPUT_RECORD record{};
     DWORD count = 0;

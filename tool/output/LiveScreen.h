@@ -20,20 +20,20 @@ public:
     LiveScreen(LiveScreen const&) = delete;
     LiveScreen& operator=(LiveScreen const&) = delete;
 
-    // Room for a picture; a line less than the window has, and a column, so that nothing wraps.
+    // The largest picture: a line and a column less than the window has, so that no line wraps.
     std::size_t Width() const { return width_; }
     std::size_t Height() const { return height_; }
     Glyphs UsableGlyphs() const { return canvas_->UsableGlyphs(); }
     bool HasKeys() const { return hasKeys_; }
 
-    // The lines must fit into the room, and fill its width.
+    // Every line must be Width() columns wide.
     void Draw(std::vector<StyledLine> const& picture) { canvas_->Draw(picture, width_); }
 
-    // Until a key, an interrupt or another size of the window, or for the time. Keys without a meaning are dropped.
+    // Returns at a key, an interrupt, a change of the window's size, or after the time. Other keys are ignored.
     Event Wait(InterruptEvent const& interrupt, unsigned long milliseconds);
 
 private:
-    // Whether the size is another one than before.
+    // Whether the size has changed.
     bool ReadSize();
     bool ReadKey(Event& event) const;
 

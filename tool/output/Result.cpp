@@ -59,7 +59,7 @@ void AddToJson(Section const& section, Json& object) {
 
 bool HasNoValue(Grid const& grid) {
     auto const isMissing = [](Value const& value) { return std::holds_alternative<std::monostate>(value); };
-    // The first column numbers the rows.
+    // The first column holds the row's number, not a value.
     return std::all_of(grid.rows.begin(), grid.rows.end(), [&](std::vector<Value> const& row) {
         return std::all_of(row.begin() + (row.empty() ? 0 : 1), row.end(), isMissing);
     });
@@ -192,7 +192,7 @@ std::string Result::Json(bool indented) const {
             root[section.key] = std::move(object);
         }
     }
-    // A name with bytes that are no UTF-8 is shown with replacement characters instead of failing the command.
+    // Bytes that are no UTF-8 become replacement characters; by default the JSON library would throw.
     return root.dump(indented ? 2 : -1, ' ', false, tool::Json::error_handler_t::replace) + "\n";
 }
 

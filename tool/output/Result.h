@@ -1,4 +1,4 @@
-// The result of a command, written as text for people or as JSON for programs. Independent of the operating system.
+// The result of a command, as text for people or as JSON for programs.
 #pragma once
 
 #include <cstdint>
@@ -29,8 +29,8 @@ struct Field {
     std::string label;
     Value value;
     Unit unit = Unit::None;
-    // Why the value may be wrong; null: nothing is known against it. JSON has it beside the value
-    // (UnitForm::BesideValue) of a field that can be unsure.
+    // Why the value may be wrong; null when it is not unsure. JSON shows it beside the value (UnitForm::BesideValue) of
+    // fields that can be unsure.
     bool canBeUnsure = false;
     Name const* unsure = nullptr;
 };

@@ -1,4 +1,4 @@
-// Readings as a section of a result, and in one line. Independent of the operating system.
+// Readings as a section of a result, and in one line.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,7 @@ std::string TerminalText(StyledLine const& line, bool colours) {
     std::string text;
     for (StyledText const& part : line) {
         bool const isStyled = colours && part.style != Style::Plain && !part.text.empty();
-        // 90 to 97 are the bright colours.
+        // 90 to 97 are the bright colours, 1 is bold.
         std::string const number =
             part.style == Style::Strong ? "1" : std::to_string(90 + static_cast<int>(part.style));
         text += isStyled ? "\x1b[" + number + "m" + part.text + "\x1b[m" : part.text;

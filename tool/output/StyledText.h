@@ -1,4 +1,4 @@
-// Lines of text in styles. Independent of the operating system.
+// Lines of text in styles.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace gputune::tool {
 
-// Plain is what the console shows by itself. The others are combinations of red (1), green (2) and blue (4), as the
-// escape sequences of terminals number their colours: none is grey, all are white, which is shown as bold.
+// The numbers are those of terminals' colours: sums of red (1), green (2) and blue (4). Dim is grey; Strong is white,
+// or bold. Plain is what the console shows without a style.
 enum class Style { Dim, Red, Green, Yellow, Blue, Magenta, Cyan, Strong, Plain };
 
 struct StyledText {
@@ -18,9 +18,9 @@ struct StyledText {
 
 using StyledLine = std::vector<StyledText>;
 
-// The line in as many columns, cut or filled up with blanks.
+// Cuts the line to that many columns, or fills it up with blanks.
 StyledLine FitLine(StyledLine const& line, std::size_t width);
-// With the escape sequences of terminals where `colours` is set; without, the text alone.
+// With escape sequences when `colours` is set, else the text alone.
 std::string TerminalText(StyledLine const& line, bool colours);
 
 }  // namespace gputune::tool

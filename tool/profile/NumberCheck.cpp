@@ -16,7 +16,8 @@ constexpr NumberProblem Error(std::string_view text) {
     return {Severity::Error, text};
 }
 
-// What the C library read up to `end`. A "0x" without a digit behind it is a 0 to it, and no number to ours.
+// Whether the text up to `end`, which the C library read, is a number to gputune: "0x" without a digit is none, though
+// the C library reads a 0.
 bool IsNumber(char const* text, char const* end) {
     std::string_view const read(text, static_cast<std::size_t>(end - text));
     bool const isZero = read.ends_with('0') && read.find_first_not_of(" \t\n\v\f\r+-") == read.size() - 1;
@@ -42,7 +43,7 @@ NumberProblem CheckWhole(char const* text, int base, long long& number, NumberPr
 }  // namespace
 
 NumberProblem CheckFloat(char const* text) {
-    // The largest round number that fits whatever it is for: drivers that count clocks in units of 10 kHz have 32 bits.
+    // A round number that every driver can take: some count clocks in units of 10 kHz, in 32 bits.
     constexpr float kLargest = 20000000;
     char* end = nullptr;
     errno = 0;
@@ -50,7 +51,7 @@ NumberProblem CheckFloat(char const* text) {
     if (!IsNumber(text, end)) {
         return Error(" is not a number");
     }
-    // Whether a number of reduced precision is read depends on the C library.
+    // Not every C library reads numbers as small as that.
     if (errno == ERANGE || std::fpclassify(number) == FP_SUBNORMAL) {
         return Error(" is too large or too small for a number of single precision");
     }

@@ -75,7 +75,7 @@ private:
                static_cast<int>(std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
     }
 
-    // False when that leaves nothing that is worth looking at.
+    // False when the file cannot be read.
     bool Parse() {
         if (text_.size() > profile::kLargestDocument) {
             AddError(1, "the file is longer than 4 MiB and is not read");
@@ -105,8 +105,8 @@ private:
         return true;
     }
 
-    // At a closing tag without an opening one the parser stops without an error. It then does not come to a comment at
-    // the end.
+    // tinyxml2 stops without an error at a closing tag that has no opening one. Then it does not reach a comment that
+    // is added at the end.
     void CheckEnd() {
         constexpr char const* kEnd = " end of the profile file ";
         tinyxml2::XMLDocument whole;
@@ -117,8 +117,6 @@ private:
                      "a closing tag without an opening one follows; nothing behind it is read");
         }
     }
-
-    // ---- The file from the outside in. ----
 
     void CheckRoot() {
         XMLElement const& root = *xml_.FirstChildElement();

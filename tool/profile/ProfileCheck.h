@@ -1,4 +1,4 @@
-// What is wrong with a profile file, measured by what the library reads from it (docs/profile-file.md).
+// Finds mistakes in a profile file: what the library would not read as intended (docs/profile-file.md).
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@ struct Problem {
     std::string message;
 };
 
-// In the order of their lines.
+// Sorted by line.
 std::vector<Problem> CheckProfile(std::string_view text);
 
 bool HasError(std::vector<Problem> const& problems);

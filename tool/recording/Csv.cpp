@@ -66,7 +66,7 @@ private:
     char separator_;
     std::size_t line_;
     std::size_t position_ = 0;
-    // The column of the position up to which characters were counted: long lines are not counted anew for every field.
+    // The column at the position counted_. Counting goes on from there for the next field.
     std::size_t counted_ = 0;
     std::size_t column_ = 1;
 };

@@ -9,7 +9,7 @@ namespace gputune::tool {
 
 namespace {
 
-// Twice as much, and a sign, are still whole numbers of a script's only kind.
+// JavaScript's numbers hold every whole number up to 2^53: these, doubled and with a sign bit, are among them.
 constexpr double kLargestNumber = 0x1p51;
 constexpr int kMostDecimals = 3;
 
@@ -59,7 +59,7 @@ std::vector<std::string> PackValues(std::span<std::optional<double> const> numbe
     double const factor = std::pow(10.0, decimals);
     Packer packer;
     std::int64_t last = 0;
-    std::int64_t repeats = -1;  // of a difference of 0 that was not written yet; -1: there is none
+    std::int64_t repeats = -1;  // further zeros behind a difference of 0 that is not written yet; -1: there is none
     auto const putRepeats = [&packer, &repeats] {
         if (repeats >= 0) {
             packer.Put(0);

@@ -23,7 +23,7 @@ constexpr char const* kFanCurveColumn = "fan_curve";
 // Those of sensors name the unit: "gpu_core_clock_mhz".
 std::string ColumnName(char const* code, Unit unit);
 
-// What is known of a board before its first reading.
+// What a recording says of the board beside its readings.
 struct RecordedBoard {
     std::uint32_t vendor = 0;
     bool frameRate = false;  // whether the frame rate is read, too

@@ -45,7 +45,7 @@ bool IsLimit(Series const& series) {
            series.code == kSensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
 }
 
-// All readings that are sure, or all that are not.
+// The readings that are sure, or those that are unsure; the others become gaps.
 std::vector<std::optional<double>> Select(Series const& series, bool unsure) {
     std::vector<std::optional<double>> selected(series.values);
     for (std::size_t i = 0; i < selected.size(); ++i) {
@@ -102,7 +102,7 @@ Series const* Find(Recording const& recording, GputuneHwmKey key) {
     return found == recording.series.end() ? nullptr : &*found;
 }
 
-// Null without a temperature or a fan.
+// For the chart of fan over temperature; null without one of the two.
 Json FanJson(Recording const& recording) {
     Series const* const temperature = Find(recording, GPUTUNE_HWM_GPU_TEMPERATURE);
     Series const* speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_PERCENT);
@@ -120,8 +120,8 @@ Json FanJson(Recording const& recording) {
     return {{"temperature", temperature->title}, {"speed", speed->title}, {"curve", std::move(curve)}};
 }
 
-// Inside a script element nothing may look like its end. The text has a line for every value: one line of some
-// megabytes is more than many programs show.
+// The data for the script. Escapes '<', as "</script>" would end the script element. Has a line for every value, as
+// many programs cannot show lines of megabytes.
 std::string DataText(Recording const& recording) {
     Json const data = {{"count", recording.seconds.size()},
                        {"seconds", SecondsJson(recording)},
@@ -197,25 +197,10 @@ Summary Summarize(Series const& series) {
 std::string EscapeHtml(std::string_view text) {
     std::string escaped;
     for (char const c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\'':
-                escaped += "&#39;";
-                break;
-            default:
-                escaped += c;
-        }
+        constexpr std::string_view kSpecial = "&<>\"'";
+        constexpr char const* kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
+        std::size_t const special = kSpecial.find(c);
+        escaped += special == std::string_view::npos ? std::string(1, c) : kEntities[special];
     }
     return escaped;
 }
@@ -227,20 +212,15 @@ bool HasCharts() {
 std::string RecordingPage(Recording const& recording, std::string const& fileName) {
     std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
     std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
-    std::string const facts = Facts(recording, fileName);
-    std::string const remarks = Remarks(recording);
-    std::string const summary = SummaryRows(recording);
-    std::string const file = EscapeHtml(fileName);
-    std::string const data = DataText(recording);
     return FillPlaceholders(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
                                                  {"uplot-version", GPUTUNE_UPLOT_VERSION},
                                                  {"title", title},
                                                  {"heading", heading},
-                                                 {"facts", facts},
-                                                 {"remarks", remarks},
-                                                 {"summary", summary},
-                                                 {"file", file},
-                                                 {"data", data},
+                                                 {"facts", Facts(recording, fileName)},
+                                                 {"remarks", Remarks(recording)},
+                                                 {"summary", SummaryRows(recording)},
+                                                 {"file", EscapeHtml(fileName)},
+                                                 {"data", DataText(recording)},
                                                  {"style", embedded::pageStyle},
                                                  {"readings-script", embedded::pageReadingsScript},
                                                  {"script", embedded::pageScript},

@@ -14,7 +14,7 @@ namespace gputune::tool {
 
 namespace {
 
-// Every sensor under each of its units; which unit it has depends on the vendor.
+// The sensor of this column. A sensor's unit, and with it the heading, depends on the vendor.
 std::optional<Series> KnownSeries(std::string const& heading) {
     for (SensorName const& sensor : kSensorNames) {
         for (std::uint32_t const vendor : {GPUTUNE_VENDOR_AMD, GPUTUNE_VENDOR_INTEL, GPUTUNE_VENDOR_NVIDIA}) {
@@ -30,7 +30,7 @@ std::optional<Series> KnownSeries(std::string const& heading) {
     return std::nullopt;
 }
 
-// Reads `digits` digits of the text into `number` and takes them away.
+// Removes that many digits from the text's beginning and puts their value in `number`.
 bool TakeDigits(std::string_view& text, std::size_t digits, int& number) {
     std::string_view taken = text.substr(0, digits);
     if (taken.size() < digits || taken.find_first_not_of("0123456789") != std::string_view::npos) {
@@ -42,17 +42,15 @@ bool TakeDigits(std::string_view& text, std::size_t digits, int& number) {
 }
 
 bool TakeOneOf(std::string_view& text, std::string_view characters) {
-    if (text.empty() || characters.find(text.front()) == std::string_view::npos) {
-        return false;
-    }
-    text.remove_prefix(1);
-    return true;
+    bool const isOne = !text.empty() && characters.find(text.front()) != std::string_view::npos;
+    text.remove_prefix(isOne ? 1 : 0);
+    return isOne;
 }
 
 constexpr std::int64_t kMicroseconds = 1000000;  // of a second
 
-// "2025-01-31T12:34:56.789" in microseconds since an arbitrary moment; a blank may stand for the T and a comma for the
-// point, seconds may be whole. Of nine decimals, the last three are left out: with them, not every year would fit.
+// "2025-01-31T12:34:56.789" in microseconds. A blank may stand for the T, and a comma for the point; the fraction may
+// be missing. Of nine decimals the last three are dropped.
 std::optional<std::int64_t> ParseTime(std::string_view text) {
     int year = 0;
     int month = 0;
@@ -112,14 +110,14 @@ public:
     }
 
 private:
-    // What becomes of a field of this column.
+    // Reads a field of its column.
     using Column = std::function<void(CsvField const&)>;
 
     [[noreturn]] void Fail(CsvField const& field, std::string message) const {
         throw CsvError{csv_.LineNumber(), field.column, std::move(message)};
     }
 
-    // A damaged recording may deserve one for every line.
+    // Only the first ones are kept: a damaged recording may have one in every line.
     void Remark(std::size_t column, std::string message) {
         constexpr std::size_t kMostRemarks = 20;
         if (recording_.remarks.size() < kMostRemarks) {
@@ -200,7 +198,7 @@ private:
             recording_.start = field.text;
             zero_ = *time;
         } else if (*time - zero_ < last_) {
-            // Summer time ended, or someone set the clock: go on one step after the last reading.
+            // Summer time ended, or someone set the clock: this reading counts as one step after the last one.
             zero_ = *time - last_ - step_;
             Remark(field.column, "the clock was set back here; what follows is moved behind what came before");
         }
@@ -232,8 +230,8 @@ private:
         Fail(field, Quoted(field.text) + " is no number (" + headings_[current_] + ")");
     }
 
-    // Decimals are behind a point; between semicolons behind a point or a comma, one of them in the whole file: in a
-    // mixture one would separate thousands.
+    // Between commas the decimal mark is a point. Between semicolons it is a point or a comma, but the same in the
+    // whole file: if both occur, one of them separates thousands.
     bool TakesDecimalMark(char mark) {
         if (decimalMark_ == 0) {
             decimalMark_ = csv_.Separator() == ';' ? mark : '.';
@@ -273,10 +271,10 @@ private:
     std::size_t current_ = 0;
     std::vector<bool> unsureFan_;
     char decimalMark_ = 0;  // 0: none was seen
-    // Microseconds:
-    std::int64_t zero_ = 0;  // the time that counts as 0 seconds
-    std::int64_t last_ = 0;  // the last reading's time since then
-    std::int64_t step_ = 0;  // from the reading before it
+    // In microseconds:
+    std::int64_t zero_ = 0;  // the time that counts as 0
+    std::int64_t last_ = 0;  // of the last reading, since zero_
+    std::int64_t step_ = 0;  // from the reading before the last one to the last one
 };
 
 }  // namespace

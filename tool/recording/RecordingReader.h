@@ -1,4 +1,4 @@
-// From the comma-separated values of a recording (RecordingFormat.h) to what can be drawn.
+// Reads a recording (RecordingFormat.h) from its text.
 #pragma once
 
 #include <cstddef>
@@ -29,8 +29,8 @@ struct Recording {
     std::vector<Series> series;   // those with at least one value
     std::string adapterName;      // empty: not recorded
     std::vector<FanTablePoint> fanCurve;
-    std::vector<CsvError> remarks;  // what was left out or corrected, the first of it
-    std::size_t furtherRemarks = 0;
+    std::vector<CsvError> remarks;   // what was left out or corrected; the first twenty
+    std::size_t furtherRemarks = 0;  // how many more there were
 };
 
 // Throws CsvError when the text is no recording, or holds nothing to show.

@@ -1,4 +1,4 @@
-// Where the lines of a recording go.
+// Writes a recording.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,7 @@ public:
 
     static bool IsStandardOutput(std::string const& path) { return path == "-"; }
 
-    // Before any line.
+    // Comes before all lines.
     bool WriteHeading(RecordedBoard board);
     bool WriteLine(std::string const& time, Readings const& readings, std::optional<int> frameRate);
 

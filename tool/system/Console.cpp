@@ -30,13 +30,13 @@ bool WriteBytes(HANDLE handle, std::string_view text) {
 }
 
 bool Write(DWORD standardHandle, std::FILE* stream, std::string_view text) {
-    // The library's log may go the same way through the runtime; what it said before is to stand before.
+    // The library's log may go to the same place through the C runtime. This keeps the order.
     std::fflush(stream);
     HANDLE const handle = GetStdHandle(standardHandle);
     return IsConsole(standardHandle) ? WriteConsoleText(handle, WideFromUtf8(text)) : WriteBytes(handle, text);
 }
 
-// The handler runs on a thread of the system's own and has no argument, hence these two.
+// Global, because the system calls the handler without an argument, on another thread.
 HANDLE g_interrupted = nullptr;
 HANDLE g_finished = nullptr;
 
@@ -57,7 +57,7 @@ DWORD WINAPI ReadLine(void* argument) {
 BOOL WINAPI OnInterrupt(DWORD kind) {
     SetEvent(g_interrupted);
     if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) {
-        // The process ends when this function returns: leave the program the time to end by itself.
+        // The process ends when this function returns. So it waits until the program has ended its work.
         WaitForSingleObject(g_finished, 2000);
     }
     return TRUE;
@@ -110,9 +110,9 @@ void WriteError(std::string_view text) noexcept {
 }
 
 bool Confirm(std::string const& question) {
-    InterruptEvent const interrupt;  // Ctrl+C is an answer, and does not end the program at once
+    InterruptEvent const interrupt;  // so that Ctrl+C is an answer and does not end the program
     WriteError(question + " [y/N] ");
-    // On a thread of its own, because not every system's console ends the reading at Ctrl+C.
+    // On another thread, because on some systems Ctrl+C does not end ReadConsole.
     auto answer = std::make_unique<std::wstring>();
     HANDLE const thread = CreateThread(nullptr, 0, ReadLine, answer.get(), 0, nullptr);
     if (thread == nullptr) {
@@ -123,7 +123,7 @@ bool Confirm(std::string const& question) {
         WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE) == WAIT_OBJECT_0;
     CloseHandle(thread);
     if (isInterrupted) {
-        static_cast<void>(answer.release());  // deliberate: the thread may go on until the process ends, which is soon
+        static_cast<void>(answer.release());  // deliberate: the thread may still write to it
         WriteError("\n");
         return false;
     }
@@ -135,7 +135,7 @@ bool Confirm(std::string const& question) {
 }
 
 InterruptEvent::InterruptEvent() {
-    // Manual reset: an interrupt stays one.
+    // With manual reset: after an interrupt the event stays set.
     g_interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     g_finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SetConsoleCtrlHandler(OnInterrupt, TRUE);
@@ -144,7 +144,7 @@ InterruptEvent::InterruptEvent() {
 InterruptEvent::~InterruptEvent() {
     SetConsoleCtrlHandler(OnInterrupt, FALSE);
     SetEvent(g_finished);
-    // Left open: a handler that runs at this moment may still use them, and the process ends soon.
+    // Deliberate: the events stay open, as a handler that runs at this moment may still use them.
 }
 
 void* InterruptEvent::Handle() const {

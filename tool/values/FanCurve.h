@@ -10,15 +10,15 @@
 
 namespace gputune::tool {
 
-// A field of FanSetting that the backend left as it was: no speed and no temperature has this value.
+// The value of fields of FanSetting that the backend did not write. It is no speed and no temperature.
 constexpr int kUntouched = std::numeric_limits<int>::min();
 
-// Whether a field of the library's records holds a value: kUntouched and -1 are none.
+// Whether a field of the library's records holds a value. kUntouched and -1 mean that it is not known.
 inline bool IsKnown(int field) {
     return field != kUntouched && field != -1;
 }
 
-// What is wrong with a text that is to be a point or a curve, as a sentence.
+// Says in a sentence what is wrong with the text of a point or a curve.
 class FanCurveError : public std::runtime_error {
     using runtime_error::runtime_error;
 };

@@ -41,7 +41,7 @@ std::string WithUnit(int value, Unit unit) {
 }
 
 double FewestDigits(double value) {
-    // Whole numbers are exact. And what is beyond a float's range was never one.
+    // Whole numbers are exact already; numbers beyond the range of a float do not come from one.
     if (value == std::trunc(value) || !(std::abs(value) <= double{std::numeric_limits<float>::max()}) ||
         double{static_cast<float>(value)} != value) {
         return value;

@@ -21,8 +21,8 @@ std::string WithUnit(double value, Unit unit);
 std::string WithUnit(std::int64_t value, Unit unit);
 std::string WithUnit(int value, Unit unit);
 
-// Of the numbers that are the same reading in single precision, in which most readings are, the one with the fewest
-// digits: 386.67 instead of 386.6700134277344. Other numbers stay as they are.
+// Most readings are single-precision numbers. This is the number with the fewest digits that is the same in single
+// precision: 386.67 instead of 386.6700134277344. Other numbers are returned unchanged.
 double FewestDigits(double value);
 // FewestDigits as the shortest text that reads back to the same number.
 std::string FormatExactNumber(double value);
@@ -30,8 +30,8 @@ std::string FormatExactNumber(double value);
 // A board's identifier as it is shown: "0x12345678".
 std::string HexId(std::uint32_t id);
 
-// Takes off the text the number that it begins with; nothing, and no change, when it begins with none. `format` is
-// what std::from_chars takes: a base, for example.
+// Removes a number from the beginning of the text and returns it; nothing when the text does not begin with one.
+// `format` is passed to std::from_chars: a base, for example.
 template <class Number, class... Format>
 std::optional<Number> TakeNumber(std::string_view& text, Format... format) {
     Number number{};
@@ -43,7 +43,7 @@ std::optional<Number> TakeNumber(std::string_view& text, Format... format) {
     return number;
 }
 
-// The text as a number, with nothing behind it.
+// The whole text as a number; nothing when anything follows the number.
 template <class Number, class... Format>
 std::optional<Number> ParseNumber(std::string_view text, Format... format) {
     std::optional<Number> number = TakeNumber<Number>(text, format...);

@@ -11,7 +11,7 @@ unsigned Byte(std::string_view text, std::size_t position) {
     return static_cast<unsigned char>(text[position]);
 }
 
-// How many bytes the printable character takes that the text begins with; 0 when it begins with none.
+// The number of bytes of the text's first character; 0 when it is not printable.
 std::size_t CharacterSize(std::string_view text) {
     unsigned const first = Byte(text, 0);
     if (first < 0x80) {
@@ -34,7 +34,7 @@ std::size_t CharacterSize(std::string_view text) {
     return isControl || isSurrogate || isOverlong || code > 0x10FFFF ? 0 : size;
 }
 
-// Takes the first character away, and returns it as it is shown.
+// Removes the first character from the text and returns it in printable form.
 std::string TakeCharacter(std::string_view& text) {
     std::size_t const size = CharacterSize(text);
     std::string shown(text.substr(0, size));

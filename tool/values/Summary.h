@@ -7,16 +7,17 @@
 namespace gputune::tool {
 
 struct Summary {
-    std::size_t count = 0;  // of 0 the others mean nothing
+    std::size_t count = 0;  // the others are valid when it is not 0
     double minimum = 0;
-    double average = 0;  // of the readings, whatever time lay between them
+    double average = 0;  // each reading counts the same, whatever the time between them
     double maximum = 0;
     double last = 0;
 
     void Add(double reading) {
         minimum = count == 0 ? reading : std::min(minimum, reading);
         maximum = count == 0 ? reading : std::max(maximum, reading);
-        // Not a sum, which could leave the range of numbers. And rounding cannot carry it beyond the extremes.
+        // No sum is kept: it could overflow. And rounding cannot make the average smaller than the minimum or larger
+        // than the maximum.
         ++count;
         average += (reading - average) / static_cast<double>(count);
         last = reading;

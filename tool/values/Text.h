@@ -1,4 +1,4 @@
-// Texts in UTF-8: their width, lists of them, placeholders in them.
+// Texts in UTF-8: width, lists, placeholders.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ std::string Enumeration(std::vector<std::string> const& texts);
 // "1 reading", "2 readings".
 std::string CountText(std::size_t count, std::string const& one);
 
-// Puts the texts in the place of their {{names}}; every name must have one. What is put in is not looked at again.
+// Replaces each {{name}} by the text of that name, which must exist. Replaced texts are not searched again.
 std::string FillPlaceholders(std::string_view form, std::map<std::string_view, std::string_view> const& texts);
 
 }  // namespace gputune::tool

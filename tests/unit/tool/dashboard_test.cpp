@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tool/output/Dashboard.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 namespace {

@@ -212,7 +212,7 @@ TEST(ProfileCheck, OnlyErrorsCountAsErrors) {
 }
 
 TEST(ProfileCheck, ShippedExampleHasNoProblem) {
-    std::filesystem::path const repository = std::filesystem::path(__FILE__).parent_path() / ".." / "..";
+    std::filesystem::path const repository = std::filesystem::path(__FILE__).parent_path() / ".." / ".." / "..";
     std::ifstream file(repository / "Config" / "ConfigModel.xml", std::ios::binary);
     ASSERT_TRUE(file.is_open());
     std::string const text{std::istreambuf_iterator<char>(file), {}};

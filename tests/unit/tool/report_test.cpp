@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "tool/output/Result.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 namespace {
