@@ -22,7 +22,7 @@ std::unique_ptr<IVideoAdapter> CreateAdapter() {
         g_apiType = AdapterApiType::Igcl;
         return std::make_unique<intel::IGCLHelper>();
     }
-    if (!g_adl) {
+    if (g_adl == nullptr) {
         g_adl = std::make_unique<amd::ADL>();
     }
     g_apiType = g_adl->IsValid() ? amd::GetAmdApiType(*g_adl) : AdapterApiType::None;
@@ -56,10 +56,10 @@ namespace gputune::api {
 
 bool InitializeAdapter(int /*logMode*/) {
     std::unique_ptr<IVideoAdapter> next = CreateAdapter();
-    if (!next) {
+    if (next == nullptr) {
         return false;
     }
-    g_adapter.swap(next);  // the previous one goes last
+    g_adapter.swap(next);  // the previous one is deleted at the end
     return true;
 }
 

@@ -1,13 +1,11 @@
-// What the vendor's library answers.
+// Result codes of AMD's library, beside those of adl_records.h.
 #pragma once
 
 namespace gputune::sim {
 
-constexpr int kOk = 0;
-constexpr int kError = -1;
-constexpr int kInvalidParameter = -3;
-constexpr int kInvalidAdapterIndex = -5;
-constexpr int kNotSupported = -8;
-constexpr int kNoMoreData = -100;
+constexpr int kAdlError = -1;
+constexpr int kAdlInvalidParameter = -3;
+constexpr int kAdlInvalidAdapterIndex = -5;
+constexpr int kAdlNotSupported = -8;
 
 }  // namespace gputune::sim

@@ -1,10 +1,10 @@
-// The vendor's entry points. Those with a signature are written out below and checked against the list of all; the rest
-// are made from the list and answer that they are not supported.
-#include <cstring>
+// The entry points of AMD's library. Those with a signature are written out below and checked against the list of all;
+// the others are made from the list and return that they are not supported.
 #include <type_traits>
 
 #include "sim/amd/AmdStandIn.h"
 #include "sim/model/rounding.h"
+#include "sim/standin/copy_text.h"
 
 #define ADL_EXPORT extern "C" __declspec(dllexport) int ADL_CDECL
 
@@ -13,322 +13,237 @@ using namespace gputune::sim;
 
 namespace {
 
-constexpr std::size_t kManyAdapters = 4096;
-constexpr std::size_t kManySettings = 4096;
-
 AmdStandIn& Self() {
     return AmdStandIn::Instance();
 }
 
-void Unterminate(AdapterInfo& record) {
-    std::memset(record.strUDID, 'U', sizeof(record.strUDID));
-    std::memset(record.strAdapterName, 'N', sizeof(record.strAdapterName));
-    std::memset(record.strDisplayName, 'D', sizeof(record.strDisplayName));
-    std::memset(record.strDriverPath, 'P', sizeof(record.strDriverPath));
-    std::memset(record.strDriverPathExt, 'E', sizeof(record.strDriverPathExt));
-    std::memset(record.strPNPString, 'S', sizeof(record.strPNPString));
+// An entry point that is one operation of the adapter's OverdriveN or Overdrive8 state. The operation gets the client's
+// arguments, records by reference, and the board's present readings when it has a parameter for them.
+template <class State, class Function, class... Args>
+int EnterState(char const* entryPoint, Function State::*operation, AdlContext context, int adapter, Args... args) {
+    auto const onDriver = [&](AmdDriver& driver, Garbage) {
+        return driver.With<State>(adapter, Self().Now(), [&](State& state, Readings const& readings) {
+            if constexpr (std::is_invocable_v<decltype(operation), State&, decltype(ToParameter(args))...>) {
+                return (state.*operation)(ToParameter(args)...);
+            } else {
+                return (state.*operation)(ToParameter(args)..., readings);
+            }
+        });
+    };
+    return Self().Enter(entryPoint, onDriver, context, adapter, args...);
 }
 
+// An entry point that returns data of the board file: operation(AmdBoard const&, Adapter const&).
+template <class Operation, class... Args>
+int EnterAdapter(char const* entryPoint, Operation operation, AdlContext context, int adapter, Args... args) {
+    auto const onDriver = [&](AmdDriver& driver, Garbage) {
+        Adapter const* const found = driver.FindAdapter(adapter);
+        return found != nullptr ? operation(driver.Description(), *found) : kAdlInvalidAdapterIndex;
+    };
+    return Self().Enter(entryPoint, onDriver, context, adapter, args...);
+}
+
+// An entry point that returns the list of adapters, as records of one type or the other.
 template <class Record>
-int HandOutAdapters(AmdDriver& driver, Garbage garbage, int adapter, int& count, Record*& out) {
-    if (adapter != -1 && !driver.FindAdapter(adapter)) {
-        return kInvalidAdapterIndex;
-    }
-    std::vector<Record> list;
-    for (auto const& info : driver.AdapterInfos(adapter)) {
-        Record& record = list.emplace_back();
-        static_cast<AdapterInfo&>(record) = info;
-        record.iSize = sizeof(record);
-        if (garbage == Garbage::UnterminatedStrings) {
-            Unterminate(record);
+int EnterAdapterList(char const* entryPoint, AdlContext context, int adapter, int* count, Record** out) {
+    auto const onDriver = [&](AmdDriver& driver, Garbage garbage) {
+        if (adapter != -1 && driver.FindAdapter(adapter) == nullptr) {
+            return kAdlInvalidAdapterIndex;
         }
-    }
-    return Self().HandOut(std::move(list), count, out, garbage, kManyAdapters);
-}
-
-void SpoilCount(int& count, Garbage garbage) {
-    // Sixteen times this and a little more fits no 32-bit number.
-    constexpr int kHuge = 0x10000000;
-    if (garbage == Garbage::NegativeCount) {
-        count = -1;
-    } else if (garbage == Garbage::HugeCount) {
-        count = kHuge;
-    }
-}
-
-template <class Operation>
-int OverdriveNCall(AmdDriver& driver, int adapter, Operation const& operation) {
-    return driver.WithOverdriveN(adapter, Self().Now(), operation);
-}
-
-template <class Operation>
-int Overdrive8Call(AmdDriver& driver, int adapter, Operation const& operation) {
-    return driver.WithOverdrive8(adapter, Self().Now(), operation);
+        std::vector<Record> list;
+        for (auto const& info : driver.AdapterInfos(adapter)) {
+            Record& record = list.emplace_back();
+            static_cast<AdapterInfo&>(record) = info;
+            record.iSize = sizeof(record);
+            Garble(record, garbage);
+        }
+        return Self().HandOut(std::move(list), *count, *out, garbage);
+    };
+    return Self().Enter(entryPoint, onDriver, context, adapter, count, out);
 }
 
 }  // namespace
 
-// An entry point whose work is one expression on the adapter's OverdriveN or Overdrive8 state, called state; readings
-// are the board's at this moment.
-#define SIM_ENTER(entry, call, expression, ...)                                                                       \
-    Self().Enter(                                                                                                     \
-        #entry,                                                                                                       \
-        [&](AmdDriver& driver, [[maybe_unused]] Garbage garbage) {                                                    \
-            return call(                                                                                              \
-                driver, adapter,                                                                                      \
-                [&]([[maybe_unused]] auto& state, [[maybe_unused]] Readings const& readings) { return expression; }); \
-        },                                                                                                            \
-        context, adapter, __VA_ARGS__)
-
 ADL_EXPORT ADL2_Main_ControlX2_Create(AdlMemoryAllocator allocator, int connectedOnly, AdlContext* context,
                                       int threadingModel) {
-    return Self().Enter(
-        "ADL2_Main_ControlX2_Create",
-        [&](AmdDriver&, Garbage) {
-            *context = Self().CreateContext(allocator);
-            return kOk;
-        },
-        allocator, connectedOnly, context, threadingModel);
+    auto const create = [&](AmdDriver&, Garbage) {
+        *context = Self().CreateContext(allocator);
+        return kAdlOk;
+    };
+    return Self().Enter(__func__, create, allocator, connectedOnly, context, threadingModel);
 }
 
 ADL_EXPORT ADL2_Overdrive_Caps(AdlContext context, int adapter, int* supported, int* enabled, int* version) {
-    return Self().Enter(
-        "ADL2_Overdrive_Caps",
-        [&](AmdDriver& driver, Garbage) {
-            if (!driver.FindAdapter(adapter)) {
-                return kInvalidAdapterIndex;
-            }
-            *supported = *enabled = driver.Description().overdriveVersion != 0 ? 1 : 0;
-            *version = driver.Description().overdriveVersion;
-            return kOk;
-        },
-        context, adapter, supported, enabled, version);
+    auto const get = [&](AmdBoard const& board, Adapter const&) {
+        *supported = *enabled = board.overdriveVersion != 0 ? 1 : 0;
+        *version = board.overdriveVersion;
+        return kAdlOk;
+    };
+    return EnterAdapter(__func__, get, context, adapter, supported, enabled, version);
 }
 
 ADL_EXPORT ADL2_Adapter_Active_Get(AdlContext context, int adapter, int* status) {
-    return Self().Enter(
-        "ADL2_Adapter_Active_Get",
-        [&](AmdDriver& driver, Garbage) {
-            Adapter const* const found = driver.FindAdapter(adapter);
-            if (!found) {
-                return kInvalidAdapterIndex;
-            }
-            *status = found->active ? 1 : 0;
-            return kOk;
-        },
-        context, adapter, status);
-}
-
-ADL_EXPORT ADL2_Adapter_VRAMUsage_Get(AdlContext context, int adapter, int* megabytes) {
-    return Self().Enter(
-        "ADL2_Adapter_VRAMUsage_Get",
-        [&](AmdDriver& driver, Garbage) {
-            return driver.WithReadings(adapter, Self().Now(), [&](Readings const& readings) {
-                *megabytes = Rounded(readings.memoryUsed);
-                return kOk;
-            });
-        },
-        context, adapter, megabytes);
-}
-
-ADL_EXPORT ADL2_Adapter_AdapterInfoX4_Get(AdlContext context, int adapter, int* count, AdapterInfoX2** list) {
-    return Self().Enter(
-        "ADL2_Adapter_AdapterInfoX4_Get",
-        [&](AmdDriver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
-        context, adapter, count, list);
-}
-
-ADL_EXPORT ADL2_Adapter_AdapterInfoX3_Get(AdlContext context, int adapter, int* count, AdapterInfo** list) {
-    return Self().Enter(
-        "ADL2_Adapter_AdapterInfoX3_Get",
-        [&](AmdDriver& driver, Garbage garbage) { return HandOutAdapters(driver, garbage, adapter, *count, *list); },
-        context, adapter, count, list);
+    auto const get = [&](AmdBoard const&, Adapter const& found) {
+        *status = found.active ? 1 : 0;
+        return kAdlOk;
+    };
+    return EnterAdapter(__func__, get, context, adapter, status);
 }
 
 ADL_EXPORT ADL2_Adapter_MemoryInfo_Get(AdlContext context, int adapter, ADLMemoryInfo* info) {
-    return Self().Enter(
-        "ADL2_Adapter_MemoryInfo_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            if (!driver.FindAdapter(adapter)) {
-                return kInvalidAdapterIndex;
-            }
-            Memory const& memory = driver.Description().memory;
-            *info = {};
-            info->iMemorySize = std::int64_t{memory.megabytes} * 1024 * 1024;
-            info->iMemoryBandwidth = memory.bandwidth;
-            memory.type.copy(info->strMemoryType, sizeof(info->strMemoryType) - 1);
-            if (garbage == Garbage::UnterminatedStrings) {
-                std::memset(info->strMemoryType, 'T', sizeof(info->strMemoryType));
-            }
-            return kOk;
-        },
-        context, adapter, info);
+    auto const get = [&](AmdBoard const& board, Adapter const&) {
+        *info = {};
+        info->iMemorySize = std::int64_t{board.memory.megabytes} * 1024 * 1024;
+        info->iMemoryBandwidth = board.memory.bandwidth;
+        CopyText(board.memory.type, info->strMemoryType);
+        return kAdlOk;
+    };
+    return EnterAdapter(__func__, get, context, adapter, info);
+}
+
+ADL_EXPORT ADL2_Adapter_AdapterInfoX4_Get(AdlContext context, int adapter, int* count, AdapterInfoX2** list) {
+    return EnterAdapterList(__func__, context, adapter, count, list);
+}
+
+ADL_EXPORT ADL2_Adapter_AdapterInfoX3_Get(AdlContext context, int adapter, int* count, AdapterInfo** list) {
+    return EnterAdapterList(__func__, context, adapter, count, list);
+}
+
+ADL_EXPORT ADL2_Adapter_VRAMUsage_Get(AdlContext context, int adapter, int* megabytes) {
+    auto const get = [&](AmdDriver& driver, Garbage) {
+        return driver.WithReadings(adapter, Self().Now(), [&](Readings const& readings) {
+            *megabytes = Rounded(readings.memoryUsed);
+            return kAdlOk;
+        });
+    };
+    return Self().Enter(__func__, get, context, adapter, megabytes);
+}
+
+ADL_EXPORT ADL2_Adapter_FrameMetrics_Get(AdlContext context, int adapter, int source, float* framesPerSecond) {
+    auto const get = [&](AmdDriver& driver, Garbage) {
+        if (!driver.Description().frameMetricsRunning) {
+            return driver.FindAdapter(adapter) != nullptr ? kAdlError : kAdlInvalidAdapterIndex;
+        }
+        return driver.WithReadings(adapter, Self().Now(), [&](Readings const& readings) {
+            *framesPerSecond = static_cast<float>(readings.framesPerSecond);
+            return kAdlOk;
+        });
+    };
+    return Self().Enter(__func__, get, context, adapter, source, framesPerSecond);
 }
 
 ADL_EXPORT ADL2_Overdrive5_ThermalDevices_Enum(AdlContext context, int adapter, int controller,
                                                ADLThermalControllerInfo* info) {
-    return Self().Enter(
-        "ADL2_Overdrive5_ThermalDevices_Enum",
-        [&](AmdDriver& driver, Garbage garbage) {
-            if (garbage == Garbage::EndlessEnumeration) {
-                info->iThermalDomain = kThermalDomainGpu;
-                info->iDomainIndex = controller;
-                return kOk;
-            }
-            return OverdriveNCall(driver, adapter, [&](OverdriveNState& state, Readings const&) {
-                return state.EnumerateController(controller, *info);
-            });
-        },
-        context, adapter, controller, info);
+    auto const get = [&](AmdDriver& driver, Garbage garbage) {
+        if (garbage == Garbage::EndlessEnumeration) {
+            info->iThermalDomain = kThermalDomainGpu;
+            info->iDomainIndex = controller;
+            return kAdlOk;
+        }
+        return driver.With<OverdriveNState>(adapter, Self().Now(), [&](OverdriveNState& state, Readings const&) {
+            return state.EnumerateController(controller, *info);
+        });
+    };
+    return Self().Enter(__func__, get, context, adapter, controller, info);
 }
 
 ADL_EXPORT ADL2_Overdrive5_FanSpeed_Get(AdlContext context, int adapter, int controller, ADLFanSpeedValue* value) {
-    return SIM_ENTER(ADL2_Overdrive5_FanSpeed_Get, OverdriveNCall, state.GetFanSpeed(controller, *value, readings),
-                     controller, value);
+    return EnterState(__func__, &OverdriveNState::GetFanSpeed, context, adapter, controller, value);
 }
 
 ADL_EXPORT ADL2_Overdrive5_FanSpeed_Set(AdlContext context, int adapter, int controller, ADLFanSpeedValue* value) {
-    return SIM_ENTER(ADL2_Overdrive5_FanSpeed_Set, OverdriveNCall, state.SetFanSpeed(controller, *value), controller,
-                     value);
+    return EnterState(__func__, &OverdriveNState::SetFanSpeed, context, adapter, controller, value);
 }
 
 ADL_EXPORT ADL2_Overdrive5_FanSpeedToDefault_Set(AdlContext context, int adapter, int controller) {
-    return SIM_ENTER(ADL2_Overdrive5_FanSpeedToDefault_Set, OverdriveNCall, state.ResetFanSpeed(controller),
-                     controller);
+    return EnterState(__func__, &OverdriveNState::ResetFanSpeed, context, adapter, controller);
 }
 
 ADL_EXPORT ADL2_OverdriveN_CapabilitiesX2_Get(AdlContext context, int adapter, ADLODNCapabilitiesX2* capabilities) {
-    return Self().Enter(
-        "ADL2_OverdriveN_CapabilitiesX2_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            return OverdriveNCall(driver, adapter, [&](OverdriveNState& state, Readings const&) {
-                int const result = state.GetCapabilities(*capabilities);
-                SpoilCount(capabilities->iMaximumNumberOfPerformanceLevels, garbage);
-                return result;
-            });
-        },
-        context, adapter, capabilities);
+    return EnterState(__func__, &OverdriveNState::GetCapabilities, context, adapter, capabilities);
 }
 
 ADL_EXPORT ADL2_OverdriveN_SystemClocksX2_Get(AdlContext context, int adapter, ADLODNPerformanceLevelsX2* table) {
-    return SIM_ENTER(ADL2_OverdriveN_SystemClocksX2_Get, OverdriveNCall, state.GetEngineClocks(*table), table);
+    return EnterState(__func__, &OverdriveNState::GetEngineClocks, context, adapter, table);
 }
 
 ADL_EXPORT ADL2_OverdriveN_SystemClocksX2_Set(AdlContext context, int adapter, ADLODNPerformanceLevelsX2* table) {
-    return SIM_ENTER(ADL2_OverdriveN_SystemClocksX2_Set, OverdriveNCall, state.SetEngineClocks(*table), table);
+    return EnterState(__func__, &OverdriveNState::SetEngineClocks, context, adapter, table);
 }
 
 ADL_EXPORT ADL2_OverdriveN_MemoryClocksX2_Get(AdlContext context, int adapter, ADLODNPerformanceLevelsX2* table) {
-    return SIM_ENTER(ADL2_OverdriveN_MemoryClocksX2_Get, OverdriveNCall, state.GetMemoryClocks(*table), table);
+    return EnterState(__func__, &OverdriveNState::GetMemoryClocks, context, adapter, table);
 }
 
 ADL_EXPORT ADL2_OverdriveN_MemoryClocksX2_Set(AdlContext context, int adapter, ADLODNPerformanceLevelsX2* table) {
-    return SIM_ENTER(ADL2_OverdriveN_MemoryClocksX2_Set, OverdriveNCall, state.SetMemoryClocks(*table), table);
+    return EnterState(__func__, &OverdriveNState::SetMemoryClocks, context, adapter, table);
 }
 
 ADL_EXPORT ADL2_OverdriveN_FanControl_Get(AdlContext context, int adapter, ADLODNFanControl* fan) {
-    return SIM_ENTER(ADL2_OverdriveN_FanControl_Get, OverdriveNCall, state.GetFan(*fan, readings), fan);
+    return EnterState(__func__, &OverdriveNState::GetFan, context, adapter, fan);
 }
 
 ADL_EXPORT ADL2_OverdriveN_FanControl_Set(AdlContext context, int adapter, ADLODNFanControl* fan) {
-    return SIM_ENTER(ADL2_OverdriveN_FanControl_Set, OverdriveNCall, state.SetFan(*fan), fan);
+    return EnterState(__func__, &OverdriveNState::SetFan, context, adapter, fan);
 }
 
 ADL_EXPORT ADL2_OverdriveN_PowerLimit_Get(AdlContext context, int adapter, ADLODNPowerLimitSetting* limit) {
-    return SIM_ENTER(ADL2_OverdriveN_PowerLimit_Get, OverdriveNCall, state.GetPowerLimit(*limit), limit);
+    return EnterState(__func__, &OverdriveNState::GetPowerLimit, context, adapter, limit);
 }
 
 ADL_EXPORT ADL2_OverdriveN_PowerLimit_Set(AdlContext context, int adapter, ADLODNPowerLimitSetting* limit) {
-    return SIM_ENTER(ADL2_OverdriveN_PowerLimit_Set, OverdriveNCall, state.SetPowerLimit(*limit), limit);
+    return EnterState(__func__, &OverdriveNState::SetPowerLimit, context, adapter, limit);
 }
 
 ADL_EXPORT ADL2_OverdriveN_Temperature_Get(AdlContext context, int adapter, int type, int* value) {
-    return SIM_ENTER(ADL2_OverdriveN_Temperature_Get, OverdriveNCall, state.GetTemperature(type, *value, readings),
-                     type, value);
+    return EnterState(__func__, &OverdriveNState::GetTemperature, context, adapter, type, value);
 }
 
 ADL_EXPORT ADL2_OverdriveN_PerformanceStatus_Get(AdlContext context, int adapter, ADLODNPerformanceStatus* status) {
-    return SIM_ENTER(ADL2_OverdriveN_PerformanceStatus_Get, OverdriveNCall, state.GetStatus(*status, readings), status);
+    return EnterState(__func__, &OverdriveNState::GetStatus, context, adapter, status);
 }
 
 ADL_EXPORT ADL2_Overdrive8_Init_Setting_Get(AdlContext context, int adapter, ADLOD8InitSetting* settings) {
-    return Self().Enter(
-        "ADL2_Overdrive8_Init_Setting_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
-                int const result = state.GetInit(*settings);
-                SpoilCount(settings->count, garbage);
-                return result;
-            });
-        },
-        context, adapter, settings);
+    return EnterState(__func__, &Overdrive8State::GetInit, context, adapter, settings);
 }
 
 ADL_EXPORT ADL2_Overdrive8_Current_Setting_Get(AdlContext context, int adapter, ADLOD8CurrentSetting* settings) {
-    return Self().Enter(
-        "ADL2_Overdrive8_Current_Setting_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
-                int const result = state.GetCurrent(*settings);
-                SpoilCount(settings->count, garbage);
-                return result;
-            });
-        },
-        context, adapter, settings);
+    return EnterState(__func__, &Overdrive8State::GetCurrent, context, adapter, settings);
 }
 
 ADL_EXPORT ADL2_Overdrive8_Setting_Set(AdlContext context, int adapter, ADLOD8SetSetting* request,
                                        ADLOD8CurrentSetting* settings) {
-    return SIM_ENTER(ADL2_Overdrive8_Setting_Set, Overdrive8Call, state.Set(*request, *settings), request, settings);
+    return EnterState(__func__, &Overdrive8State::Set, context, adapter, request, settings);
 }
 
 ADL_EXPORT ADL2_New_QueryPMLogData_Get(AdlContext context, int adapter, ADLPMLogDataOutput* data) {
-    return SIM_ENTER(ADL2_New_QueryPMLogData_Get, Overdrive8Call, state.GetSensors(*data, readings), data);
+    return EnterState(__func__, &Overdrive8State::GetSensors, context, adapter, data);
 }
 
 ADL_EXPORT ADL2_Overdrive8_Init_SettingX2_Get(AdlContext context, int adapter, int* capabilities, int* count,
                                               ADLOD8SingleInitSetting** list) {
-    return Self().Enter(
-        "ADL2_Overdrive8_Init_SettingX2_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
-                *capabilities = state.Capabilities();
-                return Self().HandOut(state.InitSettings(), *count, *list, garbage, kManySettings);
-            });
-        },
-        context, adapter, capabilities, count, list);
+    auto const get = [&](AmdDriver& driver, Garbage garbage) {
+        return driver.With<Overdrive8State>(adapter, Self().Now(), [&](Overdrive8State& state, Readings const&) {
+            *capabilities = state.Capabilities();
+            return Self().HandOut(state.InitSettings(), *count, *list, garbage);
+        });
+    };
+    return Self().Enter(__func__, get, context, adapter, capabilities, count, list);
 }
 
 ADL_EXPORT ADL2_Overdrive8_Current_SettingX2_Get(AdlContext context, int adapter, int* count, int** list) {
-    return Self().Enter(
-        "ADL2_Overdrive8_Current_SettingX2_Get",
-        [&](AmdDriver& driver, Garbage garbage) {
-            return Overdrive8Call(driver, adapter, [&](Overdrive8State& state, Readings const&) {
-                return Self().HandOut(state.CurrentSettings(), *count, *list, garbage, kManySettings);
-            });
-        },
-        context, adapter, count, list);
+    auto const get = [&](AmdDriver& driver, Garbage garbage) {
+        return driver.With<Overdrive8State>(adapter, Self().Now(), [&](Overdrive8State& state, Readings const&) {
+            return Self().HandOut(state.CurrentSettings(), *count, *list, garbage);
+        });
+    };
+    return Self().Enter(__func__, get, context, adapter, count, list);
 }
 
-ADL_EXPORT ADL2_Adapter_FrameMetrics_Get(AdlContext context, int adapter, int source, float* framesPerSecond) {
-    return Self().Enter(
-        "ADL2_Adapter_FrameMetrics_Get",
-        [&](AmdDriver& driver, Garbage) {
-            if (!driver.Description().frameMetricsRunning) {
-                return driver.FindAdapter(adapter) ? kError : kInvalidAdapterIndex;
-            }
-            return driver.WithReadings(adapter, Self().Now(), [&](Readings const& readings) {
-                *framesPerSecond = static_cast<float>(readings.framesPerSecond);
-                return kOk;
-            });
-        },
-        context, adapter, source, framesPerSecond);
-}
-
-// The list: an entry point without arguments there is made, one with arguments must be written out above.
-#define SIM_MAKE(name)                                                                 \
-    ADL_EXPORT name() {                                                                \
-        return Self().Enter(#name, [](AmdDriver&, Garbage) { return kNotSupported; }); \
+// The list: an entry point without arguments in it is made here; one with arguments must be written out above.
+#define SIM_MAKE(name)                                                                       \
+    ADL_EXPORT name() {                                                                      \
+        return Self().Enter(__func__, [](AmdDriver&, Garbage) { return kAdlNotSupported; }); \
     }
 #define SIM_MAKE_TYPED(name, ...)                                                \
     static_assert(std::is_same_v<decltype(&name), int(ADL_CDECL*)(__VA_ARGS__)>, \

@@ -21,7 +21,7 @@ enum class Vendor {
 
 enum class FaultKind { Result, Missing, Garbage };
 
-// In the order of their names (board/faults_part.cpp).
+// In the order of their names (sim/board/read_faults.cpp).
 enum class Garbage {
     None,
     NegativeCount,

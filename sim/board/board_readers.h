@@ -1,4 +1,4 @@
-// The parts of a board file, one reader each; all throw BoardFileError.
+// Readers for the parts of a board file. All throw BoardFileError.
 #pragma once
 
 #include "sim/board/Board.h"
@@ -7,7 +7,7 @@
 
 namespace gputune::sim {
 
-// Everything in the file that is the vendor's.
+// All keys that belong to the vendor.
 void ReadAmd(JsonObject& object, Board& board);
 void ReadIntel(JsonObject& object, Board& board);
 void ReadNvidia(JsonObject& object, Board& board);
@@ -15,10 +15,10 @@ void ReadNvidia(JsonObject& object, Board& board);
 OverdriveN ReadOverdriveN(JsonValue const& value);
 Overdrive8 ReadOverdrive8(JsonValue const& value);
 ModelSettings ReadModel(JsonValue const& value);
-// The key "model" of an object, which may be left out.
+// The optional key "model" of an object; defaultModel without it.
 ModelSettings ReadOwnModel(JsonObject& object, ModelSettings const& defaultModel);
 
-// The key "faults", which may be left out.
+// The optional key "faults".
 std::vector<Fault> ReadFaults(JsonObject& object, FaultRules const& rules);
 
 }  // namespace gputune::sim

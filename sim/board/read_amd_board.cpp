@@ -7,17 +7,18 @@ namespace gputune::sim {
 
 namespace {
 
-constexpr std::size_t kTextBytes = 255;  // what the vendor's records hold beside the terminator
+std::string ReadText(JsonValue const& value) {
+    constexpr std::size_t kTextBytes = 255;  // what the vendor's records hold beside the terminator
+    return value.String(kTextBytes);
+}
 
 Adapter ReadAdapter(JsonValue const& value) {
     JsonObject object(value);
     Adapter adapter;
     adapter.index = object.Required("index").Int(0, 1000);
-    adapter.udid = object.Required("udid").String(kTextBytes);
-    adapter.name = object.Required("name").String(kTextBytes);
-    if (auto const name = object.Optional("displayName")) {
-        adapter.displayName = name->String(kTextBytes);
-    }
+    adapter.udid = ReadText(object.Required("udid"));
+    adapter.name = ReadText(object.Required("name"));
+    object.ReadWith("displayName", adapter.displayName, ReadText);
     adapter.busNumber = object.Required("busNumber").Int(0, 255);
     object.Read("present", adapter.present);
     object.Read("exists", adapter.exists);
@@ -31,9 +32,7 @@ Memory ReadMemory(JsonValue const& value, ModelSettings& model) {
     JsonObject object(value);
     Memory memory;
     memory.megabytes = object.Required("megabytes").Int(0);
-    if (auto const type = object.Optional("type")) {
-        memory.type = type->String(kTextBytes);
-    }
+    object.ReadWith("type", memory.type, ReadText);
     object.Read("bandwidth", memory.bandwidth, 0);
     object.Read("usedIdle", model.memoryIdle, 0, kMaxMegabytes);
     object.Read("usedLoaded", model.memoryLoaded, 0, kMaxMegabytes);
@@ -68,12 +67,8 @@ void ReadAmd(JsonObject& object, Board& board) {
     });
     JsonValue const version = object.Required("overdriveVersion");
     board.amd.overdriveVersion = version.Int(0, 9);
-    if (auto const part = object.Optional("overdriveN")) {
-        board.amd.overdriveN = ReadOverdriveN(*part);
-    }
-    if (auto const part = object.Optional("overdrive8")) {
-        board.amd.overdrive8 = ReadOverdrive8(*part);
-    }
+    object.ReadWith("overdriveN", board.amd.overdriveN, ReadOverdriveN);
+    object.ReadWith("overdrive8", board.amd.overdrive8, ReadOverdrive8);
     if (board.amd.overdriveVersion == 7 && !board.amd.overdriveN) {
         version.Fail("the part \"overdriveN\" with version 7");
     }
@@ -81,9 +76,8 @@ void ReadAmd(JsonObject& object, Board& board) {
         version.Fail("the part \"overdrive8\" with version 8");
     }
     board.model = ReadOwnModel(object, {});
-    if (auto const memory = object.Optional("memory")) {
-        board.amd.memory = ReadMemory(*memory, board.model);
-    }
+    object.ReadWith("memory", board.amd.memory,
+                    [&](JsonValue const& memory) { return ReadMemory(memory, board.model); });
     if (auto const metrics = object.Optional("frameMetrics")) {
         ReadFrameMetrics(*metrics, board);
     }

@@ -7,8 +7,9 @@ namespace gputune::sim {
 namespace {
 
 bool Fit(std::span<GarbageFit const> rules, std::string_view entryPoint, Garbage garbage) {
-    return std::any_of(rules.begin(), rules.end(),
-                       [&](GarbageFit const& fit) { return fit.entryPoint == entryPoint && fit.garbage == garbage; });
+    return std::any_of(rules.begin(), rules.end(), [&](GarbageFit const& fit) {
+        return fit.entryPoint == entryPoint && (fit.kinds & Kinds(garbage)) != 0;
+    });
 }
 
 Fault ReadFault(JsonValue const& value, FaultRules const& rules) {

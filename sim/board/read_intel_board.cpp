@@ -34,9 +34,8 @@ OverclockControl ReadControl(JsonValue const& value) {
     control.max = object.Required("max").Number(control.min, kMaxSetting);
     object.Read("step", control.step, 0, kMaxSetting);
     control.defaultValue = object.Required("default").Number(control.min, control.max);
-    if (auto const reference = object.Optional("reference")) {
-        control.reference = reference->Number(-kMaxSetting, kMaxSetting);
-    }
+    object.ReadWith("reference", control.reference,
+                    [](JsonValue const& entry) { return entry.Number(-kMaxSetting, kMaxSetting); });
     object.Finish();
     return control;
 }
@@ -49,17 +48,12 @@ Overclocking ReadOverclock(JsonValue const& value) {
     if (auto const waiver = object.Optional("waiver")) {
         overclock.waiver = static_cast<WaiverFor>(waiver->Choice({"nothing", "offsets", "everything"}));
     }
-    auto const read = [&](char const* key, OverclockControl& control) {
-        if (auto const entry = object.Optional(key)) {
-            control = ReadControl(*entry);
-        }
-    };
-    read("gpuFrequencyOffset", overclock.gpuFrequencyOffset);
-    read("gpuVoltageOffset", overclock.gpuVoltageOffset);
-    read("vramFrequencyOffset", overclock.vramFrequencyOffset);
-    read("vramVoltageOffset", overclock.vramVoltageOffset);
-    read("powerLimit", overclock.powerLimit);
-    read("temperatureLimit", overclock.temperatureLimit);
+    object.ReadWith("gpuFrequencyOffset", overclock.gpuFrequencyOffset, ReadControl);
+    object.ReadWith("gpuVoltageOffset", overclock.gpuVoltageOffset, ReadControl);
+    object.ReadWith("vramFrequencyOffset", overclock.vramFrequencyOffset, ReadControl);
+    object.ReadWith("vramVoltageOffset", overclock.vramVoltageOffset, ReadControl);
+    object.ReadWith("powerLimit", overclock.powerLimit, ReadControl);
+    object.ReadWith("temperatureLimit", overclock.temperatureLimit, ReadControl);
     object.Finish();
     return overclock;
 }
@@ -124,31 +118,17 @@ IntelDevice ReadDevice(JsonValue const& value, ModelSettings const& model) {
     object.Read("type", device.type, 0);
     device.name = object.Required("name").String(kNameBytes);
     device.vendorId = kIntel;
-    auto const mask = [&](char const* key, int& field) {
-        if (auto const entry = object.Optional(key)) {
-            field = entry->Mask();
-        }
-    };
-    mask("vendorId", device.vendorId);
-    mask("deviceId", device.deviceId);
-    mask("revision", device.revision);
+    object.ReadWith("vendorId", device.vendorId, &JsonValue::Mask);
+    object.ReadWith("deviceId", device.deviceId, &JsonValue::Mask);
+    object.ReadWith("revision", device.revision, &JsonValue::Mask);
     if (auto const luid = object.Optional("luid")) {
         ReadLuid(*luid, device);
     }
     if (auto const clocks = object.Optional("clocks")) {
         ReadClocks(*clocks, device);
     }
-    if (auto const fans = object.Optional("fans")) {
-        fans->ForEach([&](JsonValue const& entry) {
-            if (device.fans.size() == kMostFans) {
-                entry.Fail("no more than " + std::to_string(kMostFans) + " fans");
-            }
-            device.fans.push_back(ReadFan(entry));
-        });
-    }
-    if (auto const overclock = object.Optional("overclock")) {
-        device.overclock = ReadOverclock(*overclock);
-    }
+    object.ReadWith("fans", device.fans, [](JsonValue const& fans) { return fans.List(ReadFan, kMostFans, "fans"); });
+    object.ReadWith("overclock", device.overclock, ReadOverclock);
     if (auto const telemetry = object.Optional("telemetry")) {
         ReadTelemetry(*telemetry, device);
     }
@@ -162,12 +142,10 @@ IntelDevice ReadDevice(JsonValue const& value, ModelSettings const& model) {
 void ReadIntel(JsonObject& object, Board& board) {
     board.library = sizeof(void*) == 4 ? "ControlLib32" : "ControlLib";
     board.model = ReadOwnModel(object, {});
-    object.Required("devices").ForEach([&](JsonValue const& entry) {
-        if (board.intel.devices.size() == kMostDevices) {
-            entry.Fail("no more than " + std::to_string(kMostDevices) + " devices");
-        }
-        board.intel.devices.push_back(entry.IsNull() ? std::nullopt : std::optional(ReadDevice(entry, board.model)));
-    });
+    auto const read = [&](JsonValue const& device) {
+        return device.IsNull() ? std::nullopt : std::optional(ReadDevice(device, board.model));
+    };
+    board.intel.devices = object.Required("devices").List(read, kMostDevices, "devices");
     board.faults = ReadFaults(object, IntelFaultRules());
 }
 

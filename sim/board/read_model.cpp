@@ -24,11 +24,8 @@ Readings ReadReadings(JsonValue const& value) {
     object.Read("memoryUsed", readings.memoryUsed, 0, 1e9);
     object.Read("energy", readings.energy, 0, 1e12);
     object.Read("activity", readings.activity, 0, 1e12);
-    double olderFanRpm = -1;
-    object.Read("olderFanRpm", olderFanRpm, 0, kMaxReading);
-    if (olderFanRpm >= 0) {
-        readings.olderFanRpm = olderFanRpm;
-    }
+    object.ReadWith("olderFanRpm", readings.olderFanRpm,
+                    [](JsonValue const& entry) { return entry.Number(0, kMaxReading); });
     object.Finish();
     return readings;
 }
@@ -63,8 +60,7 @@ void ReadMovingModel(JsonObject& object, ModelSettings& model) {
         ReadTimes(*times, model);
     }
     if (auto const load = object.Optional("load")) {
-        model.load.clear();
-        load->ForEach([&](JsonValue const& step) { model.load.push_back(ReadLoadStep(step)); });
+        model.load = load->List(ReadLoadStep);
         if (model.load.empty()) {
             load->Fail("at least one step");
         }
@@ -88,8 +84,9 @@ ModelSettings ReadModel(JsonValue const& value) {
 }
 
 ModelSettings ReadOwnModel(JsonObject& object, ModelSettings const& defaultModel) {
-    auto const model = object.Optional("model");
-    return model ? ReadModel(*model) : defaultModel;
+    ModelSettings model = defaultModel;
+    object.ReadWith("model", model, ReadModel);
+    return model;
 }
 
 }  // namespace gputune::sim

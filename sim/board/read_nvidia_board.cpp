@@ -21,8 +21,9 @@ NvidiaSensor ReadSensor(JsonValue const& value) {
         quantity->Fail(R"(either "quantity" or "value")");
     }
     if (quantity) {
-        sensor.quantity = static_cast<ThermalQuantity>(
-            quantity->Choice({"temperature", "hotspot-temperature", "memory-temperature"}));
+        constexpr Quantity kQuantities[] = {&Readings::temperature, &Readings::hotspotTemperature,
+                                            &Readings::memoryTemperature};
+        sensor.quantity = kQuantities[quantity->Choice({"temperature", "hotspot-temperature", "memory-temperature"})];
     } else if (constant) {
         sensor.value = constant->Int();
     }
@@ -34,12 +35,7 @@ NvidiaGpu ReadGpu(JsonValue const& value, ModelSettings const& model) {
     JsonObject object(value);
     NvidiaGpu gpu;
     gpu.name = object.Required("name").String(kTextBytes);
-    object.Required("sensors").ForEach([&](JsonValue const& entry) {
-        if (gpu.sensors.size() == kMostSensors) {
-            entry.Fail("no more than " + std::to_string(kMostSensors) + " sensors");
-        }
-        gpu.sensors.push_back(ReadSensor(entry));
-    });
+    gpu.sensors = object.Required("sensors").List(ReadSensor, kMostSensors, "sensors");
     gpu.model = ReadOwnModel(object, model);
     object.Finish();
     return gpu;
@@ -52,12 +48,8 @@ void ReadNvidia(JsonObject& object, Board& board) {
     board.model = ReadOwnModel(object, {});
     board.nvidia.version = object.Required("version").String(kTextBytes);
     object.Read("hooks", board.nvidia.hooks);
-    object.Required("gpus").ForEach([&](JsonValue const& entry) {
-        if (board.nvidia.gpus.size() == kMostGpus) {
-            entry.Fail("no more than " + std::to_string(kMostGpus) + " GPUs");
-        }
-        board.nvidia.gpus.push_back(ReadGpu(entry, board.model));
-    });
+    auto const read = [&](JsonValue const& gpu) { return ReadGpu(gpu, board.model); };
+    board.nvidia.gpus = object.Required("gpus").List(read, kMostGpus, "GPUs");
     board.faults = ReadFaults(object, NvidiaFaultRules());
 }
 

@@ -8,16 +8,18 @@ namespace gputune::sim {
 namespace {
 
 constexpr int kDefaultSettings = 39;
-constexpr int kMaxSettings = 64;  // newer drivers know more than the older records hold
+constexpr int kMaxSettings = 64;  // newer drivers have more than the older records hold
 constexpr int kSensors = 256;
 
 struct Feature {
     int capability;
     std::size_t firstSetting, lastSetting;
 };
+// The capability bits that the library reads, and the settings that it uses with each. These need a range;
+// docs/board-files.md explains them.
 constexpr Feature kFeatures[] = {
-#define SIM_OD8_FEATURE(capability, first, last) {capability, first, last},
-#include "sim/board/overdrive8_features.inc"
+    {0x1, 0, 1},    {0x2, 6, 7},    {0x4, 8, 8},     {0x8, 9, 9},      {0x10, 11, 11},
+    {0x20, 10, 10}, {0x40, 12, 12}, {0x200, 15, 15}, {0x2000, 19, 28}, {0x10000, 36, 36},
 };
 
 void ReadSettings(JsonValue const& value, Overdrive8& part) {
@@ -45,7 +47,7 @@ void ReadSettings(JsonValue const& value, Overdrive8& part) {
     });
 }
 
-// A driver gives a range for everything it says the board can do.
+// A real driver reports a range for every setting of a capability that the board has.
 void RequireRanges(JsonValue const& settings, Overdrive8 const& part) {
     for (auto const& feature : kFeatures) {
         for (std::size_t id = feature.firstSetting; id <= feature.lastSetting; ++id) {
@@ -70,11 +72,13 @@ Sensor ReadSensor(JsonValue const& value) {
         if (object.Optional("value")) {
             quantity->Fail(R"(either "quantity" or "value")");
         }
-        // In the order of Quantity, whose first one has no name.
-        std::size_t const position =
-            quantity->Choice({"engine-clock", "memory-clock", "temperature", "hotspot-temperature", "fan-rpm",
-                              "fan-percent", "load", "power", "voltage"});
-        sensor.quantity = static_cast<Quantity>(position + 1);
+        constexpr Quantity kQuantities[] = {
+            &Readings::engineClock, &Readings::memoryClock, &Readings::temperature, &Readings::hotspotTemperature,
+            &Readings::fanRpm,      &Readings::fanPercent,  &Readings::load,        &Readings::power,
+            &Readings::voltage};
+        sensor.quantity =
+            kQuantities[quantity->Choice({"engine-clock", "memory-clock", "temperature", "hotspot-temperature",
+                                          "fan-rpm", "fan-percent", "load", "power", "voltage"})];
     }
     object.Finish();
     return sensor;
@@ -91,7 +95,7 @@ Overdrive8 ReadOverdrive8(JsonValue const& value) {
     part.settings.resize(static_cast<std::size_t>(count));
     JsonValue const settings = object.Required("settings");
     ReadSettings(settings, part);
-    // The older records always hold all of theirs.
+    // The older records always have this many settings.
     part.settings.resize(std::max(part.settings.size(), static_cast<std::size_t>(kDefaultSettings)));
     part.count = count;
     RequireRanges(settings, part);
@@ -100,9 +104,7 @@ Overdrive8 ReadOverdrive8(JsonValue const& value) {
         part.newerEntryPoints = choice == 0 || choice == 1;
         part.olderEntryPoints = choice == 0 || choice == 2;
     }
-    if (auto const sensors = object.Optional("sensors")) {
-        sensors->ForEach([&](JsonValue const& entry) { part.sensors.push_back(ReadSensor(entry)); });
-    }
+    object.ReadWith("sensors", part.sensors, [](JsonValue const& list) { return list.List(ReadSensor); });
     object.Finish();
     return part;
 }

@@ -17,7 +17,7 @@ Range ReadRange(JsonValue const& value) {
     return range;
 }
 
-// Of something that every board lets be set.
+// The range of something that can be set on every board.
 Range ReadSettableRange(JsonValue const& value) {
     Range const range = ReadRange(value);
     if (range.min == 0 && range.max == 0) {
@@ -34,15 +34,10 @@ void ReadRanges(JsonValue const& value, OverdriveN& part) {
     part.power = ReadSettableRange(object.Required("power"));
     part.temperature = ReadSettableRange(object.Required("temperature"));
     part.fanSpeed = ReadSettableRange(object.Required("fanSpeed"));
-    auto const optional = [&](char const* key, Range& range) {
-        if (auto const entry = object.Optional(key)) {
-            range = ReadRange(*entry);
-        }
-    };
-    optional("fanTemperature", part.fanTemperature);
-    optional("minimumPerformanceClock", part.minimumPerformanceClock);
-    optional("throttleNotification", part.throttleNotification);
-    optional("autoSystemClock", part.autoSystemClock);
+    object.ReadWith("fanTemperature", part.fanTemperature, ReadRange);
+    object.ReadWith("minimumPerformanceClock", part.minimumPerformanceClock, ReadRange);
+    object.ReadWith("throttleNotification", part.throttleNotification, ReadRange);
+    object.ReadWith("autoSystemClock", part.autoSystemClock, ReadRange);
     object.Finish();
 }
 
@@ -96,15 +91,12 @@ OverdriveN ReadOverdriveN(JsonValue const& value) {
     JsonObject object(value);
     OverdriveN part;
     part.levelCount = object.Required("levels").Int(0, kMaxLevels);
-    if (auto const flags = object.Optional("flags")) {
-        part.flags = flags->Mask();
-    }
+    object.ReadWith("flags", part.flags, &JsonValue::Mask);
     ReadRanges(object.Required("ranges"), part);
     part.engineLevels = ReadLevels(object.Required("engineLevels"), part.levelCount);
     part.memoryLevels = ReadLevels(object.Required("memoryLevels"), part.levelCount);
-    if (auto const controllers = object.Optional("thermalControllers")) {
-        controllers->ForEach([&](JsonValue const& entry) { part.thermalControllers.push_back(ReadController(entry)); });
-    }
+    object.ReadWith("thermalControllers", part.thermalControllers,
+                    [](JsonValue const& list) { return list.List(ReadController); });
     part.targetTemperature = part.fanTemperature.defaultValue;
     part.targetFanSpeed = part.fanSpeed.defaultValue;
     part.minimumFanSpeed = part.fanSpeed.min;

@@ -1,9 +1,6 @@
 // The functions of gputune_sim_host.h; gputune_sim.def exports them.
 #include <windows.h>
 
-#include <algorithm>
-#include <cstring>
-#include <exception>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -11,6 +8,8 @@
 #include "gputune_sim_host.h"
 #include "sim/board/BoardFile.h"
 #include "sim/host/SimulatedMachine.h"
+#include "sim/host/module_path.h"
+#include "sim/standin/error_text.h"
 
 namespace {
 
@@ -18,8 +17,8 @@ using gputune::sim::Board;
 using gputune::sim::SimulatedMachine;
 using gputune::sim::Vendor;
 
-// The process's machine; null when none is running. Left behind at the end of the process: its thread is gone by then.
-SimulatedMachine* runningMachine = nullptr;
+// The process's machine; null when none is running. Never deleted at the end of the process, when its thread is gone.
+SimulatedMachine* g_runningMachine = nullptr;
 
 // The stand-in libraries that this process has loaded so far; they stay.
 std::map<Vendor, std::string>& LoadedLibraries() {
@@ -27,38 +26,25 @@ std::map<Vendor, std::string>& LoadedLibraries() {
     return libraries;
 }
 
-HMODULE ModuleOfThisCode() {
+// The folder of gputune_sim.dll, which stays loaded from now on: the machine has a thread that runs in it.
+std::wstring DirectoryOfThisModule() {
     HMODULE module = nullptr;
-    // Never unloaded: the machine has a thread that runs in here.
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                         reinterpret_cast<wchar_t const*>(&runningMachine), &module);
-    return module;
-}
-
-std::wstring DirectoryOfThisCode() {
-    HMODULE const module = ModuleOfThisCode();
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        DWORD const length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-        if (length < path.size()) {
-            path.resize(length);
-            return path.substr(0, path.find_last_of(L"\\/"));
-        }
-        path.resize(path.size() * 2);
-    }
+                         reinterpret_cast<wchar_t const*>(&g_runningMachine), &module);
+    return gputune::sim::ModulePath(module).parent_path();
 }
 
 bool IsStandIn(HMODULE module) {
     return ::GetProcAddress(module, "GputuneSim_LoadBoard") != nullptr;
 }
 
-// A library is found by its name, and what was loaded first under a name stays the one that is found.
-void RequireLibraryCanBeStoodInFor(Board const& board) {
+// The loader finds a library by its name, and always the one that was loaded first under that name.
+void RequireNoOtherLibrary(Board const& board) {
     if (board.vendor == Vendor::None) {
         return;
     }
     HMODULE const present = ::GetModuleHandleA((board.library + ".dll").c_str());
-    if (present && !IsStandIn(present)) {
+    if (present != nullptr && !IsStandIn(present)) {
         throw std::runtime_error("this process has loaded another " + board.library +
                                  ".dll already; a board must be started before that");
     }
@@ -70,36 +56,29 @@ void RequireLibraryCanBeStoodInFor(Board const& board) {
     }
 }
 
+// Starts the machine begin(directory) for the board read().
 template <class Read, class Begin>
 int Start(char const* argument, Read const& read, Begin const& begin, char* error, int errorSize) {
-    try {
-        if (!argument) {
+    return gputune::sim::WithErrorText(error, errorSize, [&] {
+        if (argument == nullptr) {
             throw std::runtime_error("no board was given");
         }
-        if (runningMachine) {
+        if (g_runningMachine != nullptr) {
             throw std::runtime_error("a board is running already; GputuneSim_Stop ends it");
         }
         Board const board = read();
-        RequireLibraryCanBeStoodInFor(board);
-        runningMachine = new SimulatedMachine(begin(DirectoryOfThisCode()));
+        RequireNoOtherLibrary(board);
+        g_runningMachine = new SimulatedMachine(begin(DirectoryOfThisModule()));
         LoadedLibraries().emplace(board.vendor, board.library);
-        return 1;
-    } catch (std::exception const& failure) {
-        if (error && errorSize > 0) {
-            std::size_t const length = std::min(std::strlen(failure.what()), static_cast<std::size_t>(errorSize) - 1);
-            std::memcpy(error, failure.what(), length);
-            error[length] = '\0';
-        }
-        return 0;
-    }
+    });
 }
 
-// A function of the running board's stand-in, which has it under the same name; null without a board that has one.
-template <class Function>
-Function* OfTheStandIn(char const* name) {
-    return reinterpret_cast<Function*>(runningMachine ? runningMachine->Symbol(name) : nullptr);
+// Calls the function of this name in the running board's stand-in; returns 0 without a board that has a stand-in.
+template <class Result, class... Args>
+Result PassOn(char const* function, Args... args) {
+    void* const address = g_runningMachine != nullptr ? g_runningMachine->Symbol(function) : nullptr;
+    return address != nullptr ? reinterpret_cast<Result(GPUTUNE_SIM_CALL*)(Args...)>(address)(args...) : Result();
 }
-#define OF_THE_STAND_IN(function) OfTheStandIn<decltype(function)>(#function)
 
 }  // namespace
 
@@ -118,28 +97,22 @@ int GputuneSim_StartText(const char* boardJson, char* error, int errorSize) {
 }
 
 void GputuneSim_Stop(void) {
-    delete runningMachine;
-    runningMachine = nullptr;
+    delete g_runningMachine;
+    g_runningMachine = nullptr;
 }
 
 int GputuneSim_SetResult(const char* entryPoint, int result) {
-    auto* const passOn = OF_THE_STAND_IN(GputuneSim_SetResult);
-    return passOn ? passOn(entryPoint, result) : 0;
+    return PassOn<int>(__func__, entryPoint, result);
 }
 
 void GputuneSim_ClearFaults(void) {
-    if (auto* const passOn = OF_THE_STAND_IN(GputuneSim_ClearFaults)) {
-        passOn();
-    }
+    PassOn<void>(__func__);
 }
 
 int GputuneSim_HideEntryPoint(const char* entryPoint) {
-    auto* const passOn = OF_THE_STAND_IN(GputuneSim_HideEntryPoint);
-    return passOn ? passOn(entryPoint) : 0;
+    return PassOn<int>(__func__, entryPoint);
 }
 
 void GputuneSim_Advance(int milliseconds) {
-    if (auto* const passOn = OF_THE_STAND_IN(GputuneSim_Advance)) {
-        passOn(milliseconds);
-    }
+    PassOn<void>(__func__, milliseconds);
 }

@@ -1,6 +1,5 @@
 // The control library's entry points. Those with a signature are written out below and checked against the list of all;
-// the rest are made from the list and answer that the feature is not supported.
-#include <cstring>
+// the others are made from the list and return that the feature is not supported.
 #include <type_traits>
 
 #include "sim/intel/IntelStandIn.h"
@@ -17,163 +16,137 @@ IntelStandIn& Self() {
     return IntelStandIn::Instance();
 }
 
-void SpoilCount(int& count, Garbage garbage, int onBoard) {
-    constexpr int kHuge = 1000;
-    count = garbage == Garbage::NegativeCount ? -1
-            : garbage == Garbage::HugeCount   ? kHuge
-            : garbage == Garbage::OneTooMany  ? kCtlFanTableSize + 1
-                                              : onBoard;
+// An entry point that is one operation of the device's state. The operation gets the client's arguments, records by
+// reference.
+template <class Function, class... Args>
+int EnterDevice(char const* entryPoint, Function IntelDeviceState::*operation, ctl_device_adapter_handle_t device,
+                Args... args) {
+    auto const onDriver = [&](IntelDriver& driver, Garbage) {
+        return driver.WithDevice(device, Self().Now(), [&](IntelDeviceState& state, Readings const&) {
+            return (state.*operation)(ToParameter(args)...);
+        });
+    };
+    return Self().Enter(entryPoint, onDriver, device, args...);
+}
+
+// The same for a fan. The operation gets its number on the device first.
+template <class Function, class... Args>
+int EnterFan(char const* entryPoint, Function IntelDeviceState::*operation, ctl_fan_handle_t fan, Args... args) {
+    auto const onDriver = [&](IntelDriver& driver, Garbage) {
+        return driver.WithFan(fan, Self().Now(), [&](IntelDeviceState& state, std::size_t number) {
+            return (state.*operation)(number, ToParameter(args)...);
+        });
+    };
+    return Self().Enter(entryPoint, onDriver, fan, args...);
 }
 
 }  // namespace
 
-// An entry point whose work is one expression on the device's state, called state; readings are the device's at this
-// moment.
-#define SIM_DEVICE(entry, expression, ...)                                                                   \
-    Self().Enter(                                                                                            \
-        #entry,                                                                                              \
-        [&](IntelDriver& driver, Garbage) {                                                                  \
-            return driver.WithDevice(device, Self().Now(),                                                   \
-                                     [&]([[maybe_unused]] IntelDeviceState& state,                           \
-                                         [[maybe_unused]] Readings const& readings) { return expression; }); \
-        },                                                                                                   \
-        device __VA_OPT__(, ) __VA_ARGS__)
-
-// The same on the state of the device that has the fan, which is number `number` there.
-#define SIM_FAN(entry, expression, ...)                                                                     \
-    Self().Enter(                                                                                           \
-        #entry,                                                                                             \
-        [&](IntelDriver& driver, [[maybe_unused]] Garbage garbage) {                                        \
-            return driver.WithFan(fan, Self().Now(),                                                        \
-                                  [&](IntelDeviceState& state, std::size_t number) { return expression; }); \
-        },                                                                                                  \
-        fan __VA_OPT__(, ) __VA_ARGS__)
-
 CTL_EXPORT ctlInit(ctl_init_args_t* args, ctl_api_handle_t* handle) {
-    return Self().EnterAtAnyTime(
-        "ctlInit", [&](IntelDriver&, Garbage) { return Self().Initialize(*args, *handle); }, args, handle);
+    auto const initialize = [&](IntelDriver&, Garbage) { return Self().Initialize(*args, *handle); };
+    return Self().EnterAtAnyTime(__func__, initialize, args, handle);
 }
 
 CTL_EXPORT ctlClose(ctl_api_handle_t handle) {
-    return Self().Enter(
-        "ctlClose", [&](IntelDriver&, Garbage) { return Self().Close(handle); }, handle);
+    auto const close = [&](IntelDriver&, Garbage) { return Self().Close(handle); };
+    return Self().Enter(__func__, close, handle);
 }
 
 CTL_EXPORT ctlSetRuntimePath(ctl_runtime_path_args_t* args) {
-    return Self().EnterAtAnyTime(
-        "ctlSetRuntimePath", [](IntelDriver&, Garbage) { return kCtlSuccess; }, args);
+    auto const accept = [](IntelDriver&, Garbage) { return kCtlSuccess; };
+    return Self().EnterAtAnyTime(__func__, accept, args);
 }
 
 CTL_EXPORT ctlEnumerateDevices(ctl_api_handle_t handle, std::uint32_t* count, ctl_device_adapter_handle_t* devices) {
-    return Self().Enter(
-        "ctlEnumerateDevices",
-        [&](IntelDriver& driver, Garbage garbage) {
-            if (!Self().IsOwn(handle)) {
-                return kCtlInvalidArgument;
-            }
-            HandOut(driver.Devices(), *count, devices, garbage);
-            return kCtlSuccess;
-        },
-        handle, count, AddressOnly{devices});
+    auto const enumerate = [&](IntelDriver& driver, Garbage garbage) {
+        if (!Self().IsOwn(handle)) {
+            return kCtlInvalidArgument;
+        }
+        HandOut(driver.Devices(), *count, devices, garbage);
+        return kCtlSuccess;
+    };
+    return Self().Enter(__func__, enumerate, handle, count, AddressOnly{devices});
 }
 
 CTL_EXPORT ctlGetDeviceProperties(ctl_device_adapter_handle_t device, ctl_device_adapter_properties_t* properties) {
-    return Self().Enter(
-        "ctlGetDeviceProperties",
-        [&](IntelDriver& driver, Garbage garbage) {
-            return driver.WithDevice(device, Self().Now(), [&](IntelDeviceState& state, Readings const&) {
-                int const result = state.GetProperties(*properties);
-                if (garbage == Garbage::UnterminatedStrings) {
-                    std::memset(properties->name, 'N', sizeof(properties->name));
-                }
-                return result;
-            });
-        },
-        device, properties);
+    return EnterDevice(__func__, &IntelDeviceState::GetProperties, device, properties);
 }
 
 CTL_EXPORT ctlPowerTelemetryGet(ctl_device_adapter_handle_t device, ctl_power_telemetry_t* telemetry) {
-    return SIM_DEVICE(ctlPowerTelemetryGet, state.GetTelemetry(*telemetry, readings, Self().Now()), telemetry);
+    auto const get = [&](IntelDriver& driver, Garbage) {
+        return driver.WithDevice(device, Self().Now(), [&](IntelDeviceState& state, Readings const& readings) {
+            return state.GetTelemetry(*telemetry, readings, Self().Now());
+        });
+    };
+    return Self().Enter(__func__, get, device, telemetry);
 }
 
 CTL_EXPORT ctlOverclockGetProperties(ctl_device_adapter_handle_t device, ctl_oc_properties_t* properties) {
-    return SIM_DEVICE(ctlOverclockGetProperties, state.GetOverclockProperties(*properties), properties);
+    return EnterDevice(__func__, &IntelDeviceState::GetOverclockProperties, device, properties);
 }
 
 CTL_EXPORT ctlOverclockWaiverSet(ctl_device_adapter_handle_t device) {
-    return SIM_DEVICE(ctlOverclockWaiverSet, state.SetWaiver());
+    return EnterDevice(__func__, &IntelDeviceState::SetWaiver, device);
 }
 
 CTL_EXPORT ctlOverclockPowerLimitGet(ctl_device_adapter_handle_t device, double* milliwatts) {
-    return SIM_DEVICE(ctlOverclockPowerLimitGet, state.GetPowerLimit(*milliwatts), milliwatts);
+    return EnterDevice(__func__, &IntelDeviceState::GetPowerLimit, device, milliwatts);
 }
 
 CTL_EXPORT ctlOverclockPowerLimitSet(ctl_device_adapter_handle_t device, double milliwatts) {
-    return SIM_DEVICE(ctlOverclockPowerLimitSet, state.SetPowerLimit(milliwatts), milliwatts);
+    return EnterDevice(__func__, &IntelDeviceState::SetPowerLimit, device, milliwatts);
 }
 
 CTL_EXPORT ctlOverclockGpuFrequencyOffsetGet(ctl_device_adapter_handle_t device, double* megahertz) {
-    return SIM_DEVICE(ctlOverclockGpuFrequencyOffsetGet, state.GetGpuFrequencyOffset(*megahertz), megahertz);
+    return EnterDevice(__func__, &IntelDeviceState::GetGpuFrequencyOffset, device, megahertz);
 }
 
 CTL_EXPORT ctlOverclockGpuFrequencyOffsetSet(ctl_device_adapter_handle_t device, double megahertz) {
-    return SIM_DEVICE(ctlOverclockGpuFrequencyOffsetSet, state.SetGpuFrequencyOffset(megahertz), megahertz);
+    return EnterDevice(__func__, &IntelDeviceState::SetGpuFrequencyOffset, device, megahertz);
 }
 
 CTL_EXPORT ctlOverclockVramFrequencyOffsetGet(ctl_device_adapter_handle_t device, double* megahertz) {
-    return SIM_DEVICE(ctlOverclockVramFrequencyOffsetGet, state.GetVramFrequencyOffset(*megahertz), megahertz);
+    return EnterDevice(__func__, &IntelDeviceState::GetVramFrequencyOffset, device, megahertz);
 }
 
 CTL_EXPORT ctlOverclockVramFrequencyOffsetSet(ctl_device_adapter_handle_t device, double megahertz) {
-    return SIM_DEVICE(ctlOverclockVramFrequencyOffsetSet, state.SetVramFrequencyOffset(megahertz), megahertz);
+    return EnterDevice(__func__, &IntelDeviceState::SetVramFrequencyOffset, device, megahertz);
 }
 
 CTL_EXPORT ctlEnumFans(ctl_device_adapter_handle_t device, std::uint32_t* count, ctl_fan_handle_t* fans) {
-    return Self().Enter(
-        "ctlEnumFans",
-        [&](IntelDriver& driver, Garbage garbage) {
-            return driver.WithDevice(device, Self().Now(), [&](IntelDeviceState&, Readings const&) {
-                HandOut(driver.Fans(device), *count, fans, garbage);
-                return kCtlSuccess;
-            });
-        },
-        device, count, AddressOnly{fans});
+    auto const enumerate = [&](IntelDriver& driver, Garbage garbage) {
+        return driver.WithDevice(device, Self().Now(), [&](IntelDeviceState&, Readings const&) {
+            HandOut(driver.Fans(device), *count, fans, garbage);
+            return kCtlSuccess;
+        });
+    };
+    return Self().Enter(__func__, enumerate, device, count, AddressOnly{fans});
 }
 
 CTL_EXPORT ctlFanGetProperties(ctl_fan_handle_t fan, ctl_fan_properties_t* properties) {
-    auto const get = [&](IntelDeviceState& state, std::size_t number, Garbage garbage) {
-        int const result = state.GetFanProperties(number, *properties);
-        SpoilCount(properties->maxPoints, garbage, properties->maxPoints);
-        return result;
-    };
-    return SIM_FAN(ctlFanGetProperties, get(state, number, garbage), properties);
+    return EnterFan(__func__, &IntelDeviceState::GetFanProperties, fan, properties);
 }
 
 CTL_EXPORT ctlFanGetConfig(ctl_fan_handle_t fan, ctl_fan_config_t* config) {
-    auto const get = [&](IntelDeviceState& state, std::size_t number, Garbage garbage) {
-        int const result = state.GetFanConfig(number, *config);
-        SpoilCount(config->speedTable.numPoints, garbage, config->speedTable.numPoints);
-        return result;
-    };
-    return SIM_FAN(ctlFanGetConfig, get(state, number, garbage), config);
+    return EnterFan(__func__, &IntelDeviceState::GetFanConfig, fan, config);
 }
 
 CTL_EXPORT ctlFanSetDefaultMode(ctl_fan_handle_t fan) {
-    return SIM_FAN(ctlFanSetDefaultMode, state.SetFanDefault(number));
+    return EnterFan(__func__, &IntelDeviceState::SetFanDefault, fan);
 }
 
 CTL_EXPORT ctlFanSetFixedSpeedMode(ctl_fan_handle_t fan, ctl_fan_speed_t const* speed) {
-    return SIM_FAN(ctlFanSetFixedSpeedMode, state.SetFanFixed(number, *speed), speed);
+    return EnterFan(__func__, &IntelDeviceState::SetFanFixed, fan, speed);
 }
 
 CTL_EXPORT ctlFanSetSpeedTableMode(ctl_fan_handle_t fan, ctl_fan_speed_table_t const* table) {
-    return SIM_FAN(ctlFanSetSpeedTableMode, state.SetFanTable(number, *table), table);
+    return EnterFan(__func__, &IntelDeviceState::SetFanTable, fan, table);
 }
 
-// The list: an entry point without arguments there is made, one with arguments must be written out above.
-#define SIM_MAKE(name)                         \
-    CTL_EXPORT name() {                        \
-        return Self().EnterUnsupported(#name); \
+// The list: an entry point without arguments in it is made here; one with arguments must be written out above.
+#define SIM_MAKE(name)                            \
+    CTL_EXPORT name() {                           \
+        return Self().EnterUnsupported(__func__); \
     }
 #define SIM_MAKE_TYPED(name, ...)                                                         \
     static_assert(std::is_same_v<decltype(&name), ctl_result_t(CTL_CDECL*)(__VA_ARGS__)>, \

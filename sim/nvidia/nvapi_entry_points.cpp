@@ -1,10 +1,10 @@
-// NVAPI's entry points: its one export, and the functions that this hands out.
+// NVAPI's entry points: its one export, and the functions whose addresses this returns.
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <type_traits>
 
 #include "sim/nvidia/NvidiaStandIn.h"
+#include "sim/standin/copy_text.h"
 
 using namespace gputune::nvidia;
 using namespace gputune::sim;
@@ -15,117 +15,85 @@ NvidiaStandIn& Self() {
     return NvidiaStandIn::Instance();
 }
 
+// out: a client's NvShortString.
 int WriteText(std::string_view text, char* out, Garbage garbage) {
-    if (garbage == Garbage::UnterminatedStrings) {
-        std::memset(out, 'T', sizeof(NvShortString));
-    } else {
-        CopyText(text, std::span<char, sizeof(NvShortString)>(out, sizeof(NvShortString)));
-    }
-    return kNvOk;
+    auto& field = *reinterpret_cast<NvShortString*>(out);
+    CopyText(text, field);
+    GarbleText(field, garbage, 'T');
+    return kNvapiOk;
 }
 
-std::uint32_t SpoiltCount(std::size_t count, std::size_t room, Garbage garbage) {
-    constexpr std::uint32_t kHuge = 4096;
-    switch (garbage) {
-        case Garbage::NegativeCount:
-            return UINT32_MAX;
-        case Garbage::HugeCount:
-            return kHuge;
-        case Garbage::OneTooMany:
-            return static_cast<std::uint32_t>(room + 1);
-        default:
-            return static_cast<std::uint32_t>(count);
-    }
+int Initialize(NvidiaDriver&, Garbage) {
+    Self().SetInitialized();
+    return kNvapiOk;
 }
 
 int NVAPI_CDECL NvAPI_Initialize() {
-    return Self().EnterAtAnyTime("NvAPI_Initialize", [](NvidiaDriver&, Garbage) {
-        Self().SetInitialized();
-        return kNvOk;
-    });
+    return Self().EnterAtAnyTime(__func__, Initialize);
 }
 
 int NVAPI_CDECL InitializeWithMode(int mode) {
-    return Self().EnterAtAnyTime(
-        "InitializeWithMode",
-        [](NvidiaDriver&, Garbage) {
-            Self().SetInitialized();
-            return kNvOk;
-        },
-        mode);
+    return Self().EnterAtAnyTime(__func__, Initialize, mode);
 }
 
 int NVAPI_CDECL BeforeCallHook(std::uint32_t identifier, std::uint32_t* words) {
-    return Self().EnterAtAnyTime(
-        "BeforeCallHook",
-        [&](NvidiaDriver&, Garbage) {
-            // Whatever they are, the client carries them to the other hook.
-            words[0] = identifier;
-            words[1] = ~identifier;
-            return kNvOk;
-        },
-        identifier, words);
+    // Any two words: the client passes them to the other hook.
+    auto const hook = [&](NvidiaDriver&, Garbage) {
+        words[0] = identifier;
+        words[1] = ~identifier;
+        return kNvapiOk;
+    };
+    return Self().EnterAtAnyTime(__func__, hook, identifier, words);
 }
 
 int NVAPI_CDECL AfterCallHook(std::uint32_t identifier, std::uint32_t word0, std::uint32_t word1, int status) {
-    return Self().EnterAtAnyTime(
-        "AfterCallHook", [](NvidiaDriver&, Garbage) { return kNvOk; }, identifier, word0, word1, status);
+    auto const hook = [](NvidiaDriver&, Garbage) { return kNvapiOk; };
+    return Self().EnterAtAnyTime(__func__, hook, identifier, word0, word1, status);
 }
 
 int NVAPI_CDECL NvAPI_GetErrorMessage(int status, char* text) {
-    return Self().EnterAtAnyTime(
-        "NvAPI_GetErrorMessage",
-        [&](NvidiaDriver&, Garbage garbage) { return WriteText(NvStatusText(status), text, garbage); }, status,
-        AddressOnly{text});
+    auto const get = [&](NvidiaDriver&, Garbage garbage) { return WriteText(NvapiStatusText(status), text, garbage); };
+    return Self().EnterAtAnyTime(__func__, get, status, AddressOnly{text});
 }
 
 int NVAPI_CDECL NvAPI_GetInterfaceVersionString(char* text) {
-    return Self().EnterAtAnyTime(
-        "NvAPI_GetInterfaceVersionString",
-        [&](NvidiaDriver& driver, Garbage garbage) { return WriteText(driver.Description().version, text, garbage); },
-        AddressOnly{text});
+    auto const get = [&](NvidiaDriver& driver, Garbage garbage) {
+        return WriteText(driver.Description().version, text, garbage);
+    };
+    return Self().EnterAtAnyTime(__func__, get, AddressOnly{text});
 }
 
 int NVAPI_CDECL NvAPI_EnumPhysicalGPUs(NvPhysicalGpuHandle* handles, std::uint32_t* count) {
-    return Self().Enter(
-        "NvAPI_EnumPhysicalGPUs",
-        [&](NvidiaDriver& driver, Garbage garbage) {
-            auto gpus = driver.Gpus();
-            *count = SpoiltCount(gpus.size(), kMaxPhysicalGpus, garbage);
-            if (garbage == Garbage::NullHandles) {
-                std::fill(gpus.begin(), gpus.end(), nullptr);
-            }
-            std::copy(gpus.begin(), gpus.end(), handles);
-            return kNvOk;
-        },
-        AddressOnly{handles}, count);
+    auto const enumerate = [&](NvidiaDriver& driver, Garbage garbage) {
+        auto gpus = driver.Gpus();
+        *count = static_cast<std::uint32_t>(gpus.size());
+        GarbleCount(*count, garbage, kHugeNvapiCount, kMaxPhysicalGpus);
+        if (garbage == Garbage::NullHandles) {
+            std::fill(gpus.begin(), gpus.end(), nullptr);
+        }
+        std::copy(gpus.begin(), gpus.end(), handles);
+        return kNvapiOk;
+    };
+    return Self().Enter(__func__, enumerate, AddressOnly{handles}, count);
 }
 
 int NVAPI_CDECL NvAPI_GPU_GetFullName(NvPhysicalGpuHandle handle, char* text) {
-    return Self().Enter(
-        "NvAPI_GPU_GetFullName",
-        [&](NvidiaDriver& driver, Garbage garbage) {
-            NvidiaGpu const* const gpu = driver.Find(handle);
-            return gpu ? WriteText(gpu->name, text, garbage) : kNvNoGpuHandle;
-        },
-        handle, AddressOnly{text});
+    auto const get = [&](NvidiaDriver& driver, Garbage garbage) {
+        NvidiaGpu const* const gpu = driver.Find(handle);
+        return gpu != nullptr ? WriteText(gpu->name, text, garbage) : kNvapiNoGpuHandle;
+    };
+    return Self().Enter(__func__, get, handle, AddressOnly{text});
 }
 
 int NVAPI_CDECL NvAPI_GPU_GetThermalSettings(NvPhysicalGpuHandle handle, std::uint32_t index,
                                              NV_GPU_THERMAL_SETTINGS* settings) {
-    return Self().Enter(
-        "NvAPI_GPU_GetThermalSettings",
-        [&](NvidiaDriver& driver, Garbage garbage) {
-            int const status = driver.GetThermalSettings(handle, Self().Now(), index, *settings);
-            if (status == kNvOk) {
-                settings->count = SpoiltCount(settings->count, kMaxThermalSensors, garbage);
-            }
-            return status;
-        },
-        handle, index, settings);
+    auto const get = [&](NvidiaDriver& driver, Garbage) {
+        return driver.GetThermalSettings(handle, Self().Now(), index, *settings);
+    };
+    return Self().Enter(__func__, get, handle, index, settings);
 }
 
-// What the product's list says of their arguments.
+// They have the arguments of the library's list.
 #define NVAPI_FUNCTION(name, identifier, ...)                                      \
     static_assert(std::is_same_v<decltype(&name), int(NVAPI_CDECL*)(__VA_ARGS__)>, \
                   #name " has other arguments than the list says");

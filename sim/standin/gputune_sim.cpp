@@ -1,50 +1,25 @@
-// The functions of gputune_sim.h.
-#include <algorithm>
-#include <cstring>
-#include <exception>
-
 #include "gputune_sim.h"
+
 #include "sim/board/BoardFile.h"
 #include "sim/standin/StandIn.h"
+#include "sim/standin/error_text.h"
 
 #define SIM_EXPORT extern "C" __declspec(dllexport)
 
-namespace {
-
 using gputune::sim::StandIn;
 
-void CopyError(char const* text, char* error, int errorSize) {
-    if (!error || errorSize <= 0) {
-        return;
-    }
-    std::size_t const length = std::min(std::strlen(text), static_cast<std::size_t>(errorSize) - 1);
-    std::memcpy(error, text, length);
-    error[length] = '\0';
-}
-
-template <class Read>
-int Load(Read const& read, char* error, int errorSize) {
-    try {
-        StandIn::Instance().Load(read());
-        return 1;
-    } catch (std::exception const& failure) {
-        CopyError(failure.what(), error, errorSize);
-        return 0;
-    }
-}
-
-}  // namespace
-
 SIM_EXPORT int GputuneSim_LoadBoard(const char* path, char* error, int errorSize) {
-    return Load([&] { return gputune::sim::ReadBoardFile(path); }, error, errorSize);
+    return gputune::sim::WithErrorText(error, errorSize,
+                                       [&] { StandIn::Instance().Load(gputune::sim::ReadBoardFile(path)); });
 }
 
 SIM_EXPORT int GputuneSim_LoadBoardText(const char* json, char* error, int errorSize) {
-    return Load([&] { return gputune::sim::ReadBoardText(json, "board"); }, error, errorSize);
+    return gputune::sim::WithErrorText(error, errorSize,
+                                       [&] { StandIn::Instance().Load(gputune::sim::ReadBoardText(json, "board")); });
 }
 
 SIM_EXPORT int GputuneSim_SetResult(const char* entryPoint, int result) {
-    return entryPoint && StandIn::Instance().SetResult(entryPoint, result) ? 1 : 0;
+    return entryPoint != nullptr && StandIn::Instance().SetResult(entryPoint, result) ? 1 : 0;
 }
 
 SIM_EXPORT void GputuneSim_ClearFaults(void) {
@@ -52,7 +27,7 @@ SIM_EXPORT void GputuneSim_ClearFaults(void) {
 }
 
 SIM_EXPORT int GputuneSim_HideEntryPoint(const char* entryPoint) {
-    return entryPoint && StandIn::Instance().Hide(entryPoint) ? 1 : 0;
+    return entryPoint != nullptr && StandIn::Instance().Hide(entryPoint) ? 1 : 0;
 }
 
 SIM_EXPORT int GputuneSim_CallCount(void) {
@@ -60,7 +35,7 @@ SIM_EXPORT int GputuneSim_CallCount(void) {
 }
 
 SIM_EXPORT int GputuneSim_GetCall(int index, GputuneSimCall* call) {
-    return call && StandIn::Instance().Calls().Get(index, *call) ? 1 : 0;
+    return call != nullptr && StandIn::Instance().Calls().Get(index, *call) ? 1 : 0;
 }
 
 SIM_EXPORT void GputuneSim_ClearCalls(void) {

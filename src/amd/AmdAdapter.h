@@ -18,7 +18,7 @@ public:
     int GetActiveAdapterIndex() const final;
 
     // Always of the first adapter that ADL lists, whatever the current one is. An identifier that cannot be converted
-    // leaves SubsystemId 0, the other fields filled, and the conversion's error on its way to the caller.
+    // leaves SubsystemId 0 and the other fields filled, and the conversion's error is thrown.
     void GetVGAInfo(VgaInfo& info) final;
 
 protected:

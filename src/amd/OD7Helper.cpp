@@ -50,15 +50,15 @@ bool OD7Helper::ReadDefaultClocks() {
 }
 
 bool OD7Helper::EnumerateThermalControllers() {
-    constexpr auto enumerate = &AdlFunctions::ADL2_Overdrive5_ThermalDevices_Enum;
-    constexpr log::Tag tag = kInitTag / NameOf(enumerate);
+    constexpr auto kEnumerate = &AdlFunctions::ADL2_Overdrive5_ThermalDevices_Enum;
+    constexpr log::Tag kTag = kInitTag / NameOf(kEnumerate);
 
     for (int index = 0; index < kThermalControllerLimit; ++index) {
         ADLThermalControllerInfo controller{};
         controller.iSize = sizeof controller;
-        std::optional<int> const result = m_Adl.Ask(enumerate, index, &controller);
+        std::optional<int> const result = m_Adl.Ask(kEnumerate, index, &controller);
         if (!result) {
-            log::Entry(tag, "null ptr");
+            log::Entry(kTag, "null ptr");
             return false;
         }
         if (*result == kAdlWarningNoData) {
@@ -69,7 +69,7 @@ bool OD7Helper::EnumerateThermalControllers() {
             m_ThermalControllers.push_back(controller);
         }
     }
-    log::Entry(tag, "num of thermal controller: ", static_cast<int>(m_ThermalControllers.size()));
+    log::Entry(kTag, "num of thermal controller: ", static_cast<int>(m_ThermalControllers.size()));
     return true;
 }
 

@@ -13,8 +13,8 @@ float Ratio(int wanted, int standard) {
     return standard == 0 ? 0.0F : static_cast<float>(wanted) / static_cast<float>(standard);
 }
 
-// `wanted`, by way of the ratio and in single precision: the detour may come out one unit below it, which is kept.
-// Without a default there is no ratio to go by, and what is wanted is taken as it is.
+// `wanted`, computed from the ratio in single precision, which may give one unit less: deliberate. Without a default
+// there is no ratio, and `wanted` is taken as it is.
 float Scale(int standard, float ratio, int wanted) {
     return standard == 0 ? static_cast<float>(wanted) : static_cast<float>(standard) * ratio;
 }
@@ -22,13 +22,13 @@ float Scale(int standard, float ratio, int wanted) {
 }  // namespace
 
 std::optional<PerformanceLevels> OD7Helper::GetClockInfo(ClockKind kind, int mode) const {
-    constexpr log::Tag tag{"[OD7Helper::GetClockInfo(obj)]"};
-    constexpr auto engine = &AdlFunctions::ADL2_OverdriveN_SystemClocksX2_Get;
-    constexpr auto memory = &AdlFunctions::ADL2_OverdriveN_MemoryClocksX2_Get;
+    constexpr log::Tag kTag{"[OD7Helper::GetClockInfo(obj)]"};
+    constexpr auto kEngine = &AdlFunctions::ADL2_OverdriveN_SystemClocksX2_Get;
+    constexpr auto kMemory = &AdlFunctions::ADL2_OverdriveN_MemoryClocksX2_Get;
 
-    log::Entry(tag, "begin");
+    log::Entry(kTag, "begin");
     // Both, whichever kind is asked for: deliberate.
-    if (!m_Adl.Has(engine) || !m_Adl.Has(memory)) {
+    if (!m_Adl.Has(kEngine) || !m_Adl.Has(kMemory)) {
         log::Entry(log::Tag{"[OD7Helper::GetClockInfo()] !ADL2_OverdriveN_SystemClocksX2_Get || "
                             "!ADL2_OverdriveN_MemoryClocksX2_Get"},
                    "null ptr");
@@ -36,15 +36,15 @@ std::optional<PerformanceLevels> OD7Helper::GetClockInfo(ClockKind kind, int mod
     }
     auto levels = PerformanceLevels::Create(m_Capabilities.iMaximumNumberOfPerformanceLevels, mode);
     if (!levels) {
-        log::Entry(tag, "no table for number of levels: ", m_Capabilities.iMaximumNumberOfPerformanceLevels);
+        log::Entry(kTag, "no table for number of levels: ", m_Capabilities.iMaximumNumberOfPerformanceLevels);
         return std::nullopt;
     }
-    bool const read = kind == ClockKind::Engine ? m_Adl.Call(tag, engine, levels->Record())
-                                                : m_Adl.Call(tag, memory, levels->Record());
+    bool const read = kind == ClockKind::Engine ? m_Adl.Call(kTag, kEngine, levels->Record())
+                                                : m_Adl.Call(kTag, kMemory, levels->Record());
     if (!read) {
         return std::nullopt;
     }
-    log::Entry(tag, "get ok");
+    log::Entry(kTag, "get ok");
     return levels;
 }
 

@@ -14,31 +14,31 @@ struct OD7Helper::Mode {
 };
 
 bool OD7Helper::SetPerformanceOC() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceOC()]"};
-    auto const profile = ReadProfile(tag);
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceOC()]"};
+    auto const profile = ReadProfile(kTag);
     if (!profile) {
         return false;
     }
-    log::Entry(tag, "pred_GpuClock=", profile->GpuOC, ", pred_MemClock=", profile->MemOC,
+    log::Entry(kTag, "pred_GpuClock=", profile->GpuOC, ", pred_MemClock=", profile->MemOC,
                ", pred_PowerOC=", profile->PowerOC);
     // MemOCGivenValue is not used: only the engine clock can be given outright. Deliberate.
-    return ApplyMode(tag, {.power = profile->PowerOC,
-                           .gpuFactor = profile->GpuOC,
-                           .gpuGivenClock = profile->GpuOCGivenValue,
-                           .memFactor = profile->MemOC});
+    return ApplyMode(kTag, {.power = profile->PowerOC,
+                            .gpuFactor = profile->GpuOC,
+                            .gpuGivenClock = profile->GpuOCGivenValue,
+                            .memFactor = profile->MemOC});
 }
 
 bool OD7Helper::SetPerformanceSilent() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceSilent()]"};
-    auto const profile = ReadProfile(tag);
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceSilent()]"};
+    auto const profile = ReadProfile(kTag);
     if (!profile) {
         return false;
     }
-    log::Entry(tag, "pred_GpuClock=", profile->GpuSilent, ", pred_MemClock=", profile->MemSilent);
-    return ApplyMode(tag, {.power = profile->PowerSilent,
-                           .gpuFactor = profile->GpuSilent,
-                           .gpuGivenClock = 0.0F,
-                           .memFactor = profile->MemSilent});
+    log::Entry(kTag, "pred_GpuClock=", profile->GpuSilent, ", pred_MemClock=", profile->MemSilent);
+    return ApplyMode(kTag, {.power = profile->PowerSilent,
+                            .gpuFactor = profile->GpuSilent,
+                            .gpuGivenClock = 0.0F,
+                            .memFactor = profile->MemSilent});
 }
 
 bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
@@ -78,13 +78,13 @@ bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
 }
 
 bool OD7Helper::SetPerformanceDefault() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceDefault()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceDefault()]"};
+    log::Entry(kTag, "begin");
     SetPowerLimitDefault();  // the clocks are reset also when this fails
-    return RestoreClocks(tag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock", "pCurrentGpuClockStruct",
-                         "set gpu clock default", "set gpu clock and voltage to default") &&
-           RestoreClocks(tag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock", "pCurrentMemClockStruct",
-                         "set memory clock default", "set mem clock and voltage to default");
+    return RestoreClocks(kTag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock",
+                         "pCurrentGpuClockStruct", "set gpu clock default", "set gpu clock and voltage to default") &&
+           RestoreClocks(kTag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock",
+                         "pCurrentMemClockStruct", "set memory clock default", "set mem clock and voltage to default");
 }
 
 bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels> const& defaults,

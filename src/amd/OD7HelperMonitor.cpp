@@ -7,8 +7,8 @@ namespace {
 
 constexpr log::Tag kTag{"[OD7Helper::FetchHwmValues()]"};
 
-// A fan reading that stays exactly the same for too long counts as stuck and reads as 0. The memory of it belongs to
-// the process, not to one adapter object.
+// A fan reading that stays exactly the same for too long counts as stuck and reads as 0. Kept for the
+// process, not for one adapter object.
 struct StuckFanReading {
     static constexpr int kTolerated = 7;
 
@@ -51,7 +51,7 @@ void OD7Helper::FetchPerformanceStatus() {
 }
 
 void OD7Helper::FetchFanSpeed() {
-    // A board whose OverdriveN reading fails is asked the Overdrive 5 way, as one that reads 0 is.
+    // When the OverdriveN reading fails or is 0, the Overdrive 5 reading is taken.
     int speed = 0;
     ADLODNFanControl control{};
     if (m_Adl.Call(kTag, &AdlFunctions::ADL2_OverdriveN_FanControl_Get, &control)) {

@@ -16,8 +16,8 @@ public:
 
     bool IsInitOk() const override;
 
-    // What a setting builds on has to be read first: where the current settings cannot be, the operations answer false
-    // and send nothing, but for the two ways back to the defaults, which use none of them.
+    // A setting is built on the current settings. Where these cannot be read, the operations answer false and send
+    // nothing, except SetFanSpeed with a negative value and SetPerformanceDefault, which use none of them.
 
     // Makes the fan curve flat at `percent`, with zero-RPM mode off; negative restores the default fan control.
     bool SetFanSpeed(int percent) override;
@@ -77,12 +77,14 @@ private:
     bool ReadSettings(log::Tag tag, Record& out, Setting (&table)[kOd8Count], Newer newer, Older older,
                       Arguments... arguments) const;
 
-    // The current settings of the active adapter: to build a setting on them, when they are read up to `last` (nothing
-    // otherwise, and the log says so under the tag); to show them, with -1 where they cannot be read.
+    // The current settings, to build a setting on them. Nothing when they cannot be read up to the setting `last`,
+    // which is logged.
     std::optional<ADLOD8CurrentSetting> CurrentSettings(log::Tag tag, int last) const;
+
+    // The current settings to show; -1 where they cannot be read.
     ADLOD8CurrentSetting ShownSettings() const;
 
-    // `answer` is what the driver finds in the record that it answers into.
+    // True when the driver accepts the request. It writes its answer, which is not looked at, over a copy of `answer`.
     bool Send(Request& request, ADLOD8CurrentSetting answer) const;
 
     void ListUnsupportedFeatures() const;

@@ -82,29 +82,29 @@ bool OD8Helper::RequestClocks(Request& request, ADLOD8CurrentSetting const& curr
 }
 
 bool OD8Helper::SetPerformanceOC() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceOC()]"};
-    auto const profile = ReadProfile(tag);
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceOC()]"};
+    auto const profile = ReadProfile(kTag);
     if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = profile->PowerOC,
-                           .gpuFactor = profile->GpuOC,
-                           .gpuGivenClock = profile->GpuOCGivenValue,
-                           .memFactor = profile->MemOC,
-                           .memGivenClock = profile->MemOCGivenValue});
+    return ApplyMode(kTag, {.power = profile->PowerOC,
+                            .gpuFactor = profile->GpuOC,
+                            .gpuGivenClock = profile->GpuOCGivenValue,
+                            .memFactor = profile->MemOC,
+                            .memGivenClock = profile->MemOCGivenValue});
 }
 
 bool OD8Helper::SetPerformanceSilent() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceSilent()]"};
-    auto const profile = ReadProfile(tag);
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceSilent()]"};
+    auto const profile = ReadProfile(kTag);
     if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = profile->PowerSilent,
-                           .gpuFactor = profile->GpuSilent,
-                           .gpuGivenClock = 0.0F,
-                           .memFactor = profile->MemSilent,
-                           .memGivenClock = 0.0F});
+    return ApplyMode(kTag, {.power = profile->PowerSilent,
+                            .gpuFactor = profile->GpuSilent,
+                            .gpuGivenClock = 0.0F,
+                            .memFactor = profile->MemSilent,
+                            .memGivenClock = 0.0F});
 }
 
 bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
@@ -134,8 +134,8 @@ bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
 }
 
 bool OD8Helper::SetPerformanceDefault() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceDefault()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceDefault()]"};
+    log::Entry(kTag, "begin");
     ADLOD8CurrentSetting current;
     GetCurrentSetting(current);  // the reset goes out also when this fails
     Request request;
@@ -143,7 +143,7 @@ bool OD8Helper::SetPerformanceDefault() {
         request.Reset(setting, Range(setting).defaultValue);
     }
     bool const reset = Send(request, current);
-    log::Entry(tag, reset ? "Reset all settings OK" : "Reset all settings failed");
+    log::Entry(kTag, reset ? "Reset all settings OK" : "Reset all settings failed");
     return reset;
 }
 

@@ -66,24 +66,24 @@ int OD8Helper::ReadMemoryUsage() const {
 }
 
 int OD8Helper::GetFrameRate() {
-    constexpr log::Tag tag{"[OD8Helper::GetFrameRate()]"};
+    constexpr log::Tag kTag{"[OD8Helper::GetFrameRate()]"};
     int numAdapters = 0;
     AdlList<AdapterInfo> adapters;
     m_Adl.Ask(&AdlFunctions::ADL2_Adapter_AdapterInfoX3_Get, &numAdapters, adapters.Out());
     if (*adapters.Out() == nullptr) {
         numAdapters = 0;
     }
-    log::Entry(tag / "numAdapters", numAdapters);
+    log::Entry(kTag / "numAdapters", numAdapters);
 
     // The first display that opens is asked about, whichever adapter it belongs to.
     constexpr std::uint32_t kNoSource = 0xFFFFFFFF;
     std::uint32_t source = kNoSource;
     for (AdapterInfo const& adapter : adapters.First(numAdapters)) {
         std::wstring const displayName = platform::ToWide(log::Bounded(adapter.strDisplayName));
-        log::WideEntry(tag / "dispDeviceName", displayName);
+        log::WideEntry(kTag / "dispDeviceName", displayName);
         platform::DisplayAdapter const display(displayName);
         if (auto const opened = display.VideoPresentSource()) {
-            log::Entry(tag / "D3DKMTOpenAdapterFromGdiDisplayName", "0");
+            log::Entry(kTag / "D3DKMTOpenAdapterFromGdiDisplayName", "0");
             source = *opened;
             break;
         }
@@ -93,7 +93,7 @@ int OD8Helper::GetFrameRate() {
     if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_FrameMetrics_Get, static_cast<int>(source), &fps) != kAdlOk) {
         return kNotAvailable;
     }
-    log::Entry(tag / "current fps", fps);
+    log::Entry(kTag / "current fps", fps);
     constexpr auto kBeyond = static_cast<float>(std::numeric_limits<int>::max());
     return fps > -kBeyond && fps < kBeyond ? static_cast<int>(fps) : kNotAvailable;
 }

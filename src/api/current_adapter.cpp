@@ -63,7 +63,7 @@ std::unique_ptr<IVideoAdapter> CreateAdapter(GpuVendor vendor) {
 }
 
 void Install(std::unique_ptr<IVideoAdapter> next) {
-    // Constructed behind the log and the ADL object, so that the clean-up at unload deletes the adapter before them.
+    // Constructed after the log and the ADL object, so that the clean-up at unload deletes the adapter before them.
     static std::unique_ptr<IVideoAdapter> owner;
     std::unique_ptr<IVideoAdapter> const previous = std::exchange(owner, std::move(next));
     g_currentAdapter = owner.get();

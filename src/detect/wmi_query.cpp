@@ -22,15 +22,15 @@ constexpr std::string_view kMethod = "[GetWmiData()]";
 class Apartment {
 public:
     Apartment() {
-        constexpr log::Tag tag = log::Tag{kMethod} / "CoInitializeEx";
+        constexpr log::Tag kTag = log::Tag{kMethod} / "CoInitializeEx";
         HRESULT const result = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         if (SUCCEEDED(result)) {
             usable_ = mustUninitialize_ = true;
         } else if (result == RPC_E_CHANGED_MODE) {
-            log::Entry(tag, "CoInitializeEx initialized as different mode beforehand, skip uninitialize after using");
+            log::Entry(kTag, "CoInitializeEx initialized as different mode beforehand, skip uninitialize after using");
             usable_ = true;
         } else {
-            log::Entry(tag, "failed: FAILED(hres) && (hres != RPC_E_CHANGED_MODE)");
+            log::Entry(kTag, "failed: FAILED(hres) && (hres != RPC_E_CHANGED_MODE)");
         }
     }
     ~Apartment() {
@@ -49,7 +49,7 @@ private:
 };
 
 bool InitializeSecurity() {
-    constexpr log::Tag tag = log::Tag{kMethod} / "CoInitializeSecurity";
+    constexpr log::Tag kTag = log::Tag{kMethod} / "CoInitializeSecurity";
     HRESULT const result = ::CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
                                                   RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr);
     if (SUCCEEDED(result)) {
@@ -57,12 +57,12 @@ bool InitializeSecurity() {
     }
     if (result == RPC_E_TOO_LATE) {
         // The host has set its own security for the process, which serves as well.
-        log::Entry(tag, "failed: RPC_E_TOO_LATE");
-        log::Entry(tag, "Ignore RPC_E_TOO_LATE, continue...");
+        log::Entry(kTag, "failed: RPC_E_TOO_LATE");
+        log::Entry(kTag, "Ignore RPC_E_TOO_LATE, continue...");
         return true;
     }
-    log::Entry(tag, result == RPC_E_NO_GOOD_SECURITY_PACKAGES ? "failed: RPC_E_NO_GOOD_SECURITY_PACKAGES"
-                                                              : "failed: something else");
+    log::Entry(kTag, result == RPC_E_NO_GOOD_SECURITY_PACKAGES ? "failed: RPC_E_NO_GOOD_SECURITY_PACKAGES"
+                                                               : "failed: something else");
     return false;
 }
 

@@ -1,4 +1,4 @@
-// Questions to Windows Management Instrumentation.
+// Queries of Windows Management Instrumentation.
 #pragma once
 
 #include <string>

@@ -19,7 +19,7 @@ bool IsLoaded() {
 
 bool Load(wchar_t const* path) {
     platform::LibraryHandle const library = platform::LoadLibraryWithFlags(path, platform::kSearchSystemDirectory);
-    // Once more: a call that ran beside the last Unload may have found its entry point before and kept it afterwards.
+    // Again: a call that ran at the same time as the last Unload may have stored an entry point after it.
     ForgetForwardedEntries();
     g_library = library;
     return IsLoaded();

@@ -1,12 +1,12 @@
 // The loaded Intel Graphics Control Library, one for the process, shared by the adapter and by hosts that call the
-// exported ctl functions. Not locked: like its own, its clients' calls to load and unload must not cross other calls.
+// exported ctl functions. Not locked: no other call may run while it is loaded or unloaded.
 #pragma once
 
 #include "intel/ctl_records.h"
 
 namespace gputune::intel {
 
-// A call through this layer answers so when no library is loaded, or the library has no function of that name.
+// The result of a call through this layer when no library is loaded, or the library has no function of that name.
 constexpr ctl_result_t kCtlNotInitialized = 0x40000001;
 
 namespace control_library {

@@ -9,8 +9,8 @@
 
 namespace gputune::log {
 
-// A line in the making. Stays on the writer's stack as long as it is short enough, as nearly every line is: an entry
-// then costs little more than its write.
+// A line that is being put together. Stays on the writer's stack as long as it is short enough, as nearly every line
+// is: an entry then costs little more than its write.
 class LineText {
 public:
     void Append(std::string_view text);

@@ -25,8 +25,8 @@ constexpr std::uint32_t kFirstBuildWithDriverPackages = 14308;
 constexpr std::uint32_t kSearchElsewhere = 0x1708;
 static_assert((kSearchElsewhere & kSearchSystemDirectory) == 0);
 
-// The system's own libraries that the vendor's library and the check of signatures come to need. Once loaded from the
-// right place, a file of the same name elsewhere has no part in it. In this order.
+// The system's own libraries that the vendor's library and the check of signatures come to need. Once they are
+// loaded from the right place, files of the same names elsewhere are not. In this order.
 constexpr wchar_t const* kSupportLibraries[] = {L"msasn1.dll", L"cryptnet.dll", L"drvstore.dll",
                                                 L"devobj.dll", L"wldp.dll",     L"cryptbase.dll"};
 
@@ -127,7 +127,7 @@ bool HardenedLoader::LoadSupportLibraries() {
             }
         }
     }
-    // A step that is not made again keeps its result; before the first it has not failed.
+    // When the libraries were not loaded again, the earlier result holds.
     if (supportFailed_) {
         platform::SetLastError(supportError_);
     }

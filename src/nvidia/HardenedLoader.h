@@ -28,8 +28,8 @@ public:
     // trusted.
     platform::LibraryHandle LoadByFullPath(std::wstring const& path, std::uint32_t flags);
 
-    // Whether Windows is of this build or a later one. The first question settles the build number that is compared
-    // with from then on, unless it could not be read.
+    // Whether Windows is of this build or a later one. The build number found in the first call is kept, unless it
+    // could not be read.
     bool IsBuildAtLeast(std::uint32_t build);
 
     // Whether this is Windows 8 or later. The system is asked once.

@@ -35,8 +35,8 @@ std::wstring_view FileNameOf(std::wstring_view path) {
     return path.substr(path.find_last_of(L"\\/") + 1);
 }
 
-// One search. Its answer to "is it there" is as good as what could be read: the first failure other than an absence is
-// remembered.
+// One search. It remembers the first failure that is not an absence: a search that could not read everything may have
+// missed the file.
 class Search {
 public:
     Search(std::wstring const& name, std::wstring const& systemDirectory)

@@ -30,7 +30,7 @@ static_assert(sizeof(CloseAdapter) == 4);
 using Status = LONG;
 constexpr Status kSuccess = 0;
 
-// Looked up when first needed, so that hosts without a window do not load GDI on our account.
+// Looked up when first needed, so that GDI is not loaded into hosts without a window before.
 template <class Record>
 Status Call(char const* thunk, Record& record) {
     static LibraryHandle const gdi = LoadLibraryByName(L"gdi32.dll");

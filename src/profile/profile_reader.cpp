@@ -18,56 +18,6 @@ using tinyxml2::XMLElement;
 
 constexpr char kWhiteSpace[] = " \t\n\v\f\r";
 
-// Where the end mark begins, and past it; npos when it is missing.
-std::size_t PastEndMark(std::string_view text, std::size_t from, std::string_view mark) {
-    std::size_t const found = text.find(mark, from);
-    return found == std::string_view::npos ? found : found + mark.size();
-}
-
-// Past the '>' of the tag that begins at `start`; one inside a quoted value does not count.
-std::size_t PastTag(std::string_view text, std::size_t start) {
-    std::size_t position = start;
-    for (;;) {
-        position = text.find_first_of("\"'>", position);
-        if (position == std::string_view::npos || text[position] == '>') {
-            return position == std::string_view::npos ? position : position + 1;
-        }
-        position = PastEndMark(text, position + 1, text.substr(position, 1));
-        if (position == std::string_view::npos) {
-            return position;
-        }
-    }
-}
-
-// Exact up to the first error of the XML text, at which the parser stops anyway.
-bool TagsAreShort(std::string_view text) {
-    std::size_t start = 0;
-    while ((start = text.find('<', start)) != std::string_view::npos) {
-        std::string_view const rest = text.substr(start);
-        std::size_t end = 0;
-        if (rest.starts_with("<?")) {
-            end = PastEndMark(text, start + 2, "?>");
-        } else if (rest.starts_with("<!--")) {
-            end = PastEndMark(text, start + 4, "-->");
-        } else if (rest.starts_with("<![CDATA[")) {
-            end = PastEndMark(text, start + 9, "]]>");
-        } else if (rest.starts_with("<!")) {
-            end = PastEndMark(text, start + 2, ">");
-        } else {
-            end = PastTag(text, start);
-            std::size_t const length = (end == std::string_view::npos ? text.size() : end) - start;
-            if (length > kLongestTag) {
-                return false;
-            }
-        }
-        if (end == std::string_view::npos) {
-            break;
-        }
-        start = end;
-    }
-    return true;
-}
-
 // Reads as scanf's "%f" does, with '.' as decimal point whatever locale the host has set: leading white space, a sign,
 // hexadecimal numbers, "inf" and "nan" are accepted, and what follows the number is ignored. What is too large for a
 // float is infinite, what is too small 0. Nothing for what is no number.
@@ -91,7 +41,7 @@ std::optional<float> ScanFloat(std::string_view text) {
 }
 
 void ReadFloat(XMLElement const& row, char const* attribute, float& field) {
-    if (char const* const text = row.Attribute(attribute)) {
+    if (char const* const text = row.Attribute(attribute); text != nullptr) {
         field = ScanFloat(text).value_or(field);
     }
 }
@@ -117,32 +67,6 @@ void ReadInt(XMLElement const& row, char const* attribute, int& field) {
     }
 }
 
-struct FloatRow {
-    std::string_view name;
-    float PredefinedPerformanceParameter::*normal;
-    float PredefinedPerformanceParameter::*given;  // null: the row has no such attribute; read in board entries only
-};
-
-struct IntRow {
-    std::string_view name;
-    int PredefinedPerformanceParameter::*normal;
-};
-
-constexpr std::array<FloatRow, 6> kFloatRows{{
-    {"GpuOC", &PredefinedPerformanceParameter::GpuOC, &PredefinedPerformanceParameter::GpuOCGivenValue},
-    {"MemOC", &PredefinedPerformanceParameter::MemOC, &PredefinedPerformanceParameter::MemOCGivenValue},
-    {"PowerOC", &PredefinedPerformanceParameter::PowerOC, nullptr},
-    {"GpuSilent", &PredefinedPerformanceParameter::GpuSilent, nullptr},
-    {"MemSilent", &PredefinedPerformanceParameter::MemSilent, nullptr},
-    {"PowerSilent", &PredefinedPerformanceParameter::PowerSilent, nullptr},
-}};
-
-// Read in board entries only.
-constexpr std::array<IntRow, 2> kIntRows{{
-    {"Watt", &PredefinedPerformanceParameter::Watt},
-    {"NewestVBIOS", &PredefinedPerformanceParameter::NewestVBIOS},
-}};
-
 enum class Entry { Board, Default };
 
 void ReadRow(XMLElement const& row, std::string_view name, Entry entry, PredefinedPerformanceParameter& record) {
@@ -164,7 +88,7 @@ void ReadRow(XMLElement const& row, std::string_view name, Entry entry, Predefin
 // An attribute that is absent or does not convert leaves its field as it was.
 void ReadEntry(XMLElement const& element, Entry entry, PredefinedPerformanceParameter& record) {
     for (XMLElement const* row = element.FirstChildElement(); row != nullptr; row = row->NextSiblingElement()) {
-        if (char const* const name = row->Attribute("Name")) {
+        if (char const* const name = row->Attribute("Name"); name != nullptr) {
             ReadRow(*row, name, entry, record);
         }
     }
@@ -193,7 +117,7 @@ Lookup FindProfile(std::string_view document, std::uint32_t hwid) {
     // The parser takes a NUL for the end of the text.
     document = document.substr(0, document.find('\0'));
     tinyxml2::XMLDocument xml;
-    if (document.size() > kLargestDocument || !TagsAreShort(document) ||
+    if (document.size() > kLargestDocument || FindLongTag(document) != std::string_view::npos ||
         xml.Parse(document.data(), document.size()) != tinyxml2::XML_SUCCESS) {
         return {Outcome::Unreadable};
     }
@@ -207,7 +131,7 @@ Lookup FindProfile(std::string_view document, std::uint32_t hwid) {
     }
     Lookup fallback{Outcome::NoMatch};
     for (; element != nullptr; element = element->NextSiblingElement()) {
-        if (char const* const id = element->Attribute("Id")) {
+        if (char const* const id = element->Attribute("Id"); id != nullptr) {
             if (static_cast<std::uint32_t>(ParseHexLong(id)) == hwid) {
                 Lookup board{Outcome::BoardEntry};
                 ReadEntry(*element, Entry::Board, board.record);

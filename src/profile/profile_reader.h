@@ -2,26 +2,19 @@
 // the operating system.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "profile/profile_format.h"
 #include "records/records.h"
 
 namespace gputune::profile {
 
-// Bytes. Room for thousands of boards; what is longer was not meant as a profile file.
-constexpr std::size_t kLargestDocument = 4 * 1024 * 1024;
-
-// Bytes between a tag's '<' and '>'. The XML parser compares every attribute of an element with all the others, so that
-// one element of megabytes would keep it busy for minutes.
-constexpr std::size_t kLongestTag = 4096;
-
 enum class Outcome {
-    Unreadable,    // no XML, or beyond the limits above
+    Unreadable,    // no XML, or beyond the limits (profile_format.h)
     NoRoot,        // a document without an element
     NoEntries,     // a root without elements in it
     NoMatch,       // neither the board's entry nor a default entry
@@ -38,7 +31,7 @@ struct Lookup {
 // kLargestDocument; also for a null file.
 std::optional<std::string> ReadDocument(std::FILE* file);
 
-// The board's entry, else the last default entry. What stands behind the board's entry is not looked at. Throws
+// The board's entry, else the last default entry. What follows the board's entry is not read. Throws
 // HexLongError for an "Id" before it that is no 32-bit hexadecimal number.
 Lookup FindProfile(std::string_view document, std::uint32_t hwid);
 

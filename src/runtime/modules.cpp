@@ -23,7 +23,7 @@ extern "C" {
 
 // The slot through which all code of this image calls GetModuleHandleA, in the place of the import library's. Constant,
 // as the start-up code asks before the first constructor runs.
-extern decltype(&::GetModuleHandleA) const g_getModuleHandleA __asm__("__imp__GetModuleHandleA@4");
-[[gnu::used]] decltype(&::GetModuleHandleA) const g_getModuleHandleA = FindModule;
+extern decltype(&::GetModuleHandleA) const kGetModuleHandleA __asm__("__imp__GetModuleHandleA@4");
+[[gnu::used]] decltype(&::GetModuleHandleA) const kGetModuleHandleA = FindModule;
 
 }  // extern "C"

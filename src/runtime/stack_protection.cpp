@@ -1,4 +1,4 @@
-// What the compiler's stack protection rests on: the value that stands between a function's arrays and its way back,
+// What the compiler's stack protection needs: the value that stands between a function's arrays and its return address,
 // and what happens when something wrote over it. The compiler's own library for this would ask a cryptographic
 // provider, that is load libraries, while the loader is at work.
 #include <windows.h>
@@ -12,8 +12,8 @@ std::uintptr_t __stack_chk_guard = 0x2B7E1516;
 
 [[noreturn]] void __stack_chk_fail();
 
-// The way back is lost, so no exception and no log: the process ends here, and the system's report says why. This
-// exception passes by all handlers, which may be forged; Windows 7 has no such exception.
+// The return address is lost, so there is no exception and no log: the process ends here, and the system's report says
+// why. The interrupt reaches no exception handler, which may be forged; Windows 7 has no such interrupt.
 void __stack_chk_fail() {
     constexpr unsigned kCookieCheckFailure = 2;
     if (::IsProcessorFeaturePresent(PF_FASTFAIL_AVAILABLE)) {

@@ -13,8 +13,8 @@ namespace {
 
 static_assert(sizeof(pthread_mutex_t) == sizeof(SRWLOCK));
 
-// What PTHREAD_MUTEX_INITIALIZER has left in a mutex, to the system, is a lock that is never released: it becomes a
-// free one here. A lock in use does not look like that.
+// A mutex initialised by PTHREAD_MUTEX_INITIALIZER looks to the system like a lock that is never released: it becomes a
+// free lock here. No lock in use has that value.
 SRWLOCK* Lock(pthread_mutex_t* mutex) {
     auto predefined = PTHREAD_MUTEX_INITIALIZER;
     __atomic_compare_exchange_n(mutex, &predefined, pthread_mutex_t{}, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
@@ -125,8 +125,8 @@ int pthread_once(pthread_once_t* control, void (*initialize)()) {
 
 namespace __cxxabiv1 {
 
-// A static whose initialisation comes back to it on the same thread waits for itself and never returns. The runtime's
-// own would throw; nothing of the library does that.
+// A static variable whose initialisation needs the variable itself waits for ever, where the runtime's own function
+// would throw. No static variable of the library does that.
 int __cxa_guard_acquire(__guard* guard) {
     return Begin(GuardOf(guard)->progress);
 }

@@ -20,6 +20,7 @@
 #include <string>
 
 #include "gputune.h"
+#include "sim/host/module_path.h"
 #include "sim/wmi/WmiStandIn.h"
 
 namespace {
@@ -51,12 +52,8 @@ struct RuntimePath {
 RuntimePath g_runtimePath;
 
 void PrintPlace(wchar_t const* name) {
-    wchar_t path[MAX_PATH] = L"absent";
     HMODULE const module = ::GetModuleHandleW(name);
-    if (module != nullptr) {
-        ::GetModuleFileNameW(module, path, MAX_PATH);
-    }
-    std::printf("%ls: %ls\n", name, path);
+    std::printf("%ls: %ls\n", name, module != nullptr ? gputune::sim::ModulePath(module).c_str() : L"absent");
 }
 
 // True when the step has an argument.

@@ -16,6 +16,7 @@
 
 #include "Trial.h"
 #include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::matrix {
 
@@ -73,17 +74,11 @@ private:
     LoadedLibrary const* library_ = nullptr;
 };
 
-std::wstring PathOf(HMODULE module) {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(module, path, MAX_PATH);
-    return {path, length};
-}
-
 class WindowsMatrix {
 public:
     explicit WindowsMatrix(Board const& board)
         : board_(board), machine_(board.make()), trial_(board, machine_, surroundings_) {
-        path_ = PathOf(test::LibraryUnderTest());
+        path_ = sim::ModulePath(test::LibraryUnderTest());
         ::FreeLibrary(test::LibraryUnderTest());
     }
 

@@ -8,17 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "sim/host/module_path.h"
+
 namespace gputune::test {
-
-inline std::filesystem::path HostPath() {
-    wchar_t path[MAX_PATH];
-    return std::wstring(path, ::GetModuleFileNameW(nullptr, path, MAX_PATH));
-}
-
-inline std::filesystem::path PathOf(HMODULE module) {
-    wchar_t path[MAX_PATH];
-    return std::wstring(path, ::GetModuleFileNameW(module, path, MAX_PATH));
-}
 
 inline std::filesystem::path System32() {
     wchar_t path[MAX_PATH];
@@ -36,7 +28,7 @@ public:
         std::filesystem::create_directories(path_.parent_path());
         // A test that was stopped may have left one.
         std::filesystem::remove(path_);
-        std::filesystem::copy_file(HostPath().parent_path() / "planted.dll", path_);
+        std::filesystem::copy_file(sim::ModulePath().parent_path() / "planted.dll", path_);
     }
     ~PlantedFile() {
         std::error_code ignored;

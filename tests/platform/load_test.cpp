@@ -11,12 +11,12 @@ namespace {
 using nvidia::HardenedLoader;
 
 bool IsWindows7() {
-    return HostPath().stem() == L"windows7_tests";
+    return sim::ModulePath().stem() == L"windows7_tests";
 }
 
 // A file name of this program's own: the programs run at the same time.
 std::wstring OwnName(wchar_t const* name) {
-    return std::wstring(name) + L"-" + HostPath().stem().wstring() + L".dll";
+    return std::wstring(name) + L"-" + sim::ModulePath().stem().wstring() + L".dll";
 }
 
 bool IsFoundByTheUsualLoad(std::wstring const& name) {
@@ -52,7 +52,7 @@ TEST(Load, SystemLibraryComesFromTheSystemDirectory) {
     ASSERT_FALSE(IsLoaded(L"msimg32.dll"));
     auto* const library = static_cast<HMODULE>(HardenedLoader().Load(L"msimg32.dll", 0));
     ASSERT_NE(library, nullptr);
-    EXPECT_EQ(PathOf(library).parent_path(), System32());
+    EXPECT_EQ(sim::ModulePath(library).parent_path(), System32());
 }
 
 TEST(Load, FileOfTheSystemDirectoryIsFound) {
@@ -60,14 +60,14 @@ TEST(Load, FileOfTheSystemDirectoryIsFound) {
     for (std::uint32_t const flags : {0U, 0x800U, 0x8U, 0x1708U}) {
         auto* const library = static_cast<HMODULE>(HardenedLoader().Load(file.Path().filename().wstring(), flags));
         ASSERT_NE(library, nullptr);
-        EXPECT_EQ(PathOf(library), file.Path());
+        EXPECT_EQ(sim::ModulePath(library), file.Path());
         ::FreeLibrary(library);
         EXPECT_FALSE(IsLoaded(file.Path().filename()));
     }
 }
 
 TEST(Load, FileBesideTheHostIsNotFound) {
-    PlantedFile const file(HostPath().parent_path() / OwnName(L"gputune-beside"));
+    PlantedFile const file(sim::ModulePath().parent_path() / OwnName(L"gputune-beside"));
     for (std::uint32_t const flags : {0U, 0x800U, 0x8U, 0x200U, 0x1000U}) {
         EXPECT_EQ(HardenedLoader().Load(file.Path().filename().wstring(), flags), nullptr);
         EXPECT_EQ(platform::LastError(), 126U);
@@ -103,7 +103,7 @@ TEST(Load, CheckOfTheSignatureComesFromTheSystemDirectory) {
     PlantedFile const instead(std::filesystem::current_path() / "wintrust.dll");
     PlantedFile const file(std::filesystem::current_path() / OwnName(L"gputune-unsigned"));
     EXPECT_EQ(HardenedLoader().LoadByFullPath(file.Path().wstring(), 0), nullptr);
-    EXPECT_EQ(PathOf(::GetModuleHandleW(L"wintrust.dll")).parent_path(), System32());
+    EXPECT_EQ(sim::ModulePath(::GetModuleHandleW(L"wintrust.dll")).parent_path(), System32());
 }
 
 // An adapter, installed from this package.
@@ -141,7 +141,7 @@ TEST(Load, UnsignedFileOfTheDriversPackageIsFoundAndRefused) {
     EXPECT_FALSE(IsLoaded(name));
     // Asked for in the system's directory alone, that is where it comes from.
     auto* const library = static_cast<HMODULE>(HardenedLoader().Load(name, 0x800));
-    EXPECT_EQ(PathOf(library), elsewhere.Path());
+    EXPECT_EQ(sim::ModulePath(library), elsewhere.Path());
     ::FreeLibrary(library);
 }
 
@@ -151,7 +151,7 @@ TEST(Load, FileThatThePackageLacksComesFromTheSystemDirectory) {
     PlantedFile const elsewhere(System32() / name);
     auto* const library = static_cast<HMODULE>(HardenedLoader().Load(name, 0));
     ASSERT_NE(library, nullptr);
-    EXPECT_EQ(PathOf(library), elsewhere.Path());
+    EXPECT_EQ(sim::ModulePath(library), elsewhere.Path());
     ::FreeLibrary(library);
 }
 

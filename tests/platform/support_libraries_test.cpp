@@ -11,7 +11,7 @@ namespace {
 using nvidia::HardenedLoader;
 
 bool IsProtectedHost() {
-    return HostPath().filename() == L"mfpmp.exe";
+    return sim::ModulePath().filename() == L"mfpmp.exe";
 }
 
 TEST(Load, SupportLibrariesAreLoadedFromTheSystemDirectoryFirst) {
@@ -24,7 +24,7 @@ TEST(Load, SupportLibrariesAreLoadedFromTheSystemDirectoryFirst) {
     for (wchar_t const* name : {L"msasn1.dll", L"cryptnet.dll"}) {
         EXPECT_EQ(IsLoaded(name), !IsProtectedHost());
         if (!IsProtectedHost()) {
-            EXPECT_EQ(PathOf(::GetModuleHandleW(name)).parent_path(), System32());
+            EXPECT_EQ(sim::ModulePath(::GetModuleHandleW(name)).parent_path(), System32());
         }
     }
 }

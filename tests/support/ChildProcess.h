@@ -15,6 +15,8 @@
 
 #include <string>
 
+#include "sim/host/module_path.h"
+
 namespace gputune::test {
 
 inline constexpr char kChildVariable[] = "GPUTUNE_TEST_CHILD";
@@ -25,12 +27,10 @@ inline bool IsChild() {
 
 // Returns the child's exit code; ~0 when it could not be started.
 inline DWORD RunAsChild() {
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
     testing::TestInfo const& test = *testing::UnitTest::GetInstance()->current_test_info();
     std::string const name = std::string(test.test_suite_name()) + "." + test.name();
     std::wstring command =
-        L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
+        L"\"" + sim::ModulePath().wstring() + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
     ::SetEnvironmentVariableA(kChildVariable, "1");
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;

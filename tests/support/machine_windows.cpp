@@ -9,20 +9,15 @@
 #include "ImportHook.h"
 #include "Machine.h"
 #include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 
 namespace {
 
-std::filesystem::path ExecutableDirectory() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(std::wstring(path, length)).parent_path();
-}
-
 // The folder that holds bin/ with the library under test, and tests/.
 std::filesystem::path OutputDirectory() {
-    std::filesystem::path directory = ExecutableDirectory();
+    std::filesystem::path directory = sim::ModulePath().parent_path();
     while (!std::filesystem::exists(directory / "bin" / "gputune.dll")) {
         if (directory == directory.parent_path()) {
             throw std::runtime_error("no bin/gputune.dll in a folder above the test program");
@@ -139,7 +134,7 @@ int UnloadCount() {
 
 std::filesystem::path ProfilePath() {
     // Beside the test program, which is the host.
-    return ExecutableDirectory() / "Config" / "ConfigModel.xml";
+    return sim::ModulePath().parent_path() / "Config" / "ConfigModel.xml";
 }
 
 }  // namespace host

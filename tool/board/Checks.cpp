@@ -1,19 +1,14 @@
 #include "tool/board/Checks.h"
 
-#include <charconv>
-#include <string_view>
+#include <iterator>
 
 #include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
 namespace {
-
-std::optional<int> ParseInt(std::string_view text) {
-    int value = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc{} && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
-}
 
 void CheckKnownRange(std::string const& what, int value, int minimum, int maximum, Unit unit) {
     if (IsKnown(minimum) && IsKnown(maximum)) {
@@ -48,13 +43,13 @@ ClockCommand PlanOverdrive8(ClockRequest const& request, ClockSetting const& gpu
     if (!gpu.Valid) {
         throw UnsupportedError("it has no adjustable clocks.");
     }
-    constexpr int notAvailable = -1;
+    constexpr int kNotAvailable = -1;
     bool const keepsGpu = request.gpuClock.value_or(0) == 0;
     bool const keepsMemory = memory.Valid && request.memClock.value_or(0) == 0;
-    if ((keepsGpu && gpu.CurrentClock == notAvailable) || (keepsMemory && memory.CurrentClock == notAvailable)) {
+    if ((keepsGpu && gpu.CurrentClock == kNotAvailable) || (keepsMemory && memory.CurrentClock == kNotAvailable)) {
         throw UnsupportedError("its current clocks cannot be read.");
     }
-    // This interface always takes both clocks, so what is to stay is sent as it is.
+    // Overdrive8 always takes both clocks: for a clock that is to stay, its current value is sent.
     int const currentMem = memory.Valid ? memory.CurrentClock : 0;
     ClockCommand command{gpu.CurrentClock, 0, currentMem, 0, false};
     if (request.gpuClock.value_or(0) != 0) {
@@ -94,7 +89,7 @@ ClockCommand PlanIntel(ClockRequest const& request) {
     if (request.gpuVoltage || request.memVoltage) {
         throw UnsupportedError("Intel boards take no voltages. Leave out --gpu-voltage and --mem-voltage.");
     }
-    // An offset of 0 is a setting, and the offsets in effect cannot be read: nothing can be kept.
+    // 0 is an offset like any other, and the offsets in effect cannot be read. So no offset can stay as it is.
     if (!request.gpuClock || !request.memClock) {
         throw UsageError(
             "Intel boards take offsets in MHz from the default clocks, both at once: give --gpu and --mem "
@@ -103,21 +98,12 @@ ClockCommand PlanIntel(ClockRequest const& request) {
     return {*request.gpuClock, 0, *request.memClock, 0, false};
 }
 
-std::string PointName(std::size_t index) {
-    return "point " + std::to_string(index + 1);
-}
-
 }  // namespace
-
-bool IsKnown(int field) {
-    return field != untouched && field != -1;
-}
 
 void CheckRange(std::string const& what, int value, int minimum, int maximum, Unit unit) {
     if (value < minimum || value > maximum) {
-        std::string const unitText = std::string(" ") + UnitName(unit).text;
-        throw ToolError(what + " " + std::to_string(value) + unitText + " is outside the board's range: " +
-                            std::to_string(minimum) + " to " + std::to_string(maximum) + unitText + ".",
+        throw ToolError(what + " " + WithUnit(value, unit) + " is outside the board's range: " +
+                            std::to_string(minimum) + " to " + WithUnit(maximum, unit) + ".",
                         {.code = "out_of_range", .range = ErrorDetails::Range{minimum, maximum, unit}});
     }
 }
@@ -126,37 +112,6 @@ UsageError WrongPointCount(int expected, std::size_t given) {
     return UsageError(
         "This board's fan curve has " + std::to_string(expected) + " points, not " + std::to_string(given) + ".",
         {.code = "wrong_point_count", .expectedPoints = expected});
-}
-
-FanTablePoint ParseCurvePoint(std::string const& text) {
-    std::size_t const colon = text.find(':');
-    std::string_view const view = text;
-    std::optional<int> const temperature = colon == std::string::npos ? std::nullopt : ParseInt(view.substr(0, colon));
-    std::optional<int> const speed = colon == std::string::npos ? std::nullopt : ParseInt(view.substr(colon + 1));
-    if (!temperature || !speed) {
-        throw UsageError("\"" + text + "\" is no point of a fan curve: write TEMPERATURE:SPEED, for example 60:45.");
-    }
-    if (*speed < 0 || *speed > 100) {
-        throw UsageError("\"" + text + "\": the speed must be 0 to 100 %.");
-    }
-    return {*speed, *temperature};
-}
-
-std::vector<FanTablePoint> ParseCurve(std::vector<std::string> const& points) {
-    std::vector<FanTablePoint> curve;
-    curve.reserve(points.size());
-    for (std::string const& point : points) {
-        curve.push_back(ParseCurvePoint(point));
-    }
-    for (std::size_t i = 1; i < curve.size(); ++i) {
-        if (curve[i].FanTemperature < curve[i - 1].FanTemperature) {
-            throw UsageError("The temperature of " + PointName(i) + " is below that of " + PointName(i - 1) + ".");
-        }
-        if (curve[i].FanSpeed < curve[i - 1].FanSpeed) {
-            throw UsageError("The speed of " + PointName(i) + " is below that of " + PointName(i - 1) + ".");
-        }
-    }
-    return curve;
 }
 
 void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setting, std::uint32_t api) {
@@ -172,15 +127,15 @@ void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setti
     }
     for (std::size_t i = 0; i < count && i < std::size(setting.Points); ++i) {
         FanPoint const& range = setting.Points[i];
-        CheckKnownRange("The temperature of " + PointName(i) + ",", curve[i].FanTemperature, range.MinTemperature,
+        CheckKnownRange("The temperature of " + FanPointName(i) + ",", curve[i].FanTemperature, range.MinTemperature,
                         range.MaxTemperature, Unit::Celsius);
-        CheckKnownRange("The speed of " + PointName(i) + ",", curve[i].FanSpeed, range.MinSpeed, range.MaxSpeed,
+        CheckKnownRange("The speed of " + FanPointName(i) + ",", curve[i].FanSpeed, range.MinSpeed, range.MaxSpeed,
                         Unit::Percent);
     }
 }
 
 void CheckFanSpeed(int percent, FanSetting const& setting) {
-    // A board with a single point reports there the range of its lowest speed, which says nothing about a fixed one.
+    // On a board with a single point this range is that of its lowest speed, not of a fixed speed.
     if (setting.Valid && setting.PointCount >= 2) {
         CheckKnownRange("Fan speed", percent, setting.Points[0].MinSpeed, setting.Points[0].MaxSpeed, Unit::Percent);
     }

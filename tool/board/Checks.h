@@ -1,7 +1,6 @@
-// What is checked before anything is sent to the board. Pure: settings in, a checked request or an error out.
+// What the tool checks before it sends anything to the board.
 #pragma once
 
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,32 +11,22 @@
 
 namespace gputune::tool {
 
-// A field of FanSetting that the backend left as it was: no speed and no temperature has this value.
-constexpr int untouched = std::numeric_limits<int>::min();
-
-// Whether a field of the library's records holds a value.
-bool IsKnown(int field);
-
 // Throws ToolError when `value` is outside minimum to maximum, both allowed.
 void CheckRange(std::string const& what, int value, int minimum, int maximum, Unit unit);
 
-// ---- Fan curve ----
+// ---- Fan ----
 
-// "40:30" is 40 °C : 30 %. Throws UsageError for any other form and for speeds outside 0 to 100.
-FanTablePoint ParseCurvePoint(std::string const& text);
-// Throws UsageError when a temperature or a speed is below that of the point before.
-std::vector<FanTablePoint> ParseCurve(std::vector<std::string> const& points);
 // Throws ToolError when the board has no curve or a point is outside its range, UsageError when the number of points is
-// not the board's. Intel fans do not report their ranges and number of points: there the driver judges.
+// not the board's. Intel fans report neither ranges nor a number of points; their driver checks the curve.
 void CheckCurve(std::vector<FanTablePoint> const& curve, FanSetting const& setting, std::uint32_t api);
 UsageError WrongPointCount(int expected, std::size_t given);
-// A fixed speed against the range of the curve's first point, which governs it. Nothing is checked where the board
-// reports no range.
+// Throws ToolError when a fixed speed is outside the range of the curve's first point, which is valid for it. Does
+// nothing when the board reports no range.
 void CheckFanSpeed(int percent, FanSetting const& setting);
 
 // ---- Clocks ----
 
-// As asked for: MHz and mV; nothing and 0 keep the current value.
+// What the user asks for, in MHz and mV. Both nothing and 0 keep the current value.
 struct ClockRequest {
     std::optional<int> gpuClock{};
     std::optional<int> gpuVoltage{};
@@ -51,10 +40,11 @@ struct ClockCommand {
     int gpuVoltage;
     int memClock;
     int memVoltage;
-    bool inEffect;  // the board runs at these clocks already; Overdrive8 then answers false
+    bool inEffect;  // the board runs at these clocks already, in which case the Overdrive8 backend returns false
 };
 
-// Throws UsageError for a request no board of this interface takes, ToolError for a value outside the board's ranges.
+// Throws UsageError for a request that no board of this interface takes, ToolError for a value outside the board's
+// ranges.
 ClockCommand PlanClocks(std::uint32_t api, ClockRequest const& request, ClockSetting const& gpu,
                         ClockSetting const& memory);
 

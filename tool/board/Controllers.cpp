@@ -37,7 +37,7 @@ std::uint32_t VendorOfController(std::string name) {
     return has("ARC") ? GPUTUNE_VENDOR_INTEL : has("NVIDIA") ? GPUTUNE_VENDOR_NVIDIA : GPUTUNE_VENDOR_UNKNOWN;
 }
 
-std::vector<Controller> JudgeControllers(std::vector<std::string> const& names) {
+std::vector<Controller> ClassifyControllers(std::vector<std::string> const& names) {
     std::vector<Controller> controllers;
     std::uint32_t taken = GPUTUNE_VENDOR_UNKNOWN;
     for (std::string const& name : names) {
@@ -70,17 +70,8 @@ std::vector<std::string> ControllerNames(LogEntries const& entries) {
 }
 
 char const* RoleCode(Controller::Role role) {
-    switch (role) {
-        case Controller::Role::Taken:
-            return "taken";
-        case Controller::Role::SameVendor:
-            return "same_vendor";
-        case Controller::Role::OtherVendor:
-            return "other_vendor";
-        case Controller::Role::NotSupported:
-            return "not_supported";
-    }
-    return "";
+    static constexpr char const* kCodes[] = {"taken", "same_vendor", "other_vendor", "not_supported"};
+    return kCodes[static_cast<std::size_t>(role)];
 }
 
 std::string ExplainControllers(std::vector<Controller> const& controllers) {

@@ -1,5 +1,4 @@
-// The system's display controllers, and why the library works with one vendor's boards. Independent of the operating
-// system.
+// The system's display controllers, and which of them decides whose boards the library works with.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +11,10 @@ namespace gputune::tool {
 
 struct Controller {
     enum class Role {
-        Taken,       // it decided whose boards are worked with
-        SameVendor,  // of the same vendor, further back
+        Taken,       // its vendor is the one that the library works with
+        SameVendor,  // later in the list, of the same vendor
         OtherVendor,
-        NotSupported  // of no product line that is looked for
+        NotSupported  // not of a product line that the library looks for
     };
 
     std::string name;  // UTF-8
@@ -23,19 +22,18 @@ struct Controller {
     Role role;
 };
 
-// Whose board a controller of this name is to the library: it looks for product lines of boards, so that the graphics
-// of most processors count for none.
+// The vendor that the library reads from a controller's name. It looks for the names of board families, so that the
+// graphics unit of most processors has none.
 std::uint32_t VendorOfController(std::string name);
 
-// Names in the system's order, UTF-8, to the controllers they stand for.
-std::vector<Controller> JudgeControllers(std::vector<std::string> const& names);
-// The names in the library's log, in the log's encoding: those of the first look.
+// The controllers of these names, which are in the system's order and UTF-8.
+std::vector<Controller> ClassifyControllers(std::vector<std::string> const& names);
+// The controllers' names in the library's log, in the log's encoding.
 std::vector<std::string> ControllerNames(LogEntries const& entries);
 
 // The stable code: "taken", "same_vendor", "other_vendor", "not_supported".
 char const* RoleCode(Controller::Role role);
-// A line for each controller: its name and what becomes of it. Empty when there is nothing to explain: all are of one
-// vendor.
+// A line for each controller: its name and its role. Empty when all controllers are of one supported vendor.
 std::string ExplainControllers(std::vector<Controller> const& controllers);
 
 }  // namespace gputune::tool

@@ -45,7 +45,7 @@ std::vector<std::string> FanAnswers::Problems() const {
 }
 
 FanAnswers ReadFanAnswers(LogEntries const& entries) {
-    constexpr std::string_view failure = "error: ";
+    constexpr std::string_view kFailure = "error: ";
     FanAnswers answers{.fans = {}};
     for (LogEntry const& entry : entries) {
         if (entry.message.starts_with("For fan handle ")) {
@@ -57,8 +57,8 @@ FanAnswers ReadFanAnswers(LogEntries const& entries) {
         FanAnswer& fan = answers.fans.back();
         if (IsAcceptance(entry)) {
             fan.kind = FanAnswer::Kind::Accepted;
-        } else if (IsSetting(entry.tag) && entry.message.starts_with(failure)) {
-            fan = {FanAnswer::Kind::Refused, entry.message.substr(failure.size())};
+        } else if (IsSetting(entry.tag) && entry.message.starts_with(kFailure)) {
+            fan = {FanAnswer::Kind::Refused, entry.message.substr(kFailure.size())};
         } else if (entry.line.ends_with(" ?????")) {
             fan.kind = FanAnswer::Kind::UnknownMode;
         } else if (entry.tag.ends_with(" nCount not match")) {

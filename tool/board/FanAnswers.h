@@ -1,5 +1,5 @@
-// What Intel's driver answered to a fan operation, fan by fan, as the library's log tells: its functions answer true
-// whether or not the fans took the setting. Independent of the operating system.
+// What Intel's driver answered to a fan operation, for each fan. It is read from the library's log, because the
+// library's functions return true whether or not the fans took the setting.
 #pragma once
 
 #include <optional>
@@ -12,10 +12,10 @@ namespace gputune::tool {
 
 struct FanAnswer {
     enum class Kind {
-        NothingSent,  // a curve, to a fan that takes fixed speeds only
+        NothingSent,  // the fan takes fixed speeds only, and a curve was to be set
         Accepted,
         Refused,
-        UnknownMode  // it says that it takes neither fixed speeds nor tables alone: nothing was sent
+        UnknownMode  // the fan reports an unknown mode, so nothing was sent to it
     };
 
     Kind kind = Kind::NothingSent;
@@ -24,14 +24,14 @@ struct FanAnswer {
 
 struct FanAnswers {
     std::vector<FanAnswer> fans;             // in the driver's order; empty when the log does not tell
-    std::optional<int> expectedPoints = {};  // of a curve whose number of points was not the fan's
+    std::optional<int> expectedPoints = {};  // set when the curve had another number of points than the fan takes
 
     std::size_t Count(FanAnswer::Kind kind) const;
     // "Fan 2 refused it: 1073741824 ([...])." for each fan that did not take the setting.
     std::vector<std::string> Problems() const;
 };
 
-// `entries` are those of the one operation.
+// `entries`: what the library logged during that operation.
 FanAnswers ReadFanAnswers(LogEntries const& entries);
 
 }  // namespace gputune::tool

@@ -10,7 +10,7 @@ namespace gputune::tool {
 
 namespace {
 
-constexpr wchar_t logFile[] = L"debug.log";
+constexpr wchar_t kLogFile[] = L"debug.log";
 
 bool HasFile(GputuneLogMode mode) {
     return mode == GPUTUNE_LOG_FILE || mode == GPUTUNE_LOG_BOTH;
@@ -30,7 +30,7 @@ std::wstring MakeFolder() {
         return L"";
     }
     std::wstring const start = directory + (L"gputunectl-" + std::to_wstring(GetCurrentProcessId())) + L"-";
-    // One that is there already is somebody else's.
+    // A folder that exists already belongs to another process.
     for (int i = 0; i < 100; ++i) {
         std::wstring folder = start + std::to_wstring(i);
         if (CreateDirectoryW(folder.c_str(), nullptr)) {
@@ -46,7 +46,7 @@ void RequireLogFile(GputuneLogMode mode) {
     if (!HasFile(mode)) {
         return;
     }
-    HANDLE const file = CreateFileW(logFile, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+    HANDLE const file = CreateFileW(kLogFile, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         std::string const reason = SystemMessage(GetLastError());
@@ -58,12 +58,12 @@ void RequireLogFile(GputuneLogMode mode) {
 
 KeptLog::KeptLog(GputuneLogMode wanted) : mode_(wanted) {
     if (HasFile(wanted)) {
-        file_ = CurrentDirectory() + L"\\" + logFile;
+        file_ = CurrentDirectory() + L"\\" + kLogFile;
         return;
     }
     folder_ = MakeFolder();
     if (!folder_.empty()) {
-        file_ = folder_ + L"\\" + logFile;
+        file_ = folder_ + L"\\" + kLogFile;
         mode_ = wanted == GPUTUNE_LOG_STDOUT ? GPUTUNE_LOG_BOTH : GPUTUNE_LOG_FILE;
     }
 }
@@ -89,9 +89,9 @@ KeptLog::InDirectory::~InDirectory() {
 }
 
 LogEntries KeptLog::Read() const {
-    constexpr std::size_t enough = 64U * 1024 * 1024;
+    constexpr std::size_t kEnough = 64U * 1024 * 1024;
     try {
-        return file_.empty() ? LogEntries() : ReadLogEntries(ReadTextFile(Utf8FromWide(file_), enough));
+        return file_.empty() ? LogEntries() : ReadLogEntries(ReadTextFile(Utf8FromWide(file_), kEnough));
     } catch (ToolError const&) {
         return {};
     }

@@ -1,5 +1,5 @@
-// The library's log, kept in a file by the tool: it tells what the library's functions do not return, such as what the
-// driver answered and the names of the display controllers.
+// The library's log in a file that the tool reads. It holds what the library's functions do not return, such as the
+// driver's answers and the names of the display controllers.
 #pragma once
 
 #include <string>
@@ -12,11 +12,11 @@ namespace gputune::tool {
 // Throws ToolError when `mode` wants a log file and it cannot be written.
 void RequireLogFile(GputuneLogMode mode);
 
-// The library opens its log in the current directory, in the first InitVGAHelper. Where the user wants no file, this is
-// one in a folder for temporary files, which goes away with the object: unload the library before.
+// The first InitVGAHelper opens the log in the current directory. When the user wants no log file, KeptLog makes a
+// temporary folder for it and deletes that in its destructor; unload the library before.
 class KeptLog {
 public:
-    // `wanted` is the user's choice, which the library's log follows on standard output and in debug.log.
+    // `wanted` is what the user chose with --log.
     explicit KeptLog(GputuneLogMode wanted);
     ~KeptLog();
     KeptLog(KeptLog const&) = delete;
@@ -25,7 +25,7 @@ public:
     // What to pass to InitVGAHelper.
     GputuneLogMode Mode() const { return mode_; }
 
-    // The current directory while the library creates its log.
+    // Makes the log's folder the current directory, for the time that the library creates its log.
     class InDirectory {
     public:
         explicit InDirectory(KeptLog const& log);
@@ -39,12 +39,12 @@ public:
 
     // Whether there is a file; not when no folder could be made for it.
     bool IsKept() const { return !file_.empty(); }
-    // All there are so far; none when the file cannot be read.
+    // All entries so far; none when the file cannot be read.
     LogEntries Read() const;
 
 private:
     GputuneLogMode mode_;
-    std::wstring folder_;  // of the tool's own; empty: the current directory, or no folder could be made
+    std::wstring folder_;  // the temporary one; empty: the current directory is used, or no folder could be made
     std::wstring file_;    // empty: no log is kept
 };
 

@@ -4,9 +4,9 @@
 
 #include <cstring>
 
-#include "tool/board/Checks.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
 
 namespace gputune::tool {
 
@@ -19,12 +19,12 @@ void Resolve(void* module, char const* name, std::wstring const& path, Function&
         throw ToolError(Utf8FromWide(path) + " has no function " + name +
                         ": it does not belong to this gputunectl. Install both from the same release.");
     }
-    static_assert(sizeof function == sizeof address);
-    std::memcpy(&function, &address, sizeof function);
+    static_assert(sizeof(function) == sizeof(address));
+    std::memcpy(&function, &address, sizeof(function));
 }
 
 void* Load(std::wstring const& path) {
-    // The library itself imports from the system only. The flag needs an update on Windows 7.
+    // The library imports from system DLLs only. Windows 7 knows this flag only with an update.
     HMODULE const kernel = GetModuleHandleW(L"kernel32.dll");
     bool const knowsFlags = GetProcAddress(kernel, "SetDefaultDllDirectories") != nullptr;
     DWORD const flags = knowsFlags ? LOAD_LIBRARY_SEARCH_SYSTEM32 : LOAD_WITH_ALTERED_SEARCH_PATH;
@@ -47,12 +47,11 @@ Library::Library(std::wstring const& path) : module_(Load(path)) {
 FanSetting Library::ReadFanSetting() const {
     FanSetting setting{};
     for (FanPoint& point : setting.Points) {
-        point = {untouched, untouched, untouched, untouched, untouched, untouched, untouched, untouched};
+        point = {kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, kUntouched};
     }
-    // A function that returns a record takes, in its binary form, the address of the record as its first argument and
-    // returns it. Called by its declaration, the compiler provides storage with undefined contents; but GetFanSetting
-    // leaves the points of OverdriveN boards as they are. Called in this form, with storage that was filled before,
-    // what was left is told from what was read.
+    // In binary form, a function that returns a record takes the record's address as its first argument and returns
+    // that address. GetFanSetting does not write the points of OverdriveN boards. Called in this form, it gets the
+    // record that was filled above, which shows afterwards which fields were written.
     using InPlace = ::FanSetting*(GPUTUNE_CALL*)(::FanSetting*);
     reinterpret_cast<InPlace>(reinterpret_cast<void*>(GetFanSetting))(&setting);
     return setting;

@@ -17,7 +17,7 @@ public:
 #define FLAT_FUNCTION(result, name, ...) decltype(&::name) name = nullptr;
 #include "src/api/flat_functions.inc"
 
-    // The board's fan settings. Fields that the backend does not know are `untouched` (Checks.h).
+    // The board's fan settings. Fields that the backend does not write are kUntouched (values/FanCurve.h).
     ::FanSetting ReadFanSetting() const;
 
 private:

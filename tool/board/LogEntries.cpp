@@ -1,13 +1,14 @@
 #include "tool/board/LogEntries.h"
 
 #include <algorithm>
-#include <charconv>
+
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
 namespace {
 
-constexpr std::string_view separator = " ... ";
+constexpr std::string_view kSeparator = " ... ";
 
 }  // namespace
 
@@ -23,10 +24,10 @@ LogEntries ReadLogEntries(std::string_view text) {
         if (line.ends_with('\r')) {
             line.remove_suffix(1);
         }
-        std::size_t const split = line.find(separator);
+        std::size_t const split = line.find(kSeparator);
         bool const hasMessage = split != std::string_view::npos;
         entries.push_back({std::string(line), std::string(line.substr(0, split)),
-                           std::string(hasMessage ? line.substr(split + separator.size()) : "")});
+                           std::string(hasMessage ? line.substr(split + kSeparator.size()) : "")});
     }
 }
 
@@ -37,20 +38,13 @@ std::optional<std::string> LastMessage(LogEntries const& entries, std::string_vi
 }
 
 std::optional<double> LeadingNumber(std::string_view text) {
-    double value = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc{} ? std::optional(value) : std::nullopt;
+    return TakeNumber<double>(text);
 }
 
 std::optional<int> NumberBehind(std::string_view text, std::string_view word) {
     std::size_t const found = text.find(word);
-    if (found == std::string_view::npos) {
-        return std::nullopt;
-    }
-    text.remove_prefix(found + word.size());
-    int value = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc{} ? std::optional(value) : std::nullopt;
+    std::string_view rest = text.substr(found == std::string_view::npos ? text.size() : found + word.size());
+    return TakeNumber<int>(rest);
 }
 
 }  // namespace gputune::tool

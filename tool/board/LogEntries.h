@@ -1,4 +1,4 @@
-// The library's log, entry by entry, for what its functions do not return. Independent of the operating system.
+// The entries of the library's log.
 #pragma once
 
 #include <optional>
@@ -9,17 +9,17 @@
 namespace gputune::tool {
 
 struct LogEntry {
-    std::string line;     // as a whole, without its end
-    std::string tag;      // the line itself where it has no message
+    std::string line;     // the whole line, without its line end
+    std::string tag;      // what stands before " ... "; the whole line when there is no message
     std::string message;  // what stands behind " ... "
 };
 
 using LogEntries = std::vector<LogEntry>;
 
-// A last line without an end is left out: the library is still writing it.
+// Leaves out a last line without a line end, which the library is still writing.
 LogEntries ReadLogEntries(std::string_view text);
 
-// The message of the last entry whose tag ends like this.
+// The message of the last entry whose tag ends in `tagEnd`.
 std::optional<std::string> LastMessage(LogEntries const& entries, std::string_view tagEnd);
 // The number that the text begins with.
 std::optional<double> LeadingNumber(std::string_view text);

@@ -2,23 +2,14 @@
 
 #include <cmath>
 
-#include "tool/output/Result.h"
+#include "tool/values/Numbers.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
-namespace {
-
-// "a, b and c"
-void Append(std::string& list, std::string const& item, bool isLast) {
-    list += list.empty() ? "" : isLast ? " and " : ", ";
-    list += item;
-}
-
-}  // namespace
-
 void ReadBack::Compare(std::string what, double asked, std::optional<double> shown, Unit unit, double tolerance) {
     if (!shown) {
-        CannotTell(std::move(what));
+        AddUnreported(what);
     } else if (std::fabs(*shown - asked) <= tolerance) {
         hasEqual_ = true;
     } else {
@@ -26,8 +17,8 @@ void ReadBack::Compare(std::string what, double asked, std::optional<double> sho
     }
 }
 
-void ReadBack::CannotTell(std::string what) {
-    untold_.push_back(std::move(what));
+void ReadBack::AddUnreported(std::string const& what) {
+    unreported_.push_back("the " + what);
 }
 
 void ReadBack::AddProblem(std::string sentence) {
@@ -38,32 +29,25 @@ std::optional<bool> ReadBack::Confirmed() const {
     if (!IsDone()) {
         return false;
     }
-    return hasEqual_ && untold_.empty() ? std::optional(true) : std::nullopt;
+    return hasEqual_ && unreported_.empty() ? std::optional(true) : std::nullopt;
 }
 
 std::vector<std::string> ReadBack::Problems() const {
-    std::vector<std::string> problems;
-    std::string list;
-    for (std::size_t i = 0; i < differences_.size(); ++i) {
-        Difference const& difference = differences_[i];
-        Append(list,
-               FormatValue(difference.shown, difference.unit) + " instead of " +
-                   FormatValue(difference.asked, difference.unit) + " (" + difference.what + ")",
-               i + 1 == differences_.size());
+    std::vector<std::string> shown;
+    for (Difference const& difference : differences_) {
+        shown.push_back(WithUnit(difference.shown, difference.unit) + " instead of " +
+                        WithUnit(difference.asked, difference.unit) + " (" + difference.what + ")");
     }
-    if (!list.empty()) {
-        problems.push_back("The board shows " + list + ".");
+    std::vector<std::string> problems;
+    if (!shown.empty()) {
+        problems.push_back("The board shows " + Enumeration(shown) + ".");
     }
     problems.insert(problems.end(), problems_.begin(), problems_.end());
     return problems;
 }
 
-std::string ReadBack::Untold() const {
-    std::string list;
-    for (std::size_t i = 0; hasEqual_ && i < untold_.size(); ++i) {
-        Append(list, "the " + untold_[i], i + 1 == untold_.size());
-    }
-    return list;
+std::string ReadBack::Unreported() const {
+    return hasEqual_ ? Enumeration(unreported_) : "";
 }
 
 }  // namespace gputune::tool

@@ -1,4 +1,4 @@
-// What a board shows after a change, beside what was asked for. Independent of the operating system.
+// What a board shows after a change, compared with what was asked for.
 #pragma once
 
 #include <optional>
@@ -12,21 +12,21 @@ namespace gputune::tool {
 // A change is done unless something shows that it is not; it is confirmed when everything that was asked for is shown.
 class ReadBack {
 public:
-    // `what` names the setting: "power limit". Without `shown` the board does not tell it. Values count as equal when
-    // they are no further apart than `tolerance`.
+    // `what` names the setting: "power limit". `shown` is nothing when the board does not report it. Values are equal
+    // when they differ by `tolerance` at most.
     void Compare(std::string what, double asked, std::optional<double> shown, Unit unit, double tolerance = 0);
-    // The board does not tell this setting.
-    void CannotTell(std::string what);
-    // Something else says that the setting was not taken: a sentence.
+    // The board does not report this setting.
+    void AddUnreported(std::string const& what);
+    // Another sign that the setting was not taken, as a sentence.
     void AddProblem(std::string sentence);
 
     bool IsDone() const { return differences_.empty() && problems_.empty(); }
-    // Nothing when it is done and the board does not tell all of it, or nothing was asked for.
+    // Nothing when the change is done and the board does not report all of it, or when nothing was compared.
     std::optional<bool> Confirmed() const;
-    // "The board shows 0 % instead of 10 % (power limit).", and what was added.
+    // "The board shows 0 % instead of 10 % (power limit).", and the sentences of AddProblem.
     std::vector<std::string> Problems() const;
-    // The settings that the board does not tell; empty when it tells none at all.
-    std::string Untold() const;
+    // "the memory clock": the settings that the board does not report; empty when it reports none at all.
+    std::string Unreported() const;
 
 private:
     struct Difference {
@@ -38,11 +38,12 @@ private:
 
     std::vector<Difference> differences_;
     std::vector<std::string> problems_;
-    std::vector<std::string> untold_;
+    std::vector<std::string> unreported_;
     bool hasEqual_ = false;
 };
 
-// Clocks and voltages come back through whole megahertz and single-precision ratios, which cut off fractions.
-constexpr double clockTolerance = 1;
+// For clocks and voltages: on their way they become whole megahertz and ratios in single precision, so fractions are
+// lost.
+constexpr double kClockTolerance = 1;
 
 }  // namespace gputune::tool

@@ -5,29 +5,14 @@
 #include <algorithm>
 
 #include "sim/host/SimulatedMachine.h"
+#include "tool/system/Files.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
 namespace {
-
-// Ends with the separator.
-std::wstring ProgramDirectory() {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        DWORD const length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        if (length == 0) {
-            throw ToolError("Cannot find the program's directory: " + SystemMessage(GetLastError()) + ".");
-        }
-        if (length < path.size()) {
-            path.resize(length);
-            break;
-        }
-        path.resize(path.size() * 2);
-    }
-    return path.substr(0, path.find_last_of(L"\\/") + 1);
-}
 
 std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardFile, std::wstring const& directory) {
     if (boardFile.empty()) {
@@ -40,7 +25,7 @@ std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardF
     }
 }
 
-// Whether the library can find one of the vendor's: loaded already, or in the system directory.
+// Whether a control library of this vendor is loaded already, or lies in the system directory.
 bool HasControlLibrary(std::uint32_t vendor) {
     std::wstring directory(MAX_PATH, L'\0');
     directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
@@ -58,17 +43,11 @@ bool HasControlLibrary(std::uint32_t vendor) {
 }  // namespace
 
 Name InitStateName(InitState state) {
-    switch (state) {
-        case InitState::Ready:
-            return {"ready", "ready"};
-        case InitState::AdapterNotOpened:
-            return {"adapter not opened", "adapter_not_opened"};
-        case InitState::LibraryNotOpened:
-            return {"control library not opened", "control_library_not_opened"};
-        case InitState::NoSupportedGpu:
-            return {"no supported GPU found", "no_supported_gpu"};
-    }
-    return {"unknown", "unknown"};
+    static constexpr Name kNames[] = {{"ready", "ready"},
+                                      {"adapter not opened", "adapter_not_opened"},
+                                      {"control library not opened", "control_library_not_opened"},
+                                      {"no supported GPU found", "no_supported_gpu"}};
+    return kNames[static_cast<std::size_t>(state)];
 }
 
 Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
@@ -77,8 +56,8 @@ Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
     machine_ = StartSimulation(options.boardFile, directory);
     std::wstring const library = directory + L"gputune.dll";
     Load(library, use);
-    // Once more with a log, which names the display controllers: an unloaded library begins anew.
-    if (state_ == InitState::NoSupportedGpu && !log_ && options.log == GPUTUNE_LOG_NONE) {
+    // Load the library a second time, with a log: only the log names the display controllers.
+    if (state_ == InitState::NoSupportedGpu && log_ == nullptr && options.log == GPUTUNE_LOG_NONE) {
         Load(library, LogUse::Kept);
     }
     if (state_ == InitState::Ready && options.adapter) {
@@ -98,7 +77,7 @@ void Session::Load(std::wstring const& path, LogUse use) {
 
 void Session::Initialise() {
     bool hasBackend = false;
-    if (log_) {
+    if (log_ != nullptr) {
         KeptLog::InDirectory const directory(*log_);
         hasBackend = library_->InitVGAHelper(log_->Mode());
     } else {
@@ -116,7 +95,7 @@ void Session::Initialise() {
 }
 
 void Session::SelectAdapter(int index) {
-    // NVIDIA's refuses even the index it has.
+    // The NVIDIA backend refuses every index, even the current one.
     if (index == adapter_) {
         return;
     }
@@ -135,29 +114,36 @@ void Session::SelectAdapter(int index) {
     }
     adapter_ = index;
     if (vendor_ == GPUTUNE_VENDOR_AMD) {
-        // The library goes on with the ranges, defaults and fan controllers of the adapter it started with, until it
-        // starts anew; the selection stays.
+        // The library keeps the ranges, defaults and fan controllers of the first adapter until it is initialised
+        // again. The selected index survives that.
         Initialise();
     }
 }
 
-VgaInfo Session::Identity() const {
+AdapterIdentity::AdapterIdentity(VgaInfo const& record)
+    : name(Utf8FromAnsi(record.AdapterName, sizeof(record.AdapterName))),
+      subsystemId(record.SubsystemId),
+      subsystemIdText(subsystemId == 0 ? "" : HexId(subsystemId)),
+      // A record of zeros only does not say that the bus is number 0.
+      busNumber(subsystemId == 0 && name.empty() && record.BusNumber == 0 ? -1 : record.BusNumber) {}
+
+AdapterIdentity Session::Identity() const {
     bool const hasBackend = state_ == InitState::Ready || state_ == InitState::AdapterNotOpened;
-    return hasBackend && !IdentityIsOfAnother() ? library_->GetVGAInfo() : VgaInfo{};
+    return hasBackend && !IdentityIsOfAnother() ? AdapterIdentity(library_->GetVGAInfo()) : AdapterIdentity();
 }
 
 std::vector<int> Session::AdapterIndices() const {
     if (vendor_ == GPUTUNE_VENDOR_NVIDIA) {
         return {adapter_};
     }
-    // More indices than any driver gives out. The log tells where to stop: AMD's how many there are, Intel's when an
-    // index is beyond the last device.
-    constexpr int mostIndices = 1024;
+    // More indices than any driver has. The log tells when to stop: for AMD it holds the number of adapters, for Intel
+    // an entry when the index is too large.
+    constexpr int kMostIndices = 1024;
     std::optional<std::string> const active = LastMessage(LogSince(0), " number of active adapter");
     std::size_t const count =
-        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(mostIndices) : mostIndices);
+        static_cast<std::size_t>(active ? LeadingNumber(*active).value_or(kMostIndices) : kMostIndices);
     std::vector<int> indices;
-    for (int index = 0; index < mostIndices && indices.size() < count; ++index) {
+    for (int index = 0; index < kMostIndices && indices.size() < count; ++index) {
         std::size_t const mark = vendor_ == GPUTUNE_VENDOR_INTEL ? LogMark() : 0;
         if (library_->SetActiveAdapterIndex(index)) {
             indices.push_back(index);
@@ -175,11 +161,11 @@ std::vector<Controller> Session::Controllers() const {
     for (std::string& name : names) {
         name = Utf8FromAnsi(name.c_str(), name.size());
     }
-    return JudgeControllers(names);
+    return ClassifyControllers(names);
 }
 
 LogEntries Session::LogSince(std::size_t mark) const {
-    LogEntries entries = log_ ? log_->Read() : LogEntries();
+    LogEntries entries = log_ != nullptr ? log_->Read() : LogEntries();
     entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(std::min(mark, entries.size())));
     return entries;
 }
@@ -192,7 +178,7 @@ std::optional<std::string> Session::Problem() const {
         case InitState::Ready:
             return std::nullopt;
         case InitState::NoSupportedGpu:
-            if (!log_ || !log_->IsKept()) {
+            if (log_ == nullptr || !log_->IsKept()) {
                 return "No supported GPU found: no display controller of this machine is a board that can be used, or "
                        "the system's management service (WMI) does not answer." +
                        LogHint();
@@ -233,21 +219,16 @@ void Session::RequireReady() const {
     }
 }
 
-std::string Session::AdapterName() const {
-    VgaInfo const info = Identity();
-    return Utf8FromAnsi(info.AdapterName, sizeof info.AdapterName);
-}
-
 Readings Session::ReadSensors() const {
     library_->FetchHwmValues();
     Readings readings;
-    for (SensorName const& sensor : sensorNames) {
+    for (SensorName const& sensor : kSensorNames) {
         HwmValue const value = library_->GetHwmValue(sensor.key);
         if (value.Valid) {
             readings[sensor.key] = value.Value;
         }
     }
-    readings.fanUnsure = CanDoubtFan() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
+    readings.fanUnsure = FanCanBeUnsure() && fanWatch_.IsUnsure(readings[GPUTUNE_HWM_FAN_SPEED_RPM]);
     return readings;
 }
 

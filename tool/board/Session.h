@@ -1,4 +1,4 @@
-// One run with the library: the simulated machine where one is asked for, the loaded library, the chosen board.
+// One run with the library: it starts the simulated machine if there is one, loads the library and selects the adapter.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,8 @@
 #include "tool/board/Controllers.h"
 #include "tool/board/KeptLog.h"
 #include "tool/board/Library.h"
+#include "tool/board/StuckFanWatch.h"
+#include "tool/values/Names.h"
 #include "tool/values/Readings.h"
 
 namespace gputune::sim {
@@ -26,21 +28,34 @@ struct GlobalOptions {
     std::optional<int> adapter;
     bool json = false;
     bool yes = false;
+
+    bool LogsToOutput() const { return log == GPUTUNE_LOG_STDOUT || log == GPUTUNE_LOG_BOTH; }
 };
 
 enum class InitState {
     Ready,
     AdapterNotOpened,  // a backend exists, and IsInitOk says no
-    LibraryNotOpened,  // a vendor, and no backend: AMD's library is missing, or tells no interface that is known
+    LibraryNotOpened,  // a vendor, and no backend: AMD's library is missing, or has no interface that gputune knows
     NoSupportedGpu
 };
 
 // The text for people and the code for JSON.
 Name InitStateName(InitState state);
 
-// Whether the session keeps the library's log for itself. It grows with every call: not for commands that go on for
-// long.
+// Whether the session keeps the library's log (KeptLog). The log grows with every call, so commands that run long do
+// not keep it.
 enum class LogUse { Kept, NotKept };
+
+// What the library's record tells of an adapter. Only AMD's interface tells anything; elsewhere the record is zero.
+struct AdapterIdentity {
+    AdapterIdentity() = default;
+    explicit AdapterIdentity(VgaInfo const& record);
+
+    std::string name{};  // UTF-8; empty: not known, as the text
+    std::uint32_t subsystemId = 0;
+    std::string subsystemIdText{};  // "0x12345678"
+    int busNumber = -1;             // -1: not known
+};
 
 class Session {
 public:
@@ -56,19 +71,17 @@ public:
     std::uint32_t Vendor() const { return vendor_; }
     std::uint32_t ApiType() const { return api_; }
 
-    // Nothing when the state is Ready, else what is wrong and what to try.
+    // What is wrong and what the user can try; nothing when the state is Ready.
     std::optional<std::string> Problem() const;
     void RequireReady() const;  // throws ToolError with Problem
 
-    // AMD's interface tells the identity of one adapter, the first, whichever is selected. Elsewhere the record is
-    // zero.
+    // AMD's interface tells the identity of the first adapter only, even when another one is selected.
     bool IdentityIsOfAnother() const { return vendor_ == GPUTUNE_VENDOR_AMD && adapter_ != firstAdapter_; }
     int FirstAdapter() const { return firstAdapter_; }
-    // The record of the selected adapter; zero when it cannot be had.
-    VgaInfo Identity() const;
-    // The product name, UTF-8; empty where the vendor's interface does not tell.
-    std::string AdapterName() const;
-    // The indices that --adapter takes, in ascending order. Tries them; the selected adapter stays selected.
+    // Of the selected adapter.
+    AdapterIdentity Identity() const;
+    std::string AdapterName() const { return Identity().name; }
+    // The indices that --adapter takes, in ascending order. It selects each of them, and then the former one again.
     std::vector<int> AdapterIndices() const;
 
     // The system's display controllers as the library saw them; none when its log is not kept.
@@ -81,10 +94,10 @@ public:
     // Reads the sensors anew.
     Readings ReadSensors() const;
     // Whether a reading of the fan can be unsure (StuckFanWatch).
-    bool CanDoubtFan() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
+    bool FanCanBeUnsure() const { return api_ == GPUTUNE_API_OVERDRIVEN; }
 
-    // "\nRun the command again with --log stdout to see what happened.", or nothing when there is a log already. With
-    // --json, which takes no log on standard output, a file is advised.
+    // "\nRun the command again with --log stdout to see what happened."; with --json "--log file", as both would go to
+    // standard output. Empty when there is a log already.
     std::string LogHint() const;
 
 private:
@@ -93,7 +106,7 @@ private:
     void SelectAdapter(int index);
 
     GlobalOptions options_;
-    // Before the library, so that the library is unloaded while the machine and the log are still there.
+    // Declared before the library, so that the library is unloaded first.
     std::unique_ptr<sim::SimulatedMachine> machine_;
     std::unique_ptr<KeptLog> log_;
     std::unique_ptr<Library> library_;
@@ -102,7 +115,7 @@ private:
     std::uint32_t api_ = 0;
     int firstAdapter_ = -1;
     int adapter_ = -1;
-    mutable StuckFanWatch fanWatch_;  // reading changes nothing else
+    mutable StuckFanWatch fanWatch_;  // ReadSensors is const otherwise
 };
 
 }  // namespace gputune::tool

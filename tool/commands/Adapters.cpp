@@ -7,13 +7,13 @@ namespace gputune::tool {
 
 namespace {
 
-// The names of Intel's adapters or NVIDIA's GPUs, in order, from the log of the start; empty where one has none.
+// The names of Intel's adapters or NVIDIA's GPUs, in order, from the log of the initialisation. A name may be empty.
 std::vector<std::string> LoggedNames(Session const& session) {
     std::vector<std::string> names;
     bool isHighWord = false;
     for (LogEntry const& entry : session.LogSince(0)) {
         if (entry.tag == "[IGCLHelper::IGCLHelper()] Adapter ID") {
-            // An adapter has two of these, and then its name.
+            // For each adapter the log has two of these entries, and then its name.
             if (!isHighWord) {
                 names.emplace_back();
             }
@@ -33,8 +33,7 @@ std::vector<std::string> LoggedNames(Session const& session) {
 struct Adapter {
     int index;
     bool isSelectable = true;
-    std::string name{};
-    VgaInfo identity{};
+    AdapterIdentity identity{};
 };
 
 std::vector<Adapter> ListAdapters(Session const& session) {
@@ -43,7 +42,7 @@ std::vector<Adapter> ListAdapters(Session const& session) {
         adapters.push_back({.index = index});
     }
     std::vector<std::string> const names = LoggedNames(session);
-    // NVIDIA's interface shows every GPU, and the library works with the first.
+    // NVIDIA's interface lists every GPU, but the library works with the first one only.
     if (session.Vendor() == GPUTUNE_VENDOR_NVIDIA) {
         while (adapters.size() < names.size()) {
             adapters.push_back({.index = static_cast<int>(adapters.size()), .isSelectable = false});
@@ -51,11 +50,10 @@ std::vector<Adapter> ListAdapters(Session const& session) {
     }
     for (std::size_t i = 0; i < adapters.size(); ++i) {
         if (i < names.size()) {
-            adapters[i].name = names[i];
+            adapters[i].identity.name = names[i];
         }
         if (session.Vendor() == GPUTUNE_VENDOR_AMD && adapters[i].index == session.FirstAdapter()) {
-            adapters[i].identity = session.Api().GetVGAInfo();
-            adapters[i].name = Utf8FromAnsi(adapters[i].identity.AdapterName, sizeof adapters[i].identity.AdapterName);
+            adapters[i].identity = AdapterIdentity(session.Api().GetVGAInfo());
         }
     }
     return adapters;
@@ -74,34 +72,31 @@ int RunAdapters(GlobalOptions const& options) {
                           {"bus_number", "Bus number"}},
               .rows = {}};
     for (Adapter const& adapter : ListAdapters(session)) {
-        bool const hasIdentity = adapter.identity.AdapterName[0] != '\0' || adapter.identity.SubsystemId != 0;
+        AdapterIdentity const& identity = adapter.identity;
         grid.rows.push_back({std::int64_t{adapter.index}, adapter.index == session.Api().GetActiveAdapterIndex(),
-                             adapter.isSelectable, adapter.name.empty() ? Value{} : Value{adapter.name},
-                             adapter.identity.SubsystemId == 0 ? Value{} : Value{HexId(adapter.identity.SubsystemId)},
-                             hasIdentity ? IntValue(adapter.identity.BusNumber) : Value{}});
+                             adapter.isSelectable, TextValue(identity.name), TextValue(identity.subsystemIdText),
+                             IntValue(identity.busNumber)});
     }
     bool const isAmd = session.Vendor() == GPUTUNE_VENDOR_AMD;
     bool const hasMore = grid.rows.size() > 1;
-    Section section{.key = "", .title = options.json ? "" : "Adapters"};
-    section.grids = {std::move(grid)};
-    Report report;
-    report.Add(std::move(section));
+    Result result;
+    result.Add({.title = options.json ? "" : "Adapters", .grids = {std::move(grid)}});
     if (isAmd && hasMore) {
-        report.AddRemark("AMD's interface tells the identity of the first adapter only.");
+        result.AddRemark("AMD's interface tells the identity of the first adapter only.");
     }
-    Print(options, report);
-    return exitSuccess;
+    Print(options, result);
+    return kExitSuccess;
 }
 
 }  // namespace
 
 void AddAdaptersCommand(CLI::App& app, Context& context) {
-    CLI::App* adapters = app.add_subcommand("adapters", "List the adapters that --adapter can select");
-    adapters->footer(
-        "Examples:\n"
-        "  gputunectl adapters\n"
-        "  gputunectl --adapter 1 sensors");
-    adapters->callback([&context] { context.run = [&context] { return RunAdapters(context.options); }; });
+    AddCommand(app, context,
+               {"adapters", "List the adapters that --adapter can select",
+                "Examples:\n"
+                "  gputunectl adapters\n"
+                "  gputunectl --adapter 1 sensors"},
+               RunAdapters);
 }
 
 }  // namespace gputune::tool

@@ -1,34 +1,40 @@
 // clocks get, clocks set, clocks default.
 #include "tool/board/Checks.h"
+#include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
 namespace {
 
-// OverdriveN boards with fewer memory than engine levels answer 0, which no running board has.
+// OverdriveN boards with fewer memory levels than engine levels report 0, which is no clock of a running board.
 Value CurrentClock(ClockSetting const& setting) {
     return setting.CurrentClock == 0 ? Value() : IntValue(setting.CurrentClock);
 }
 
 Section ClockSection(char const* key, char const* title, ClockSetting const& setting) {
-    // Boards without an adjustable voltage report a range of nothing.
+    // A board without an adjustable voltage reports a range of 0 to 0.
     bool const hasVoltage = setting.MinVoltage != 0 || setting.MaxVoltage != 0;
     auto const voltage = [hasVoltage](int value) { return hasVoltage ? IntValue(value) : Value(); };
-    Section section{.key = key, .title = title};
-    section.available = setting.Valid;
-    section.fields = {
-        {"current_clock", "Current clock", CurrentClock(setting), Unit::Megahertz},
-        {"default_clock", "Default clock", IntValue(setting.DefaultClock), Unit::Megahertz},
-        {"minimum_clock", "Minimum clock", IntValue(setting.MinClock), Unit::Megahertz},
-        {"maximum_clock", "Maximum clock", IntValue(setting.MaxClock), Unit::Megahertz},
-        {"current_voltage", "Current voltage", voltage(setting.CurrentVoltage), Unit::Millivolt},
-        {"default_voltage", "Default voltage", voltage(setting.DefaultVoltage), Unit::Millivolt},
-        {"minimum_voltage", "Minimum voltage", voltage(setting.MinVoltage), Unit::Millivolt},
-        {"maximum_voltage", "Maximum voltage", voltage(setting.MaxVoltage), Unit::Millivolt},
+    return {
+        .key = key,
+        .title = title,
+        .available = setting.Valid,
+        .fields =
+            {
+                {"current_clock", "Current clock", CurrentClock(setting), Unit::Megahertz},
+                {"default_clock", "Default clock", IntValue(setting.DefaultClock), Unit::Megahertz},
+                {"minimum_clock", "Minimum clock", IntValue(setting.MinClock), Unit::Megahertz},
+                {"maximum_clock", "Maximum clock", IntValue(setting.MaxClock), Unit::Megahertz},
+                {"current_voltage", "Current voltage", voltage(setting.CurrentVoltage), Unit::Millivolt},
+                {"default_voltage", "Default voltage", voltage(setting.DefaultVoltage), Unit::Millivolt},
+                {"minimum_voltage", "Minimum voltage", voltage(setting.MinVoltage), Unit::Millivolt},
+                {"maximum_voltage", "Maximum voltage", voltage(setting.MaxVoltage), Unit::Millivolt},
+            },
     };
-    return section;
 }
 
 int RunClocksGet(GlobalOptions const& options) {
@@ -36,46 +42,34 @@ int RunClocksGet(GlobalOptions const& options) {
     session.RequireReady();
     PrintReadings(session, options, {GpuClockSection(session), MemoryClockSection(session)},
                   "its clock settings (sensors may show the clocks)");
-    return exitSuccess;
-}
-
-int FinishClocks(Session const& session, GlobalOptions const& options, std::string command, std::string what,
-                 std::string sentence, ReadBack readBack) {
-    return FinishChange(session, options,
-                        {.command = std::move(command),
-                         .what = std::move(what),
-                         .sentence = std::move(sentence),
-                         .readBack = std::move(readBack),
-                         .sections = {GpuClockSection(session), MemoryClockSection(session)}});
+    return kExitSuccess;
 }
 
 void CompareVoltage(char const* what, int millivolts, ClockSetting const& setting, ReadBack& readBack) {
     bool const isTold = setting.Valid && IsKnown(setting.CurrentVoltage);
     readBack.Compare(what, millivolts, isTold ? std::optional<double>(setting.CurrentVoltage) : std::nullopt,
-                     Unit::Millivolt, clockTolerance);
+                     Unit::Millivolt, kClockTolerance);
 }
 
-// What was asked for, beside what AMD boards show.
+// Compares what was asked for with what an AMD board shows.
 ReadBack CompareRequest(Library const& api, ClockRequest const& request) {
     ReadBack readBack;
     ClockSetting const gpu = api.GetGpuClockSetting();
     ClockSetting const memory = api.GetMemClockSetting();
-    if (request.gpuClock.value_or(0) != 0) {
-        CompareClock("GPU clock", *request.gpuClock, gpu, readBack);
-    }
-    if (request.gpuVoltage.value_or(0) != 0) {
-        CompareVoltage("GPU voltage", *request.gpuVoltage, gpu, readBack);
-    }
-    if (request.memClock.value_or(0) != 0) {
-        CompareClock("memory clock", *request.memClock, memory, readBack);
-    }
-    if (request.memVoltage.value_or(0) != 0) {
-        CompareVoltage("memory voltage", *request.memVoltage, memory, readBack);
-    }
+    auto const compare = [&readBack](auto function, char const* what, std::optional<int> asked,
+                                     ClockSetting const& setting) {
+        if (asked.value_or(0) != 0) {
+            function(what, *asked, setting, readBack);
+        }
+    };
+    compare(CompareClock, "GPU clock", request.gpuClock, gpu);
+    compare(CompareVoltage, "GPU voltage", request.gpuVoltage, gpu);
+    compare(CompareClock, "memory clock", request.memClock, memory);
+    compare(CompareVoltage, "memory voltage", request.memVoltage, memory);
     return readBack;
 }
 
-// Intel's functions do not tell the offsets; the library logs what it read back.
+// The Intel backend's functions do not return the offsets, but the library logs what it read back.
 ReadBack CompareOffsets(LogEntries const& entries, ClockCommand const& command) {
     auto const logged = [&entries](char const* tagEnd) {
         std::optional<std::string> const text = LastMessage(entries, tagEnd);
@@ -83,25 +77,25 @@ ReadBack CompareOffsets(LogEntries const& entries, ClockCommand const& command) 
     };
     ReadBack readBack;
     readBack.Compare("GPU clock offset", command.gpuClock, logged("(verify) new current gpu frequency offset"),
-                     Unit::Megahertz, clockTolerance);
+                     Unit::Megahertz, kClockTolerance);
     readBack.Compare("memory clock offset", command.memClock, logged("(verify) new current vram frequency offset"),
-                     Unit::Megahertz, clockTolerance);
+                     Unit::Megahertz, kClockTolerance);
     return readBack;
 }
 
 std::string DescribeClocks(ClockRequest const& request, bool offsets) {
-    std::string text;
-    auto const add = [&text](char const* what, std::optional<int> const& value, Unit unit, bool always) {
-        if (value && (*value != 0 || always)) {
-            text += text.empty() ? "" : ", ";
-            text += std::string(what) + " " + FormatValue(std::int64_t{*value}, unit);
+    std::vector<std::string> texts;
+    auto const add = [&texts](std::string const& what, std::optional<int> const& value, Unit unit, bool takesZero) {
+        if (value && (*value != 0 || takesZero)) {
+            texts.push_back(what + " " + WithUnit(*value, unit));
         }
     };
-    add(offsets ? "GPU clock offset" : "GPU clock", request.gpuClock, Unit::Megahertz, offsets);
+    char const* const clock = offsets ? " clock offset" : " clock";
+    add(std::string("GPU") + clock, request.gpuClock, Unit::Megahertz, offsets);
     add("GPU voltage", request.gpuVoltage, Unit::Millivolt, false);
-    add(offsets ? "memory clock offset" : "memory clock", request.memClock, Unit::Megahertz, offsets);
+    add(std::string("memory") + clock, request.memClock, Unit::Megahertz, offsets);
     add("memory voltage", request.memVoltage, Unit::Millivolt, false);
-    return text;
+    return Joined(texts, ", ");
 }
 
 int RunClocksSet(GlobalOptions const& options, ClockRequest const& request) {
@@ -117,10 +111,14 @@ int RunClocksSet(GlobalOptions const& options, ClockRequest const& request) {
         api.SetPerformanceUser(command.gpuClock, command.gpuVoltage, command.memClock, command.memVoltage);
     bool const wasInEffect = !done && command.inEffect;
     RequireDone(session, done || wasInEffect, "these clocks");
-    return FinishClocks(session, options, "clocks set", text,
-                        (wasInEffect ? "In effect already: " : "Set ") + text + ".",
-                        session.ApiType() == GPUTUNE_API_IGCL ? CompareOffsets(session.LogSince(mark), command)
-                                                              : CompareRequest(api, request));
+    return FinishChange(
+        session, options,
+        {.command = "clocks set",
+         .what = text,
+         .sentence = (wasInEffect ? "In effect already: " : "Set ") + text + ".",
+         .readBack = session.ApiType() == GPUTUNE_API_IGCL ? CompareOffsets(session.LogSince(mark), command)
+                                                           : CompareRequest(api, request),
+         .sections = {GpuClockSection(session), MemoryClockSection(session)}});
 }
 
 int RunClocksDefault(GlobalOptions const& options) {
@@ -131,18 +129,21 @@ int RunClocksDefault(GlobalOptions const& options) {
     }
     ConfirmChange(session, options, "Restore the default clocks, voltages and power limit");
     RequireDone(session, session.Api().SetPerformanceDefault(), "the default clocks");
-    return FinishClocks(session, options, "clocks default", "the default clocks, voltages and power limit",
-                        "Default clocks and voltages restored, and the power limit with them.",
-                        CompareDefaults(session));
+    return FinishChange(session, options,
+                        {.command = "clocks default",
+                         .what = "the default clocks, voltages and power limit",
+                         .sentence = "Default clocks and voltages restored, and the power limit with them.",
+                         .readBack = CompareDefaults(session),
+                         .sections = {GpuClockSection(session), MemoryClockSection(session)}});
 }
 
 }  // namespace
 
 void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack) {
-    // OverdriveN boards with fewer memory than engine levels answer 0.
+    // 0 as in CurrentClock.
     bool const isTold = setting.Valid && setting.CurrentClock > 0;
     readBack.Compare(what, megahertz, isTold ? std::optional<double>(setting.CurrentClock) : std::nullopt,
-                     Unit::Megahertz, clockTolerance);
+                     Unit::Megahertz, kClockTolerance);
 }
 
 ReadBack CompareDefaults(Session const& session) {
@@ -153,9 +154,9 @@ ReadBack CompareDefaults(Session const& session) {
     }
     ClockSetting const memory = api.GetMemClockSetting();
     if (memory.Valid && session.ApiType() == GPUTUNE_API_OVERDRIVEN) {
-        // The clock in effect is told of the level that has the highest engine level's number, which need not be the
-        // one that has the default clock.
-        readBack.CannotTell("memory clock");
+        // The board reports the memory level with the number of the highest engine level. That need not be the level of
+        // the default clock.
+        readBack.AddUnreported("memory clock");
     } else if (memory.Valid) {
         CompareClock("memory clock", memory.DefaultClock, memory, readBack);
     }
@@ -180,12 +181,18 @@ void AddClocksCommands(CLI::App& app, Context& context) {
         "  gputunectl clocks set --gpu 1500 --mem 1000\n"
         "  gputunectl clocks default");
 
-    CLI::App* get = clocks->add_subcommand("get", "Show clocks, voltages and their ranges");
-    get->footer("Example:\n  gputunectl clocks get");
-    get->callback([&context] { context.run = [&context] { return RunClocksGet(context.options); }; });
+    AddCommand(*clocks, context, {"get", "Show clocks, voltages and their ranges", "Example:\n  gputunectl clocks get"},
+               RunClocksGet);
 
-    CLI::App* set = clocks->add_subcommand("set", "Set clocks and voltages; what is not given stays as it is");
     auto const request = std::make_shared<ClockRequest>();
+    CLI::App* set = AddCommand(*clocks, context,
+                               {"set", "Set clocks and voltages; what is not given stays as it is",
+                                "Intel boards take offsets from the default clocks, --gpu and --mem together.\n"
+                                "Examples:\n"
+                                "  gputunectl clocks set --gpu 1500\n"
+                                "  gputunectl clocks set --gpu 1500 --gpu-voltage 1100 --mem 1000\n"
+                                "  gputunectl clocks set --gpu 50 --mem 0"},
+                               RunClocksSet, request);
     set->add_option("--gpu", request->gpuClock, "GPU clock in MHz, 0 keeps it; Intel: offset in MHz")
         ->transform(DecimalNumber())
         ->type_name("MHZ");
@@ -198,18 +205,11 @@ void AddClocksCommands(CLI::App& app, Context& context) {
     set->add_option("--mem-voltage", request->memVoltage, "Memory voltage in mV, 0 keeps it; AMD OverdriveN only")
         ->transform(DecimalNumber())
         ->type_name("MV");
-    set->footer(
-        "Intel boards take offsets from the default clocks, --gpu and --mem together.\n"
-        "Examples:\n"
-        "  gputunectl clocks set --gpu 1500\n"
-        "  gputunectl clocks set --gpu 1500 --gpu-voltage 1100 --mem 1000\n"
-        "  gputunectl clocks set --gpu 50 --mem 0");
-    set->callback(
-        [&context, request] { context.run = [&context, request] { return RunClocksSet(context.options, *request); }; });
 
-    CLI::App* restore = clocks->add_subcommand("default", "Restore the default clocks, voltages and power limit");
-    restore->footer("Example:\n  gputunectl clocks default");
-    restore->callback([&context] { context.run = [&context] { return RunClocksDefault(context.options); }; });
+    AddCommand(
+        *clocks, context,
+        {"default", "Restore the default clocks, voltages and power limit", "Example:\n  gputunectl clocks default"},
+        RunClocksDefault);
 }
 
 }  // namespace gputune::tool

@@ -5,10 +5,10 @@
 #include <CLI/App.hpp>
 #include <CLI/Validators.hpp>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "tool/board/ReadBack.h"
 #include "tool/board/Session.h"
 #include "tool/output/Result.h"
 
@@ -32,57 +32,37 @@ void AddFpsCommand(CLI::App& app, Context& context);
 void AddProfileCommands(CLI::App& app, Context& context);
 void AddCompletionCommand(CLI::App& app, Context& context);
 void AddHelpCommand(CLI::App& app, Context& context);
-void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the former's
+void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the profile commands
 
 // ---- What the commands share ----
 
-// For options that are whole numbers (as a transform): decimal, leading zeros or not. The command-line library by
-// itself reads 050 as 40.
-CLI::Validator DecimalNumber();
-
-// An identifier as it is shown: "0x12345678".
-std::string HexId(std::uint32_t id);
-
-// Text or JSON on standard output, as --json says.
-void Print(GlobalOptions const& options, Report const& report);
-// The result of a "get" command. After printing, throws ToolError when no section is available, and UnsupportedError
-// when this library cannot read `what` ("its fan") on any such board.
-void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
-                   std::string const& what);
-
-// A change that the driver took, as far as the library's function tells.
-struct Change {
-    std::string command;   // as typed, for JSON: "fan set"
-    std::string what;      // what was sent: "fan speed 60 %"
-    std::string sentence;  // when it is done: "Fan speed set to 60 %."
-    ReadBack readBack;
-    std::vector<Section> sections{};  // the new state
+struct CommandTexts {
+    char const* name;
+    char const* description;  // one line
+    char const* footer;       // stands below the help: examples, and what else there is to say
 };
 
-// Prints the result: the sentence, or that the board does not tell, and the new state as far as it can be read back.
-// Returns the exit code; throws ToolError after printing when the board shows something else.
-int FinishChange(Session const& session, GlobalOptions const& options, Change change);
+// Adds a command. When the command line names it, main will run this function, with the arguments that were parsed by
+// then.
+template <class... Parameters, class... Arguments>
+CLI::App* AddCommand(CLI::App& parent, Context& context, CommandTexts const& texts,
+                     int (*run)(GlobalOptions const&, Parameters...), std::shared_ptr<Arguments>... arguments) {
+    CLI::App* const command = parent.add_subcommand(texts.name, texts.description);
+    command->footer(texts.footer);
+    command->callback([&context, run, arguments...] {
+        context.run = [&context, run, arguments...] { return run(context.options, *arguments...); };
+    });
+    return command;
+}
 
-// For commands that change the board. Throws ToolError when the board was not opened, UnsupportedError when it is one
-// that this library only monitors.
-void RequireTunable(Session const& session);
-// Asks whether `change` ("Set the fan speed to 60 %") is to be done, when someone is there to ask and --yes was not
-// given. Throws ToolError when the answer is no.
-void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change);
-// Throws ToolError with a hint at the log when `done` is false. `what` names the change: "the fan speed".
-void RequireDone(Session const& session, bool done, std::string const& what);
+// A transform for options that are whole numbers: decimal, even with leading zeros. CLI11 itself reads 050 as 40.
+CLI::Validator DecimalNumber();
 
-// The state a group of commands shows, also after a change. `available` is false when nothing can be read.
-Section FanSection(Session const& session);
-Section PowerSection(Session const& session);
-
-// The limit in effect beside `percent`, cut to the board's range. Nothing is compared on boards that have none.
-void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack);
-// All that a return to the defaults sets, beside the defaults that the board tells.
-ReadBack CompareDefaults(Session const& session);
-// The clock in effect beside `megahertz`.
-void CompareClock(char const* what, double megahertz, ClockSetting const& setting, ReadBack& readBack);
-Section GpuClockSection(Session const& session);
-Section MemoryClockSection(Session const& session);
+// Prints text, or JSON with --json, on standard output.
+void Print(GlobalOptions const& options, Result const& result);
+// Prints the result of a "get" command. Afterwards throws ToolError when no section is available, or UnsupportedError
+// when the library cannot read `what` ("its fan") on any board of this vendor.
+void PrintReadings(Session const& session, GlobalOptions const& options, std::vector<Section> sections,
+                   std::string const& what);
 
 }  // namespace gputune::tool

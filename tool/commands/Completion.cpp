@@ -1,11 +1,11 @@
-// completion: scripts that let a shell complete the command line, made from the command line's own description.
+// completion: prints a script for the completion of commands in a shell, made from the description of all commands.
 #include <algorithm>
 #include <map>
 
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
-#include "tool/values/Placeholders.h"
+#include "tool/values/Text.h"
 
 namespace gputune::embedded {
 
@@ -18,13 +18,13 @@ namespace gputune::tool {
 
 namespace {
 
-// A word that can stand somewhere, and what it means.
+// A word that can stand at some place of the command line, and what it means.
 struct Candidate {
     std::string word;
     std::string meaning;  // one line
 };
 
-// What follows an option that takes a value.
+// The value of an option.
 struct OptionValue {
     bool isFile = false;
     std::vector<std::string> choices{};
@@ -34,11 +34,11 @@ struct OptionValue {
 struct CommandLine {
     std::map<std::string, std::vector<Candidate>> candidates;
     std::vector<Candidate> everywhere;          // the options of the outermost place
-    std::vector<std::string> filePlaces;        // where the name of a file can stand
+    std::vector<std::string> filePlaces;        // where a file name can stand
     std::map<std::string, OptionValue> values;  // by place, blank, option
 };
 
-// "MODE:{none,file}" is the type of a value out of two.
+// The values of an option whose type is "MODE:{none,file}".
 std::vector<std::string> Choices(CLI::Option const& option) {
     std::string const type = option.get_type_name();
     std::size_t const start = type.find('{');
@@ -70,7 +70,7 @@ bool IsEverywhere(CommandLine const& line, std::string const& word) {
                        [&word](Candidate const& candidate) { return candidate.word == word; });
 }
 
-// What an option of a place is known by, among the options that take a value.
+// The key of CommandLine::values.
 std::string ValueKey(std::string const& place, std::string const& option) {
     return place + " " + option;
 }
@@ -110,63 +110,47 @@ void Describe(CLI::App const& app, std::string const& place, CommandLine& line) 
 
 // ---- bash ----
 
-std::string Join(std::string const& text, char const* separator, std::string const& more) {
-    return text.empty() ? more : text + separator + more;
-}
-
 std::string Words(std::vector<Candidate> const& candidates) {
-    std::string words;
+    std::vector<std::string> words;
     for (Candidate const& candidate : candidates) {
-        words = Join(words, " ", candidate.word);
+        words.push_back(candidate.word);
     }
-    return words;
+    return Joined(words, " ");
 }
 
-// A pattern of the shell's case: options of the outermost place follow every place.
+// A pattern for the shell's case statement. Options of the outermost place can stand at every place.
 std::string BashPattern(std::string const& key) {
     return (key.starts_with(' ') ? "*'" : "'") + key + "'";
 }
 
-// What is done for an option's value.
+// The shell command that completes the value.
 std::string BashValue(OptionValue const& value) {
     if (value.isFile) {
         return "return";
     }
-    std::string words;
-    for (std::string const& choice : value.choices) {
-        words = Join(words, " ", choice);
-    }
-    return words.empty() ? "compopt +o default 2>/dev/null; return" : "candidates='" + words + "'";
-}
-
-// The words of a place.
-std::string BashCandidates(std::string const& place, std::string const& words) {
-    return "                '" + place + "') candidates='" + words + "' ;;";
+    return value.choices.empty() ? "compopt +o default 2>/dev/null; return"
+                                 : "candidates='" + Joined(value.choices, " ") + "'";
 }
 
 std::string BashScript(CommandLine const& line) {
-    std::string withValue;
-    std::string values;
+    std::vector<std::string> withValue;
+    std::vector<std::string> values;
     for (auto const& [key, value] : line.values) {
-        withValue = Join(withValue, " | ", BashPattern(key));
-        values = Join(values, "\n", "        " + BashPattern(key) + ") " + BashValue(value) + " ;;");
+        withValue.push_back(BashPattern(key));
+        values.push_back("        " + BashPattern(key) + ") " + BashValue(value) + " ;;");
     }
-    std::string filePlaces;
-    for (std::string const& place : line.filePlaces) {
-        filePlaces = Join(filePlaces, " | ", place);
-    }
-    std::string places;
-    std::string candidates;
+    std::vector<std::string> places;
+    std::vector<std::string> candidates;
     for (auto const& [place, words] : line.candidates) {
-        places = place.empty() ? places : Join(places, " | ", place);
-        candidates = Join(candidates, "\n", BashCandidates(place, Words(words)));
+        places.push_back(place);
+        candidates.push_back("                '" + place + "') candidates='" + Words(words) + "' ;;");
     }
-    return FillForm(embedded::completionBash, {{"with-value", withValue},
-                                               {"values", values},
-                                               {"places", places},
-                                               {"candidates", candidates},
-                                               {"file-places", filePlaces},
-                                               {"everywhere", Words(line.everywhere)}});
+    return FillPlaceholders(embedded::completionBash, {{"with-value", Joined(withValue, " | ")},
+                                                       {"values", Joined(values, "\n")},
+                                                       {"places", Joined(places, " | ")},
+                                                       {"candidates", Joined(candidates, "\n")},
+                                                       {"file-places", Joined(line.filePlaces, " | ")},
+                                                       {"everywhere", Words(line.everywhere)}});
 }
 
 // ---- PowerShell ----
@@ -180,46 +164,37 @@ std::string PowerShellText(std::string const& text) {
     return quoted + "'";
 }
 
-std::string PowerShellPair(Candidate const& candidate, std::string const& indentation) {
-    return indentation + ", @(" + PowerShellText(candidate.word) + ", " + PowerShellText(candidate.meaning) + ")";
-}
-
-// A line each, which gives a word and what it means.
+// A line for each word and its meaning.
 std::string PowerShellPairs(std::vector<Candidate> const& candidates, std::string const& indentation) {
-    std::string lines;
+    std::vector<std::string> lines;
     for (Candidate const& candidate : candidates) {
-        lines = Join(lines, "\n", PowerShellPair(candidate, indentation));
+        lines.push_back(indentation + ", @(" + PowerShellText(candidate.word) + ", " +
+                        PowerShellText(candidate.meaning) + ")");
     }
-    return lines;
+    return Joined(lines, "\n");
 }
 
-// An entry of a table of lists.
+// An entry of a table: a key and its list.
 std::string PowerShellList(std::string const& key, std::string const& items) {
     return "        " + PowerShellText(key) + " = @(" + items + ")";
 }
 
-// The words of a place.
-std::string PowerShellPlace(std::string const& place, std::vector<Candidate> const& words) {
-    return PowerShellList(place,
-                          "\n" + PowerShellPairs(words, "            ") + (words.empty() ? "" : "\n") + "        ");
-}
-
 std::string PowerShellScript(CommandLine const& line) {
-    std::string candidates;
+    std::vector<std::string> candidates;
     for (auto const& [place, words] : line.candidates) {
-        candidates = Join(candidates, "\n", PowerShellPlace(place, words));
+        std::string const pairs = PowerShellPairs(words, "            ");
+        candidates.push_back(PowerShellList(place, "\n" + pairs + (words.empty() ? "" : "\n") + "        "));
     }
-    std::string values;
+    std::vector<std::string> values;
     for (auto const& [key, value] : line.values) {
-        std::string choices;
-        for (std::string const& choice : value.choices) {
-            choices = Join(choices, ", ", PowerShellText(choice));
-        }
-        values = Join(values, "\n", PowerShellList(key, choices));
+        std::vector<std::string> choices;
+        std::transform(value.choices.begin(), value.choices.end(), std::back_inserter(choices), PowerShellText);
+        values.push_back(PowerShellList(key, Joined(choices, ", ")));
     }
-    return FillForm(
-        embedded::completionPowerShell,
-        {{"candidates", candidates}, {"everywhere", PowerShellPairs(line.everywhere, "        ")}, {"values", values}});
+    return FillPlaceholders(embedded::completionPowerShell,
+                            {{"candidates", Joined(candidates, "\n")},
+                             {"everywhere", PowerShellPairs(line.everywhere, "        ")},
+                             {"values", Joined(values, "\n")}});
 }
 
 }  // namespace
@@ -240,7 +215,7 @@ void AddCompletionCommand(CLI::App& app, Context& context) {
             CommandLine line;
             Describe(app, "", line);
             WriteOutput(*shell == "bash" ? BashScript(line) : PowerShellScript(line));
-            return exitSuccess;
+            return kExitSuccess;
         };
     });
 }

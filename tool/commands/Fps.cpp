@@ -11,31 +11,30 @@ int RunFps(GlobalOptions const& options) {
     session.RequireReady();
     int const rate = session.Api().GetFrameRate();
 
-    Section section{.key = "", .title = ""};
-    section.fields = {{"frame_rate", "Frame rate", IntValue(rate), Unit::FramesPerSecond}};
-    Report report;
-    report.Add(std::move(section));
-    Print(options, report);
+    Result result;
+    result.Add({.fields = {{"frame_rate", "Frame rate", IntValue(rate), Unit::FramesPerSecond}}});
+    Print(options, result);
     if (rate == -1) {
         if (session.ApiType() != GPUTUNE_API_OVERDRIVE8) {
             throw UnsupportedError("only AMD Overdrive8 boards tell the frame rate.");
         }
         throw ToolError("The driver's frame metrics are not running." + session.LogHint(), {.code = "not_available"});
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
 
 void AddFpsCommand(CLI::App& app, Context& context) {
-    CLI::App* fps = app.add_subcommand("fps", "Show the frame rate that the driver measures on the board's display");
-    fps->footer(
-        "The exit code is 1 when the driver measures none, 3 on boards that do not tell it. Some drivers have crashed\n"
-        "programs that read it.\n"
-        "Examples:\n"
-        "  gputunectl fps\n"
-        "  gputunectl --json fps");
-    fps->callback([&context] { context.run = [&context] { return RunFps(context.options); }; });
+    AddCommand(app, context,
+               {"fps", "Show the frame rate that the driver measures on the board's display",
+                "The exit code is 1 when the driver measures none, 3 on boards that do not tell it. Some drivers have "
+                "crashed\n"
+                "programs that read it.\n"
+                "Examples:\n"
+                "  gputunectl fps\n"
+                "  gputunectl --json fps"},
+               RunFps);
 }
 
 }  // namespace gputune::tool

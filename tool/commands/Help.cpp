@@ -1,4 +1,4 @@
-// help: what --help prints, for those who look for a command of that name.
+// help: prints what --help prints.
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
@@ -26,9 +26,9 @@ void AddHelpCommand(CLI::App& app, Context& context) {
                 place = next.front();
                 path += " " + word;
             }
-            // Its own help function would go on to the command that was chosen, which is this one.
+            // CLI11's own function would print the help of the command that was chosen, which is this one.
             WriteOutput(place->get_formatter()->make_help(place, path, CLI::AppFormatMode::Normal));
-            return exitSuccess;
+            return kExitSuccess;
         };
     });
 }

@@ -7,10 +7,6 @@ namespace gputune::tool {
 
 namespace {
 
-Value TextOrNothing(std::string text) {
-    return text.empty() ? Value{} : Value{std::move(text)};
-}
-
 Grid ControllerGrid(std::vector<Controller> const& controllers) {
     Grid grid{.key = "controllers",
               .label = "Display controllers",
@@ -39,53 +35,44 @@ std::vector<std::string> Remarks(Session const& session, std::vector<Controller>
 
 int RunInfo(GlobalOptions const& options) {
     Session const session(options);
-    VgaInfo const vga = session.Identity();
-    // Only AMD's interface tells the identity; elsewhere the record is zero, which is no bus number either.
-    bool const hasIdentity = vga.SubsystemId != 0 || vga.AdapterName[0] != '\0' || vga.BusNumber != 0;
-    Value const bus = hasIdentity ? IntValue(vga.BusNumber) : Value{};
+    AdapterIdentity const identity = session.Identity();
     Value const index = session.State() == InitState::Ready ? IntValue(session.Api().GetActiveAdapterIndex()) : Value{};
 
     Name const vendor = VendorName(session.Vendor());
     Name const api = ApiName(session.ApiType());
     Name const state = InitStateName(session.State());
     auto const pick = [&options](Name const& name) { return std::string(options.json ? name.code : name.text); };
-    Section section{.key = "", .title = ""};
-    section.fields = {
-        {"vendor", "Vendor", pick(vendor)},
-        {"api", "Interface", pick(api)},
-        {"adapter_name", "Adapter", TextOrNothing(session.AdapterName())},
-        {"subsystem_id", "Subsystem id", vga.SubsystemId == 0 ? Value{} : Value{HexId(vga.SubsystemId)}},
-        {"bus_number", "Bus number", bus},
-        {"active_adapter_index", "Active adapter index", index},
-        {"state", "State", pick(state)},
-    };
     std::vector<Controller> const controllers = session.Controllers();
-    if (options.json) {
-        section.grids = {ControllerGrid(controllers)};
-    }
-    Report report;
-    report.Add(std::move(section));
-    // Where the board cannot be used the error message tells the same.
+    Result result;
+    result.Add({.fields = {{"vendor", "Vendor", pick(vendor)},
+                           {"api", "Interface", pick(api)},
+                           {"adapter_name", "Adapter", TextValue(identity.name)},
+                           {"subsystem_id", "Subsystem id", TextValue(identity.subsystemIdText)},
+                           {"bus_number", "Bus number", IntValue(identity.busNumber)},
+                           {"active_adapter_index", "Active adapter index", index},
+                           {"state", "State", pick(state)}},
+                .grids = options.json ? std::vector{ControllerGrid(controllers)} : std::vector<Grid>()});
+    // When the board cannot be used, the error message says the same.
     if (session.State() == InitState::Ready) {
         for (std::string const& remark : Remarks(session, controllers)) {
-            report.AddRemark(remark);
+            result.AddRemark(remark);
         }
     }
-    Print(options, report);
+    Print(options, result);
     session.RequireReady();
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
 
 void AddInfoCommand(CLI::App& app, Context& context) {
-    CLI::App* info = app.add_subcommand("info", "Show the board that was found and its identity");
-    info->footer(
-        "Examples:\n"
-        "  gputunectl info\n"
-        "  gputunectl --simulate boards\\my-board.json info\n"
-        "  gputunectl --adapter 1 --json info");
-    info->callback([&context] { context.run = [&context] { return RunInfo(context.options); }; });
+    AddCommand(app, context,
+               {"info", "Show the board that was found and its identity",
+                "Examples:\n"
+                "  gputunectl info\n"
+                "  gputunectl --simulate boards\\my-board.json info\n"
+                "  gputunectl --adapter 1 --json info"},
+               RunInfo);
 }
 
 }  // namespace gputune::tool

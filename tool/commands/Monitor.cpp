@@ -1,10 +1,11 @@
-// monitor: the sensors again and again, on the screen and in a file.
+// monitor: reads the sensors repeatedly and shows them.
 #include <limits>
 
 #include "tool/commands/Commands.h"
 #include "tool/commands/Sampling.h"
 #include "tool/output/LiveScreen.h"
-#include "tool/recording/CsvOutput.h"
+#include "tool/output/SensorTexts.h"
+#include "tool/recording/RecordingWriter.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
 
@@ -19,35 +20,33 @@ struct MonitorOptions {
 };
 
 std::string JsonLine(Sample const& sample, std::uint32_t vendor) {
-    Section time{.key = "", .title = ""};
-    time.fields = {{"time", "Time", sample.time}};
-    Section frameRate{.key = "", .title = ""};
-    frameRate.fields = {{frameRateName.code, frameRateName.text,
-                         sample.frameRate ? Value{std::int64_t{*sample.frameRate}} : Value{}, Unit::FramesPerSecond}};
-    Report report;
-    report.Add(std::move(time));
-    report.Add(SensorSection(sample.readings, vendor, true));
-    report.Add(std::move(frameRate));
-    return report.Json(false);
+    Result result;
+    result.Add({.fields = {{"time", "Time", sample.time}}});
+    result.Add(SensorSection(sample.readings, vendor, true));
+    result.Add(
+        {.fields = {{kFrameRateName.code, kFrameRateName.text,
+                     sample.frameRate ? Value{std::int64_t{*sample.frameRate}} : Value{}, Unit::FramesPerSecond}}});
+    return result.Json(false);
 }
 
 std::string TextLine(Sample const& sample, std::uint32_t vendor) {
     std::string line = sample.time + "  " + ReadingsLine(sample.readings, vendor);
     if (sample.frameRate) {
-        line += std::string(", ") + frameRateName.text + " " +
-                FormatValue(std::int64_t{*sample.frameRate}, Unit::FramesPerSecond);
+        line += std::string(", ") + kFrameRateName.text + " " + WithUnit(*sample.frameRate, Unit::FramesPerSecond);
     }
     return line + "\n";
 }
 
-// Where the readings go, and how the time between them is spent.
+// How the readings are shown.
 class View {
 public:
     virtual ~View() = default;
-    // False when nobody looks any more.
+    // False when nobody reads the output any more.
     virtual bool Show(Sample const& sample) = 0;
-    // Until the schedule's next moment; false when the user ends it before.
-    virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) = 0;
+    // Waits until the schedule's next moment; false when the user ended the command.
+    virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) {
+        return !interrupt.Wait(schedule.Remaining());
+    }
 };
 
 // Every reading is a line, of text or of JSON.
@@ -59,23 +58,15 @@ public:
         return WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
     }
 
-    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
-        return !interrupt.Wait(schedule.Remaining());
-    }
-
 private:
     bool json_;
     std::uint32_t vendor_;
 };
 
-// Nothing beside the values on standard output.
+// For a recording on standard output: nothing else is shown.
 class NoView : public View {
 public:
     bool Show(Sample const&) override { return true; }
-
-    bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) override {
-        return !interrupt.Wait(schedule.Remaining());
-    }
 };
 
 class DashboardView : public View {
@@ -124,27 +115,26 @@ private:
 };
 
 std::unique_ptr<View> MakeView(Session const& session, GlobalOptions const& options, MonitorOptions const& monitor) {
-    if (CsvOutput::IsStandardOutput(monitor.csvFile)) {
+    if (RecordingWriter::IsStandardOutput(monitor.csvFile)) {
         return std::make_unique<NoView>();
     }
-    // The log's lines would tear the picture apart.
-    bool const logOnScreen = options.log == GPUTUNE_LOG_STDOUT || options.log == GPUTUNE_LOG_BOTH;
-    if (OutputIsConsole() && !options.json && !logOnScreen) {
+    // Lines of the log would stand in the middle of the picture.
+    if (OutputIsConsole() && !options.json && !options.LogsToOutput()) {
         return std::make_unique<DashboardView>(session, monitor.sampling.interval);
     }
     return std::make_unique<LineView>(options.json, session.Vendor());
 }
 
 int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
-    CsvOutput::RequireAlone(monitor.csvFile, options);
+    RequireOwnOutput(monitor.csvFile, options);
     Session const session(options, LogUse::NotKept);
     session.RequireReady();
-    RecordingFormat format(DescribeBoard(session, monitor.sampling));
-    std::optional<CsvOutput> csv;
+    RecordedBoard const board = DescribeBoard(session, monitor.sampling);
+    std::optional<RecordingWriter> csv;
     if (!monitor.csvFile.empty()) {
         csv.emplace(monitor.csvFile, Existing::Replace);
-        if (!csv->Write(format.Heading() + "\n")) {
-            return exitSuccess;
+        if (!csv->WriteHeading(board)) {
+            return kExitSuccess;
         }
     }
     InterruptEvent const interrupt;
@@ -156,19 +146,29 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
         }
         schedule.Advance();
         Sample const sample = TakeSample(session, monitor.sampling);
-        bool const isWanted = !csv || csv->Write(format.Line(sample.time, sample.readings, sample.frameRate) + "\n");
+        bool const isWanted = !csv || csv->WriteLine(sample.time, sample.readings, sample.frameRate);
         if (!isWanted || !view->Show(sample)) {
             break;
         }
     }
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
 
 void AddMonitorCommand(CLI::App& app, Context& context) {
-    CLI::App* command = app.add_subcommand("monitor", "Read the sensors repeatedly until Ctrl+C");
     auto const monitor = std::make_shared<MonitorOptions>();
+    CLI::App* command = AddCommand(
+        app, context,
+        {"monitor", "Read the sensors repeatedly until Ctrl+C",
+         "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "
+         "with\n"
+         "--json an object.\n"
+         "Examples:\n"
+         "  gputunectl monitor\n"
+         "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"
+         "  gputunectl --json monitor --count 10"},
+        RunMonitor, monitor);
     AddSamplingOptions(*command, monitor->sampling);
     command->add_option("--count", monitor->count, "End after this many readings; default: go on until Ctrl+C")
         ->transform(DecimalNumber())
@@ -180,16 +180,6 @@ void AddMonitorCommand(CLI::App& app, Context& context) {
             "Write the readings to this file, too; an existing one is replaced. - is standard output, and nothing else "
             "goes there")
         ->type_name("FILE");
-    command->footer(
-        "In a console a dashboard is drawn (q ends, r starts the figures anew); otherwise every reading is a line, "
-        "with\n"
-        "--json an object.\n"
-        "Examples:\n"
-        "  gputunectl monitor\n"
-        "  gputunectl monitor --interval 0.5 --count 120 --csv run.csv\n"
-        "  gputunectl --json monitor --count 10");
-    command->callback(
-        [&context, monitor] { context.run = [&context, monitor] { return RunMonitor(context.options, *monitor); }; });
 }
 
 }  // namespace gputune::tool

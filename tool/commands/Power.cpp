@@ -4,20 +4,22 @@
 #include <limits>
 
 #include "tool/board/Checks.h"
+#include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
 namespace {
 
-// Boards without the setting report a range of nothing.
+// A board without a power limit reports a range of 0 to 0.
 bool IsAdjustable(PowerLimitSetting const& setting) {
     return setting.Valid && (setting.Min != 0 || setting.Max != 0);
 }
 
-// Overdrive8 always reads the value in effect: there -1 is a limit of -1 %. OverdriveN tells it with the sensors.
+// The Overdrive8 backend always reads the value in effect, so its -1 is -1 %. OverdriveN boards report it as a sensor.
 std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting const& setting, Readings const& readings) {
     if (IsAdjustable(setting) && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
         return setting.Current;
@@ -30,18 +32,18 @@ struct TemperatureRange {
     int maximum;
 };
 
-// No function of the library tells this range, only the entry that it logs when it refuses a temperature outside of it.
-// So one is asked for that no board takes, along with a power limit outside its range: the library refuses one or the
-// other before it calls the driver, and nothing is sent. Nothing when the board's power range has no outside.
+// No function of the library returns this range. But the library logs it when it refuses a temperature outside of it.
+// So this asks for a temperature that no board takes, together with a power limit outside its range: the library
+// refuses one of them before it calls the driver, and nothing is sent. Nothing when every int is a valid power limit.
 std::optional<TemperatureRange> ReadTemperatureRange(Session const& session, PowerLimitSetting const& setting) {
-    constexpr int lowest = std::numeric_limits<int>::min();
-    constexpr int highest = std::numeric_limits<int>::max();
-    bool const hasOutside = setting.Valid && (setting.Max < highest || setting.Min > lowest);
+    constexpr int kLowest = std::numeric_limits<int>::min();
+    constexpr int kHighest = std::numeric_limits<int>::max();
+    bool const hasOutside = setting.Valid && (setting.Max < kHighest || setting.Min > kLowest);
     if (session.ApiType() != GPUTUNE_API_OVERDRIVEN || !hasOutside) {
         return std::nullopt;
     }
     std::size_t const mark = session.LogMark();
-    session.Api().SetPowerLimit(lowest, setting.Max < highest ? setting.Max + 1 : setting.Min - 1);
+    session.Api().SetPowerLimit(kLowest, setting.Max < kHighest ? setting.Max + 1 : setting.Min - 1);
     for (LogEntry const& entry : session.LogSince(mark)) {
         std::optional<int> const minimum = NumberBehind(entry.message, "temp value out of bound: should be ");
         std::optional<int> const maximum = NumberBehind(entry.message, " to ");
@@ -56,35 +58,45 @@ int RunPowerGet(GlobalOptions const& options) {
     Session const session(options);
     session.RequireReady();
     PrintReadings(session, options, {PowerSection(session)}, "its power limit");
-    return exitSuccess;
+    return kExitSuccess;
 }
 
-// As asked for; one of them may be left out.
+// What the user asks for. One of them may be missing.
 struct PowerRequest {
     std::optional<int> temperature{};  // degrees Celsius
     std::optional<int> percent{};
 };
 
-std::string DescribePower(PowerRequest const& request, char const* link) {
-    std::string text;
+std::string DescribePower(PowerRequest const& request, std::string const& link) {
+    std::vector<std::string> texts;
     if (request.temperature) {
-        text =
-            std::string("temperature limit ") + link + FormatValue(std::int64_t{*request.temperature}, Unit::Celsius);
+        texts.push_back("temperature limit " + link + WithUnit(*request.temperature, Unit::Celsius));
     }
     if (request.percent) {
-        text += std::string(text.empty() ? "" : " and the ") + "power limit " + link +
-                FormatValue(std::int64_t{*request.percent}, Unit::Percent);
+        texts.push_back("power limit " + link + WithUnit(*request.percent, Unit::Percent));
     }
-    return text;
+    return Joined(texts, " and the ");
 }
 
-// The limit in effect, for what is not asked for: OverdriveN boards take both at once.
+// The limit in effect, to be sent again: OverdriveN boards take both limits at once.
 int KeptLimit(std::optional<double> const& inEffect, char const* what, char const* option) {
     if (!inEffect) {
         throw ToolError(std::string("The ") + what +
                         " in effect cannot be read, so it cannot stay as it is: give it with " + option + ".");
     }
     return static_cast<int>(*inEffect);
+}
+
+// The user gives both limits as arguments, or one or both as options.
+PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
+    bool const hasNamed = named.temperature || named.percent;
+    if (hasNamed && limits.empty()) {
+        return named;
+    }
+    if (hasNamed || limits.size() != 2) {
+        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
+    }
+    return {limits[0], limits[1]};
 }
 
 void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting, PowerRequest const& request) {
@@ -101,13 +113,14 @@ void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting,
     }
 }
 
-// Intel's functions do not tell the limit; the library logs what it read back.
+// The Intel backend's functions do not return the limit, but the library logs what it read back.
 std::optional<double> LoggedLimit(LogEntries const& entries) {
     std::optional<std::string> const text = LastMessage(entries, "(verify) Current Sustained Power Limit Percent");
     return text ? LeadingNumber(*text) : std::nullopt;
 }
 
-int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
+int RunPowerSet(GlobalOptions const& options, std::vector<int> const& limits, PowerRequest const& named) {
+    PowerRequest request = JoinRequest(limits, named);
     Session const session(options);
     RequireTunable(session);
     bool const hasTemperature = session.ApiType() == GPUTUNE_API_OVERDRIVEN;
@@ -130,14 +143,14 @@ int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
                             : hasTemperature
                                 ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
                                 : 0;
-    std::string const limits = DescribePower(request, "to ");
-    ConfirmChange(session, options, "Set the " + limits);
+    std::string const text = DescribePower(request, "to ");
+    ConfirmChange(session, options, "Set the " + text);
     std::size_t const mark = session.LogMark();
-    RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + limits);
+    RequireDone(session, session.Api().SetPowerLimit(temperature, percent), "to set the " + text);
 
     ReadBack readBack;
     if (session.ApiType() == GPUTUNE_API_IGCL) {
-        // The board counts in watts.
+        // The tolerance of 1: the driver keeps the limit in watts.
         readBack.Compare("power limit", percent, LoggedLimit(session.LogSince(mark)), Unit::Percent, 1);
     } else {
         Readings const readings = session.ReadSensors();
@@ -150,7 +163,7 @@ int RunPowerSet(GlobalOptions const& options, PowerRequest request) {
     return FinishChange(session, options,
                         {.command = "power set",
                          .what = DescribePower(request, ""),
-                         .sentence = "Set the " + limits + ".",
+                         .sentence = "Set the " + text + ".",
                          .readBack = std::move(readBack),
                          .sections = {PowerSection(session)}});
 }
@@ -170,18 +183,6 @@ int RunPowerDefault(GlobalOptions const& options) {
                          .sections = {PowerSection(session)}});
 }
 
-// Both limits as arguments, or one or both as options.
-PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& named) {
-    bool const hasNamed = named.temperature || named.percent;
-    if (hasNamed && limits.empty()) {
-        return named;
-    }
-    if (hasNamed || limits.size() != 2) {
-        throw UsageError("Give both limits, TEMPERATURE PERCENT, or one of them with --temperature or --percent.");
-    }
-    return {limits[0], limits[1]};
-}
-
 }  // namespace
 
 Section PowerSection(Session const& session) {
@@ -193,20 +194,23 @@ Section PowerSection(Session const& session) {
     auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
     std::optional<TemperatureRange> const temperatures = ReadTemperatureRange(session, setting);
 
-    Section section{.key = "power_limit", .title = "Power limit (relative to the board's default power)"};
-    section.available = adjustable || limit || temperature;
-    section.fields = {
-        {"current", "Current", limit ? Value{*limit} : Value{}, Unit::Percent},
-        {"default", "Default", range(setting.Default), Unit::Percent},
-        {"minimum", "Minimum", range(setting.Min), Unit::Percent},
-        {"maximum", "Maximum", range(setting.Max), Unit::Percent},
-        {"temperature_limit", "Temperature limit", temperature ? Value{*temperature} : Value{}, Unit::Celsius},
-        {"minimum_temperature_limit", "Temperature minimum",
-         temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
-        {"maximum_temperature_limit", "Temperature maximum",
-         temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
+    return {
+        .key = "power_limit",
+        .title = "Power limit (relative to the board's default power)",
+        .available = adjustable || limit || temperature,
+        .fields =
+            {
+                {"current", "Current", ToValue(limit), Unit::Percent},
+                {"default", "Default", range(setting.Default), Unit::Percent},
+                {"minimum", "Minimum", range(setting.Min), Unit::Percent},
+                {"maximum", "Maximum", range(setting.Max), Unit::Percent},
+                {"temperature_limit", "Temperature limit", ToValue(temperature), Unit::Celsius},
+                {"minimum_temperature_limit", "Temperature minimum",
+                 temperatures ? Value{std::int64_t{temperatures->minimum}} : Value{}, Unit::Celsius},
+                {"maximum_temperature_limit", "Temperature maximum",
+                 temperatures ? Value{std::int64_t{temperatures->maximum}} : Value{}, Unit::Celsius},
+            },
     };
-    return section;
 }
 
 void ComparePowerLimit(Session const& session, double percent, ReadBack& readBack) {
@@ -228,13 +232,18 @@ void AddPowerCommands(CLI::App& app, Context& context) {
         "  gputunectl power set 85 10\n"
         "  gputunectl power default");
 
-    CLI::App* get = power->add_subcommand("get", "Show the power limit and its range");
-    get->footer("Example:\n  gputunectl power get");
-    get->callback([&context] { context.run = [&context] { return RunPowerGet(context.options); }; });
+    AddCommand(*power, context, {"get", "Show the power limit and its range", "Example:\n  gputunectl power get"},
+               RunPowerGet);
 
-    CLI::App* set = power->add_subcommand("set", "Set the temperature limit, the power limit or both");
     auto const limits = std::make_shared<std::vector<int>>();
     auto const named = std::make_shared<PowerRequest>();
+    CLI::App* set = AddCommand(*power, context,
+                               {"set", "Set the temperature limit, the power limit or both",
+                                "Examples:\n"
+                                "  gputunectl power set 85 10\n"
+                                "  gputunectl power set --percent -15\n"
+                                "  gputunectl power set --temperature 80"},
+                               RunPowerSet, limits, named);
     set->add_option("limits", *limits,
                     "Temperature limit in \u00b0C (AMD OverdriveN boards only) and power limit in percent, relative to "
                     "the default: -10 is 90 % of it")
@@ -247,20 +256,9 @@ void AddPowerCommands(CLI::App& app, Context& context) {
     set->add_option("--percent", named->percent, "The power limit; the temperature limit stays as it is")
         ->transform(DecimalNumber())
         ->type_name("PERCENT");
-    set->footer(
-        "Examples:\n"
-        "  gputunectl power set 85 10\n"
-        "  gputunectl power set --percent -15\n"
-        "  gputunectl power set --temperature 80");
-    set->callback([&context, limits, named] {
-        context.run = [&context, request = JoinRequest(*limits, *named)] {
-            return RunPowerSet(context.options, request);
-        };
-    });
 
-    CLI::App* restore = power->add_subcommand("default", "Restore the default power limit");
-    restore->footer("Example:\n  gputunectl power default");
-    restore->callback([&context] { context.run = [&context] { return RunPowerDefault(context.options); }; });
+    AddCommand(*power, context, {"default", "Restore the default power limit", "Example:\n  gputunectl power default"},
+               RunPowerDefault);
 }
 
 }  // namespace gputune::tool

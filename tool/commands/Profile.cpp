@@ -1,7 +1,7 @@
 // profile show, profile apply: the predefined profiles of Config\ConfigModel.xml beside the program.
-#include <charconv>
 #include <string_view>
 
+#include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/values/Errors.h"
 
@@ -15,29 +15,24 @@ std::uint32_t ParseId(std::string_view text) {
     if (digits.starts_with("0x") || digits.starts_with("0X")) {
         digits.remove_prefix(2);
     }
-    std::uint32_t id = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id, 16);
-    if (error != std::errc{} || end != digits.data() + digits.size()) {
+    std::optional<std::uint32_t> const id = ParseNumber<std::uint32_t>(digits, 16);
+    if (!id) {
         throw UsageError("\"" + std::string(text) + "\" is no identifier: write up to eight hexadecimal digits.");
     }
-    return id;
+    return *id;
 }
 
-// A float as the file wrote it: 1.05, not 1.0499999523162842.
+// A float as it stands in the file: 1.05, not 1.0499999523162842.
 Value Factor(float value) {
-    char buffer[64];
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
-    double exact = 0;
-    std::from_chars(buffer, end, exact);
-    return error == std::errc{} ? Value{exact} : Value{};
+    return FewestDigits(double{value});
 }
 
-// 0 means that the entry does not say; the default entry never does.
+// 0 means that the entry has no such value, which is always so in a default entry.
 Value NotZero(int value) {
     return value == 0 ? Value{} : Value{std::int64_t{value}};
 }
 
-// 0 means that no absolute clock is given and the factor counts.
+// 0 means that the entry gives no clock, only the factor.
 Field GivenClock(char const* key, char const* label, float value, bool json) {
     if (value == 0.0F) {
         return {key, label, json ? Value{} : Value{std::string("none")}, json ? Unit::Megahertz : Unit::None};
@@ -45,7 +40,7 @@ Field GivenClock(char const* key, char const* label, float value, bool json) {
     return {key, label, Factor(value), Unit::Megahertz};
 }
 
-// The record does not tell which entry of the file it was read from; the library's log does.
+// Which entry of the file was read. Only the library's log tells.
 Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
     std::optional<std::string> const used = LastMessage(entries, " config used");
     if (used == "ext. default") {
@@ -54,7 +49,7 @@ Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
     return used ? Value{json ? std::string("board") : "the board's own"} : Value{};
 }
 
-// Which clocks the library worked out from the profile: it logs them before it sends them.
+// Compares with the clocks that the library computed from the profile. It logs them before it sends them.
 void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& readBack) {
     Library const& api = session.Api();
     std::optional<int> gpuClock;
@@ -73,7 +68,7 @@ void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& re
     }
 }
 
-// What applying the profile set, beside what it says.
+// Compares the board's state with what the profile sets.
 ReadBack CompareProfile(Session const& session, std::string const& name, LogEntries const& entries) {
     if (name == "default") {
         return CompareDefaults(session);
@@ -81,7 +76,7 @@ ReadBack CompareProfile(Session const& session, std::string const& name, LogEntr
     ReadBack readBack;
     ComparePlan(session, entries, readBack);
     PredefinedPerformanceParameter const profile =
-        session.Api().GetExternalPerformanceParameter(session.Identity().SubsystemId);
+        session.Api().GetExternalPerformanceParameter(session.Identity().subsystemId);
     ComparePowerLimit(session, static_cast<double>(name == "oc" ? profile.PowerOC : profile.PowerSilent), readBack);
     return readBack;
 }
@@ -92,12 +87,12 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
         id = ParseId(hwid);
     }
     Session const session(options);
-    // Reading the file takes a backend, not a board; which board is meant can be said.
+    // With an identifier given, an opened board is not needed, only a backend.
     if (!id || session.State() != InitState::AdapterNotOpened) {
         session.RequireReady();
     }
     if (!id) {
-        id = session.Identity().SubsystemId;
+        id = session.Identity().subsystemId;
         if (*id == 0) {
             throw ToolError("This board does not tell its identifier: give one, for example profile show 0x12345678.");
         }
@@ -111,27 +106,25 @@ int RunShow(GlobalOptions const& options, std::string const& hwid) {
             "identifier nor a default entry." +
             session.LogHint());
     }
-    Report report;
-    Section board{.key = "", .title = ""};
-    board.fields = {{"identifier", "Identifier", HexId(*id)},
-                    {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
-                    {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
-                    {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}};
-    report.Add(std::move(board));
-    Section oc{.key = "oc", .title = "Overclock profile"};
-    oc.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
-                 GivenClock("gpu_clock", "GPU clock given", profile.GpuOCGivenValue, options.json),
-                 {"memory_clock_factor", "Memory clock factor", Factor(profile.MemOC)},
-                 GivenClock("memory_clock", "Memory clock given", profile.MemOCGivenValue, options.json),
-                 {"power_limit", "Power limit", Factor(profile.PowerOC), Unit::Percent}};
-    report.Add(std::move(oc));
-    Section silent{.key = "silent", .title = "Silent profile"};
-    silent.fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuSilent)},
-                     {"memory_clock_factor", "Memory clock factor", Factor(profile.MemSilent)},
-                     {"power_limit", "Power limit", Factor(profile.PowerSilent), Unit::Percent}};
-    report.Add(std::move(silent));
-    Print(options, report);
-    return exitSuccess;
+    Result result;
+    result.Add({.fields = {{"identifier", "Identifier", HexId(*id)},
+                           {"entry", "Entry", EntryUsed(session.LogSince(mark), *id, options.json)},
+                           {"board_power", "Board power", NotZero(profile.Watt), Unit::Watt},
+                           {"newest_vbios", "Newest video BIOS", NotZero(profile.NewestVBIOS)}}});
+    result.Add({.key = "oc",
+                .title = "Overclock profile",
+                .fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuOC)},
+                           GivenClock("gpu_clock", "GPU clock given", profile.GpuOCGivenValue, options.json),
+                           {"memory_clock_factor", "Memory clock factor", Factor(profile.MemOC)},
+                           GivenClock("memory_clock", "Memory clock given", profile.MemOCGivenValue, options.json),
+                           {"power_limit", "Power limit", Factor(profile.PowerOC), Unit::Percent}}});
+    result.Add({.key = "silent",
+                .title = "Silent profile",
+                .fields = {{"gpu_clock_factor", "GPU clock factor", Factor(profile.GpuSilent)},
+                           {"memory_clock_factor", "Memory clock factor", Factor(profile.MemSilent)},
+                           {"power_limit", "Power limit", Factor(profile.PowerSilent), Unit::Percent}}});
+    Print(options, result);
+    return kExitSuccess;
 }
 
 int RunApply(GlobalOptions const& options, std::string const& name) {
@@ -154,7 +147,7 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
                       : name == "silent" ? api.SetPerformanceSilent()
                                          : api.SetPerformanceDefault();
     if (!done && name != "default") {
-        // The power limit goes first, so a refusal of the clocks may leave it changed.
+        // The library sets the power limit first, so it may have changed although the clocks were refused.
         throw ToolError(
             "The " + what +
                 " profile was not applied as a whole: there is none for this board (see profile show), its "
@@ -173,29 +166,29 @@ int RunApply(GlobalOptions const& options, std::string const& name) {
 }
 
 void AddShow(CLI::App& profile, Context& context) {
-    CLI::App* show = profile.add_subcommand("show", "Show the predefined profiles of a board");
     auto const hwid = std::make_shared<std::string>();
+    CLI::App* show = AddCommand(profile, context,
+                                {"show", "Show the predefined profiles of a board",
+                                 "Examples:\n"
+                                 "  gputunectl profile show\n"
+                                 "  gputunectl profile show 0x12345678"},
+                                RunShow, hwid);
     show->add_option("hwid", *hwid, "The board's identifier, hexadecimal; default: this board's own")
         ->type_name("HWID");
-    show->footer(
-        "Examples:\n"
-        "  gputunectl profile show\n"
-        "  gputunectl profile show 0x12345678");
-    show->callback([&context, hwid] { context.run = [&context, hwid] { return RunShow(context.options, *hwid); }; });
 }
 
 void AddApply(CLI::App& profile, Context& context) {
-    CLI::App* apply = profile.add_subcommand("apply", "Apply a predefined profile; AMD boards only");
     auto const name = std::make_shared<std::string>();
+    CLI::App* apply = AddCommand(profile, context,
+                                 {"apply", "Apply a predefined profile; AMD boards only",
+                                  "Examples:\n"
+                                  "  gputunectl profile apply oc\n"
+                                  "  gputunectl profile apply default"},
+                                 RunApply, name);
     apply->add_option("name", *name, "oc, silent or default")
         ->required()
         ->check(CLI::IsMember({"oc", "silent", "default"}))
         ->type_name("oc|silent|default");
-    apply->footer(
-        "Examples:\n"
-        "  gputunectl profile apply oc\n"
-        "  gputunectl profile apply default");
-    apply->callback([&context, name] { context.run = [&context, name] { return RunApply(context.options, *name); }; });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <memory>
 #include <utility>
 
+#include "src/profile/profile_format.h"
 #include "tool/commands/Commands.h"
 #include "tool/profile/ProfileCheck.h"
 #include "tool/system/Console.h"
@@ -12,27 +13,24 @@ namespace gputune::tool {
 
 namespace {
 
-Report JsonReport(std::string const& path, std::vector<Problem> const& problems) {
+Result JsonResult(std::string const& path, std::vector<Problem> const& problems) {
     Grid grid{.key = "problems",
               .label = "Problems",
-              .columns = {{"line", "Line"}, {"column", "Column"}, {"severity", "Severity"}, {"message", "Message"}},
+              .columns = {{"line", "Line"}, {"severity", "Severity"}, {"message", "Message"}},
               .rows = {}};
     for (Problem const& problem : problems) {
-        grid.rows.push_back({static_cast<std::int64_t>(problem.line), static_cast<std::int64_t>(problem.column),
+        grid.rows.push_back({std::int64_t{problem.line},
                              std::string(problem.severity == Severity::Error ? "error" : "warning"), problem.message});
     }
-    Section section{.key = "", .title = ""};
-    section.fields = {{"file", "File", path}};
-    section.grids.push_back(std::move(grid));
-    Report report;
-    report.Add(std::move(section));
-    return report;
+    Result result;
+    result.Add({.fields = {{"file", "File", path}}, .grids = {std::move(grid)}});
+    return result;
 }
 
 int RunCheck(GlobalOptions const& options, std::string const& path) {
-    std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, largestProfileFile));
+    std::vector<Problem> const problems = CheckProfile(ReadTextFile(path, profile::kLargestDocument));
     if (options.json) {
-        Print(options, JsonReport(path, problems));
+        Print(options, JsonResult(path, problems));
     } else {
         std::string lines;
         for (Problem const& problem : problems) {
@@ -40,20 +38,21 @@ int RunCheck(GlobalOptions const& options, std::string const& path) {
         }
         WriteOutput(lines);
     }
-    return HasError(problems) ? exitFailure : exitSuccess;
+    return HasError(problems) ? kExitFailure : kExitSuccess;
 }
 
 }  // namespace
 
 void AddProfileCheckCommand(CLI::App& profile, Context& context) {
-    CLI::App* check = profile.add_subcommand("check", "Find mistakes in a profile file; needs no board");
     auto const path = std::make_shared<std::string>();
+    CLI::App* check = AddCommand(
+        profile, context,
+        {"check", "Find mistakes in a profile file; needs no board",
+         "Every problem is a line FILE:LINE: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
+         "Examples:\n"
+         "  gputunectl profile check Config\\ConfigModel.xml"},
+        RunCheck, path);
     check->add_option("file", *path, "The profile file")->required()->type_name("FILE");
-    check->footer(
-        "Every problem is a line FILE:LINE:COLUMN: error|warning: MESSAGE. The exit code is 1 when there is an error.\n"
-        "Examples:\n"
-        "  gputunectl profile check Config\\ConfigModel.xml");
-    check->callback([&context, path] { context.run = [&context, path] { return RunCheck(context.options, *path); }; });
 }
 
 }  // namespace gputune::tool

@@ -4,17 +4,18 @@
 #include "tool/system/Console.h"
 #include "tool/system/Files.h"
 #include "tool/values/Errors.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
 namespace {
 
-// About four days at one reading a second. The page has it all in memory, and a browser does, too.
-constexpr std::size_t largestRecording = 64U * 1024 * 1024;
+// About four days at one reading a second. The tool holds all of it in memory, and so does the browser.
+constexpr std::size_t kLargestRecording = 64U * 1024 * 1024;
 
 struct ReportOptions {
-    std::string recording;  // UTF-8, as the page
-    std::string page;       // empty: beside the recording
+    std::string recording;  // a path in UTF-8; so is page
+    std::string page;       // empty: the recording's name, ending in .html
     bool force = false;
 };
 
@@ -24,9 +25,9 @@ std::string Message(std::string const& path, CsvError const& error, char const* 
 }
 
 Recording Read(std::string const& path) {
-    std::string const text = ReadTextFile(path, largestRecording);
-    if (text.size() > largestRecording) {
-        throw ToolError(path + " is larger than " + std::to_string(largestRecording / 1024 / 1024) + " MiB.");
+    std::string const text = ReadTextFile(path, kLargestRecording);
+    if (text.size() > kLargestRecording) {
+        throw ToolError(path + " is larger than " + std::to_string(kLargestRecording / 1024 / 1024) + " MiB.");
     }
     try {
         return ReadRecording(text);
@@ -40,9 +41,9 @@ std::string FileName(std::string const& path) {
 }
 
 std::string PageBeside(std::string const& recording) {
-    constexpr std::string_view suffix = ".csv";
-    bool const hasSuffix = recording.size() > suffix.size() && recording.ends_with(suffix);
-    return recording.substr(0, recording.size() - (hasSuffix ? suffix.size() : 0)) + ".html";
+    constexpr std::string_view kSuffix = ".csv";
+    bool const hasSuffix = recording.size() > kSuffix.size() && recording.ends_with(kSuffix);
+    return recording.substr(0, recording.size() - (hasSuffix ? kSuffix.size() : 0)) + ".html";
 }
 
 int RunReport(GlobalOptions const& options, ReportOptions const& report) {
@@ -54,7 +55,7 @@ int RunReport(GlobalOptions const& options, ReportOptions const& report) {
         WriteError(Message(report.recording, remark, "warning") + "\n");
     }
     if (recording.furtherRemarks > 0) {
-        WriteError(report.recording + ": " + FurtherWarnings(recording.furtherRemarks) + ".\n");
+        WriteError(report.recording + ": " + CountText(recording.furtherRemarks, "further warning") + ".\n");
     }
     std::string const path = report.page.empty() ? PageBeside(report.recording) : report.page;
     if (report.force && IsSameFile(path, report.recording)) {
@@ -63,37 +64,34 @@ int RunReport(GlobalOptions const& options, ReportOptions const& report) {
     WriteWholeFile(path, RecordingPage(recording, FileName(report.recording)),
                    report.force ? Existing::Replace : Existing::Keep);
 
-    Section section{.key = "", .title = ""};
-    section.fields = {{"file", "Page", path},
-                      {"readings", "Readings", static_cast<std::int64_t>(recording.seconds.size())},
-                      {"sensors", "Sensors", static_cast<std::int64_t>(recording.series.size())}};
-    Report result;
+    Result result;
     result.SetDone("report", "Made " + path + ".");
     if (options.json) {
-        result.Add(std::move(section));
+        result.Add({.fields = {{"file", "Page", path},
+                               {"readings", "Readings", static_cast<std::int64_t>(recording.seconds.size())},
+                               {"sensors", "Sensors", static_cast<std::int64_t>(recording.series.size())}}});
     }
     Print(options, result);
-    return exitSuccess;
+    return kExitSuccess;
 }
 
 }  // namespace
 
 void AddReportCommand(CLI::App& app, Context& context) {
-    CLI::App* command = app.add_subcommand("report", "Make a page with charts of a recording; needs no board");
     auto const report = std::make_shared<ReportOptions>();
+    CLI::App* command = AddCommand(app, context,
+                                   {"report", "Make a page with charts of a recording; needs no board",
+                                    "The page is one HTML file that any browser shows, without a network.\n"
+                                    "Examples:\n"
+                                    "  gputunectl report run.csv\n"
+                                    "  gputunectl report run.csv -o report.html --force"},
+                                   RunReport, report);
     command->add_option("recording", report->recording, "A file of record or of monitor --csv")
         ->required()
         ->type_name("FILE");
     command->add_option("-o,--out", report->page, "The page; default: the recording's name, ending in .html")
         ->type_name("FILE");
     command->add_flag("--force", report->force, "Replace the page when it exists");
-    command->footer(
-        "The page is one HTML file that any browser shows, without a network.\n"
-        "Examples:\n"
-        "  gputunectl report run.csv\n"
-        "  gputunectl report run.csv -o report.html --force");
-    command->callback(
-        [&context, report] { context.run = [&context, report] { return RunReport(context.options, *report); }; });
 }
 
 }  // namespace gputune::tool

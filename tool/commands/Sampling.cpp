@@ -9,8 +9,11 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tool/output/Result.h"
+#include "tool/recording/RecordingWriter.h"
 #include "tool/values/Duration.h"
+#include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
@@ -20,13 +23,13 @@ std::string Timestamp() {
     SYSTEMTIME now{};
     GetLocalTime(&now);
     char text[40];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u.%03u", unsigned{now.wYear}, unsigned{now.wMonth},
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02u.%03u", unsigned{now.wYear}, unsigned{now.wMonth},
                   unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
                   unsigned{now.wMilliseconds});
     return text;
 }
 
-// Makes it a plain number of seconds.
+// Checks a time and turns it into a plain number of seconds.
 CLI::Validator TimeBetween(double minimum, double maximum) {
     return {[minimum, maximum](std::string& text) {
                 std::optional<double> const value = ParseSeconds(text);
@@ -74,7 +77,19 @@ RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& optio
             .frameRate = options.frameRate,
             .name = session.AdapterName(),
             .fanCurve = FanCurveOf(session.Api().ReadFanSetting()),
-            .canDoubtFan = session.CanDoubtFan()};
+            .fanCanBeUnsure = session.FanCanBeUnsure()};
+}
+
+void RequireOwnOutput(std::string const& path, GlobalOptions const& options) {
+    if (!RecordingWriter::IsStandardOutput(path)) {
+        return;
+    }
+    if (options.json) {
+        throw UsageError("--json and values on standard output would mix: name a file instead of \"-\".");
+    }
+    if (options.LogsToOutput()) {
+        throw UsageError("A log and values on standard output would mix: use --log file.");
+    }
 }
 
 Schedule::Schedule(double interval)

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tool/board/Session.h"
-#include "tool/recording/Recording.h"
+#include "tool/recording/RecordingFormat.h"
 
 namespace CLI {
 class App;
@@ -21,7 +21,7 @@ struct SamplingOptions {
 
 // --interval and --frame-rate.
 void AddSamplingOptions(CLI::App& command, SamplingOptions& options);
-// Takes a time (Duration.h) in this range, in seconds.
+// An option that takes a time (values/Duration.h) within this range, in seconds.
 void AddSecondsOption(CLI::App& command, char const* name, double& seconds, double minimum, double maximum,
                       std::string const& description);
 
@@ -34,15 +34,19 @@ struct Sample {
 Sample TakeSample(Session const& session, SamplingOptions const& options);
 RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& options);
 
-// Moments on the grid of the interval from now on, so that slow readings do not stretch it. Milliseconds of the
-// system's steady clock.
+// Throws UsageError when lines of a recording and something else would both go to standard output. `path` is that of
+// RecordingWriter.
+void RequireOwnOutput(std::string const& path, GlobalOptions const& options);
+
+// The moments of the readings: multiples of the interval from now on, however long the readings take. Counts
+// milliseconds of the system's steady clock.
 class Schedule {
 public:
     explicit Schedule(double interval);
 
-    // How long it is until the next moment; 0 when it has come.
+    // The milliseconds until the next moment; 0 when it has come.
     unsigned long Remaining() const;
-    // Call when the moment has come: the next one is an interval later. Moments that were missed are left out.
+    // To be called when the moment has come. The next one is an interval later; moments that were missed are skipped.
     void Advance();
     // Seconds from the first moment to the next one.
     double Elapsed() const { return static_cast<double>(next_ - start_) / 1000; }

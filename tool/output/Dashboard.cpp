@@ -4,91 +4,40 @@
 #include <cmath>
 #include <limits>
 
+#include "tool/output/Bar.h"
+#include "tool/values/Duration.h"
+#include "tool/values/Numbers.h"
+#include "tool/values/Text.h"
+
 namespace gputune::tool {
 
 namespace {
 
-// More than a window is wide.
-constexpr std::size_t rememberedReadings = 512;
-constexpr std::size_t numberWidth = 9;
-constexpr std::size_t narrowestPast = 8;
+// More than a window has columns.
+constexpr std::size_t kRememberedReadings = 512;
+constexpr std::size_t kNumberWidth = 9;
+constexpr std::size_t kNarrowestPast = 8;
 
-Style QuantityStyle(Quantity quantity) {
-    switch (quantity) {
-        case Quantity::Clock:
-            return Style::Blue;
-        case Quantity::Temperature:
-            return Style::Red;
-        case Quantity::Fan:
-            return Style::Cyan;
-        case Quantity::Load:
-        case Quantity::FrameRate:
-            return Style::Green;
-        case Quantity::Power:
-        case Quantity::Voltage:
-            return Style::Yellow;
-        case Quantity::Memory:
-            return Style::Magenta;
-    }
-    return Style::Plain;
+// In the order of Quantity.
+constexpr Style kQuantityStyles[] = {Style::Blue,   Style::Red,     Style::Cyan,   Style::Green,
+                                     Style::Yellow, Style::Magenta, Style::Yellow, Style::Green};
+
+std::string Figure(std::optional<double> const& value) {
+    return PadLeft(value ? FormatNumber(*value) : "-", kNumberWidth);
 }
 
-char const* Sequence(Style style) {
-    switch (style) {
-        case Style::Plain:
-            return "";
-        case Style::Dim:
-            return "\x1b[90m";
-        case Style::Strong:
-            return "\x1b[1m";
-        case Style::Red:
-            return "\x1b[91m";
-        case Style::Green:
-            return "\x1b[92m";
-        case Style::Yellow:
-            return "\x1b[93m";
-        case Style::Blue:
-            return "\x1b[94m";
-        case Style::Magenta:
-            return "\x1b[95m";
-        case Style::Cyan:
-            return "\x1b[96m";
-    }
-    return "";
-}
-
-// The first `width` characters.
-std::string Cut(std::string const& text, std::size_t width) {
-    std::size_t end = 0;
-    for (std::size_t count = 0; end < text.size() && count < width; ++count) {
-        do {
-            ++end;
-        } while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U);
-    }
-    return text.substr(0, end);
-}
-
-std::string Number(std::optional<double> const& value) {
-    return value ? FormatNumber(*value) : "-";
-}
-
-// Up to the value's part of its scale, which begins at 0 and ends at 100 or at the highest reading.
-std::string Bar(double value, double maximum, Unit unit, std::size_t width) {
+// A bar on a scale from 0 to 100, or to the highest reading if the unit has no natural end.
+std::string ScaledBar(double value, double maximum, Unit unit, std::size_t width) {
     bool const endsAtHundred = unit == Unit::Percent || unit == Unit::Celsius;
     double const scale = std::max(maximum, endsAtHundred ? 100.0 : 0.0);
     double const part = scale > 0 ? std::clamp(value / scale, 0.0, 1.0) : 0.0;
-    auto const full = static_cast<std::size_t>(std::lround(part * static_cast<double>(width)));
-    std::string bar;
-    for (std::size_t i = 0; i < width; ++i) {
-        bar += i < full ? "\u2588" : "\u2591";
-    }
-    return bar;
+    return Bar(static_cast<std::size_t>(std::lround(part * static_cast<double>(width))), width);
 }
 
-// One character a reading, the last one at the right; between the lowest and the highest of those shown.
+// A character for each reading, the newest at the right. The scale goes from the lowest to the highest reading shown.
 std::string Curve(std::deque<std::optional<double>> const& past, Unit unit, std::size_t width) {
-    static constexpr char const* levels[] = {"\u2581", "\u2582", "\u2583", "\u2584",
-                                             "\u2585", "\u2586", "\u2587", "\u2588"};
+    static constexpr char const* kLevels[] = {"\u2581", "\u2582", "\u2583", "\u2584",
+                                              "\u2585", "\u2586", "\u2587", "\u2588"};
     std::size_t const shown = std::min(width, past.size());
     auto const first = past.end() - static_cast<std::ptrdiff_t>(shown);
     double low = unit == Unit::Percent ? 0 : std::numeric_limits<double>::max();
@@ -99,42 +48,22 @@ std::string Curve(std::deque<std::optional<double>> const& past, Unit unit, std:
             high = std::max(high, **reading);
         }
     }
-    // What hardly changes is to look like that.
+    // A small change of a large value must not look large.
     double const span = std::max({high - low, std::abs(high) * 0.1, 1e-6});
     std::string curve(width - shown, ' ');
     for (auto reading = first; reading != past.end(); ++reading) {
         double const part = *reading ? (**reading - low) / span : 0;
-        curve += *reading ? levels[std::min<std::size_t>(static_cast<std::size_t>(part * 8), 7)] : " ";
+        curve += *reading ? kLevels[std::min<std::size_t>(static_cast<std::size_t>(part * 8), 7)] : " ";
     }
     return curve;
 }
 
 }  // namespace
 
-StyledLine FitLine(StyledLine const& line, std::size_t width) {
-    StyledLine fitted;
-    std::size_t left = width;
-    for (StyledText const& part : line) {
-        fitted.push_back({Cut(part.text, left), part.style});
-        left -= DisplayWidth(fitted.back().text);
-    }
-    fitted.push_back({std::string(left, ' '), Style::Plain});
-    return fitted;
-}
-
-std::string TerminalText(StyledLine const& line, bool colours) {
-    std::string text;
-    for (StyledText const& part : line) {
-        bool const styled = colours && part.style != Style::Plain && !part.text.empty();
-        text += styled ? Sequence(part.style) + part.text + "\x1b[m" : part.text;
-    }
-    return text;
-}
-
 // Which columns there are, and how wide.
 struct Dashboard::Layout {
     std::size_t title = 0;
-    std::size_t unit = 0;  // 0: not shown, as with the past
+    std::size_t unit = 0;  // 0: not shown; likewise past
     bool extremes = false;
     bool average = false;
     std::size_t past = 0;
@@ -142,10 +71,10 @@ struct Dashboard::Layout {
 
 Dashboard::Dashboard(std::string title, std::uint32_t vendor, double interval)
     : title_(std::move(title)), interval_(interval) {
-    for (SensorName const& sensor : sensorNames) {
+    for (SensorName const& sensor : kSensorNames) {
         gauges_.push_back({sensor.text, SensorUnit(sensor, vendor), sensor.quantity});
     }
-    gauges_.push_back({frameRateName.text, Unit::FramesPerSecond, Quantity::FrameRate});
+    gauges_.push_back({kFrameRateName.text, Unit::FramesPerSecond, Quantity::FrameRate});
 }
 
 void Dashboard::Gauge::Add(std::optional<double> reading, bool isUnsure) {
@@ -155,32 +84,18 @@ void Dashboard::Gauge::Add(std::optional<double> reading, bool isUnsure) {
         reading = std::nullopt;
     }
     past.push_back(reading);
-    if (past.size() > rememberedReadings) {
+    if (past.size() > kRememberedReadings) {
         past.pop_front();
     }
     if (reading) {
-        minimum = std::min(*reading, minimum.value_or(*reading));
-        maximum = std::max(*reading, maximum.value_or(*reading));
-        ++count;
-        average += (*reading - average) / static_cast<double>(count);
+        summary.Add(*reading);
     }
-}
-
-std::optional<double> Dashboard::Gauge::ShownAverage() const {
-    if (count == 0) {
-        return std::nullopt;
-    }
-    // One decimal: more would flicker. But not beyond the extremes, which have more.
-    return std::clamp(std::round(average * 10) / 10, *minimum, *maximum);
 }
 
 void Dashboard::Gauge::Reset() {
-    std::optional<double> const last = now;
-    now = minimum = maximum = std::nullopt;
-    average = 0;
-    count = 0;
+    summary = {};
     past.clear();
-    Add(last, unsure);
+    Add(now, unsure);
 }
 
 void Dashboard::Add(std::string const& time, Readings const& readings, std::optional<double> frameRate) {
@@ -208,26 +123,26 @@ Dashboard::Layout Dashboard::MakeLayout(std::size_t width) const {
             unitWidth = std::max(unitWidth, DisplayWidth(UnitName(gauge.unit).text));
         }
     }
-    std::size_t used = layout.title + numberWidth;
+    std::size_t used = layout.title + kNumberWidth;
     auto const take = [&used, width](std::size_t columns) {
         bool const fits = used + columns <= width;
         used += fits ? columns : 0;
         return fits;
     };
     layout.unit = take(unitWidth + 1) ? unitWidth : 0;
-    layout.extremes = layout.unit > 0 && take(2 * numberWidth);
-    layout.average = layout.extremes && take(numberWidth);
-    if (layout.average && used + 2 + narrowestPast <= width) {
-        layout.past = std::min(width - used - 2, rememberedReadings);
+    layout.extremes = layout.unit > 0 && take(2 * kNumberWidth);
+    layout.average = layout.extremes && take(kNumberWidth);
+    if (layout.average && used + 2 + kNarrowestPast <= width) {
+        layout.past = std::min(width - used - 2, kRememberedReadings);
     }
     return layout;
 }
 
 StyledLine Dashboard::Heading(Layout const& layout, Glyphs glyphs) const {
-    std::string text = PadRight("Sensor", layout.title) + PadLeft("now", numberWidth);
-    text += layout.extremes ? PadLeft("min", numberWidth) : "";
-    text += layout.average ? PadLeft("avg", numberWidth) : "";
-    text += layout.extremes ? PadLeft("max", numberWidth) : "";
+    std::string text = PadRight("Sensor", layout.title) + PadLeft("now", kNumberWidth);
+    text += layout.extremes ? PadLeft("min", kNumberWidth) : "";
+    text += layout.average ? PadLeft("avg", kNumberWidth) : "";
+    text += layout.extremes ? PadLeft("max", kNumberWidth) : "";
     if (layout.past > 0 && glyphs == Glyphs::Curves) {
         std::string const period = "last " + ElapsedText(interval_ * static_cast<double>(layout.past));
         text += std::string(layout.unit + 3, ' ') + period;
@@ -236,13 +151,22 @@ StyledLine Dashboard::Heading(Layout const& layout, Glyphs glyphs) const {
 }
 
 StyledLine Dashboard::Row(Gauge const& gauge, Layout const& layout, Glyphs glyphs) {
-    StyledLine line{{PadRight(gauge.title, layout.title), Style::Plain},
-                    {PadLeft(Number(gauge.now) + (gauge.unsure ? "?" : ""), numberWidth), Style::Strong}};
+    Summary const& summary = gauge.summary;
+    auto const figure = [&summary](double value) {
+        return Figure(summary.count > 0 ? std::optional(value) : std::nullopt);
+    };
+    StyledLine line{
+        {PadRight(gauge.title, layout.title), Style::Plain},
+        {gauge.unsure ? PadLeft(FormatNumber(gauge.now.value_or(0)) + "?", kNumberWidth) : Figure(gauge.now),
+         Style::Strong}};
     std::string figures;
     if (layout.extremes) {
-        figures += PadLeft(Number(gauge.minimum), numberWidth);
-        figures += layout.average ? PadLeft(Number(gauge.ShownAverage()), numberWidth) : "";
-        figures += PadLeft(Number(gauge.maximum), numberWidth);
+        figures += figure(summary.minimum);
+        // One decimal, because more would change all the time; but within the extremes, which have more.
+        figures += layout.average
+                       ? figure(std::clamp(std::round(summary.average * 10) / 10, summary.minimum, summary.maximum))
+                       : "";
+        figures += figure(summary.maximum);
     }
     line.push_back({figures, Style::Plain});
     if (layout.unit > 0) {
@@ -251,8 +175,8 @@ StyledLine Dashboard::Row(Gauge const& gauge, Layout const& layout, Glyphs glyph
     if (layout.past > 0) {
         line.push_back({glyphs == Glyphs::Curves
                             ? Curve(gauge.past, gauge.unit, layout.past)
-                            : Bar(gauge.now.value_or(0), gauge.maximum.value_or(0), gauge.unit, layout.past),
-                        QuantityStyle(gauge.quantity)});
+                            : ScaledBar(gauge.now.value_or(0), summary.maximum, gauge.unit, layout.past),
+                        kQuantityStyles[static_cast<std::size_t>(gauge.quantity)]});
     }
     return line;
 }
@@ -262,8 +186,8 @@ std::vector<StyledLine> Dashboard::Frame(std::size_t width, std::size_t height, 
     Layout const layout = MakeLayout(width);
     std::vector<StyledLine> lines;
     lines.push_back({{title_, Style::Strong}});
-    lines.push_back(
-        {{time_ + "  " + CountText(readings_) + ", one every " + FormatNumber(interval_) + " s", Style::Dim}});
+    lines.push_back({{time_ + "  " + CountText(readings_, "reading") + ", one every " + FormatNumber(interval_) + " s",
+                      Style::Dim}});
     lines.push_back(Heading(layout, glyphs));
 
     std::vector<StyledLine> rows;
@@ -286,7 +210,7 @@ std::vector<StyledLine> Dashboard::Frame(std::size_t width, std::size_t height, 
     }
     lines.insert(lines.end(), rows.begin(), rows.end());
     if (isUnsure) {
-        lines.push_back({{std::string("? ") + unsureFan.text, Style::Dim}});
+        lines.push_back({{std::string("? ") + kUnsureFan.text, Style::Dim}});
     }
     lines.push_back({{hint, Style::Dim}});
     lines.resize(std::min(lines.size(), height));

@@ -1,31 +1,22 @@
 // What `monitor` shows in a console: every sensor with its current, lowest, average and highest reading and its recent
-// past, as lines of styled text for a window of any size. Independent of the operating system.
+// past, as lines of styled text for a window of any size.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tool/output/StyledText.h"
+#include "tool/values/Names.h"
 #include "tool/values/Readings.h"
+#include "tool/values/Summary.h"
 
 namespace gputune::tool {
 
-enum class Style { Plain, Dim, Strong, Red, Green, Yellow, Blue, Magenta, Cyan };
-
-struct StyledText {
-    std::string text;
-    Style style = Style::Plain;
-};
-
-using StyledLine = std::vector<StyledText>;
-
-// The line in as many columns, cut or filled up with blanks.
-StyledLine FitLine(StyledLine const& line, std::size_t width);
-// With the escape sequences of terminals where `colours` is set; without, the text alone.
-std::string TerminalText(StyledLine const& line, bool colours);
-
-// Which characters the console's font is sure to have: those of the oldest ones draw bars, not curves.
+// Fonts of old consoles have the characters for bars, but not those for curves.
 enum class Glyphs { Bars, Curves };
 
 class Dashboard {
@@ -33,13 +24,13 @@ public:
     // `title` names the board; `interval` in seconds.
     Dashboard(std::string title, std::uint32_t vendor, double interval);
 
-    // `frameRate`: nothing when it is not read. A reading that is unsure is shown, but does not count.
+    // `frameRate` is nothing when it is not read. An unsure reading is shown, but left out of the summary and the past.
     void Add(std::string const& time, Readings const& readings, std::optional<double> frameRate);
-    // Forgets the past: lowest, average and highest begin with the last reading.
+    // Lowest, average, highest and past begin again with the last reading.
     void Reset();
 
-    // At most `height` lines of `width` columns each. What does not fit is left out: first the past, then average and
-    // extremes, and sensors at the end, which a line tells.
+    // At most `height` lines of `width` columns each. A narrow window has no past, a narrower one no average, then no
+    // extremes. When a low window leaves out sensors, a line says so.
     std::vector<StyledLine> Frame(std::size_t width, std::size_t height, Glyphs glyphs, std::string const& hint) const;
 
 private:
@@ -48,17 +39,13 @@ private:
         Unit unit;
         Quantity quantity;
         std::optional<double> now{};
-        std::optional<double> minimum{};
-        std::optional<double> maximum{};
-        double average = 0;
-        std::size_t count = 0;
-        std::deque<std::optional<double>> past{};
         bool unsure = false;  // whether `now` is
+        Summary summary{};    // of the readings that are sure, as `past`
+        std::deque<std::optional<double>> past{};
 
         void Add(std::optional<double> reading, bool isUnsure);
         void Reset();
-        std::optional<double> ShownAverage() const;
-        bool IsShown() const { return now.has_value() || count > 0; }
+        bool IsShown() const { return now.has_value() || summary.count > 0; }
     };
     struct Layout;
 

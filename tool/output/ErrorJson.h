@@ -1,4 +1,4 @@
-// An error as JSON. Independent of the operating system.
+// An error as JSON.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace gputune::tool {
 
-// One line: an object "error" with the code, the message and the details, all keys at every time.
+// One line: an object "error" with code, message and details. All keys are always there.
 std::string ErrorJson(ErrorDetails const& details, std::string const& message);
 
 }  // namespace gputune::tool

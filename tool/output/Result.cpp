@@ -1,18 +1,16 @@
 #include "tool/output/Result.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <limits>
 #include <nlohmann/json.hpp>
+
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr char const* notAvailable = "not available";
 
 Json ToJson(Value const& value) {
     struct Visitor {
@@ -61,7 +59,7 @@ void AddToJson(Section const& section, Json& object) {
 
 bool HasNoValue(Grid const& grid) {
     auto const isMissing = [](Value const& value) { return std::holds_alternative<std::monostate>(value); };
-    // The first column numbers the rows.
+    // The first column holds the row's number, not a value.
     return std::all_of(grid.rows.begin(), grid.rows.end(), [&](std::vector<Value> const& row) {
         return std::all_of(row.begin() + (row.empty() ? 0 : 1), row.end(), isMissing);
     });
@@ -102,7 +100,7 @@ std::string GridText(Grid const& grid) {
 
 std::string SectionText(Section const& section) {
     if (!section.available) {
-        return section.title + ": " + notAvailable + "\n";
+        return section.title + ": " + kNotAvailable + "\n";
     }
     std::string text = section.title.empty() ? "" : section.title + "\n";
     std::size_t width = 0;
@@ -117,7 +115,7 @@ std::string SectionText(Section const& section) {
         text += Line({field.label, FormatValue(field.value, field.unit) + doubt}, {width, 0});
     }
     for (Grid const& grid : section.grids) {
-        text += HasNoValue(grid) ? Line({grid.label, notAvailable}, {width, 0}) : GridText(grid);
+        text += HasNoValue(grid) ? Line({grid.label, kNotAvailable}, {width, 0}) : GridText(grid);
     }
     return text;
 }
@@ -128,81 +126,38 @@ Value IntValue(int value) {
     return value == -1 ? Value{} : Value{std::int64_t{value}};
 }
 
-std::string FormatNumber(double value) {
-    if (!std::isfinite(value)) {
-        return notAvailable;
-    }
-    char buffer[400];  // the largest double has 309 digits before the point
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 2);
-    std::string text(buffer, error == std::errc{} ? end : buffer);
-    text.erase(text.find_last_not_of('0') + 1);
-    if (text.ends_with('.')) {
-        text.pop_back();
-    }
-    return text == "-0" ? "0" : text;
+Value TextValue(std::string const& text) {
+    return text.empty() ? Value{} : Value{text};
 }
 
-double FewestDigits(double value) {
-    // Whole numbers are exact. And what is beyond a float's range was never one.
-    if (value == std::trunc(value) || !(std::abs(value) <= double{std::numeric_limits<float>::max()}) ||
-        double{static_cast<float>(value)} != value) {
-        return value;
-    }
-    char buffer[32];
-    char const* const end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<float>(value)).ptr;
-    double shortest = value;
-    std::from_chars(buffer, end, shortest);
-    return shortest;
-}
-
-std::string FormatExactNumber(double value) {
-    char buffer[64];
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, FewestDigits(value));
-    return std::string(buffer, error == std::errc{} ? end : buffer);
+Value ToValue(std::optional<double> const& reading) {
+    return reading ? Value{*reading} : Value{};
 }
 
 std::string FormatValue(Value const& value, Unit unit) {
     struct Visitor {
-        std::string operator()(std::monostate) const { return ""; }
+        Unit unit;
+
+        std::string operator()(std::monostate) const { return kNotAvailable; }
         std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
-        std::string operator()(std::int64_t number) const { return std::to_string(number); }
-        std::string operator()(double number) const { return std::isfinite(number) ? FormatNumber(number) : ""; }
-        std::string operator()(std::string const& text) const { return text; }
+        std::string operator()(std::int64_t number) const { return WithUnit(number, unit); }
+        std::string operator()(double number) const { return WithUnit(number, unit); }
+        std::string operator()(std::string const& text) const { return text.empty() ? kNotAvailable : text; }
     };
-    std::string text = std::visit(Visitor{}, value);
-    if (text.empty()) {
-        return notAvailable;
-    }
-    return unit == Unit::None ? text : text + " " + UnitName(unit).text;
+    return std::visit(Visitor{unit}, value);
 }
 
-std::size_t DisplayWidth(std::string_view text) {
-    auto const startsCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
-}
-
-std::string PadRight(std::string text, std::size_t width) {
-    std::size_t const used = DisplayWidth(text);
-    text.append(width > used ? width - used : 0, ' ');
-    return text;
-}
-
-std::string PadLeft(std::string const& text, std::size_t width) {
-    std::size_t const used = DisplayWidth(text);
-    return std::string(width > used ? width - used : 0, ' ') + text;
-}
-
-void Report::SetDone(std::string command, std::string sentence) {
+void Result::SetDone(std::string command, std::string sentence) {
     command_ = std::move(command);
     sentence_ = std::move(sentence);
 }
 
-void Report::SetOutcome(std::string command, std::string sentence, Outcome outcome) {
+void Result::SetOutcome(std::string command, std::string sentence, Outcome outcome) {
     SetDone(std::move(command), std::move(sentence));
     outcome_ = std::move(outcome);
 }
 
-std::string Report::Text() const {
+std::string Result::Text() const {
     std::string text;
     if (!sentence_.empty()) {
         text += sentence_ + "\n";
@@ -216,7 +171,7 @@ std::string Report::Text() const {
     return text;
 }
 
-std::string Report::Json(bool indented) const {
+std::string Result::Json(bool indented) const {
     tool::Json root = tool::Json::object();
     if (!command_.empty()) {
         root["command"] = command_;
@@ -237,7 +192,7 @@ std::string Report::Json(bool indented) const {
             root[section.key] = std::move(object);
         }
     }
-    // A name with bytes that are no UTF-8 is shown with replacement characters instead of failing the command.
+    // Bytes that are no UTF-8 become replacement characters; by default the JSON library would throw.
     return root.dump(indented ? 2 : -1, ' ', false, tool::Json::error_handler_t::replace) + "\n";
 }
 

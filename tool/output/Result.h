@@ -1,15 +1,14 @@
-// The result of a command, written as text for people or as JSON for programs. Independent of the operating system.
+// The result of a command, as text for people or as JSON for programs.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
-#include "tool/values/Names.h"
+#include "tool/values/Numbers.h"
 
 namespace gputune::tool {
 
@@ -19,28 +18,19 @@ using Value = std::variant<std::monostate, bool, std::int64_t, double, std::stri
 // An int field of the library: -1 is "not available".
 Value IntValue(int value);
 
-// At most two decimals, '.' in every locale, no trailing zeros: "65.5", "1500".
-std::string FormatNumber(double value);
-// Of the numbers that are the same reading in single precision, in which most readings are, the one with the fewest
-// digits: 386.67 instead of 386.6700134277344. Other numbers stay as they are.
-double FewestDigits(double value);
-// FewestDigits as the shortest text that reads back to the same number.
-std::string FormatExactNumber(double value);
+// An empty text, and nothing, are "not available".
+Value TextValue(std::string const& text);
+Value ToValue(std::optional<double> const& reading);
 // The value and its unit: "65.5 °C", "yes", "not available".
 std::string FormatValue(Value const& value, Unit unit);
-// The number of columns a UTF-8 text takes; every character counts one.
-std::size_t DisplayWidth(std::string_view text);
-// Blanks after (or before) the text up to the width.
-std::string PadRight(std::string text, std::size_t width);
-std::string PadLeft(std::string const& text, std::size_t width);
 
 struct Field {
     std::string key;  // the JSON name, without its unit
     std::string label;
     Value value;
     Unit unit = Unit::None;
-    // Why the value may be wrong; null: nothing is known against it. JSON has it beside the value
-    // (UnitForm::BesideValue) of a field that can be unsure.
+    // Why the value may be wrong; null when it is not unsure. JSON shows it beside the value (UnitForm::BesideValue) of
+    // fields that can be unsure.
     bool canBeUnsure = false;
     Name const* unsure = nullptr;
 };
@@ -64,8 +54,8 @@ struct Section {
     // "mhz"}) where the unit depends on the board, so that the key does not.
     enum class UnitForm { InKey, BesideValue };
 
-    std::string key;    // empty: the fields belong to the JSON object itself
-    std::string title;  // empty: no title line
+    std::string key{};    // empty: the fields belong to the JSON object itself
+    std::string title{};  // empty: no title line
     bool available = true;
     UnitForm unitForm = UnitForm::InKey;
     std::vector<Field> fields{};
@@ -79,7 +69,7 @@ struct Outcome {
     std::vector<std::string> problems{};  // why it is not done
 };
 
-class Report {
+class Result {
 public:
     // Marks the result of a command that changed something: `command` is for JSON, `sentence` for people.
     void SetDone(std::string command, std::string sentence);

@@ -3,46 +3,45 @@
 #include <tinyxml2.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <set>
 #include <utility>
 
-#include "tool/profile/ProfileValues.h"
-#include "tool/profile/XmlPositions.h"
+#include "src/profile/profile_format.h"
 #include "tool/values/Quoted.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
 namespace {
 
+using tinyxml2::XMLAttribute;
 using tinyxml2::XMLElement;
 
-struct KnownRow {
-    std::string_view name;
-    bool isFloat;
-    bool hasGiven;
-    bool inDefault;  // read in the default entry
-    bool isClock;
+constexpr std::pair<tinyxml2::XMLError, char const*> kSyntaxErrors[] = {
+    {tinyxml2::XML_ERROR_EMPTY_DOCUMENT, "no root element"},
+    {tinyxml2::XML_ERROR_PARSING_ELEMENT,
+     "a tag without a name or its end, or with what is no attribute in it (a '<' in text is written \"&lt;\")"},
+    {tinyxml2::XML_ERROR_PARSING_ATTRIBUTE, "a tag with an attribute that has no value in quotes, or appears twice"},
+    {tinyxml2::XML_ERROR_PARSING_TEXT, "text that no tag follows"},
+    {tinyxml2::XML_ERROR_PARSING_CDATA, "CDATA section without its end \"]]>\""},
+    {tinyxml2::XML_ERROR_PARSING_COMMENT, "comment without its end \"-->\""},
+    {tinyxml2::XML_ERROR_PARSING_DECLARATION,
+     "a declaration without its end \"?>\", or not at the beginning of the file"},
+    {tinyxml2::XML_ERROR_PARSING_UNKNOWN, "declaration without its end \">\""},
+    {tinyxml2::XML_ERROR_MISMATCHED_ELEMENT, "an element that is not closed, or is closed by another name"},
+    {tinyxml2::XML_ELEMENT_DEPTH_EXCEEDED, "elements are nested too deeply"},
 };
 
-constexpr std::array<KnownRow, 8> knownRows{{
-    {"GpuOC", true, true, true, true},
-    {"MemOC", true, true, true, true},
-    {"PowerOC", true, false, true, false},
-    {"GpuSilent", true, false, true, true},
-    {"MemSilent", true, false, true, true},
-    {"PowerSilent", true, false, true, false},
-    {"Watt", false, false, false, false},
-    {"NewestVBIOS", false, false, false, false},
-}};
-
-KnownRow const* FindRow(std::string_view name) {
-    auto const found =
-        std::find_if(knownRows.begin(), knownRows.end(), [&](KnownRow const& row) { return row.name == name; });
-    return found == knownRows.end() ? nullptr : &*found;
+std::string SyntaxErrorText(tinyxml2::XMLDocument const& xml) {
+    for (auto const& [error, text] : kSyntaxErrors) {
+        if (error == xml.ErrorID()) {
+            return text;
+        }
+    }
+    return std::string("not well-formed XML: ") + xml.ErrorName();
 }
 
 class Checker {
@@ -50,291 +49,192 @@ public:
     explicit Checker(std::string_view text) : text_(text) {}
 
     std::vector<Problem> Check() {
-        if (text_.size() > largestProfileFile) {
-            AddError(0, "the file is longer than 4 MiB and is not read");
-        } else if (CutAtNul() && Parse()) {
+        if (Parse()) {
             CheckRoot();
         }
-        return Located();
+        std::stable_sort(problems_.begin(), problems_.end(),
+                         [](Problem const& a, Problem const& b) { return a.line < b.line; });
+        return std::move(problems_);
     }
 
 private:
-    struct Finding {
-        std::size_t offset;
-        Severity severity;
-        std::string message;
-    };
-
-    void AddError(std::size_t offset, std::string message) {
-        findings_.push_back({offset, Severity::Error, std::move(message)});
-    }
-    void AddWarning(std::size_t offset, std::string message) {
-        findings_.push_back({offset, Severity::Warning, std::move(message)});
+    void AddError(int line, std::string message) { problems_.push_back({line, Severity::Error, std::move(message)}); }
+    void AddWarning(int line, std::string message) {
+        problems_.push_back({line, Severity::Warning, std::move(message)});
     }
 
-    // False when that leaves nothing that is worth looking at.
-    bool CutAtNul() {
-        if (text_.starts_with("\xFF\xFE") || text_.starts_with("\xFE\xFF")) {
-            AddError(0, "the file is UTF-16 text, which is not read: save it as UTF-8");
+    void AddNumber(XMLAttribute const& number, NumberProblem const& problem) {
+        if (!problem.text.empty()) {
+            problems_.push_back({number.GetLineNum(), problem.severity,
+                                 Quoted(number.Name()) + " " + Quoted(number.Value()) + std::string(problem.text)});
+        }
+    }
+
+    int LineOf(std::size_t offset) const {
+        return 1 +
+               static_cast<int>(std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(offset), '\n'));
+    }
+
+    // False when the file cannot be read.
+    bool Parse() {
+        if (text_.size() > profile::kLargestDocument) {
+            AddError(1, "the file is longer than 4 MiB and is not read");
             return false;
         }
-        std::size_t const nul = text_.find('\0');
-        if (nul != std::string_view::npos) {
-            AddError(nul, "a NUL character; nothing behind it is read");
+        if (text_.starts_with("\xFF\xFE") || text_.starts_with("\xFE\xFF")) {
+            AddError(1, "the file is UTF-16 text, which is not read: save it as UTF-8");
+            return false;
+        }
+        if (std::size_t const nul = text_.find('\0'); nul != std::string_view::npos) {
+            AddError(LineOf(nul), "a NUL character; nothing behind it is read");
             text_ = text_.substr(0, nul);
         }
-        return true;
-    }
-
-    bool Parse() {
-        for (std::size_t end = text_.find('\n'); end != std::string_view::npos; end = text_.find('\n', end + 1)) {
-            lineEnds_.push_back(end);
-        }
-        positions_ = ScanXml(text_);
-        if (positions_.error) {
-            AddError(positions_.error->offset, positions_.error->message);
-            return false;
-        }
-        if (positions_.strayEnd) {
-            AddError(*positions_.strayEnd, "a closing tag without an opening one; nothing behind it is read");
-        }
-        if (positions_.elements.empty()) {
-            AddError(0, "no root element");
+        if (std::size_t const tag = profile::FindLongTag(text_); tag != std::string_view::npos) {
+            AddError(LineOf(tag), "this tag is longer than " + std::to_string(profile::kLongestTag) + " bytes");
             return false;
         }
         if (xml_.Parse(text_.data(), text_.size()) != tinyxml2::XML_SUCCESS) {
-            AddError(0, std::string("not well-formed XML: ") + xml_.ErrorName());
+            AddError(std::max(1, xml_.ErrorLineNum()), SyntaxErrorText(xml_));
             return false;
         }
+        if (xml_.FirstChildElement() == nullptr) {
+            AddError(1, "no root element");
+            return false;
+        }
+        CheckEnd();
         return true;
     }
 
-    // ---- Positions. The elements are visited in the order of their opening tags, so a count finds their places. ----
-
-    ElementPosition const& TakePosition() {
-        static ElementPosition const none{0, {}};
-        return next_ < positions_.elements.size() ? positions_.elements[next_++] : none;
-    }
-
-    void SkipPositions(XMLElement const& element) {
-        // An element's descendants, without recursion: the next tag that opens behind its end is its successor's.
-        for (XMLElement const* child = element.FirstChildElement(); child != nullptr;
-             child = child->NextSiblingElement()) {
-            TakePosition();
-            SkipPositions(*child);
+    // tinyxml2 stops without an error at a closing tag that has no opening one. Then it does not reach a comment that
+    // is added at the end.
+    void CheckEnd() {
+        constexpr char const* kEnd = " end of the profile file ";
+        tinyxml2::XMLDocument whole;
+        std::string const text = std::string(text_) + "<!--" + kEnd + "-->";
+        whole.Parse(text.data(), text.size());
+        if (whole.LastChild() == nullptr || std::string_view(whole.LastChild()->Value()) != kEnd) {
+            AddError(xml_.LastChild()->GetLineNum(),
+                     "a closing tag without an opening one follows; nothing behind it is read");
         }
     }
-
-    static std::size_t NamePlace(ElementPosition const& element, std::string_view attribute) {
-        return Place(element, attribute, &AttributePosition::start);
-    }
-    static std::size_t ValuePlace(ElementPosition const& element, std::string_view attribute) {
-        return Place(element, attribute, &AttributePosition::value);
-    }
-    static std::size_t Place(ElementPosition const& element, std::string_view attribute,
-                             std::size_t AttributePosition::*which) {
-        for (AttributePosition const& candidate : element.attributes) {
-            if (candidate.name == attribute) {
-                return candidate.*which;
-            }
-        }
-        return element.start;
-    }
-
-    std::size_t LineOf(std::size_t offset) const {
-        auto const next = std::upper_bound(lineEnds_.begin(), lineEnds_.end(), offset);
-        return 1 + static_cast<std::size_t>(next - lineEnds_.begin());
-    }
-
-    // ---- The file from the outside in. ----
 
     void CheckRoot() {
         XMLElement const& root = *xml_.FirstChildElement();
-        std::size_t const place = TakePosition().start;
         if (root.FirstChildElement() == nullptr) {
-            AddError(place, "no entries in the root element");
+            AddError(root.GetLineNum(), "no entries in the root element");
         }
         for (XMLElement const* entry = root.FirstChildElement(); entry != nullptr;
              entry = entry->NextSiblingElement()) {
             CheckEntry(*entry);
         }
-        if (root.NextSiblingElement() != nullptr) {
-            AddWarning(TakePosition().start, "only the first element of the file is read");
+        if (XMLElement const* const second = root.NextSiblingElement()) {
+            AddWarning(second->GetLineNum(), "only the first element of the file is read");
         }
     }
 
     void CheckEntry(XMLElement const& entry) {
-        ElementPosition const& place = TakePosition();
-        char const* const id = entry.Attribute("Id");
-        char const* const isDefault = entry.Attribute("Default");
+        int const line = entry.GetLineNum();
+        XMLAttribute const* const id = entry.FindAttribute("Id");
+        XMLAttribute const* const isDefault = entry.FindAttribute("Default");
         if (id != nullptr) {
-            CheckId(id, place);
+            CheckId(*id, line);
             if (isDefault != nullptr) {
-                AddWarning(NamePlace(place, "Default"), R"("Default" is not looked at beside "Id")");
+                AddWarning(isDefault->GetLineNum(), R"("Default" is not looked at beside "Id")");
             }
-            CheckRows(entry, place.start, true);
+            CheckRows(entry, true);
         } else if (isDefault == nullptr) {
-            AddError(place.start, R"(an entry with neither "Id" nor "Default" is never used)");
-            SkipPositions(entry);
-        } else if (std::string_view(isDefault) != "1") {
-            AddWarning(ValuePlace(place, "Default"),
-                       "an entry whose \"Default\" is " + Quoted(isDefault) + " instead of \"1\" is never used");
-            SkipPositions(entry);
+            AddError(line, R"(an entry with neither "Id" nor "Default" is never used)");
+        } else if (std::string_view(isDefault->Value()) != "1") {
+            AddWarning(isDefault->GetLineNum(), "an entry whose \"Default\" is " + Quoted(isDefault->Value()) +
+                                                    " instead of \"1\" is never used");
         } else {
             if (defaultLine_) {
-                AddWarning(place.start, "another default entry, whose values replace those of line " +
-                                            std::to_string(*defaultLine_));
+                AddWarning(
+                    line, "another default entry, whose values replace those of line " + std::to_string(*defaultLine_));
             }
-            defaultLine_ = LineOf(place.start);
-            CheckRows(entry, place.start, false);
+            defaultLine_ = line;
+            CheckRows(entry, false);
         }
     }
 
-    void CheckId(std::string_view id, ElementPosition const& place) {
-        std::size_t const offset = ValuePlace(place, "Id");
-        long number = 0;
-        Reading const reading = JudgeIdentifier(id, number);
-        if (reading == Reading::NotANumber) {
-            AddError(offset, "\"Id\" " + Quoted(id) +
-                                 " is not a hexadecimal number; every lookup that comes to this entry fails");
+    void CheckId(XMLAttribute const& attribute, int entryLine) {
+        long long id = 0;
+        NumberProblem const problem = CheckIdentifier(attribute.Value(), id);
+        AddNumber(attribute, problem);
+        if (problem.severity == Severity::Error) {
             return;
         }
-        if (reading == Reading::OutOfRange) {
-            AddError(offset, "\"Id\" " + Quoted(id) +
-                                 " is beyond 7FFFFFFF (or -80000000); every lookup that comes to this entry fails");
-            return;
-        }
-        if (reading == Reading::Trailing) {
-            AddWarning(offset, "\"Id\" " + Quoted(id) + ": what follows the number is ignored");
-        }
-        auto const [earlier, isNew] = entryOffsets_.try_emplace(number, place.start);
+        auto const [earlier, isNew] = entryLines_.try_emplace(id, entryLine);
         if (!isNew) {
-            AddError(offset, "the same \"Id\" as in line " + std::to_string(LineOf(earlier->second)) +
-                                 "; this entry is never used");
+            AddError(attribute.GetLineNum(),
+                     "the same \"Id\" as in line " + std::to_string(earlier->second) + "; this entry is never used");
         }
     }
 
-    void CheckRows(XMLElement const& entry, std::size_t start, bool isBoard) {
+    void CheckRows(XMLElement const& entry, bool isBoard) {
         std::set<std::string_view> names;
         for (XMLElement const* row = entry.FirstChildElement(); row != nullptr; row = row->NextSiblingElement()) {
-            ElementPosition const& place = TakePosition();
-            CheckRow(*row, place, isBoard, names);
-            SkipPositions(*row);
+            CheckRow(*row, isBoard, names);
         }
-        std::string clocks;
-        std::string powerLimits;
-        for (KnownRow const& known : knownRows) {
-            if (known.inDefault && !names.contains(known.name)) {
-                std::string& missing = known.isClock ? clocks : powerLimits;
-                missing += (missing.empty() ? "" : ", ") + std::string(known.name);
+        std::vector<std::string> clocks;
+        std::vector<std::string> powerLimits;
+        for (profile::FloatRow const& row : profile::kFloatRows) {
+            if (!names.contains(row.name)) {
+                (row.name.starts_with("Power") ? powerLimits : clocks).emplace_back(row.name);
             }
         }
         if (!clocks.empty()) {
-            AddError(start, "clocks that this entry does not give are 0 MHz on Overdrive8 boards: " + clocks);
+            AddError(entry.GetLineNum(),
+                     "clocks that this entry does not give are 0 MHz on Overdrive8 boards: " + Joined(clocks, ", "));
         }
         if (!powerLimits.empty()) {
-            AddWarning(start, "power limits that this entry does not give are 0 %: " + powerLimits);
+            AddWarning(entry.GetLineNum(),
+                       "power limits that this entry does not give are 0 %: " + Joined(powerLimits, ", "));
         }
     }
 
-    void CheckRow(XMLElement const& row, ElementPosition const& place, bool isBoard,
-                  std::set<std::string_view>& names) {
-        char const* const name = row.Attribute("Name");
-        if (name == nullptr) {
-            AddError(place.start, "a value without \"Name\" is not read");
+    void CheckRow(XMLElement const& row, bool isBoard, std::set<std::string_view>& names) {
+        XMLAttribute const* const attribute = row.FindAttribute("Name");
+        if (attribute == nullptr) {
+            AddError(row.GetLineNum(), "a value without \"Name\" is not read");
             return;
         }
-        KnownRow const* const known = FindRow(name);
-        if (known == nullptr) {
-            AddWarning(ValuePlace(place, "Name"), "a value with the unknown \"Name\" " + Quoted(name) + " is not read");
+        std::string_view const name = attribute->Value();
+        auto const isNamed = [name](auto const& known) { return known.name == name; };
+        auto const floatRow = std::find_if(profile::kFloatRows.begin(), profile::kFloatRows.end(), isNamed);
+        bool const isFloat = floatRow != profile::kFloatRows.end();
+        if (!isFloat && std::none_of(profile::kIntRows.begin(), profile::kIntRows.end(), isNamed)) {
+            AddWarning(attribute->GetLineNum(), "a value with the unknown \"Name\" " + Quoted(name) + " is not read");
             return;
         }
-        if (!isBoard && !known->inDefault) {
-            AddWarning(ValuePlace(place, "Name"), Quoted(name) + " is read in board entries only");
+        if (!isBoard && !isFloat) {
+            AddWarning(attribute->GetLineNum(), Quoted(name) + " is read in board entries only");
             return;
         }
-        if (!names.insert(known->name).second) {
-            AddWarning(ValuePlace(place, "Name"), "another " + Quoted(name) + " in the same entry replaces the first");
+        if (!names.insert(name).second) {
+            AddWarning(attribute->GetLineNum(), "another " + Quoted(name) + " in the same entry replaces the first");
         }
-        if (char const* const normal = row.Attribute("Normal")) {
-            CheckNumber("Normal", normal, ValuePlace(place, "Normal"), known->isFloat);
+        if (XMLAttribute const* const normal = row.FindAttribute("Normal")) {
+            AddNumber(*normal, isFloat ? CheckFloat(normal->Value()) : CheckInteger(normal->Value()));
         } else {
-            AddError(place.start, Quoted(name) + " has no \"Normal\"");
+            AddError(row.GetLineNum(), Quoted(name) + " has no \"Normal\"");
         }
-        CheckGiven(row, *known, place, isBoard);
-    }
-
-    void CheckGiven(XMLElement const& row, KnownRow const& known, ElementPosition const& place, bool isBoard) {
-        char const* const given = row.Attribute("Given");
-        if (given == nullptr) {
-            return;
-        }
-        if (!known.hasGiven) {
-            AddWarning(NamePlace(place, "Given"), "\"Given\" is read with GpuOC and MemOC only");
-        } else if (!isBoard) {
-            AddWarning(NamePlace(place, "Given"), "\"Given\" is read in board entries only");
-        } else {
-            CheckNumber("Given", given, ValuePlace(place, "Given"), true);
-        }
-    }
-
-    void CheckNumber(std::string_view attribute, std::string_view value, std::size_t offset, bool isFloat) {
-        std::string const what = Quoted(attribute) + " " + Quoted(value);
-        switch (isFloat ? JudgeFloat(value) : JudgeInteger(value)) {
-            case Reading::Clean:
-                break;
-            case Reading::NotANumber:
-                AddError(offset, what + (isFloat ? " is not a number" : " is not a whole number"));
-                break;
-            case Reading::OutOfRange:
-                AddError(offset, what + (isFloat ? " is too large or too small for a number of single precision"
-                                                 : " is beyond 32 bits"));
-                break;
-            case Reading::NotFinite:
-                AddError(offset, what + " is not a finite number");
-                break;
-            case Reading::TooLarge:
-                AddError(offset, what + " does not fit: at most " + std::to_string(largestValue));
-                break;
-            case Reading::Trailing:
-                AddWarning(offset, what + ": what follows the number is ignored");
-                break;
-        }
-    }
-
-    // ---- Offsets to lines and columns, in one pass over the text. ----
-
-    std::vector<Problem> Located() {
-        std::stable_sort(findings_.begin(), findings_.end(),
-                         [](Finding const& a, Finding const& b) { return a.offset < b.offset; });
-        std::vector<Problem> problems;
-        problems.reserve(findings_.size());
-        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-        std::size_t offset = text_.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
-        std::size_t line = 1;
-        std::size_t column = 1;
-        for (Finding& finding : findings_) {
-            for (; offset < finding.offset; ++offset) {
-                if (text_[offset] == '\n') {
-                    ++line;
-                    column = 1;
-                } else if ((static_cast<unsigned char>(text_[offset]) & 0xC0U) != 0x80U) {
-                    ++column;
-                }
+        if (XMLAttribute const* const given = row.FindAttribute("Given")) {
+            if (!isFloat || floatRow->given == nullptr) {
+                AddWarning(given->GetLineNum(), "\"Given\" is read with GpuOC and MemOC only");
+            } else if (!isBoard) {
+                AddWarning(given->GetLineNum(), "\"Given\" is read in board entries only");
+            } else {
+                AddNumber(*given, CheckFloat(given->Value()));
             }
-            problems.push_back({line, column, finding.severity, std::move(finding.message)});
         }
-        return problems;
     }
 
     std::string_view text_;
     tinyxml2::XMLDocument xml_;
-    XmlPositions positions_;
-    std::size_t next_ = 0;
-    std::optional<std::size_t> defaultLine_;
-    std::vector<std::size_t> lineEnds_;
-    std::map<long, std::size_t> entryOffsets_;
-    std::vector<Finding> findings_;
+    std::optional<int> defaultLine_;
+    std::map<long long, int> entryLines_;
+    std::vector<Problem> problems_;
 };
 
 }  // namespace
@@ -349,7 +249,7 @@ bool HasError(std::vector<Problem> const& problems) {
 }
 
 std::string FormatProblem(std::string_view file, Problem const& problem) {
-    return std::string(file) + ':' + std::to_string(problem.line) + ':' + std::to_string(problem.column) +
+    return std::string(file) + ':' + std::to_string(problem.line) +
            (problem.severity == Severity::Error ? ": error: " : ": warning: ") + problem.message;
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tool/output/Result.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 
@@ -66,7 +66,7 @@ private:
     char separator_;
     std::size_t line_;
     std::size_t position_ = 0;
-    // The column of the position up to which characters were counted: long lines are not counted anew for every field.
+    // The column at the position counted_. Counting goes on from there for the next field.
     std::size_t counted_ = 0;
     std::size_t column_ = 1;
 };
@@ -99,9 +99,9 @@ std::string CsvQuote(std::string_view text) {
 }
 
 CsvReader::CsvReader(std::string_view text) : rest_(text), separator_(FindSeparator(text)) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (rest_.starts_with(byteOrderMark)) {
-        rest_.remove_prefix(byteOrderMark.size());
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (rest_.starts_with(kByteOrderMark)) {
+        rest_.remove_prefix(kByteOrderMark.size());
     }
 }
 

@@ -1,6 +1,5 @@
-// Comma-separated values, one line at a time, with the position of every field for messages. Fields with commas or
-// quotation marks stand in quotation marks, which are doubled inside. Where a decimal comma is usual, spreadsheets
-// separate by semicolons instead.
+// Comma-separated values, read line by line. A field with commas or quotation marks stands in quotation marks, which
+// are doubled inside. Spreadsheets of countries with a decimal comma separate fields by semicolons instead.
 #pragma once
 
 #include <cstddef>
@@ -22,13 +21,13 @@ struct CsvError {
     std::string message;
 };
 
-// A field of any content as one field of a line. Line ends become blanks: a record is always one line.
+// Any text as one field of a line. Line ends become blanks, so that a record is always one line.
 std::string CsvQuote(std::string_view text);
 
 class CsvReader {
 public:
-    // The text is kept by reference. A byte order mark, "\r\n" and missing ends of the last line are accepted. Fields
-    // are separated by what stands first in the text, outside quotation marks, of a comma and a semicolon.
+    // Keeps a reference to the text. Accepts a byte order mark, "\r\n", and a last line without a line end. The
+    // separator is the first comma or semicolon of the text outside quotation marks.
     explicit CsvReader(std::string_view text);
 
     // ',' or ';'.
@@ -40,7 +39,7 @@ public:
 
     // Of the line that Next read last.
     std::size_t LineNumber() const { return line_; }
-    // Whether that line has a line end: the last one of a file that was cut off has none.
+    // Whether that line has a line end; the last line of a file that was cut off has none.
     bool IsComplete() const { return complete_; }
 
 private:

@@ -9,23 +9,23 @@ namespace gputune::tool {
 
 namespace {
 
-// Twice as much, and a sign, are still whole numbers of a script's only kind.
-constexpr double largestNumber = 0x1p51;
-constexpr int mostDecimals = 3;
+// JavaScript's numbers hold every whole number up to 2^53: these, doubled and with a sign bit, are among them.
+constexpr double kLargestNumber = 0x1p51;
+constexpr int kMostDecimals = 3;
 
 class Packer {
 public:
     void Put(std::int64_t number) {
-        constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-        constexpr std::size_t lineLength = 1000;
+        constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        constexpr std::size_t kLineLength = 1000;
         auto rest = static_cast<std::uint64_t>(number < 0 ? -number : number) << 1U | (number < 0 ? 1U : 0U);
         do {
-            if (lines_.empty() || lines_.back().size() == lineLength) {
+            if (lines_.empty() || lines_.back().size() == kLineLength) {
                 lines_.emplace_back();
             }
             std::uint64_t const low = rest & 31U;
             rest >>= 5U;
-            lines_.back() += digits[static_cast<std::size_t>(low | (rest != 0 ? 32U : 0U))];
+            lines_.back() += kDigits[static_cast<std::size_t>(low | (rest != 0 ? 32U : 0U))];
         } while (rest != 0);
     }
 
@@ -45,11 +45,11 @@ int FindDecimals(std::span<std::optional<double> const> numbers) {
     double largest = 0;
     for (std::optional<double> const& number : numbers) {
         largest = std::max(largest, number ? std::abs(*number) : 0);
-        for (; number && decimals < mostDecimals && !IsWhole(*number * factor); factor *= 10) {
+        for (; number && decimals < kMostDecimals && !IsWhole(*number * factor); factor *= 10) {
             ++decimals;
         }
     }
-    while (largest * std::pow(10.0, decimals) > largestNumber) {
+    while (largest * std::pow(10.0, decimals) > kLargestNumber) {
         --decimals;
     }
     return decimals;
@@ -59,7 +59,7 @@ std::vector<std::string> PackValues(std::span<std::optional<double> const> numbe
     double const factor = std::pow(10.0, decimals);
     Packer packer;
     std::int64_t last = 0;
-    std::int64_t repeats = -1;  // of a difference of 0 that was not written yet; -1: there is none
+    std::int64_t repeats = -1;  // further zeros behind a difference of 0 that is not written yet; -1: there is none
     auto const putRepeats = [&packer, &repeats] {
         if (repeats >= 0) {
             packer.Put(0);

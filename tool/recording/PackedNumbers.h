@@ -1,4 +1,4 @@
-// Rows of numbers as short text for the script of a page. Independent of the operating system.
+// Rows of numbers as short text, for the script of a page.
 #pragma once
 
 #include <optional>
@@ -11,13 +11,14 @@ namespace gputune::tool {
 // Whole numbers in the variable-length form of source maps: a sign bit, then five bits a character, the lowest first,
 // with a sixth for "another one follows", in the alphabet of Base64. Lines end anywhere.
 struct PackedNumbers {
-    // Each number was multiplied by this power of ten and rounded: 3 is thousandths, which no chart shows finer. Less
-    // where that is exact, or where numbers are too large to be kept that finely.
+    // Each number was multiplied by this power of ten and rounded. It is 3 at most, as no chart shows more decimals;
+    // less when that loses nothing, or when the numbers are too large.
     int decimals = 0;
-    // Differences from the number before, at first from 0. Behind a difference of 0 stands how many more follow it.
+    // The difference of each number from the one before; of the first from 0. A difference of 0 is followed by the
+    // number of further zeros.
     std::vector<std::string> values;
-    // Where numbers are missing: how many there are before the gap, since the last one, and how many it takes. In
-    // `values` they equal the one before.
+    // For each gap two numbers: how many values lie between it and the gap before, and how many are missing. In
+    // `values` a missing number equals the one before.
     std::vector<std::string> gaps;
 };
 

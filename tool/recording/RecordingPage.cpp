@@ -5,7 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include "tool/recording/PackedNumbers.h"
-#include "tool/values/Placeholders.h"
+#include "tool/values/Duration.h"
+#include "tool/values/Numbers.h"
+#include "tool/values/Text.h"
 
 namespace gputune::embedded {
 
@@ -26,8 +28,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // The order in which quantities are shown.
-constexpr Quantity quantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
-                                   Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
+constexpr Quantity kQuantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
+                                    Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
 
 Json NumbersJson(std::span<std::optional<double> const> numbers) {
     PackedNumbers packed = PackNumbers(numbers);
@@ -39,11 +41,11 @@ bool IsUnsure(Series const& series, std::size_t moment) {
 }
 
 bool IsLimit(Series const& series) {
-    return series.code == sensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code ||
-           series.code == sensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
+    return series.code == kSensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code ||
+           series.code == kSensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
 }
 
-// All readings that are sure, or all that are not.
+// The readings that are sure, or those that are unsure; the others become gaps.
 std::vector<std::optional<double>> Select(Series const& series, bool unsure) {
     std::vector<std::optional<double>> selected(series.values);
     for (std::size_t i = 0; i < selected.size(); ++i) {
@@ -76,7 +78,7 @@ Json SecondsJson(Recording const& recording) {
 
 Json GroupsJson(Recording const& recording) {
     Json groups = Json::array();
-    for (Quantity const quantity : quantities) {
+    for (Quantity const quantity : kQuantities) {
         Json members = Json::array();
         for (Series const& series : recording.series) {
             if (series.quantity != quantity) {
@@ -88,7 +90,7 @@ Json GroupsJson(Recording const& recording) {
             }
         }
         if (!members.empty()) {
-            groups.push_back({{"title", QuantityName(quantity).text}, {"series", std::move(members)}});
+            groups.push_back({{"title", QuantityName(quantity)}, {"series", std::move(members)}});
         }
     }
     return groups;
@@ -96,11 +98,11 @@ Json GroupsJson(Recording const& recording) {
 
 Series const* Find(Recording const& recording, GputuneHwmKey key) {
     auto const found = std::find_if(recording.series.begin(), recording.series.end(),
-                                    [key](Series const& series) { return series.code == sensorNames[key].code; });
+                                    [key](Series const& series) { return series.code == kSensorNames[key].code; });
     return found == recording.series.end() ? nullptr : &*found;
 }
 
-// Null without a temperature or a fan.
+// For the chart of fan over temperature; null without one of the two.
 Json FanJson(Recording const& recording) {
     Series const* const temperature = Find(recording, GPUTUNE_HWM_GPU_TEMPERATURE);
     Series const* speed = Find(recording, GPUTUNE_HWM_FAN_SPEED_PERCENT);
@@ -118,8 +120,8 @@ Json FanJson(Recording const& recording) {
     return {{"temperature", temperature->title}, {"speed", speed->title}, {"curve", std::move(curve)}};
 }
 
-// Inside a script element nothing may look like its end. The text has a line for every value: one line of some
-// megabytes is more than many programs show.
+// The data for the script. Escapes '<', as "</script>" would end the script element. Has a line for every value, as
+// many programs cannot show lines of megabytes.
 std::string DataText(Recording const& recording) {
     Json const data = {{"count", recording.seconds.size()},
                        {"seconds", SecondsJson(recording)},
@@ -134,17 +136,16 @@ std::string DataText(Recording const& recording) {
 
 std::string SummaryRows(Recording const& recording) {
     std::string rows;
-    for (Quantity const quantity : quantities) {
+    for (Quantity const quantity : kQuantities) {
         std::string body;
         for (Series const& series : recording.series) {
             if (series.quantity != quantity) {
                 continue;
             }
-            std::optional<SeriesSummary> const summary = Summarize(series);
+            Summary const summary = Summarize(series);
             body += "<tr><th scope=\"row\">" + EscapeHtml(series.title) + "</th>";
-            for (double SeriesSummary::*const figure :
-                 {&SeriesSummary::minimum, &SeriesSummary::average, &SeriesSummary::maximum, &SeriesSummary::last}) {
-                body += "<td>" + (summary ? FormatNumber(*summary.*figure) : "–") + "</td>";
+            for (double const figure : {summary.minimum, summary.average, summary.maximum, summary.last}) {
+                body += "<td>" + (summary.count > 0 ? FormatNumber(figure) : "–") + "</td>";
             }
             body += "<td>" + EscapeHtml(UnitName(series.unit).text) + "</td></tr>\n";
         }
@@ -157,7 +158,7 @@ std::string Facts(Recording const& recording, std::string const& fileName) {
     std::string start = recording.start;
     std::replace(start.begin(), start.end(), 'T', ' ');
     return EscapeHtml(fileName) + " · started " + EscapeHtml(start) + " · " + ElapsedText(recording.seconds.back()) +
-           " · " + CountText(recording.seconds.size());
+           " · " + CountText(recording.seconds.size(), "reading");
 }
 
 std::string Remarks(Recording const& recording) {
@@ -167,14 +168,14 @@ std::string Remarks(Recording const& recording) {
                  ": " + EscapeHtml(remark.message) + ".</p>\n";
     }
     if (recording.furtherRemarks > 0) {
-        notes += "<p class=\"note\">And " + FurtherWarnings(recording.furtherRemarks) + ".</p>\n";
+        notes += "<p class=\"note\">And " + CountText(recording.furtherRemarks, "further warning") + ".</p>\n";
     }
     for (Series const& series : recording.series) {
         auto const count = std::count(series.unsure.begin(), series.unsure.end(), true);
         if (count > 0) {
             notes += "<p class=\"note\">" + EscapeHtml(series.title) + ": " +
-                     CountText(static_cast<std::size_t>(count)) + " of 0 " + UnitName(series.unit).text + " " +
-                     (count == 1 ? "is " : "are ") + unsureFan.text +
+                     CountText(static_cast<std::size_t>(count), "reading") + " of " + WithUnit(0, series.unit) + " " +
+                     (count == 1 ? "is " : "are ") + kUnsureFan.text +
                      ". The summary leaves them out; the chart shows them dashed.</p>\n";
         }
     }
@@ -183,23 +184,12 @@ std::string Remarks(Recording const& recording) {
 
 }  // namespace
 
-std::optional<SeriesSummary> Summarize(Series const& series) {
-    std::optional<SeriesSummary> summary;
-    double count = 0;
+Summary Summarize(Series const& series) {
+    Summary summary;
     for (std::size_t i = 0; i < series.values.size(); ++i) {
-        if (!series.values[i] || IsUnsure(series, i)) {
-            continue;
+        if (series.values[i] && !IsUnsure(series, i)) {
+            summary.Add(*series.values[i]);
         }
-        double const value = *series.values[i];
-        if (!summary) {
-            summary = {value, value, value, value};
-        }
-        summary->minimum = std::min(summary->minimum, value);
-        summary->maximum = std::max(summary->maximum, value);
-        // Not a sum, which could leave the range of numbers. And rounding cannot carry it beyond the extremes.
-        ++count;
-        summary->average += (value - summary->average) / count;
-        summary->last = value;
     }
     return summary;
 }
@@ -207,25 +197,10 @@ std::optional<SeriesSummary> Summarize(Series const& series) {
 std::string EscapeHtml(std::string_view text) {
     std::string escaped;
     for (char const c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\'':
-                escaped += "&#39;";
-                break;
-            default:
-                escaped += c;
-        }
+        constexpr std::string_view kSpecial = "&<>\"'";
+        constexpr char const* kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
+        std::size_t const special = kSpecial.find(c);
+        escaped += special == std::string_view::npos ? std::string(1, c) : kEntities[special];
     }
     return escaped;
 }
@@ -237,26 +212,21 @@ bool HasCharts() {
 std::string RecordingPage(Recording const& recording, std::string const& fileName) {
     std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
     std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
-    std::string const facts = Facts(recording, fileName);
-    std::string const remarks = Remarks(recording);
-    std::string const summary = SummaryRows(recording);
-    std::string const file = EscapeHtml(fileName);
-    std::string const data = DataText(recording);
-    return FillForm(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
-                                         {"uplot-version", GPUTUNE_UPLOT_VERSION},
-                                         {"title", title},
-                                         {"heading", heading},
-                                         {"facts", facts},
-                                         {"remarks", remarks},
-                                         {"summary", summary},
-                                         {"file", file},
-                                         {"data", data},
-                                         {"style", embedded::pageStyle},
-                                         {"readings-script", embedded::pageReadingsScript},
-                                         {"script", embedded::pageScript},
-                                         {"uplot-licence", embedded::uplotLicence},
-                                         {"uplot-style", embedded::uplotStyle},
-                                         {"uplot-script", embedded::uplotScript}});
+    return FillPlaceholders(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
+                                                 {"uplot-version", GPUTUNE_UPLOT_VERSION},
+                                                 {"title", title},
+                                                 {"heading", heading},
+                                                 {"facts", Facts(recording, fileName)},
+                                                 {"remarks", Remarks(recording)},
+                                                 {"summary", SummaryRows(recording)},
+                                                 {"file", EscapeHtml(fileName)},
+                                                 {"data", DataText(recording)},
+                                                 {"style", embedded::pageStyle},
+                                                 {"readings-script", embedded::pageReadingsScript},
+                                                 {"script", embedded::pageScript},
+                                                 {"uplot-licence", embedded::uplotLicence},
+                                                 {"uplot-style", embedded::uplotStyle},
+                                                 {"uplot-script", embedded::uplotScript}});
 }
 
 }  // namespace gputune::tool

@@ -1,29 +1,21 @@
-// A recording as one HTML page that needs nothing else: summary, charts and their library. Independent of the operating
-// system.
+// A recording as one HTML page, which holds all that it needs: summary, charts and the library that draws them.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include "tool/recording/Recording.h"
+#include "tool/recording/RecordingReader.h"
+#include "tool/values/Summary.h"
 
 namespace gputune::tool {
 
-struct SeriesSummary {
-    double minimum = 0;
-    double average = 0;  // of the readings, whatever time lay between them
-    double maximum = 0;
-    double last = 0;
-};
+// Of the readings that are not unsure.
+Summary Summarize(Series const& series);
 
-// Of the readings that are sure; nothing when there is none.
-std::optional<SeriesSummary> Summarize(Series const& series);
-
-// As text of an element or in a quoted attribute.
+// For the text of an element or a quoted attribute.
 std::string EscapeHtml(std::string_view text);
 
-// Whether this program was built with the library that draws the charts; without it there are no pages.
+// Whether this program was built with the library that draws the charts. RecordingPage needs it.
 bool HasCharts();
 
 // `fileName` names the recording to the reader; UTF-8.

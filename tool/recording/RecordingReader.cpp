@@ -1,23 +1,22 @@
-// ReadRecording: from comma-separated values to what can be drawn.
+#include "tool/recording/RecordingReader.h"
+
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <functional>
 
-#include "tool/board/Checks.h"
-#include "tool/recording/Recording.h"
-#include "tool/recording/RecordingColumns.h"
-#include "tool/values/Errors.h"
+#include "tool/recording/RecordingFormat.h"
+#include "tool/values/FanCurve.h"
+#include "tool/values/Numbers.h"
 #include "tool/values/Quoted.h"
 
 namespace gputune::tool {
 
 namespace {
 
-// Every sensor under each of its units; which unit it has depends on the vendor.
+// The sensor of this column. A sensor's unit, and with it the heading, depends on the vendor.
 std::optional<Series> KnownSeries(std::string const& heading) {
-    for (SensorName const& sensor : sensorNames) {
+    for (SensorName const& sensor : kSensorNames) {
         for (std::uint32_t const vendor : {GPUTUNE_VENDOR_AMD, GPUTUNE_VENDOR_INTEL, GPUTUNE_VENDOR_NVIDIA}) {
             Unit const unit = SensorUnit(sensor, vendor);
             if (heading == ColumnName(sensor.code, unit)) {
@@ -25,34 +24,33 @@ std::optional<Series> KnownSeries(std::string const& heading) {
             }
         }
     }
-    if (heading == ColumnName(frameRateName.code, Unit::FramesPerSecond)) {
-        return Series{frameRateName.code, frameRateName.text, Unit::FramesPerSecond, Quantity::FrameRate, {}};
+    if (heading == ColumnName(kFrameRateName.code, Unit::FramesPerSecond)) {
+        return Series{kFrameRateName.code, kFrameRateName.text, Unit::FramesPerSecond, Quantity::FrameRate, {}};
     }
     return std::nullopt;
 }
 
-// Reads `digits` digits of the text into `number` and takes them away.
-bool TakeNumber(std::string_view& text, std::size_t digits, int& number) {
-    if (text.size() < digits || text.substr(0, digits).find_first_not_of("0123456789") != std::string_view::npos) {
+// Removes that many digits from the text's beginning and puts their value in `number`.
+bool TakeDigits(std::string_view& text, std::size_t digits, int& number) {
+    std::string_view taken = text.substr(0, digits);
+    if (taken.size() < digits || taken.find_first_not_of("0123456789") != std::string_view::npos) {
         return false;
     }
-    std::from_chars(text.data(), text.data() + digits, number);
+    number = TakeNumber<int>(taken).value_or(0);
     text.remove_prefix(digits);
     return true;
 }
 
 bool TakeOneOf(std::string_view& text, std::string_view characters) {
-    if (text.empty() || characters.find(text.front()) == std::string_view::npos) {
-        return false;
-    }
-    text.remove_prefix(1);
-    return true;
+    bool const isOne = !text.empty() && characters.find(text.front()) != std::string_view::npos;
+    text.remove_prefix(isOne ? 1 : 0);
+    return isOne;
 }
 
-constexpr std::int64_t microseconds = 1000000;  // of a second
+constexpr std::int64_t kMicroseconds = 1000000;  // of a second
 
-// "2025-01-31T12:34:56.789" in microseconds since an arbitrary moment; a blank may stand for the T and a comma for the
-// point, seconds may be whole. Of nine decimals, the last three are left out: with them, not every year would fit.
+// "2025-01-31T12:34:56.789" in microseconds. A blank may stand for the T, and a comma for the point; the fraction may
+// be missing. Of nine decimals the last three are dropped.
 std::optional<std::int64_t> ParseTime(std::string_view text) {
     int year = 0;
     int month = 0;
@@ -60,15 +58,15 @@ std::optional<std::int64_t> ParseTime(std::string_view text) {
     int hour = 0;
     int minute = 0;
     int second = 0;
-    if (!TakeNumber(text, 4, year) || !TakeOneOf(text, "-") || !TakeNumber(text, 2, month) || !TakeOneOf(text, "-") ||
-        !TakeNumber(text, 2, day) || !TakeOneOf(text, "T ") || !TakeNumber(text, 2, hour) || !TakeOneOf(text, ":") ||
-        !TakeNumber(text, 2, minute) || !TakeOneOf(text, ":") || !TakeNumber(text, 2, second)) {
+    if (!TakeDigits(text, 4, year) || !TakeOneOf(text, "-") || !TakeDigits(text, 2, month) || !TakeOneOf(text, "-") ||
+        !TakeDigits(text, 2, day) || !TakeOneOf(text, "T ") || !TakeDigits(text, 2, hour) || !TakeOneOf(text, ":") ||
+        !TakeDigits(text, 2, minute) || !TakeOneOf(text, ":") || !TakeDigits(text, 2, second)) {
         return std::nullopt;
     }
     int fraction = 0;
     if (TakeOneOf(text, ".,")) {
         std::size_t const digits = text.size();
-        if (digits > 9 || digits == 0 || !TakeNumber(text, digits, fraction)) {
+        if (digits > 9 || digits == 0 || !TakeDigits(text, digits, fraction)) {
             return std::nullopt;
         }
         for (std::size_t missing = digits; missing < 9; ++missing) {
@@ -82,7 +80,7 @@ std::optional<std::int64_t> ParseTime(std::string_view text) {
         return std::nullopt;
     }
     std::int64_t const days = std::chrono::sys_days(date).time_since_epoch().count();
-    return (((days * 24 + hour) * 60 + minute) * 60 + second) * microseconds + fraction;
+    return (((days * 24 + hour) * 60 + minute) * 60 + second) * kMicroseconds + fraction;
 }
 
 class Reader {
@@ -112,17 +110,17 @@ public:
     }
 
 private:
-    // What becomes of a field of this column.
+    // Reads a field of its column.
     using Column = std::function<void(CsvField const&)>;
 
     [[noreturn]] void Fail(CsvField const& field, std::string message) const {
         throw CsvError{csv_.LineNumber(), field.column, std::move(message)};
     }
 
-    // A damaged recording may deserve one for every line.
+    // Only the first ones are kept: a damaged recording may have one in every line.
     void Remark(std::size_t column, std::string message) {
-        constexpr std::size_t mostRemarks = 20;
-        if (recording_.remarks.size() < mostRemarks) {
+        constexpr std::size_t kMostRemarks = 20;
+        if (recording_.remarks.size() < kMostRemarks) {
             recording_.remarks.push_back({csv_.LineNumber(), column, std::move(message)});
         } else {
             ++recording_.furtherRemarks;
@@ -139,7 +137,7 @@ private:
             if (std::any_of(fields_.begin(), field, isSame)) {
                 Fail(*field, "there are two columns " + Quoted(field->text));
             }
-            hasTime = hasTime || field->text == timeColumn;
+            hasTime = hasTime || field->text == kTimeColumn;
             columns_.push_back(MakeColumn(*field));
             headings_.push_back(field->text);
         }
@@ -154,18 +152,18 @@ private:
     }
 
     Column MakeColumn(CsvField const& field) {
-        if (field.text == timeColumn) {
+        if (field.text == kTimeColumn) {
             return [this](CsvField const& time) { ReadTime(time); };
         }
-        if (field.text == adapterColumn) {
+        if (field.text == kAdapterColumn) {
             return [this](CsvField const& name) {
                 recording_.adapterName = recording_.adapterName.empty() ? Printable(name.text) : recording_.adapterName;
             };
         }
-        if (field.text == fanCurveColumn) {
+        if (field.text == kFanCurveColumn) {
             return [this](CsvField const& curve) { ReadCurve(curve); };
         }
-        if (field.text == fanUnsureColumn) {
+        if (field.text == kFanUnsureColumn) {
             return [this](CsvField const& doubt) { unsureFan_.push_back(!doubt.text.empty()); };
         }
         if (std::optional<Series> series = KnownSeries(field.text)) {
@@ -200,14 +198,14 @@ private:
             recording_.start = field.text;
             zero_ = *time;
         } else if (*time - zero_ < last_) {
-            // Summer time ended, or someone set the clock: go on one step after the last reading.
+            // Summer time ended, or someone set the clock: this reading counts as one step after the last one.
             zero_ = *time - last_ - step_;
             Remark(field.column, "the clock was set back here; what follows is moved behind what came before");
         }
         recording_.end = field.text;
         step_ = *time - zero_ - last_;
         last_ = *time - zero_;
-        recording_.seconds.push_back(static_cast<double>(last_) / microseconds);
+        recording_.seconds.push_back(static_cast<double>(last_) / kMicroseconds);
     }
 
     std::optional<double> ReadNumber(CsvField const& field) {
@@ -221,10 +219,8 @@ private:
         } else if (mark != std::string::npos) {
             FailNumber(field);
         }
-        double value = 0;
-        char const* const last = text.data() + text.size();
-        auto const [end, error] = std::from_chars(text.data(), last, value);
-        if (error != std::errc{} || end != last || !std::isfinite(value)) {
+        std::optional<double> const value = ParseNumber<double>(text);
+        if (!value || !std::isfinite(*value)) {
             FailNumber(field);
         }
         return value;
@@ -234,8 +230,8 @@ private:
         Fail(field, Quoted(field.text) + " is no number (" + headings_[current_] + ")");
     }
 
-    // Decimals are behind a point; between semicolons behind a point or a comma, one of them in the whole file: in a
-    // mixture one would separate thousands.
+    // Between commas the decimal mark is a point. Between semicolons it is a point or a comma, but the same in the
+    // whole file: if both occur, one of them separates thousands.
     bool TakesDecimalMark(char mark) {
         if (decimalMark_ == 0) {
             decimalMark_ = csv_.Separator() == ';' ? mark : '.';
@@ -245,7 +241,7 @@ private:
 
     void MarkFan() {
         for (Series& series : recording_.series) {
-            if (series.code == sensorNames[GPUTUNE_HWM_FAN_SPEED_RPM].code) {
+            if (series.code == kSensorNames[GPUTUNE_HWM_FAN_SPEED_RPM].code) {
                 series.unsure = std::move(unsureFan_);
                 return;
             }
@@ -259,10 +255,10 @@ private:
         try {
             for (std::size_t start = 0; start < field.text.size();) {
                 std::size_t const end = std::min(field.text.find(' ', start), field.text.size());
-                recording_.fanCurve.push_back(ParseCurvePoint(Printable(field.text.substr(start, end - start))));
+                recording_.fanCurve.push_back(ParseFanPoint(Printable(field.text.substr(start, end - start))));
                 start = end + 1;
             }
-        } catch (UsageError const& error) {
+        } catch (FanCurveError const& error) {
             Fail(field, error.what());
         }
     }
@@ -275,17 +271,13 @@ private:
     std::size_t current_ = 0;
     std::vector<bool> unsureFan_;
     char decimalMark_ = 0;  // 0: none was seen
-    // Microseconds:
-    std::int64_t zero_ = 0;  // the time that counts as 0 seconds
-    std::int64_t last_ = 0;  // the last reading's time since then
-    std::int64_t step_ = 0;  // from the reading before it
+    // In microseconds:
+    std::int64_t zero_ = 0;  // the time that counts as 0
+    std::int64_t last_ = 0;  // of the last reading, since zero_
+    std::int64_t step_ = 0;  // from the reading before the last one to the last one
 };
 
 }  // namespace
-
-std::string FurtherWarnings(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " further warning" : " further warnings");
-}
 
 Recording ReadRecording(std::string_view text) {
     return Reader(text).Read();

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "tool/output/Result.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
 
@@ -31,15 +30,15 @@ bool WriteBytes(HANDLE handle, std::string_view text) {
 }
 
 bool Write(DWORD standardHandle, std::FILE* stream, std::string_view text) {
-    // The library's log may go the same way through the runtime; what it said before is to stand before.
+    // The library's log may go to the same place through the C runtime. This keeps the order.
     std::fflush(stream);
     HANDLE const handle = GetStdHandle(standardHandle);
     return IsConsole(standardHandle) ? WriteConsoleText(handle, WideFromUtf8(text)) : WriteBytes(handle, text);
 }
 
-// The handler runs on a thread of the system's own and has no argument, hence these two.
-HANDLE interrupted = nullptr;
-HANDLE finished = nullptr;
+// Global, because the system calls the handler without an argument, on another thread.
+HANDLE g_interrupted = nullptr;
+HANDLE g_finished = nullptr;
 
 // Reads a line of the console into the text that it is given.
 DWORD WINAPI ReadLine(void* argument) {
@@ -56,10 +55,10 @@ DWORD WINAPI ReadLine(void* argument) {
 }
 
 BOOL WINAPI OnInterrupt(DWORD kind) {
-    SetEvent(interrupted);
+    SetEvent(g_interrupted);
     if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) {
-        // The process ends when this function returns: leave the program the time to end by itself.
-        WaitForSingleObject(finished, 2000);
+        // The process ends when this function returns. So it waits until the program has ended its work.
+        WaitForSingleObject(g_finished, 2000);
     }
     return TRUE;
 }
@@ -111,9 +110,9 @@ void WriteError(std::string_view text) noexcept {
 }
 
 bool Confirm(std::string const& question) {
-    InterruptEvent const interrupt;  // Ctrl+C is an answer, and does not end the program at once
+    InterruptEvent const interrupt;  // so that Ctrl+C is an answer and does not end the program
     WriteError(question + " [y/N] ");
-    // On a thread of its own, because not every system's console ends the reading at Ctrl+C.
+    // On another thread, because on some systems Ctrl+C does not end ReadConsole.
     auto answer = std::make_unique<std::wstring>();
     HANDLE const thread = CreateThread(nullptr, 0, ReadLine, answer.get(), 0, nullptr);
     if (thread == nullptr) {
@@ -124,7 +123,7 @@ bool Confirm(std::string const& question) {
         WaitForMultipleObjects(static_cast<DWORD>(std::size(ends)), ends, FALSE, INFINITE) == WAIT_OBJECT_0;
     CloseHandle(thread);
     if (isInterrupted) {
-        static_cast<void>(answer.release());  // deliberate: the thread may go on until the process ends, which is soon
+        static_cast<void>(answer.release());  // deliberate: the thread may still write to it
         WriteError("\n");
         return false;
     }
@@ -136,24 +135,24 @@ bool Confirm(std::string const& question) {
 }
 
 InterruptEvent::InterruptEvent() {
-    // Manual reset: an interrupt stays one.
-    interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    // With manual reset: after an interrupt the event stays set.
+    g_interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    g_finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SetConsoleCtrlHandler(OnInterrupt, TRUE);
 }
 
 InterruptEvent::~InterruptEvent() {
     SetConsoleCtrlHandler(OnInterrupt, FALSE);
-    SetEvent(finished);
-    // Left open: a handler that runs at this moment may still use them, and the process ends soon.
+    SetEvent(g_finished);
+    // Deliberate: the events stay open, as a handler that runs at this moment may still use them.
 }
 
 void* InterruptEvent::Handle() const {
-    return interrupted;
+    return g_interrupted;
 }
 
 bool InterruptEvent::Wait(unsigned long milliseconds) const {
-    return WaitForSingleObject(interrupted, milliseconds) == WAIT_OBJECT_0;
+    return WaitForSingleObject(g_interrupted, milliseconds) == WAIT_OBJECT_0;
 }
 
 }  // namespace gputune::tool

@@ -11,20 +11,21 @@ bool InputIsConsole();
 bool OutputIsConsole();
 bool ErrorIsConsole();
 
-// False when there is no reader any more: what comes is not wanted, which is no error. Throws ToolError when the text
-// cannot be written for another reason, such as a full disk.
+// False when the reader of the pipe has closed it, which is no error. Throws ToolError when the text cannot be written
+// for another reason, such as a full disk.
 bool WriteOutput(std::string_view text);
-// Never throws: there is nowhere left to tell.
+// Never throws, as there is no other place for a message.
 void WriteError(std::string_view text) noexcept;
 
 // To the console behind this handle; false when it refuses.
 bool WriteConsoleText(void* handle, std::wstring_view text);
 
-// Asks on standard error and reads a line of the console: true for "y" and "yes", false for anything else and for
-// Ctrl+C.
+// Prints the question on standard error and reads a line of the console. True for "y" and "yes", false for anything
+// else and for Ctrl+C.
 bool Confirm(std::string const& question);
 
-// Ctrl+C, Ctrl+Break and the closing of the console, from construction on. One at a time.
+// While it exists, Ctrl+C, Ctrl+Break and the closing of the console set an event and do not end the process at once.
+// There may be one at a time.
 class InterruptEvent {
 public:
     InterruptEvent();
@@ -32,9 +33,9 @@ public:
     InterruptEvent(InterruptEvent const&) = delete;
     InterruptEvent& operator=(InterruptEvent const&) = delete;
 
-    // True as soon as there was an interrupt, false after the time.
+    // Returns true as soon as there was an interrupt, false after the time.
     bool Wait(unsigned long milliseconds) const;
-    // The system's event, to wait for along with others.
+    // The event's handle, for WaitForMultipleObjects.
     void* Handle() const;
 };
 

@@ -12,7 +12,7 @@ namespace gputune::tool {
 
 namespace {
 
-constexpr char const* existsAlready = " exists already: choose another name, or replace it with --force.";
+constexpr char const* kExistsAlready = " exists already: choose another name, or replace it with --force.";
 
 // The system's last error.
 [[noreturn]] void Fail(std::string const& path) {
@@ -34,9 +34,25 @@ Handle Open(std::string const& path, DWORD access, DWORD sharing, DWORD disposit
 
 }  // namespace
 
+std::wstring ProgramDirectory() {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        DWORD const length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0) {
+            throw ToolError("Cannot find the program's directory: " + SystemMessage(GetLastError()) + ".");
+        }
+        if (length < path.size()) {
+            path.resize(length);
+            break;
+        }
+        path.resize(path.size() * 2);
+    }
+    return path.substr(0, path.find_last_of(L"\\/") + 1);
+}
+
 std::string ReadTextFile(std::string const& path, std::size_t enough) {
     Handle const file = Open(path, GENERIC_READ, FILE_SHARE_WRITE, OPEN_EXISTING);
-    if (!file) {
+    if (file == nullptr) {
         Fail(path);
     }
     std::string text;
@@ -58,7 +74,7 @@ bool IsSameFile(std::string const& one, std::string const& other) {
     Handle const files[] = {Open(one, 0, FILE_SHARE_WRITE, OPEN_EXISTING),
                             Open(other, 0, FILE_SHARE_WRITE, OPEN_EXISTING)};
     BY_HANDLE_FILE_INFORMATION information[2]{};
-    return files[0] && files[1] && GetFileInformationByHandle(files[0].get(), &information[0]) &&
+    return files[0] != nullptr && files[1] != nullptr && GetFileInformationByHandle(files[0].get(), &information[0]) &&
            GetFileInformationByHandle(files[1].get(), &information[1]) &&
            information[0].dwVolumeSerialNumber == information[1].dwVolumeSerialNumber &&
            information[0].nFileIndexHigh == information[1].nFileIndexHigh &&
@@ -68,9 +84,9 @@ bool IsSameFile(std::string const& one, std::string const& other) {
 OutputFile::OutputFile(std::string const& path, Existing existing, std::string const& shown)
     : shown_(shown.empty() ? path : shown),
       handle_(Open(path, GENERIC_WRITE, 0, existing == Existing::Replace ? CREATE_ALWAYS : CREATE_NEW).release()) {
-    if (!handle_) {
+    if (handle_ == nullptr) {
         if (GetLastError() == ERROR_FILE_EXISTS) {
-            throw ToolError(shown_ + existsAlready);
+            throw ToolError(shown_ + kExistsAlready);
         }
         Fail(shown_);
     }
@@ -94,7 +110,7 @@ void OutputFile::Close::operator()(void* handle) const {
 void WriteWholeFile(std::string const& path, std::string_view text, Existing existing) {
     std::wstring const name = WideFromUtf8(path);
     if (existing == Existing::Keep && GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        throw ToolError(path + existsAlready);
+        throw ToolError(path + kExistsAlready);
     }
     std::string const partPath = path + ".part";
     std::wstring const part = WideFromUtf8(partPath);
@@ -107,7 +123,7 @@ void WriteWholeFile(std::string const& path, std::string_view text, Existing exi
     if (!MoveFileExW(part.c_str(), name.c_str(), existing == Existing::Replace ? MOVEFILE_REPLACE_EXISTING : 0)) {
         DWORD const error = GetLastError();
         DeleteFileW(part.c_str());
-        throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? existsAlready : ": " + SystemMessage(error) + "."));
+        throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? kExistsAlready : ": " + SystemMessage(error) + "."));
     }
 }
 

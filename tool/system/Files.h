@@ -8,20 +8,23 @@
 
 namespace gputune::tool {
 
-// The whole file; of one that is larger than `enough` bytes, at least one byte more than that.
+// The folder of this program; ends with the separator.
+std::wstring ProgramDirectory();
+
+// The whole file. Of a file that is larger than `enough` bytes, at least one byte more than `enough`.
 std::string ReadTextFile(std::string const& path, std::size_t enough);
 
-// Whether both name one file that exists.
+// Whether both paths lead to the same existing file.
 bool IsSameFile(std::string const& one, std::string const& other);
 
-// What becomes of a file that is there already.
+// What to do with a file that exists already.
 enum class Existing { Keep, Replace };
 
-// A file that is written piece by piece: what Write was given is in the file when it returns, whatever happens then.
-// Other programs may read along.
+// A file that is written piece by piece. Nothing is buffered: when Write returns, the text is in the file. Other
+// programs may read the file meanwhile.
 class OutputFile {
 public:
-    // With Existing::Keep it is an error when the file exists. Messages call the file `shown`, when it is given.
+    // With Existing::Keep it is an error when the file exists. Messages name the file `shown`, or else `path`.
     OutputFile(std::string const& path, Existing existing, std::string const& shown = "");
 
     void Write(std::string_view text);
@@ -35,7 +38,7 @@ private:
     std::unique_ptr<void, Close> handle_;
 };
 
-// Writes a file as a whole or not at all: it gets its name when it is complete.
+// Writes the whole file or nothing: it writes to another name and renames the file when it is complete.
 void WriteWholeFile(std::string const& path, std::string_view text, Existing existing);
 
 }  // namespace gputune::tool

@@ -1,4 +1,4 @@
-// Conversions between the encodings of Windows and UTF-8, in which the tool keeps all its texts.
+// Conversions between the encodings of Windows and UTF-8. All texts of the tool are UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@ namespace gputune::tool {
 
 std::string Utf8FromWide(std::wstring_view text);
 std::wstring WideFromUtf8(std::string_view text);
-// A NUL-terminated text of at most `capacity` bytes in the system's ANSI code page, as the library delivers them.
+// From the system's ANSI code page, which the library's texts have. Reads `capacity` bytes at most, or up to a NUL.
 std::string Utf8FromAnsi(char const* text, std::size_t capacity);
-// What the system says about an error code of GetLastError, with the code.
+// The system's text for an error code of GetLastError, and the code.
 std::string SystemMessage(unsigned long error);
 
 }  // namespace gputune::tool

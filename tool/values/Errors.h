@@ -12,12 +12,12 @@
 namespace gputune::tool {
 
 // Exit codes of the program.
-constexpr int exitSuccess = 0;
-constexpr int exitFailure = 1;
-constexpr int exitUsage = 2;
-constexpr int exitUnsupported = 3;
+constexpr int kExitSuccess = 0;
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+constexpr int kExitUnsupported = 3;
 
-// What programs get beside the text of an error. What is left empty does not apply.
+// What --json prints of an error beside its text. Empty fields do not apply.
 struct ErrorDetails {
     struct Range {
         int minimum = 0;
@@ -28,7 +28,7 @@ struct ErrorDetails {
     std::string code{};  // stable, lower case; every class of errors has one of its own
     std::optional<Range> range{};
     std::optional<int> expectedPoints{};
-    std::vector<int> adapters{};             // the indices there are
+    std::vector<int> adapters{};             // the indices that --adapter takes
     std::vector<std::string> controllers{};  // the system's display controllers, UTF-8
 };
 
@@ -52,8 +52,8 @@ private:
     ErrorDetails details_;
 };
 
-// The board does not have what the command is for, or the library has no way to it: nothing went wrong. `why` completes
-// the sentence: "it has no fan curve."
+// The board does not have what the command is for, or the library cannot reach it. `why` is the end of the sentence:
+// "it has no fan curve."
 class UnsupportedError : public ToolError {
 public:
     explicit UnsupportedError(std::string const& why)

@@ -1,22 +1,37 @@
 #include "tool/values/Names.h"
 
+#include <algorithm>
+
+#include "tool/values/Text.h"
+
 namespace gputune::tool {
 
 namespace {
 
-struct NumberName {
+constexpr char const* kAmdFiles[] = {"atiadlxx.dll", "atiadlxy.dll"};
+constexpr char const* kIntelFiles[] = {sizeof(void*) == 4 ? "ControlLib32.dll" : "ControlLib.dll"};
+constexpr char const* kNvidiaFiles[] = {sizeof(void*) == 4 ? "nvapi.dll" : "nvapi64.dll"};
+
+struct Vendor {
+    std::uint32_t number;
+    Name name;
+    std::span<char const* const> libraryFiles;
+    char const* driver;
+};
+
+constexpr Vendor kVendors[] = {
+    {GPUTUNE_VENDOR_AMD, {"AMD", "amd"}, kAmdFiles, "AMD's driver for Radeon graphics"},
+    {GPUTUNE_VENDOR_INTEL, {"Intel", "intel"}, kIntelFiles, "Intel's driver for Arc graphics"},
+    {GPUTUNE_VENDOR_NVIDIA, {"NVIDIA", "nvidia"}, kNvidiaFiles, "NVIDIA's graphics driver"},
+    {GPUTUNE_VENDOR_UNKNOWN, {"none", "none"}, {}, "the vendor's graphics driver"},
+};
+
+struct Api {
     std::uint32_t number;
     Name name;
 };
 
-constexpr NumberName vendorNames[] = {
-    {GPUTUNE_VENDOR_UNKNOWN, {"none", "none"}},
-    {GPUTUNE_VENDOR_AMD, {"AMD", "amd"}},
-    {GPUTUNE_VENDOR_INTEL, {"Intel", "intel"}},
-    {GPUTUNE_VENDOR_NVIDIA, {"NVIDIA", "nvidia"}},
-};
-
-constexpr NumberName apiNames[] = {
+constexpr Api kApis[] = {
     {GPUTUNE_API_NONE, {"none", "none"}},
     {GPUTUNE_API_OVERDRIVE8, {"AMD Overdrive8", "overdrive8"}},
     {GPUTUNE_API_OVERDRIVEN, {"AMD OverdriveN", "overdriven"}},
@@ -24,18 +39,29 @@ constexpr NumberName apiNames[] = {
     {GPUTUNE_API_NVAPI, {"NVIDIA NVAPI", "nvapi"}},
 };
 
-Name Find(std::span<NumberName const> names, std::uint32_t number) {
-    for (NumberName const& entry : names) {
-        if (entry.number == number) {
-            return entry.name;
-        }
-    }
-    return {"unknown", "unknown"};
+// In the order of the enumerations.
+constexpr Name kUnitNames[] = {{"", ""},       {"MHz", "mhz"},          {"\u00b0C", "celsius"}, {"%", "percent"},
+                               {"rpm", "rpm"}, {"W", "watts"},          {"MB", "megabytes"},    {"mV", "millivolts"},
+                               {"fps", "fps"}, {"(raw counter)", "raw"}};
+constexpr char const* kQuantityNames[] = {"Clocks", "Temperatures",  "Fan",     "Load",
+                                          "Power",  "Memory in use", "Voltage", "Frame rate"};
+
+template <class Entry>
+Entry const* Find(std::span<Entry const> entries, std::uint32_t number) {
+    auto const found =
+        std::find_if(entries.begin(), entries.end(), [number](Entry const& entry) { return entry.number == number; });
+    return found == entries.end() ? nullptr : &*found;
+}
+
+template <class Entry>
+Name NameOf(std::span<Entry const> entries, std::uint32_t number) {
+    Entry const* const entry = Find(entries, number);
+    return entry != nullptr ? entry->name : Name{"unknown", "unknown"};
 }
 
 }  // namespace
 
-constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> sensorNames{{
+constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> kSensorNames{{
     {GPUTUNE_HWM_GPU_CORE_CLOCK, "GPU Core Clock", "gpu_core_clock", Unit::Megahertz, Quantity::Clock},
     {GPUTUNE_HWM_GPU_MEMORY_CLOCK, "GPU Memory Clock", "gpu_memory_clock", Unit::Megahertz, Quantity::Clock},
     {GPUTUNE_HWM_GPU_TEMPERATURE, "GPU Temperature", "gpu_temperature", Unit::Celsius, Quantity::Temperature},
@@ -65,97 +91,34 @@ constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> sensorNames{{
 }};
 
 Name UnitName(Unit unit) {
-    switch (unit) {
-        case Unit::None:
-            return {"", ""};
-        case Unit::Megahertz:
-            return {"MHz", "mhz"};
-        case Unit::Celsius:
-            return {"\u00b0C", "celsius"};
-        case Unit::Percent:
-            return {"%", "percent"};
-        case Unit::Rpm:
-            return {"rpm", "rpm"};
-        case Unit::Watt:
-            return {"W", "watts"};
-        case Unit::Megabyte:
-            return {"MB", "megabytes"};
-        case Unit::Millivolt:
-            return {"mV", "millivolts"};
-        case Unit::FramesPerSecond:
-            return {"fps", "fps"};
-        case Unit::Raw:
-            return {"(raw counter)", "raw"};
-    }
-    return {"", ""};
+    return kUnitNames[static_cast<std::size_t>(unit)];
 }
 
-Name QuantityName(Quantity quantity) {
-    switch (quantity) {
-        case Quantity::Clock:
-            return {"Clocks", "clocks"};
-        case Quantity::Temperature:
-            return {"Temperatures", "temperatures"};
-        case Quantity::Fan:
-            return {"Fan", "fan"};
-        case Quantity::Load:
-            return {"Load", "load"};
-        case Quantity::Power:
-            return {"Power", "power"};
-        case Quantity::Memory:
-            return {"Memory in use", "memory"};
-        case Quantity::Voltage:
-            return {"Voltage", "voltage"};
-        case Quantity::FrameRate:
-            return {"Frame rate", "frame_rate"};
-    }
-    return {"", ""};
+char const* QuantityName(Quantity quantity) {
+    return kQuantityNames[static_cast<std::size_t>(quantity)];
 }
 
 Name VendorName(std::uint32_t vendor) {
-    return Find(vendorNames, vendor);
+    return NameOf<Vendor>(kVendors, vendor);
 }
 
 Name ApiName(std::uint32_t api) {
-    return Find(apiNames, api);
+    return NameOf<Api>(kApis, api);
 }
 
 std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor) {
-    static constexpr char const* amd[] = {"atiadlxx.dll", "atiadlxy.dll"};
-    static constexpr char const* intel[] = {sizeof(void*) == 4 ? "ControlLib32.dll" : "ControlLib.dll"};
-    static constexpr char const* nvidia[] = {sizeof(void*) == 4 ? "nvapi.dll" : "nvapi64.dll"};
-    switch (vendor) {
-        case GPUTUNE_VENDOR_AMD:
-            return amd;
-        case GPUTUNE_VENDOR_INTEL:
-            return intel;
-        case GPUTUNE_VENDOR_NVIDIA:
-            return nvidia;
-        default:
-            return {};
-    }
+    Vendor const* const entry = Find<Vendor>(kVendors, vendor);
+    return entry != nullptr ? entry->libraryFiles : std::span<char const* const>();
 }
 
 std::string ControlLibraryNames(std::uint32_t vendor) {
-    std::string names;
-    for (char const* file : ControlLibraryFiles(vendor)) {
-        names += names.empty() ? "" : " or ";
-        names += file;
-    }
-    return names;
+    std::span<char const* const> const files = ControlLibraryFiles(vendor);
+    return Joined({files.begin(), files.end()}, " or ");
 }
 
 char const* DriverName(std::uint32_t vendor) {
-    switch (vendor) {
-        case GPUTUNE_VENDOR_AMD:
-            return "AMD's driver for Radeon graphics";
-        case GPUTUNE_VENDOR_INTEL:
-            return "Intel's driver for Arc graphics";
-        case GPUTUNE_VENDOR_NVIDIA:
-            return "NVIDIA's graphics driver";
-        default:
-            return "the vendor's graphics driver";
-    }
+    Vendor const* const entry = Find<Vendor>(kVendors, vendor);
+    return entry != nullptr ? entry->driver : "the vendor's graphics driver";
 }
 
 Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor) {

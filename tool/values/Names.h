@@ -30,27 +30,27 @@ struct SensorName {
 };
 
 // The sensor with key k is at position k.
-extern std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> const sensorNames;
+extern std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> const kSensorNames;
 
 // Both empty for Unit::None.
 Name UnitName(Unit unit);
 // In the plural: "Clocks".
-Name QuantityName(Quantity quantity);
+char const* QuantityName(Quantity quantity);
 // A number the table does not know is called "unknown".
 Name VendorName(std::uint32_t vendor);
 Name ApiName(std::uint32_t api);
-// File names of the vendor's control library, one of which must be there: each, and all for messages.
+// The possible file names of the vendor's control library, and all of them as one text: "a.dll or b.dll".
 std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor);
 std::string ControlLibraryNames(std::uint32_t vendor);
-// What installs it.
+// The driver that installs it, for messages.
 char const* DriverName(std::uint32_t vendor);
 
-// The frame rate is read apart from the sensors and shown with them.
-constexpr Name frameRateName{"Frame rate", "frame_rate"};
+// The frame rate is shown like a sensor, but read by another function.
+constexpr Name kFrameRateName{"Frame rate", "frame_rate"};
 
-// Why a fan's speed of 0 may be another one (StuckFanWatch).
-inline constexpr Name unsureFan{"unsure: the fan stopped, or ran at one speed for so long that the library reports 0",
-                                "stopped_or_steady"};
+// Why a fan's speed of 0 may be wrong (StuckFanWatch).
+inline constexpr Name kUnsureFan{"unsure: the fan stopped, or ran at one speed for so long that the library reports 0",
+                                 "stopped_or_steady"};
 
 // The unit of a sensor on boards of this vendor: Intel's load is a raw activity counter.
 Unit SensorUnit(SensorName const& sensor, std::uint32_t vendor);

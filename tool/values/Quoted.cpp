@@ -11,7 +11,7 @@ unsigned Byte(std::string_view text, std::size_t position) {
     return static_cast<unsigned char>(text[position]);
 }
 
-// How many bytes the printable character takes that the text begins with; 0 when it begins with none.
+// The number of bytes of the text's first character; 0 when it is not printable.
 std::size_t CharacterSize(std::string_view text) {
     unsigned const first = Byte(text, 0);
     if (first < 0x80) {
@@ -34,13 +34,13 @@ std::size_t CharacterSize(std::string_view text) {
     return isControl || isSurrogate || isOverlong || code > 0x10FFFF ? 0 : size;
 }
 
-// Takes the first character away, and returns it as it is shown.
+// Removes the first character from the text and returns it in printable form.
 std::string TakeCharacter(std::string_view& text) {
     std::size_t const size = CharacterSize(text);
     std::string shown(text.substr(0, size));
     if (size == 0) {
-        constexpr char const* digits = "0123456789ABCDEF";
-        shown = std::string("\\x") + digits[Byte(text, 0) >> 4U] + digits[Byte(text, 0) & 0xFU];
+        constexpr char const* kDigits = "0123456789ABCDEF";
+        shown = std::string("\\x") + kDigits[Byte(text, 0) >> 4U] + kDigits[Byte(text, 0) & 0xFU];
     }
     text.remove_prefix(size == 0 ? 1 : size);
     return shown;
@@ -57,9 +57,9 @@ std::string Printable(std::string_view text) {
 }
 
 std::string Quoted(std::string_view text) {
-    constexpr int longest = 40;
+    constexpr int kLongest = 40;
     std::string quoted = "\"";
-    for (int count = 0; count < longest && !text.empty(); ++count) {
+    for (int count = 0; count < kLongest && !text.empty(); ++count) {
         quoted += TakeCharacter(text);
     }
     return quoted + (text.empty() ? "\"" : "...\"");

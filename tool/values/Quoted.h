@@ -1,4 +1,4 @@
-// Texts of files as messages and pages show them. Independent of the operating system.
+// Makes texts from files fit for messages and pages.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 namespace gputune::tool {
 
-// UTF-8 without control characters: these, and bytes that are no UTF-8, become "\x00", "\xE9".
+// UTF-8 without control characters. Control characters, and bytes that are no UTF-8, become "\x00", "\xE9".
 std::string Printable(std::string_view text);
 
-// In quotation marks and printable; of a text with more than 40 characters the first 40, and "...".
+// Printable, in quotation marks. A longer text is cut after 40 characters and ends in "...".
 std::string Quoted(std::string_view text);
 
 }  // namespace gputune::tool

@@ -38,25 +38,25 @@ TEST(SimOverdriveN, ManualClocksAreReadBackAndDefaultsStay) {
     OverdriveN const part = SomeOverdriveN();
     OverdriveNState state(part);
     Table table;
-    ASSERT_EQ(state.GetEngineClocks(table.head), kOk);
+    ASSERT_EQ(state.GetEngineClocks(table.head), kAdlOk);
     EXPECT_EQ(table.levels[1].iClock, 134000);
     EXPECT_EQ(table.levels[2].iClock, 0);
     table.levels[1] = {.iClock = 150000, .iVddc = 1175, .iEnabled = 3, .iControl = 0};
     table.head.iMode = kOdnModeManual;
-    ASSERT_EQ(state.SetEngineClocks(table.head), kOk);
+    ASSERT_EQ(state.SetEngineClocks(table.head), kAdlOk);
 
     Table current;
-    ASSERT_EQ(state.GetEngineClocks(current.head), kOk);
+    ASSERT_EQ(state.GetEngineClocks(current.head), kAdlOk);
     EXPECT_EQ(current.levels[1].iClock, 150000);
     EXPECT_EQ(current.levels[1].iEnabled, 3);
     Table defaults;
     defaults.head.iMode = kOdnModeDefault;
-    ASSERT_EQ(state.GetEngineClocks(defaults.head), kOk);
+    ASSERT_EQ(state.GetEngineClocks(defaults.head), kAdlOk);
     EXPECT_EQ(defaults.levels[1].iClock, 134000);
     EXPECT_EQ(state.ModelControls().engineClock, 1500);
 
-    ASSERT_EQ(state.SetEngineClocks(defaults.head), kOk);
-    ASSERT_EQ(state.GetEngineClocks(current.head), kOk);
+    ASSERT_EQ(state.SetEngineClocks(defaults.head), kAdlOk);
+    ASSERT_EQ(state.GetEngineClocks(current.head), kAdlOk);
     EXPECT_EQ(current.levels[1].iClock, 134000);
 }
 
@@ -64,10 +64,10 @@ TEST(SimOverdriveN, ClocksThatDoNotFitAreRefusedWhole) {
     OverdriveN const part = SomeOverdriveN();
     OverdriveNState state(part);
     Table table;
-    ASSERT_EQ(state.GetEngineClocks(table.head), kOk);
+    ASSERT_EQ(state.GetEngineClocks(table.head), kAdlOk);
     table.head.iMode = kOdnModeManual;
     Table const good = table;
-    auto const refused = [&] { return state.SetEngineClocks(table.head) == kInvalidParameter; };
+    auto const refused = [&] { return state.SetEngineClocks(table.head) == kAdlInvalidParameter; };
     table.levels[0].iClock = 40000;
     table.levels[1].iClock = 200001;
     EXPECT_TRUE(refused()) << "a clock above the range";
@@ -84,7 +84,7 @@ TEST(SimOverdriveN, ClocksThatDoNotFitAreRefusedWhole) {
     table.head.iNumberOfPerformanceLevels = INT_MAX;
     EXPECT_TRUE(refused()) << "another number of levels";
     Table current;
-    ASSERT_EQ(state.GetEngineClocks(current.head), kOk);
+    ASSERT_EQ(state.GetEngineClocks(current.head), kAdlOk);
     EXPECT_EQ(current.levels[0].iClock, 30000);
 }
 
@@ -92,18 +92,18 @@ TEST(SimOverdriveN, PowerLimitIsSetAndRestored) {
     OverdriveN const part = SomeOverdriveN();
     OverdriveNState state(part);
     EXPECT_EQ(state.SetPowerLimit({.iMode = kOdnModeManual, .iTDPLimit = 51, .iMaxOperatingTemperature = 84}),
-              kInvalidParameter);
+              kAdlInvalidParameter);
     EXPECT_EQ(state.SetPowerLimit({.iMode = kOdnModeManual, .iTDPLimit = 50, .iMaxOperatingTemperature = 49}),
-              kInvalidParameter);
-    EXPECT_EQ(state.SetPowerLimit({.iMode = kOdnModeManual, .iTDPLimit = 50, .iMaxOperatingTemperature = 90}), kOk);
+              kAdlInvalidParameter);
+    EXPECT_EQ(state.SetPowerLimit({.iMode = kOdnModeManual, .iTDPLimit = 50, .iMaxOperatingTemperature = 90}), kAdlOk);
     ADLODNPowerLimitSetting limit{};
-    ASSERT_EQ(state.GetPowerLimit(limit), kOk);
+    ASSERT_EQ(state.GetPowerLimit(limit), kAdlOk);
     EXPECT_EQ(limit.iTDPLimit, 50);
     EXPECT_EQ(limit.iMaxOperatingTemperature, 90);
     EXPECT_EQ(state.ModelControls().powerLimit, 1.5);
     limit.iMode = kOdnModeDefault;
-    ASSERT_EQ(state.SetPowerLimit(limit), kOk);
-    ASSERT_EQ(state.GetPowerLimit(limit), kOk);
+    ASSERT_EQ(state.SetPowerLimit(limit), kAdlOk);
+    ASSERT_EQ(state.GetPowerLimit(limit), kAdlOk);
     EXPECT_EQ(limit.iTDPLimit, 0);
     EXPECT_EQ(limit.iMaxOperatingTemperature, 84);
 }
@@ -113,17 +113,17 @@ TEST(SimOverdriveN, BothFamiliesGovernTheSameFan) {
     OverdriveNState state(part);
     EXPECT_EQ(state.ModelControls().fanPercent, std::nullopt);
     ASSERT_EQ(state.SetFanSpeed(0, {.iSize = 16, .iSpeedType = kFanSpeedTypePercent, .iFanSpeed = 40, .iFlags = 1}),
-              kOk);
+              kAdlOk);
     EXPECT_EQ(state.ModelControls().fanPercent, 40);
     ADLODNFanControl fan{};
     fan.iMode = kOdnModeManual;
     fan.iTargetFanSpeed = fan.iMinFanLimit = 1500;
-    ASSERT_EQ(state.SetFan(fan), kOk);
+    ASSERT_EQ(state.SetFan(fan), kAdlOk);
     EXPECT_EQ(state.ModelControls().fanPercent, 50);
-    ASSERT_EQ(state.ResetFanSpeed(0), kOk);
+    ASSERT_EQ(state.ResetFanSpeed(0), kAdlOk);
     EXPECT_EQ(state.ModelControls().fanPercent, std::nullopt);
     fan.iTargetFanSpeed = 3001;
-    EXPECT_EQ(state.SetFan(fan), kInvalidParameter);
+    EXPECT_EQ(state.SetFan(fan), kAdlInvalidParameter);
 }
 
 TEST(SimOverdriveN, FanSpeedIsToldInTheUnitAskedFor) {
@@ -133,26 +133,26 @@ TEST(SimOverdriveN, FanSpeedIsToldInTheUnitAskedFor) {
     readings.fanRpm = 1200;
     readings.fanPercent = 40;
     ADLFanSpeedValue value{.iSize = 16, .iSpeedType = kFanSpeedTypeRpm, .iFanSpeed = 0, .iFlags = 0};
-    ASSERT_EQ(state.GetFanSpeed(0, value, readings), kOk);
+    ASSERT_EQ(state.GetFanSpeed(0, value, readings), kAdlOk);
     EXPECT_EQ(value.iFanSpeed, 1200);
     value.iSpeedType = kFanSpeedTypePercent;
-    ASSERT_EQ(state.GetFanSpeed(0, value, readings), kOk);
+    ASSERT_EQ(state.GetFanSpeed(0, value, readings), kAdlOk);
     EXPECT_EQ(value.iFanSpeed, 40);
     value.iSpeedType = 0;
-    EXPECT_EQ(state.GetFanSpeed(0, value, readings), kInvalidParameter);
-    EXPECT_EQ(state.GetFanSpeed(1, value, readings), kNotSupported) << "a controller without a fan";
-    EXPECT_EQ(state.GetFanSpeed(2, value, readings), kInvalidParameter) << "no such controller";
+    EXPECT_EQ(state.GetFanSpeed(0, value, readings), kAdlInvalidParameter);
+    EXPECT_EQ(state.GetFanSpeed(1, value, readings), kAdlNotSupported) << "a controller without a fan";
+    EXPECT_EQ(state.GetFanSpeed(2, value, readings), kAdlInvalidParameter) << "no such controller";
 }
 
 TEST(SimOverdriveN, EnumerationEndsAfterTheLastController) {
     OverdriveN const part = SomeOverdriveN();
     OverdriveNState const state(part);
     ADLThermalControllerInfo info{};
-    EXPECT_EQ(state.EnumerateController(0, info), kOk);
+    EXPECT_EQ(state.EnumerateController(0, info), kAdlOk);
     EXPECT_EQ(info.iThermalDomain, kThermalDomainGpu);
     EXPECT_EQ(state.EnumerateController(1, info), -1);
     EXPECT_EQ(info.iThermalDomain, 2);
-    EXPECT_EQ(state.EnumerateController(2, info), kNoMoreData);
+    EXPECT_EQ(state.EnumerateController(2, info), kAdlWarningNoData);
 }
 
 TEST(SimOverdriveN, ReadingsAreInTheVendorsUnits) {
@@ -163,11 +163,11 @@ TEST(SimOverdriveN, ReadingsAreInTheVendorsUnits) {
     readings.memoryClock = 2000;
     readings.temperature = 65.5;
     ADLODNPerformanceStatus status{};
-    ASSERT_EQ(state.GetStatus(status, readings), kOk);
+    ASSERT_EQ(state.GetStatus(status, readings), kAdlOk);
     EXPECT_EQ(status.iCoreClock, 134050);
     EXPECT_EQ(status.iMemoryClock, 200000);
     int temperature = 0;
-    ASSERT_EQ(state.GetTemperature(kOdnTemperatureType, temperature, readings), kOk);
+    ASSERT_EQ(state.GetTemperature(kOdnTemperatureType, temperature, readings), kAdlOk);
     EXPECT_EQ(temperature, 65500);
 }
 
@@ -190,7 +190,7 @@ TEST(SimOverdrive8, OnlyRequestedSettingsChange) {
     request.od8SettingTable[0] = {.value = 1900, .requested = 1, .reset = 0};
     request.od8SettingTable[9] = {.value = 20, .requested = 0, .reset = 0};
     ADLOD8CurrentSetting current{};
-    ASSERT_EQ(state.Set(request, current), kOk);
+    ASSERT_EQ(state.Set(request, current), kAdlOk);
     EXPECT_EQ(current.count, kOd8Count);
     EXPECT_EQ(current.Od8SettingTable[0], 1900);
     EXPECT_EQ(current.Od8SettingTable[9], 5);
@@ -204,7 +204,7 @@ TEST(SimOverdrive8, ResetRestoresTheDefaultWhateverTheValue) {
     request.count = kOd8Count;
     request.od8SettingTable[9] = {.value = 999, .requested = 1, .reset = 1};
     ADLOD8CurrentSetting current{};
-    ASSERT_EQ(state.Set(request, current), kOk);
+    ASSERT_EQ(state.Set(request, current), kAdlOk);
     EXPECT_EQ(current.Od8SettingTable[9], 0);
 }
 
@@ -216,10 +216,10 @@ TEST(SimOverdrive8, OneSettingOutOfRangeRefusesAll) {
     request.od8SettingTable[0] = {.value = 1900, .requested = 1, .reset = 0};
     request.od8SettingTable[9] = {.value = 51, .requested = 1, .reset = 0};
     ADLOD8CurrentSetting current{};
-    EXPECT_EQ(state.Set(request, current), kInvalidParameter);
+    EXPECT_EQ(state.Set(request, current), kAdlInvalidParameter);
     EXPECT_EQ(state.CurrentSettings()[0], 2000);
     request.count = 0;
-    EXPECT_EQ(state.Set(request, current), kInvalidParameter);
+    EXPECT_EQ(state.Set(request, current), kAdlInvalidParameter);
 }
 
 TEST(SimOverdrive8, OlderRecordsHoldTheFirst39OfMoreSettings) {
@@ -228,7 +228,7 @@ TEST(SimOverdrive8, OlderRecordsHoldTheFirst39OfMoreSettings) {
     EXPECT_EQ(state.InitSettings().size(), 45u);
     EXPECT_EQ(state.CurrentSettings().at(44), 1);
     ADLOD8InitSetting init{};
-    ASSERT_EQ(state.GetInit(init), kOk);
+    ASSERT_EQ(state.GetInit(init), kAdlOk);
     EXPECT_EQ(init.count, kOd8Count);
     EXPECT_EQ(init.overdrive8Capabilities, 0x9);
     EXPECT_EQ(init.od8SettingTable[9].maxValue, 50);
@@ -260,19 +260,19 @@ TEST(SimDriver, AdaptersHaveTheirOwnState) {
     };
     ADLODNPowerLimitSetting limit{};
     auto const get = [&](OverdriveNState& state, Readings const&) { return state.GetPowerLimit(limit); };
-    ASSERT_EQ(driver.WithOverdriveN(5, 0, set), kOk);
-    ASSERT_EQ(driver.WithOverdriveN(0, 0, get), kOk);
+    ASSERT_EQ(driver.With<OverdriveNState>(5, 0, set), kAdlOk);
+    ASSERT_EQ(driver.With<OverdriveNState>(0, 0, get), kAdlOk);
     EXPECT_EQ(limit.iTDPLimit, 0);
-    ASSERT_EQ(driver.WithOverdriveN(5, 0, get), kOk);
+    ASSERT_EQ(driver.With<OverdriveNState>(5, 0, get), kAdlOk);
     EXPECT_EQ(limit.iTDPLimit, 10);
 }
 
 TEST(SimDriver, UnknownAdapterAndMissingGenerationAreRefused) {
     AmdDriver driver(TwoBoards());
-    auto const nothing = [](auto&, Readings const&) { return kOk; };
-    EXPECT_EQ(driver.WithOverdriveN(1, 0, nothing), kInvalidAdapterIndex);
-    EXPECT_EQ(driver.WithOverdrive8(0, 0, nothing), kNotSupported);
-    EXPECT_EQ(driver.WithReadings(-1, 0, [](Readings const&) { return kOk; }), kInvalidAdapterIndex);
+    auto const nothing = [](auto&, Readings const&) { return kAdlOk; };
+    EXPECT_EQ(driver.With<OverdriveNState>(1, 0, nothing), kAdlInvalidAdapterIndex);
+    EXPECT_EQ(driver.With<Overdrive8State>(0, 0, nothing), kAdlNotSupported);
+    EXPECT_EQ(driver.WithReadings(-1, 0, [](Readings const&) { return kAdlOk; }), kAdlInvalidAdapterIndex);
 }
 
 TEST(SimDriver, SetFanChangesTheCourse) {
@@ -281,12 +281,12 @@ TEST(SimDriver, SetFanChangesTheCourse) {
     for (int adapter : {0, 5}) {
         auto const set = [&](OverdriveNState& state, Readings const&) {
             ADLFanSpeedValue const full{.iSize = 16, .iSpeedType = kFanSpeedTypePercent, .iFanSpeed = 100, .iFlags = 1};
-            return adapter == 5 ? state.SetFanSpeed(0, full) : kOk;
+            return adapter == 5 ? state.SetFanSpeed(0, full) : kAdlOk;
         };
-        ASSERT_EQ(driver.WithOverdriveN(adapter, 0, set), kOk);
+        ASSERT_EQ(driver.With<OverdriveNState>(adapter, 0, set), kAdlOk);
         driver.WithReadings(adapter, 50, [&](Readings const& readings) {
             temperature[adapter == 5] = readings.temperature;
-            return kOk;
+            return kAdlOk;
         });
     }
     EXPECT_LT(temperature[1], temperature[0] - 3);

@@ -85,7 +85,7 @@ TEST(SimBoardFile, Overdrive8PartIsRead) {
     EXPECT_EQ(board.amd.overdrive8->settings.at(44).current, 1);
     EXPECT_FALSE(board.amd.overdrive8->newerEntryPoints);
     EXPECT_TRUE(board.amd.overdrive8->olderEntryPoints);
-    EXPECT_EQ(board.amd.overdrive8->sensors.at(0).quantity, Quantity::Temperature);
+    EXPECT_EQ(board.amd.overdrive8->sensors.at(0).quantity, &Readings::temperature);
     EXPECT_EQ(board.amd.overdrive8->sensors.at(1).value, 33);
     EXPECT_FALSE(board.amd.overdrive8->sensors.at(1).supported);
 }
@@ -141,14 +141,14 @@ TEST(SimBoardFile, EveryQuantityHasItsName) {
         std::string const part = R"({ "capabilities": 0, "settings": [], "sensors": [{ "id": 1, "quantity": ")" + name;
         return ReadBoardText(Overdrive8Board(part + "\" }] }"), "some.json").amd.overdrive8->sensors.at(0).quantity;
     };
-    EXPECT_EQ(quantity("engine-clock"), Quantity::EngineClock);
-    EXPECT_EQ(quantity("memory-clock"), Quantity::MemoryClock);
-    EXPECT_EQ(quantity("hotspot-temperature"), Quantity::HotspotTemperature);
-    EXPECT_EQ(quantity("fan-rpm"), Quantity::FanRpm);
-    EXPECT_EQ(quantity("fan-percent"), Quantity::FanPercent);
-    EXPECT_EQ(quantity("load"), Quantity::Load);
-    EXPECT_EQ(quantity("power"), Quantity::Power);
-    EXPECT_EQ(quantity("voltage"), Quantity::Voltage);
+    EXPECT_EQ(quantity("engine-clock"), &Readings::engineClock);
+    EXPECT_EQ(quantity("memory-clock"), &Readings::memoryClock);
+    EXPECT_EQ(quantity("hotspot-temperature"), &Readings::hotspotTemperature);
+    EXPECT_EQ(quantity("fan-rpm"), &Readings::fanRpm);
+    EXPECT_EQ(quantity("fan-percent"), &Readings::fanPercent);
+    EXPECT_EQ(quantity("load"), &Readings::load);
+    EXPECT_EQ(quantity("power"), &Readings::power);
+    EXPECT_EQ(quantity("voltage"), &Readings::voltage);
 }
 
 TEST(SimBoardFile, WrongTypeNamesFileKeyAndExpectation) {

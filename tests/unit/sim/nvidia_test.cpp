@@ -7,6 +7,7 @@
 #include "board_text.h"
 #include "sim/board/BoardFile.h"
 #include "sim/nvidia/NvidiaDriver.h"
+#include "sim/standin/copy_text.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ TEST(SimNvidiaBoard, GpusAndSensorsAreRead) {
     NvidiaGpu const& first = board.nvidia.gpus[0];
     EXPECT_EQ(first.name, "First");
     ASSERT_EQ(first.sensors.size(), 2u);
-    EXPECT_EQ(first.sensors[0].quantity, ThermalQuantity::HotspotTemperature);
+    EXPECT_EQ(first.sensors[0].quantity, &Readings::hotspotTemperature);
     EXPECT_EQ(first.sensors[0].target, 1);
     EXPECT_EQ(first.sensors[0].value, std::nullopt);
     EXPECT_EQ(first.sensors[1].target, 8);
@@ -95,17 +96,17 @@ TEST(SimNvidiaDriver, SensorsAreToldTogetherOrOneByOne) {
     auto const gpu = driver.Gpus()[0];
     NV_GPU_THERMAL_SETTINGS settings{};
     settings.version = 0x00020044;
-    ASSERT_EQ(driver.GetThermalSettings(gpu, 0, 15, settings), kNvOk);
+    ASSERT_EQ(driver.GetThermalSettings(gpu, 0, 15, settings), kNvapiOk);
     EXPECT_EQ(settings.count, 2u);
     EXPECT_EQ(settings.sensor[1].currentTemp, -7);
     EXPECT_EQ(settings.sensor[1].target, 8);
-    ASSERT_EQ(driver.GetThermalSettings(gpu, 0, 1, settings), kNvOk);
+    ASSERT_EQ(driver.GetThermalSettings(gpu, 0, 1, settings), kNvapiOk);
     EXPECT_EQ(settings.count, 1u);
     EXPECT_EQ(settings.sensor[0].target, 8);
-    EXPECT_EQ(driver.GetThermalSettings(gpu, 0, 2, settings), kNvInvalidArgument);
-    EXPECT_EQ(driver.GetThermalSettings(nullptr, 0, 15, settings), kNvNoGpuHandle);
+    EXPECT_EQ(driver.GetThermalSettings(gpu, 0, 2, settings), kNvapiInvalidArgument);
+    EXPECT_EQ(driver.GetThermalSettings(nullptr, 0, 15, settings), kNvapiNoGpuHandle);
     settings.version = 0x00010044;
-    EXPECT_EQ(driver.GetThermalSettings(gpu, 0, 15, settings), kNvWrongVersion);
+    EXPECT_EQ(driver.GetThermalSettings(gpu, 0, 15, settings), kNvapiWrongVersion);
 }
 
 TEST(SimNvidiaDriver, TemperatureFollowsTheModelOfItsGpu) {
@@ -118,7 +119,7 @@ TEST(SimNvidiaDriver, TemperatureFollowsTheModelOfItsGpu) {
     for (std::size_t i = 0; i < temperatures.size(); ++i) {
         NV_GPU_THERMAL_SETTINGS settings{};
         settings.version = 0x00020044;
-        ASSERT_EQ(driver.GetThermalSettings(driver.Gpus()[i], 300, 15, settings), kNvOk);
+        ASSERT_EQ(driver.GetThermalSettings(driver.Gpus()[i], 300, 15, settings), kNvapiOk);
         temperatures[i] = settings.sensor[0].currentTemp;
     }
     EXPECT_GT(temperatures[0], 65);

@@ -5,6 +5,7 @@
 
 #include "tool/board/Checks.h"
 #include "tool/values/Errors.h"
+#include "tool/values/FanCurve.h"
 
 namespace gputune::tool {
 namespace {
@@ -78,21 +79,21 @@ TEST(ToolRange, OutsideNamesValueAndRangeWithUnits) {
 }
 
 TEST(ToolCurvePoint, TemperatureComesFirst) {
-    FanTablePoint const point = ParseCurvePoint("60:45");
+    FanTablePoint const point = ParseFanPoint("60:45");
     EXPECT_EQ(point.FanTemperature, 60);
     EXPECT_EQ(point.FanSpeed, 45);
 }
 
 TEST(ToolCurvePoint, TemperatureBelowZeroIsANumber) {
-    EXPECT_EQ(ParseCurvePoint("-5:0").FanTemperature, -5);
+    EXPECT_EQ(ParseFanPoint("-5:0").FanTemperature, -5);
 }
 
 class ToolMalformedCurvePoint : public testing::TestWithParam<char const*> {};
 
-TEST_P(ToolMalformedCurvePoint, IsAUsageErrorThatQuotesIt) {
+TEST_P(ToolMalformedCurvePoint, IsAnErrorThatQuotesIt) {
     std::string const text = GetParam();
-    EXPECT_THROW(ParseCurvePoint(text), UsageError);
-    EXPECT_NE(MessageOf([&] { ParseCurvePoint(text); }).find("\"" + text + "\""), std::string::npos);
+    EXPECT_THROW(ParseFanPoint(text), FanCurveError);
+    EXPECT_NE(MessageOf([&] { ParseFanPoint(text); }).find("\"" + text + "\""), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, ToolMalformedCurvePoint,
@@ -100,30 +101,30 @@ INSTANTIATE_TEST_SUITE_P(Texts, ToolMalformedCurvePoint,
                                          "+60:45", "60:-1", "60:101", "99999999999:5", "a:b"));
 
 TEST(ToolCurve, EqualNeighboursAreAllowed) {
-    std::vector<FanTablePoint> const curve = ParseCurve({"40:20", "40:20", "60:30"});
+    std::vector<FanTablePoint> const curve = ParseFanCurve({"40:20", "40:20", "60:30"});
     ASSERT_EQ(curve.size(), 3U);
     EXPECT_EQ(curve[2].FanTemperature, 60);
 }
 
 TEST(ToolCurve, FallingTemperatureNamesThePoints) {
     EXPECT_EQ(MessageOf([] {
-                  ParseCurve({"40:20", "55:30", "50:40"});
+                  ParseFanCurve({"40:20", "55:30", "50:40"});
               }),
               "The temperature of point 3 is below that of point 2.");
 }
 
-TEST(ToolCurve, FallingSpeedIsAUsageError) {
-    EXPECT_THROW(ParseCurve({"40:20", "55:19"}), UsageError);
+TEST(ToolCurve, FallingSpeedIsAnError) {
+    EXPECT_THROW(ParseFanCurve({"40:20", "55:19"}), FanCurveError);
 }
 
 TEST(ToolCurve, WithinTheBoardsRangeIsAccepted) {
-    EXPECT_NO_THROW(CheckCurve(ParseCurve({"25:20", "55:30", "65:45", "75:65", "100:90"}), CurveSetting(5),
+    EXPECT_NO_THROW(CheckCurve(ParseFanCurve({"25:20", "55:30", "65:45", "75:65", "100:90"}), CurveSetting(5),
                                GPUTUNE_API_OVERDRIVE8));
 }
 
 TEST(ToolCurve, TemperatureOutsideTheBoardsRangeIsRefused) {
     EXPECT_EQ(MessageOf([] {
-                  CheckCurve(ParseCurve({"25:20", "55:30", "65:45", "75:65", "101:90"}), CurveSetting(5),
+                  CheckCurve(ParseFanCurve({"25:20", "55:30", "65:45", "75:65", "101:90"}), CurveSetting(5),
                              GPUTUNE_API_OVERDRIVE8);
               }),
               "The temperature of point 5, 101 \u00b0C is outside the board's range: 25 to 100 \u00b0C.");
@@ -132,21 +133,22 @@ TEST(ToolCurve, TemperatureOutsideTheBoardsRangeIsRefused) {
 TEST(ToolCurve, SpeedOutsideThatPointsRangeIsRefused) {
     FanSetting setting = CurveSetting(5);
     setting.Points[1].MinSpeed = 31;
-    EXPECT_THROW(CheckCurve(ParseCurve({"25:20", "55:30", "65:45", "75:65", "85:90"}), setting, GPUTUNE_API_OVERDRIVE8),
-                 ToolError);
+    EXPECT_THROW(
+        CheckCurve(ParseFanCurve({"25:20", "55:30", "65:45", "75:65", "85:90"}), setting, GPUTUNE_API_OVERDRIVE8),
+        ToolError);
 }
 
 TEST(ToolCurve, AnotherNumberOfPointsThanTheBoardsIsAUsageError) {
-    EXPECT_THROW(CheckCurve(ParseCurve({"40:20", "55:30"}), CurveSetting(5), GPUTUNE_API_OVERDRIVE8), UsageError);
+    EXPECT_THROW(CheckCurve(ParseFanCurve({"40:20", "55:30"}), CurveSetting(5), GPUTUNE_API_OVERDRIVE8), UsageError);
 }
 
 TEST(ToolCurve, BoardWithASinglePointHasNoCurve) {
-    EXPECT_EQ(MessageOf([] { CheckCurve(ParseCurve({"40:30"}), CurveSetting(1), GPUTUNE_API_OVERDRIVEN); }),
+    EXPECT_EQ(MessageOf([] { CheckCurve(ParseFanCurve({"40:30"}), CurveSetting(1), GPUTUNE_API_OVERDRIVEN); }),
               "Not supported by this board: it has no fan curve.");
 }
 
 TEST(ToolCurve, IntelFanIsLeftToItsDriver) {
-    EXPECT_NO_THROW(CheckCurve(ParseCurve({"40:20", "55:30"}), FanSetting{}, GPUTUNE_API_IGCL));
+    EXPECT_NO_THROW(CheckCurve(ParseFanCurve({"40:20", "55:30"}), FanSetting{}, GPUTUNE_API_IGCL));
 }
 
 TEST(ToolFanSpeed, RangeOfTheFirstCurvePointGoverns) {
@@ -160,7 +162,7 @@ TEST(ToolFanSpeed, UnknownRangeIsLeftToTheBoard) {
     EXPECT_NO_THROW(CheckFanSpeed(5, CurveSetting(1)));
     EXPECT_NO_THROW(CheckFanSpeed(5, FanSetting{}));
     FanSetting setting = CurveSetting(5);
-    setting.Points[0].MinSpeed = untouched;
+    setting.Points[0].MinSpeed = kUntouched;
     EXPECT_NO_THROW(CheckFanSpeed(5, setting));
 }
 

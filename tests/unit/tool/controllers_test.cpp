@@ -34,7 +34,7 @@ TEST(ToolControllers, JudgesAsTheLibraryDoes) {
             << first;
         for (std::string const& second : names) {
             std::uint32_t taken = 0;
-            for (Controller const& controller : JudgeControllers({first, second})) {
+            for (Controller const& controller : ClassifyControllers({first, second})) {
                 taken = controller.role == Controller::Role::Taken ? controller.vendor : taken;
             }
             EXPECT_EQ(taken, static_cast<std::uint32_t>(VendorOfCaptions(std::vector{Widened(first), Widened(second)})))
@@ -54,9 +54,9 @@ TEST(ToolControllers, ReadsTheNamesFromTheFirstLookInTheLog) {
 }
 
 TEST(ToolControllers, ExplainsOnlyWhatNeedsIt) {
-    EXPECT_EQ(ExplainControllers(JudgeControllers({"AMD Radeon RX 580", "AMD Radeon RX 570"})), "");
+    EXPECT_EQ(ExplainControllers(ClassifyControllers({"AMD Radeon RX 580", "AMD Radeon RX 570"})), "");
     EXPECT_EQ(ExplainControllers({}), "");
-    std::string const text = ExplainControllers(JudgeControllers({"Intel(R) UHD", "NVIDIA A", "Radeon RX"}));
+    std::string const text = ExplainControllers(ClassifyControllers({"Intel(R) UHD", "NVIDIA A", "Radeon RX"}));
     EXPECT_NE(text.find("Intel(R) UHD: left out: no Radeon RX"), std::string::npos) << text;
     EXPECT_NE(text.find("NVIDIA A: decides for NVIDIA"), std::string::npos) << text;
     EXPECT_NE(text.find("Radeon RX: left out: one vendor's boards"), std::string::npos) << text;

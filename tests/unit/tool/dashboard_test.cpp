@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tool/output/Dashboard.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 namespace {
@@ -136,7 +137,7 @@ TEST(ToolDashboard, UnsureFanIsMarkedAndDoesNotCount) {
     std::vector<std::string> const lines = Lines(dashboard, 100, 20);
     ASSERT_EQ(lines.size(), 6U);
     EXPECT_TRUE(lines[3].starts_with("Fan Speed(RPM)       0?      900      900      900 rpm")) << lines[3];
-    EXPECT_EQ(lines[4], PadRight(std::string("? ") + unsureFan.text, 100));
+    EXPECT_EQ(lines[4], PadRight(std::string("? ") + kUnsureFan.text, 100));
     dashboard.Reset();
     EXPECT_TRUE(Lines(dashboard, 100, 20)[3].starts_with("Fan Speed(RPM)       0?        -        -        - rpm"));
     EXPECT_EQ(Lines(dashboard, 100, 5).size(), 5U);

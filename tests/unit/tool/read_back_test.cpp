@@ -36,9 +36,9 @@ TEST(ToolReadBack, DifferencesAreTold) {
 
 TEST(ToolReadBack, ToleranceTakesInWhatRoundingCutsOff) {
     ReadBack readBack;
-    readBack.Compare("GPU clock", 1300, 1299.0, Unit::Megahertz, clockTolerance);
+    readBack.Compare("GPU clock", 1300, 1299.0, Unit::Megahertz, kClockTolerance);
     EXPECT_EQ(readBack.Confirmed(), std::optional(true));
-    readBack.Compare("GPU clock", 1300, 1298.0, Unit::Megahertz, clockTolerance);
+    readBack.Compare("GPU clock", 1300, 1298.0, Unit::Megahertz, kClockTolerance);
     EXPECT_EQ(readBack.Confirmed(), std::optional(false));
 }
 
@@ -48,10 +48,10 @@ TEST(ToolReadBack, WhatTheBoardDoesNotTellIsNotConfirmed) {
     readBack.Compare("memory clock", 1900, std::nullopt, Unit::Megahertz);
     EXPECT_TRUE(readBack.IsDone());
     EXPECT_EQ(readBack.Confirmed(), std::nullopt);
-    EXPECT_EQ(readBack.Untold(), "") << "nothing of it is told";
+    EXPECT_EQ(readBack.Unreported(), "") << "nothing of it is told";
     readBack.Compare("GPU clock", 1300, 1300.0, Unit::Megahertz);
     EXPECT_EQ(readBack.Confirmed(), std::nullopt);
-    EXPECT_EQ(readBack.Untold(), "the memory clock");
+    EXPECT_EQ(readBack.Unreported(), "the memory clock");
 }
 
 TEST(ToolReadBack, ReportTellsTheOutcome) {
@@ -125,8 +125,8 @@ TEST(ToolFanAnswers, CurvesAndDefaultsAreTaken) {
                       "[IGCLHelper::SetFanDefault()] fan handle #0 ... set to default\n")
                   .Count(FanAnswer::Kind::Accepted),
               1U);
-    FanAnswers const untouched = Answers("[IGCLHelper::SetFanSpeedTable(obj,int)] ... For fan handle 0\n");
-    EXPECT_EQ(untouched.Problems(), Strings({"Fan 1 takes no curve."}));
+    FanAnswers const kUntouched = Answers("[IGCLHelper::SetFanSpeedTable(obj,int)] ... For fan handle 0\n");
+    EXPECT_EQ(kUntouched.Problems(), Strings({"Fan 1 takes no curve."}));
 }
 
 TEST(ToolFanAnswers, WrongNumberOfPointsNamesTheRightOne) {

@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <set>
 
-#include "tool/values/Readings.h"
+#include "tool/board/StuckFanWatch.h"
+#include "tool/output/Bar.h"
+#include "tool/output/SensorTexts.h"
+#include "tool/values/Duration.h"
 
 namespace gputune::tool {
 namespace {
@@ -18,14 +21,14 @@ Readings SomeReadings() {
 }
 
 TEST(ToolSensorNames, EverySensorStandsAtItsKey) {
-    for (std::size_t i = 0; i < sensorNames.size(); ++i) {
-        EXPECT_EQ(static_cast<std::size_t>(sensorNames[i].key), i) << sensorNames[i].text;
+    for (std::size_t i = 0; i < kSensorNames.size(); ++i) {
+        EXPECT_EQ(static_cast<std::size_t>(kSensorNames[i].key), i) << kSensorNames[i].text;
     }
 }
 
 TEST(ToolSensorNames, CodesAreDifferent) {
     std::set<std::string> codes;
-    for (SensorName const& sensor : sensorNames) {
+    for (SensorName const& sensor : kSensorNames) {
         EXPECT_TRUE(codes.insert(sensor.code).second) << sensor.code;
     }
 }
@@ -38,15 +41,15 @@ TEST(ToolSensorNames, UnknownNumbersAreUnknown) {
 }
 
 TEST(ToolSensorNames, IntelsLoadIsARawCounter) {
-    EXPECT_EQ(SensorUnit(sensorNames[GPUTUNE_HWM_GPU_LOAD], GPUTUNE_VENDOR_INTEL), Unit::Raw);
-    EXPECT_EQ(SensorUnit(sensorNames[GPUTUNE_HWM_GPU_LOAD], GPUTUNE_VENDOR_AMD), Unit::Percent);
-    EXPECT_EQ(SensorUnit(sensorNames[GPUTUNE_HWM_GPU_TEMPERATURE], GPUTUNE_VENDOR_INTEL), Unit::Celsius);
+    EXPECT_EQ(SensorUnit(kSensorNames[GPUTUNE_HWM_GPU_LOAD], GPUTUNE_VENDOR_INTEL), Unit::Raw);
+    EXPECT_EQ(SensorUnit(kSensorNames[GPUTUNE_HWM_GPU_LOAD], GPUTUNE_VENDOR_AMD), Unit::Percent);
+    EXPECT_EQ(SensorUnit(kSensorNames[GPUTUNE_HWM_GPU_TEMPERATURE], GPUTUNE_VENDOR_INTEL), Unit::Celsius);
 }
 
 TEST(ToolReadings, SectionHasAllSensorsOrTheAvailableOnes) {
     EXPECT_EQ(SensorSection(SomeReadings(), GPUTUNE_VENDOR_AMD, true).fields.size(), 21U);
     EXPECT_EQ(SensorSection(SomeReadings(), GPUTUNE_VENDOR_AMD, false).fields.size(), 3U);
-    EXPECT_EQ(CountAvailable(SomeReadings()), 3U);
+    EXPECT_EQ(SomeReadings().CountAvailable(), 3U);
 }
 
 TEST(ToolReadings, LineNamesTheAvailableSensors) {
@@ -61,10 +64,10 @@ TEST(ToolReadings, UnsureFanIsMarkedWithTheReason) {
     EXPECT_TRUE(ReadingsLine(readings, GPUTUNE_VENDOR_AMD).find("Fan Speed(RPM) 0 rpm, ") != std::string::npos);
     readings.fanUnsure = true;
     EXPECT_TRUE(ReadingsLine(readings, GPUTUNE_VENDOR_AMD)
-                    .find(std::string("Fan Speed(RPM) 0 rpm (") + unsureFan.text + "), ") != std::string::npos);
+                    .find(std::string("Fan Speed(RPM) 0 rpm (") + kUnsureFan.text + "), ") != std::string::npos);
     for (Field const& field : SensorSection(readings, GPUTUNE_VENDOR_AMD, true).fields) {
         EXPECT_EQ(field.canBeUnsure, field.key == "fan_speed");
-        EXPECT_EQ(field.unsure, field.key == "fan_speed" ? &unsureFan : nullptr);
+        EXPECT_EQ(field.unsure, field.key == "fan_speed" ? &kUnsureFan : nullptr);
     }
 }
 

@@ -5,7 +5,10 @@
 #include <limits>
 
 #include "tool/recording/Csv.h"
-#include "tool/recording/Recording.h"
+#include "tool/recording/RecordingFormat.h"
+#include "tool/recording/RecordingReader.h"
+#include "tool/values/FanCurve.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 namespace {
@@ -262,8 +265,8 @@ TEST(ToolRecording, DamagedRecordingHasTwentyRemarksAndACount) {
     Recording const recording = ReadRecording(text);
     EXPECT_EQ(recording.remarks.size(), 20U);
     EXPECT_EQ(recording.furtherRemarks, 70U);
-    EXPECT_EQ(FurtherWarnings(recording.furtherRemarks), "70 further warnings");
-    EXPECT_EQ(FurtherWarnings(1), "1 further warning");
+    EXPECT_EQ(CountText(recording.furtherRemarks, "further warning"), "70 further warnings");
+    EXPECT_EQ(CountText(1, "further warning"), "1 further warning");
 }
 
 TEST(ToolRecording, BytesThatAreNoTextAreShownEscaped) {
@@ -284,7 +287,7 @@ TEST(ToolRecording, BytesThatAreNoTextAreShownEscaped) {
 
 TEST(ToolRecording, UnsureFanIsMarkedAndReadsBack) {
     RecordingFormat format(
-        {.vendor = GPUTUNE_VENDOR_AMD, .frameRate = false, .name = "", .fanCurve = {}, .canDoubtFan = true});
+        {.vendor = GPUTUNE_VENDOR_AMD, .frameRate = false, .name = "", .fanCurve = {}, .fanCanBeUnsure = true});
     EXPECT_TRUE(format.Heading().ends_with(",tdp_limit_percent,fan_speed_unsure,adapter_name,fan_curve"));
     Readings readings{};
     readings[GPUTUNE_HWM_FAN_SPEED_RPM] = 900;

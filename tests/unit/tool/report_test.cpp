@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "tool/output/Result.h"
+#include "tool/values/Text.h"
 
 namespace gputune::tool {
 namespace {
@@ -67,8 +68,8 @@ TEST(ToolValue, WidthCountsCharactersNotBytes) {
     EXPECT_EQ(PadLeft("long", 2), "long");
 }
 
-Report PowerReport() {
-    Report report;
+Result PowerReport() {
+    Result report;
     report.Add({.key = "power_limit",
                 .title = "Power limit",
                 .fields = {{"current", "Current", std::int64_t{10}, Unit::Percent},
@@ -89,7 +90,7 @@ TEST(ToolReport, JsonHasTheUnitInTheKeyAndNullForMissing) {
 }
 
 TEST(ToolReport, SensorsHaveTheUnitBesideTheValue) {
-    Report report;
+    Result report;
     report.Add({.key = "sensors",
                 .title = "Sensors",
                 .unitForm = Section::UnitForm::BesideValue,
@@ -98,7 +99,7 @@ TEST(ToolReport, SensorsHaveTheUnitBesideTheValue) {
 }
 
 TEST(ToolReport, JsonGivesSinglePrecisionInItsOwnDigits) {
-    Report report;
+    Result report;
     report.Add({.key = "",
                 .title = "",
                 .fields = {{"clock", "", double{386.67F}, Unit::Megahertz}, {"factor", "", double{1.001F}}}});
@@ -107,7 +108,7 @@ TEST(ToolReport, JsonGivesSinglePrecisionInItsOwnDigits) {
 
 TEST(ToolReport, UnsureValueHasItsReasonBesideIt) {
     auto const section = [](Name const* unsure) {
-        Report report;
+        Result report;
         report.Add({.key = "sensors",
                     .title = "Sensors",
                     .unitForm = Section::UnitForm::BesideValue,
@@ -119,30 +120,30 @@ TEST(ToolReport, UnsureValueHasItsReasonBesideIt) {
                                 .unsure = unsure}}});
         return report;
     };
-    EXPECT_EQ(section(&unsureFan).Json(false),
+    EXPECT_EQ(section(&kUnsureFan).Json(false),
               "{\"sensors\":{\"fan_speed\":{\"value\":0.0,\"unit\":\"rpm\",\"unsure\":\"stopped_or_steady\"}}}\n");
     EXPECT_EQ(section(nullptr).Json(false),
               "{\"sensors\":{\"fan_speed\":{\"value\":0.0,\"unit\":\"rpm\",\"unsure\":null}}}\n");
-    EXPECT_EQ(section(&unsureFan).Text(), std::string("Sensors\n  Fan  0 rpm (") + unsureFan.text + ")\n");
+    EXPECT_EQ(section(&kUnsureFan).Text(), std::string("Sensors\n  Fan  0 rpm (") + kUnsureFan.text + ")\n");
     EXPECT_EQ(section(nullptr).Text(), "Sensors\n  Fan  0 rpm\n");
 }
 
 TEST(ToolReport, MissingSectionIsNull) {
-    Report report;
+    Result report;
     report.Add({.key = "fan", .title = "Fan", .available = false});
     EXPECT_EQ(report.Json(false), "{\"fan\":null}\n");
     EXPECT_EQ(report.Text(), "Fan: not available\n");
 }
 
 TEST(ToolReport, ChangeIsNamedFirst) {
-    Report report = PowerReport();
+    Result report = PowerReport();
     report.SetDone("power set", "Set the power limit to 10 %.");
     EXPECT_TRUE(report.Json(false).starts_with("{\"command\":\"power set\",\"done\":true,\"power_limit\":"));
     EXPECT_TRUE(report.Text().starts_with("Set the power limit to 10 %.\nPower limit\n"));
 }
 
 TEST(ToolReport, FieldsWithoutASectionBelongToTheObject) {
-    Report report;
+    Result report;
     report.Add({.key = "", .title = "", .fields = {{"vendor", "Vendor", std::string("amd")}}});
     EXPECT_EQ(report.Json(false), "{\"vendor\":\"amd\"}\n");
     EXPECT_EQ(report.Text(), "  Vendor  amd\n");
@@ -156,7 +157,7 @@ Grid PointGrid(Value speed) {
 }
 
 TEST(ToolReport, GridIsATableAndAnArray) {
-    Report report;
+    Result report;
     report.Add({.key = "fan", .title = "Fan", .grids = {PointGrid(std::int64_t{100})}});
     EXPECT_EQ(report.Text(),
               "Fan\n"
@@ -168,13 +169,13 @@ TEST(ToolReport, GridIsATableAndAnArray) {
 }
 
 TEST(ToolReport, GridWithoutAnyValueIsOneLine) {
-    Report report;
+    Result report;
     report.Add({.key = "fan", .title = "Fan", .grids = {PointGrid({})}});
     EXPECT_EQ(report.Text(), "Fan\n  Settings of the points  not available\n");
 }
 
 TEST(ToolReport, TextThatIsNoUtf8IsReplacedInJson) {
-    Report report;
+    Result report;
     report.Add({.key = "", .title = "", .fields = {{"name", "Name", std::string("a\xae")}}});
     EXPECT_EQ(report.Json(false), "{\"name\":\"a\ufffd\"}\n");
 }

@@ -5,17 +5,17 @@
 
 #include "../repetition.h"
 #include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
 
 // The library under test, which the machine has not touched yet.
 std::wstring PathOfUnloadedLibrary() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH);
+    auto const path = sim::ModulePath(LibraryUnderTest());
     ::FreeLibrary(LibraryUnderTest());
     EXPECT_EQ(::GetModuleHandleW(L"gputune.dll"), nullptr);
-    return {path, length};
+    return path;
 }
 
 // While one exists, the library is loaded.

@@ -11,15 +11,10 @@
 
 #include "boards.h"
 #include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
-
-std::filesystem::path LibraryPath() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH);
-    return std::wstring(path, length);
-}
 
 // The file as it lies on disk, found by the addresses it will have in memory.
 class Image {
@@ -95,7 +90,7 @@ private:
 };
 
 TEST(Image, IsALibraryFor32Bits) {
-    Image const image(LibraryPath());
+    Image const image(sim::ModulePath(LibraryUnderTest()));
     IMAGE_NT_HEADERS32 const headers = image.Headers();
     EXPECT_EQ(headers.Signature, static_cast<DWORD>(IMAGE_NT_SIGNATURE));
     EXPECT_EQ(headers.FileHeader.Machine, IMAGE_FILE_MACHINE_I386);
@@ -140,7 +135,7 @@ TEST(Image, ExportsItsNamesInByteOrder) {
     std::sort(names.begin(), names.end());
     ASSERT_EQ(names.size(), 117U);
 
-    Image const image(LibraryPath());
+    Image const image(sim::ModulePath(LibraryUnderTest()));
     IMAGE_DATA_DIRECTORY const directory = image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT);
     auto const exports = image.At<IMAGE_EXPORT_DIRECTORY>(directory.VirtualAddress);
     EXPECT_EQ(image.TextAt(exports.Name), "gputune.dll");
@@ -162,7 +157,7 @@ TEST(Image, ExportsItsNamesInByteOrder) {
 }
 
 TEST(Image, IsSmallAndCarriesNoDebugInformation) {
-    Image const image(LibraryPath());
+    Image const image(sim::ModulePath(LibraryUnderTest()));
     EXPECT_LE(image.Size(), 400U * 1024);
     EXPECT_EQ(image.Headers().FileHeader.NumberOfSymbols, 0U);
     EXPECT_EQ(image.Directory(IMAGE_DIRECTORY_ENTRY_DEBUG).Size, 0U);
@@ -200,7 +195,7 @@ TEST(Image, CarriesAVersionBlock) {
 }
 
 TEST(Image, ImportLibraryLiesBesideIt) {
-    std::filesystem::path const libraries = LibraryPath().parent_path().parent_path() / "lib";
+    std::filesystem::path const libraries = sim::ModulePath(LibraryUnderTest()).parent_path().parent_path() / "lib";
     std::filesystem::path const mingw = libraries / "libgputune.dll.a";
     ASSERT_TRUE(std::filesystem::exists(mingw));
     std::ifstream file(mingw, std::ios::binary);

@@ -1,5 +1,4 @@
-// The fan operations of OverdriveNState. Both families of entry points govern the same fan; the last one to set it
-// wins.
+// The fan operations of OverdriveNState. Both families of entry points set the same fan; the last setting holds.
 #include "sim/amd/OverdriveNState.h"
 #include "sim/amd/adl_codes.h"
 #include "sim/model/rounding.h"
@@ -15,33 +14,33 @@ int OverdriveNState::GetFan(amd::ADLODNFanControl& fan, Readings const& readings
     fan.iTargetTemperature = shown.targetTemperature;
     fan.iMinPerformanceClock = description_.minimumPerformanceClock.defaultValue;
     fan.iMinFanLimit = shown.minimumSpeed;
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::SetFan(amd::ADLODNFanControl const& fan) {
     if (fan.iMode == amd::kOdnModeDefault || fan.iMode == amd::kOdnModeAutomatic) {
         fan_ = DefaultFan();
         userPercent_.reset();
-        return kOk;
+        return amd::kAdlOk;
     }
     if (fan.iMode != amd::kOdnModeManual || !description_.fanSpeed.Contains(fan.iTargetFanSpeed) ||
         !description_.fanSpeed.Contains(fan.iMinFanLimit)) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     fan_ = {.mode = amd::kOdnModeManual,
             .targetSpeed = fan.iTargetFanSpeed,
             .targetTemperature = fan.iTargetTemperature,
             .minimumSpeed = fan.iMinFanLimit};
     userPercent_.reset();
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::EnumerateController(int index, amd::ADLThermalControllerInfo& out) const {
     if (index < 0) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     if (static_cast<std::size_t>(index) >= description_.thermalControllers.size()) {
-        return kNoMoreData;
+        return amd::kAdlWarningNoData;
     }
     auto const& controller = description_.thermalControllers[static_cast<std::size_t>(index)];
     out.iThermalDomain = controller.domain;
@@ -52,13 +51,13 @@ int OverdriveNState::EnumerateController(int index, amd::ADLThermalControllerInf
 
 int OverdriveNState::ControllerResult(int controller) const {
     if (controller < 0 || static_cast<std::size_t>(controller) >= description_.thermalControllers.size()) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
-    return description_.thermalControllers[static_cast<std::size_t>(controller)].fan ? kOk : kNotSupported;
+    return description_.thermalControllers[static_cast<std::size_t>(controller)].fan ? amd::kAdlOk : kAdlNotSupported;
 }
 
 int OverdriveNState::GetFanSpeed(int controller, amd::ADLFanSpeedValue& value, Readings const& readings) const {
-    if (int const result = ControllerResult(controller); result != kOk) {
+    if (int const result = ControllerResult(controller); result != amd::kAdlOk) {
         return result;
     }
     switch (value.iSpeedType) {
@@ -69,39 +68,39 @@ int OverdriveNState::GetFanSpeed(int controller, amd::ADLFanSpeedValue& value, R
             value.iFanSpeed = Rounded(readings.olderFanRpm.value_or(readings.fanRpm));
             break;
         default:
-            return kInvalidParameter;
+            return kAdlInvalidParameter;
     }
     value.iFlags = userPercent_ ? amd::kFanFlagUserDefinedSpeed : 0;
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::SetFanSpeed(int controller, amd::ADLFanSpeedValue const& value) {
-    if (int const result = ControllerResult(controller); result != kOk) {
+    if (int const result = ControllerResult(controller); result != amd::kAdlOk) {
         return result;
     }
     if (value.iSize != sizeof(value)) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     int percent = value.iFanSpeed;
     if (value.iSpeedType == amd::kFanSpeedTypeRpm && description_.fanSpeed.max > 0) {
         percent = Rounded(100.0 * value.iFanSpeed / description_.fanSpeed.max);
     } else if (value.iSpeedType != amd::kFanSpeedTypePercent) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     if (percent < 0 || percent > 100) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     userPercent_ = percent;
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::ResetFanSpeed(int controller) {
-    if (int const result = ControllerResult(controller); result != kOk) {
+    if (int const result = ControllerResult(controller); result != amd::kAdlOk) {
         return result;
     }
     userPercent_.reset();
     fan_ = DefaultFan();
-    return kOk;
+    return amd::kAdlOk;
 }
 
 }  // namespace gputune::sim

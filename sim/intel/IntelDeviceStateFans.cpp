@@ -1,4 +1,4 @@
-// The fan operations of IntelDeviceState. The model has one fan for all of a device's; the last one set governs it.
+// The fan operations of IntelDeviceState. The model has one fan for all fans of a device: the last setting holds.
 #include <algorithm>
 #include <utility>
 
