@@ -1,7 +1,8 @@
 /*
  * gputune.h - read and tune the installed graphics board, whoever made its GPU.
  *
- * The one public header of gputune.dll, a 32-bit Windows library. Compiles on its own as C99 and as C++17 or later.
+ * The one public header of gputune.dll, a Windows library of which there is one file for 32-bit and one for 64-bit
+ * programs. Compiles on its own as C99 and as C++17 or later. Records have the same sizes and offsets in both widths.
  *
  * Conventions
  *
@@ -10,9 +11,10 @@
  *     backend. There is no shutdown call: the library cleans up when it is unloaded.
  *  2. Before the first successful InitVGAHelper every other function but GetVendorInfo answers false, -1 or an all-zero
  *     record.
- *  3. Calling convention: cdecl, undecorated names. Records are returned by value, which on 32-bit x86 means: the
- *     caller passes the address of its storage as a hidden first argument and pops it, the function returns that
- *     address. GetVendorInfo returns its 64 bits in edx:eax.
+ *  3. Names are undecorated. Calling convention: cdecl in 32-bit programs, in 64-bit programs the only one of x64
+ *     Windows. Records are returned by value, which means in both: the caller passes the address of its storage as a
+ *     hidden first argument (32-bit: on the stack, and pops it; 64-bit: in rcx), the function returns that address (in
+ *     eax or rax). GetVendorInfo returns its 64 bits in edx:eax or in rax.
  *  4. Threads: one call at a time. The library takes no locks; a host with several threads serialises its calls.
  *  5. Errors: setters return false, getters of numbers -1, records carry `Valid` == 0. The reason is in the diagnostic
  *     log (see GputuneLogMode). No C++ exception leaves the library, except that InitVGAHelper lets the runtime's
@@ -26,7 +28,7 @@
  * 10. NVIDIA boards can be monitored only: FetchHwmValues reads GPUTUNE_HWM_GPU_TEMPERATURE. Every setter is false, and
  *     every record about the board all zero. docs/support-matrix.md has a table of all operations and boards.
  * 11. The library also exports the 95 functions of the Intel Graphics Control Library under their published names and
- *     signatures (cdecl, not declared here). ctlInit loads that library, the others pass their calls on to it; without
+ *     signatures (not declared here). ctlInit loads that library, the others pass their calls on to it; without
  *     it they return 0x40000001 (not initialised). The Intel backend is a client of the same functions: a host's own
  *     ctlClose closes the library for the backend, too. ctlSetRuntimePath before ctlInit keeps the address of the
  *     caller's record, not a copy: the record lives until a ctlInit has succeeded or ctlClose was called. A ctlInit or
