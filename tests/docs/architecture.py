@@ -46,8 +46,8 @@ def check_picture(root, document, problems):
 
 def check_rooms(root, document, problems):
     with open(os.path.join(root, "tests", "include_rules", "check"), encoding="utf-8") as file:
-        allowed = {folder: set(names.split()) - {folder}
-                   for folder, names in re.findall(r"^    \[(\w+)\]='([\w ]*)'$", file.read(), re.MULTILINE)}
+        rules = re.search(r"^declare -A allowed=\(\n(.*?)^\)", file.read(), re.MULTILINE | re.DOTALL)[1]
+    allowed = {folder: set(names.split()) - {folder} for folder, names in re.findall(r"\[(\w+)\]='([\w ]*)'", rules)}
     rooms = next(rows for _, _, rows in document.tables() if rows[0][0] == "folder")
     said = {}
     for folder, _, may_include in rooms[1:]:
