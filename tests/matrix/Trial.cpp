@@ -16,6 +16,7 @@ std::string Trial::Try(Cell const& cell, Reference const& reference) {
         vendor_.PrepareForCalls(observed.calls);
     }
 
+    // The fault. A missing entry point or library is missing before the library under test starts.
     if (cell.IsFromStart()) {
         log_.Remove();
     }
