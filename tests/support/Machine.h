@@ -1,11 +1,14 @@
 // The machine a test runs on: which display controllers it reports, which vendors' libraries it has and what they
 // answer, and the library under test on top of it. One test, one process, one machine, in an empty working directory.
 //
-//     Machine machine = OverdriveNBoard();                       // boards.h
-//     machine.Result("ADL2_OverdriveN_PowerLimit_Set", -1);
-//     ASSERT_TRUE(machine.Init());
-//     EXPECT_FALSE(machine.Api().SetPowerLimit(75, 0));
+//     Machine machine = OverdriveNBoard().Started();              // boards.h
+//     machine.Reports(PowerLimits{.power = 12, .temperature = 80});
+//     EXPECT_TRUE(machine.Api().SetPowerLimit(75, 0));
+//     EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeManual, .power = 0, .temperature = 75}));
 //     EXPECT_EQ(machine.TakeLog(), Lines({"..."}));
+//
+// The records that cross, such as PowerLimits, are in the headers of the vendors' boards. Orders of plain bytes (Write
+// and the like) are for these headers, and for tests of a layout itself.
 //
 // The same tests run against the real gputune.dll under Wine (machine_windows.cpp), and against the library's code
 // compiled for this system with sanitizers (machine_native.cpp).
@@ -14,8 +17,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <initializer_list>
+#include <ostream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "ScriptedLibrary.h"
@@ -26,10 +30,22 @@ namespace gputune::test {
 using Bytes = std::vector<unsigned char>;
 using Lines = std::vector<std::string>;
 
-// The bytes of 32-bit integers, or of doubles, in a row.
-Bytes Ints(std::initializer_list<int> values);
-Bytes Ints(std::vector<int> const& values);
-Bytes Doubles(std::vector<double> const& values);
+// The bytes of a record whose fields lie as its vendor publishes them, and of several in a row.
+template <class Record>
+Bytes BytesOf(Record const& record) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    auto const* const first = reinterpret_cast<unsigned char const*>(&record);
+    return {first, first + sizeof record};
+}
+template <class Record>
+Bytes BytesOf(std::vector<Record> const& records) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    auto const* const first = reinterpret_cast<unsigned char const*>(records.data());
+    return {first, first + records.size() * sizeof(Record)};
+}
+inline Bytes Ints(std::vector<int> const& values) {
+    return BytesOf(values);
+}
 
 // `bytes` with `patch` written over it from `offset` on; it grows when needed.
 Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch);
@@ -45,6 +61,30 @@ struct Call {
 
     int Int(std::size_t offset) const;              // of the record
     double DoubleArgument(std::size_t word) const;  // an argument of two words
+    Handle HandleArgument(std::size_t argument) const;
+
+    // The whole record, which must have the size of this type.
+    template <class Record>
+    Record As() const {
+        if constexpr (requires { Record::From(*this); }) {
+            return Record::From(*this);
+        } else {
+            Record value;
+            CopyRecord(&value, sizeof value);
+            return value;
+        }
+    }
+
+private:
+    void CopyRecord(void* target, std::size_t size) const;
+};
+
+// Where a type of record crosses: the entry point, the argument that points to it, and where in it the library writes.
+// A record that a library reports has one as kReadBy; one that it is sent has the entry point as kSentBy.
+struct Place {
+    char const* entryPoint;
+    int argument;
+    int offset = 0;
 };
 
 // A load with flags that the library under test has asked for.
@@ -99,6 +139,29 @@ public:
 
     Machine& Captions(std::vector<std::wstring> captions);
 
+    // What the vendor's library reports in its newest response, and the records that it was sent: the last one, or all
+    // that no TakeCalls has returned. Asked is what stood in the record of the last call that reads one.
+    template <class Record>
+    Machine& Reports(Record const& record) {
+        return Write(Record::kReadBy.entryPoint, Record::kReadBy.argument, BytesOf(record), Record::kReadBy.offset);
+    }
+    template <class Record>
+    Record Sent() const {
+        return LastCall(Record::kSentBy).template As<Record>();
+    }
+    template <class Record>
+    std::vector<Record> AllSent() const {
+        std::vector<Record> sent;
+        for (Call const& call : CallsOf(Record::kSentBy)) {
+            sent.push_back(call.As<Record>());
+        }
+        return sent;
+    }
+    template <class Record>
+    Record Asked() const {
+        return LastCall(Record::kReadBy.entryPoint).template As<Record>();
+    }
+
     // What an entry point of the vendor's library does. Orders change its newest response; Then begins another one,
     // which holds from the following call on (ScriptedLibrary.h, which also tells of orders for one first argument:
     // For).
@@ -127,8 +190,10 @@ public:
     // initialisation stay to be looked at.
     bool Init(int logMode = GPUTUNE_LOG_FILE);
 
-    // Init, of which success is expected, and forget its calls and its log.
+    // Init, of which success is expected, and forget its calls and its log. Started hands the machine on; without
+    // success it throws.
     bool InitAndForget();
+    Machine Started();
 
     // The lines of debug.log that no earlier TakeLog has returned.
     Lines TakeLog();
@@ -136,7 +201,9 @@ public:
     // The calls that no earlier TakeCalls has returned, oldest first, of one library after the other; of one entry
     // point, the last.
     std::vector<Call> TakeCalls();
-    std::vector<std::string> TakeCallNames();
+    Lines TakeTraffic(std::string (*describe)(Call const&));
+    Lines TakeCallNames();
+    std::vector<Call> CallsOf(std::string const& entryPoint) const;
     Call LastCall(std::string const& entryPoint) const;
     int CountOf(std::string const& entryPoint) const;
 
@@ -146,8 +213,8 @@ public:
 
     // Write the profile file where the library under test looks for it, or make sure that there is none. Under Windows
     // that is one place for all tests: only for tests in profile_*_test.cpp, which run one after the other.
-    void WriteProfile(std::string const& text);
-    void RemoveProfile();
+    Machine& WriteProfile(std::string const& text);
+    Machine& RemoveProfile();
 
 private:
     ScriptedLibrary& LibraryOf(std::string const& entryPoint) const;
@@ -171,6 +238,21 @@ int UnloadCount();
 std::filesystem::path ProfilePath();
 
 }  // namespace host
+
+// One line after the other.
+Lines operator+(Lines first, Lines const& second);
+
+// Records of 32-bit integers read well where a test fails.
+template <class Record>
+requires(
+    requires { Record::kReadBy; } || requires { Record::kSentBy; }) &&
+    std::is_trivially_copyable_v<Record> void PrintTo(Record const& record, std::ostream* out) {
+    Call const call{.entryPoint = "", .args = {}, .record = BytesOf(record)};
+    for (std::size_t offset = 0; offset < sizeof record; offset += sizeof(int)) {
+        *out << (offset == 0 ? "{" : ", ") << call.Int(offset);
+    }
+    *out << "}";
+}
 
 template <class... Args>
 int Machine::Ctl(std::string const& name, Args... args) {

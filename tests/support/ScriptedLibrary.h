@@ -13,6 +13,7 @@
 // Under Windows it is a DLL of its own; only plain data crosses this interface.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -85,11 +86,21 @@ protected:
     ~ScriptedLibrary() = default;
 };
 
+// A handle that a vendor's library hands out and is given back. Of a row of handles each is one more than the last.
+enum class Handle : std::uintptr_t {};
+
+constexpr Handle operator+(Handle first, int position) {
+    return Handle{static_cast<std::uintptr_t>(first) + static_cast<std::uintptr_t>(position)};
+}
+
 // The name under which orders are given for the calls of an entry point that have this first argument.
 inline std::string For(std::string const& entryPoint, int firstArgument) {
     char text[16];
     std::snprintf(text, sizeof text, "@%X", static_cast<unsigned>(firstArgument));
     return entryPoint + text;
+}
+inline std::string For(std::string const& entryPoint, Handle handle) {
+    return For(entryPoint, static_cast<int>(handle));
 }
 
 }  // namespace gputune::test
