@@ -1,5 +1,5 @@
-// What an exported function costs that answers from memory, behind its floor: the least that any library in its place
-// would have to do.
+// The cost of an exported function that returns a value from memory, after its floor: the least that any library would
+// have to do.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -19,7 +19,7 @@ void FloorCopyOf272Bytes(benchmark::State& state) {
     HwmValue copy;
     for (auto _ : state) {
         benchmark::DoNotOptimize(&source);
-        std::memcpy(&copy, &source, sizeof copy);
+        std::memcpy(&copy, &source, sizeof(copy));
         benchmark::DoNotOptimize(&copy);
         benchmark::ClobberMemory();
     }

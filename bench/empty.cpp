@@ -1,2 +1,2 @@
-// A DLL with nothing in it but the compiler's start-up code: what loading any DLL costs.
+// A DLL that has only the compiler's start-up code: the floor for loading a DLL.
 extern "C" __declspec(dllexport) void Nothing() {}

@@ -1,6 +1,6 @@
-// What a reading of the sensors costs above the vendor's own calls, on the backend that GPUTUNE_BENCH_BACKEND names,
-// with the log in the mode of GPUTUNE_BENCH_LOG: 0 off, 2 into the file. With the log on, the floor writes and flushes
-// the same lines. The backend and the log mode are a process's for life.
+// The cost of a reading of the sensors, after its floor: the vendor's calls alone. GPUTUNE_BENCH_BACKEND names the
+// backend, GPUTUNE_BENCH_LOG the log mode: 0 off, 2 into the file. With the log on, the floor writes and flushes the
+// same lines. A process cannot change its backend or its log mode.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -33,10 +33,10 @@ struct Stage {
     Backend const& backend = BackendOfThisProcess();
     BenchMachine machine{LogMode(), backend.vendor};
     decltype(&::FetchHwmValues) fetchHwmValues = machine.Export<decltype(&::FetchHwmValues)>("FetchHwmValues");
-    std::vector<std::string> lines = LinesOfAFetch();  // that one reading writes
+    std::vector<std::string> lines = LinesOfAFetch();  // the log lines of one reading
 
 private:
-    // While the log is short.
+    // Called once, while the log is short.
     std::vector<std::string> LinesOfAFetch() const {
         if (LogMode() == GPUTUNE_LOG_NONE) {
             return {};

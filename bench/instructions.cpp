@@ -1,8 +1,7 @@
 // instructions <backend>
 //
-// Counts instead of timing: runs operations one processor instruction at a time and prints how many of them were the
-// library's own, and how many others' (the vendor library's and the system's). The figures are the same every time, on
-// every machine.
+// Runs operations one processor instruction at a time and prints how many instructions were in the library, and how
+// many in other modules (the vendor's library and the system). The figures are the same in every run, on every machine.
 #include <windows.h>
 
 #include <cstdio>
@@ -50,7 +49,7 @@ LONG CALLBACK CountStep(EXCEPTION_POINTERS* exception) {
         return EXCEPTION_CONTINUE_EXECUTION;
     }
     DWORD const address = exception->ContextRecord->Eip;
-    // A repeated instruction (rep movs, rep stos) traps with every round, and is one.
+    // A repeated instruction (rep movs, rep stos) traps in every repetition and counts once.
     bool const isRepeated =
         address == g_lastAddress && IsRepeatPrefix(*reinterpret_cast<unsigned char const*>(address));
     g_lastAddress = address;
@@ -67,7 +66,7 @@ LONG CALLBACK CountStep(EXCEPTION_POINTERS* exception) {
 
 template <class Operation>
 void Count(char const* name, Operation const& operation) {
-    operation();  // what only a first call does
+    operation();  // not counted: the first call does more than the others
     g_own = g_others = 0;
     g_isCounting = true;
     __asm__ volatile("pushfl\n orl $0x100, (%%esp)\n popfl" ::: "memory", "cc");

@@ -1,5 +1,5 @@
-// What a forwarded control library function costs, between the direct call and one whose entry point is looked up every
-// time.
+// The cost of a forwarded control library function, between its floor, the direct call, and a call that looks up the
+// entry point every time.
 #include <benchmark/benchmark.h>
 
 #include "BenchMachine.h"

@@ -1,5 +1,5 @@
-// What one log entry costs, behind its floor: the same bytes written and flushed with nothing around it. A program of
-// its own, because a process's log mode is fixed once.
+// The cost of one log entry, after its floor: the same bytes written and flushed without the library. A program of its
+// own, because the log mode of a process cannot be changed.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -16,10 +16,11 @@ BenchMachine& Machine() {
 }
 
 void FloorWriteAndFlush(benchmark::State& state) {
-    constexpr std::string_view entry = "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index\n";
+    constexpr std::string_view kEntry =
+        "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index\n";
     std::FILE* const file = std::fopen("floor.log", "w");
     for (auto _ : state) {
-        std::fwrite(entry.data(), 1, entry.size(), file);
+        std::fwrite(kEntry.data(), 1, kEntry.size(), file);
         std::fflush(file);
     }
     std::fclose(file);
@@ -27,7 +28,7 @@ void FloorWriteAndFlush(benchmark::State& state) {
 }
 BENCHMARK(FloorWriteAndFlush);
 
-// Selecting the adapter in use does nothing but write this one entry.
+// Selecting the adapter that is selected already only writes this entry.
 void LogEntry(benchmark::State& state) {
     auto const select = Machine().Export<decltype(&::SetActiveAdapterIndex)>("SetActiveAdapterIndex");
     for (auto _ : state) {

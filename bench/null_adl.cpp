@@ -1,6 +1,6 @@
-// An AMD library that does next to nothing: one adapter with constant answers, of the OverdriveN generation, or of
-// Overdrive8 where the environment variable GPUTUNE_BENCH_BACKEND says "overdrive8". What is measured above it is the
-// cost of the library alone.
+// An AMD library that does next to nothing, so that measurements show the cost of gputune.dll alone: one adapter with
+// constant answers, of the OverdriveN generation, or of Overdrive8 when the environment variable GPUTUNE_BENCH_BACKEND
+// is "overdrive8".
 #include <cstdlib>
 #include <cstring>
 #include <string_view>

@@ -1,4 +1,4 @@
-// What a bound NVAPI function costs, between the direct call and one whose address is asked for every time.
+// The cost of a bound NVAPI function, between its floors and a call that asks for the address every time.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -30,7 +30,7 @@ void FloorDirectNvapiCall(benchmark::State& state) {
 }
 BENCHMARK(FloorDirectNvapiCall);
 
-// Every bound call is counted while it runs, which two interlocked operations do.
+// The library counts every bound call while it runs, with two interlocked operations.
 void FloorCountedNvapiCall(benchmark::State& state) {
     auto const query = Machine().VendorFunction<QueryInterface>("nvapi_QueryInterface");
     auto const direct = reinterpret_cast<GetThermalSettings>(query(kIdentifier));

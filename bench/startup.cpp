@@ -1,14 +1,14 @@
 // startup <what>
 //
-// What only the first time in a process shows: prints how many microseconds <what> took, then waits for the end of its
-// input, so that whoever started it can look at the process from outside.
+// Measures what only the first time in a process shows. Prints how many microseconds <what> took, then waits for the
+// end of its input, so that bench/report.py can look at the process from outside.
 //
 //     load-floor   loading an empty DLL of the same compiler        load   loading gputune.dll
 //     init-floor   the query for the graphics card and the vendor's calls of a start, made by hand
 //     init         InitVGAHelper
 //
-// The start asks the machine's own WMI, which must name an AMD graphics card; "own-init-floor" and "own-init" ask a WMI
-// in this process that answers at once, which leaves what the library itself adds. The vendor's library is
+// The start asks the machine's own WMI, which must name an AMD graphics card. "own-init-floor" and "own-init" ask a WMI
+// in this process that answers at once: their difference is what the library itself adds. The vendor's library is
 // null_adl.cpp.
 #include <windows.h>
 
@@ -18,41 +18,20 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <stdexcept>
 #include <string>
 
 #include "amd/adl_records.h"
 #include "gputune.h"
-#include "wmi/WmiStandIn.h"
+#include "loading.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace {
 
+using gputune::bench::Find;
+using gputune::bench::LoadOwn;
 using Microsoft::WRL::ComPtr;
-
-std::filesystem::path ProgramDirectory() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(std::wstring(path, length)).parent_path();
-}
-
-HMODULE Load(std::filesystem::path const& path) {
-    HMODULE const module = ::LoadLibraryW(path.c_str());
-    if (module == nullptr) {
-        throw std::runtime_error("cannot load " + path.string());
-    }
-    return module;
-}
-
-template <class Function>
-Function Find(HMODULE module, char const* name) {
-    auto* const address = reinterpret_cast<void*>(::GetProcAddress(module, name));
-    if (address == nullptr) {
-        throw std::runtime_error(std::string("no export ") + name);
-    }
-    return reinterpret_cast<Function>(address);
-}
 
 void Require(bool holds, char const* what) {
     if (!holds) {
@@ -62,7 +41,7 @@ void Require(bool holds, char const* what) {
 
 // ---- Loading ----
 
-// Hosts that ask WMI have these loaded, and nobody is to be charged for them.
+// Hosts that use WMI have these loaded: they are not part of the measurement.
 void LoadWhatHostsHave() {
     for (wchar_t const* name : {L"ole32.dll", L"oleaut32.dll", L"advapi32.dll"}) {
         ::LoadLibraryW(name);
@@ -70,13 +49,13 @@ void LoadWhatHostsHave() {
 }
 
 void LoadEmpty() {
-    Load(ProgramDirectory() / "empty.dll");
+    LoadOwn(L"empty.dll");
 }
 
 HMODULE g_library = nullptr;
 
-void LoadLibraryUnderTest() {
-    g_library = Load(ProgramDirectory().parent_path() / "bin" / "gputune.dll");
+void LoadGputune() {
+    g_library = gputune::bench::LoadLibraryUnderTest();
 }
 
 // ---- The start ----
@@ -121,7 +100,7 @@ void* __stdcall Allocate(int size) {
     return std::malloc(static_cast<std::size_t>(size));
 }
 
-// The calls that OverdriveN boards are opened with, each entry point looked up once.
+// The calls that open an OverdriveN board, with each entry point looked up once.
 void OpenBoardByHand() {
     using namespace gputune::amd;
     HMODULE const adl = ::LoadLibraryW(L"atiadlxx.dll");
@@ -169,8 +148,8 @@ struct Measurement {
 };
 
 void PrepareStart() {
-    Load(ProgramDirectory() / "atiadlxx.dll");
-    LoadLibraryUnderTest();
+    LoadOwn(L"atiadlxx.dll");
+    LoadGputune();
 }
 
 void PrepareStartWithOwnWmi() {
@@ -181,8 +160,8 @@ void PrepareStartWithOwnWmi() {
 
 std::map<std::string, Measurement> const kMeasurements = {
     {"load-floor", {LoadWhatHostsHave, LoadEmpty}},
-    {"load", {LoadWhatHostsHave, LoadLibraryUnderTest}},
-    // Both with the library loaded, so that the processes differ in nothing but who does the work.
+    {"load", {LoadWhatHostsHave, LoadGputune}},
+    // Both load the library, so that the processes differ only in what does the work.
     {"init-floor", {PrepareStart, StartByHand}},
     {"init", {PrepareStart, Start}},
     {"own-init-floor", {PrepareStartWithOwnWmi, StartByHand}},

@@ -63,7 +63,7 @@ std::function<void()> FetchIntel(BenchMachine const& machine) {
     auto const read = Find<ctl_device_adapter_handle_t, ctl_power_telemetry_t*>(machine, "ctlPowerTelemetryGet");
     return [=] {
         ctl_power_telemetry_t telemetry{};
-        telemetry.Size = sizeof telemetry;
+        telemetry.Size = sizeof(telemetry);
         benchmark::DoNotOptimize(read(nullptr, &telemetry));
     };
 }

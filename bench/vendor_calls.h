@@ -1,4 +1,4 @@
-// The calls that a reading of the sensors makes of each vendor's library, with nothing around them.
+// The calls of each vendor's library that a reading of the sensors makes, without the library.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,7 @@
 
 namespace gputune::bench {
 
-// A way to talk to a board that a benchmark is about.
+// A backend to measure.
 struct Backend {
     std::string_view name;
     BenchMachine::Vendor vendor;
@@ -19,7 +19,7 @@ struct Backend {
 // The backend of this name: overdriven, overdrive8, intel or nvidia. Throws std::invalid_argument for any other.
 Backend const& BackendOf(std::string_view name);
 
-// The one this process is about, from the environment variable GPUTUNE_BENCH_BACKEND, which null_adl.cpp reads, too.
+// The backend that the environment variable GPUTUNE_BENCH_BACKEND names; null_adl.cpp reads it, too.
 Backend const& BackendOfThisProcess();
 
 }  // namespace gputune::bench

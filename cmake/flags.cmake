@@ -1,8 +1,7 @@
 # The interface targets that every target of this project links:
 #   gputune::warnings        what the compiler is asked to object to
 #   gputune::platform_flags  what 32-bit code for Windows needs
-# and for what goes into the library, under Windows:
-#   gputune::stack_protection
+# What only the library's own code needs stands in src/CMakeLists.txt.
 
 add_library(gputune_warnings INTERFACE)
 add_library(gputune::warnings ALIAS gputune_warnings)
@@ -57,18 +56,6 @@ if(WIN32)
         # Data is not executed, the load address is not fixed, and nothing in the file is an exception handler: this
         # compiler's exceptions need none, and without the word the system would take any address in it for one.
         LINKER:--nxcompat LINKER:--dynamicbase LINKER:--no-seh)
-endif()
-
-if(WIN32)
-    # Functions whose arrays or records others write to, which with vendors' libraries is most of them, look before they
-    # return whether something was written past the end. The compiler's own library for it is replaced, so the flag is not
-    # given to the linker.
-    add_library(gputune_stack_protection STATIC "${PROJECT_SOURCE_DIR}/src/platform/stack_protection.cpp")
-    add_library(gputune::stack_protection ALIAS gputune_stack_protection)
-    target_compile_options(gputune_stack_protection
-        PUBLIC $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>
-        PRIVATE -Os)
-    target_link_libraries(gputune_stack_protection PRIVATE gputune::platform_flags gputune::warnings)
 endif()
 
 if(GPUTUNE_SANITIZE)

@@ -1,9 +1,10 @@
-// The bytes of an input as decisions, one after the other. Behind its end every decision is 0.
+// Turns the bytes of an input into decisions, one after the other. After the last byte, every decision is 0.
 #pragma once
 
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace gputune::fuzz {
 
@@ -17,14 +18,14 @@ public:
 
     unsigned Below(unsigned limit) { return Byte() % limit; }
 
-    // Mostly a number that tells something, else any.
+    // Mostly a number that the library treats specially, or one next to it; else any number.
     int Int() {
-        constexpr int kTelling[] = {0,   1,     2,     3,      4,          5,       -1,      INT_MIN, INT_MAX,
+        constexpr int kSpecial[] = {0,   1,     2,     3,      4,          5,       -1,      INT_MIN, INT_MAX,
                                     8,   39,    40,    100,    -100,       65536,   65537,   256,     257,
                                     255, 32768, 10000, 136600, 0x0FFFFFFF, 1 << 30, 1 << 29, 75,      -50};
         unsigned const choice = Byte();
-        if (choice < sizeof kTelling / sizeof kTelling[0]) {
-            return kTelling[choice];
+        if (choice < std::size(kSpecial)) {
+            return kSpecial[choice];
         }
         if (choice < 128) {
             return static_cast<int>(choice) - 64;
@@ -36,7 +37,7 @@ public:
         return static_cast<int>(number);
     }
 
-    // An input of its own: the next bytes, as many as the next one says.
+    // A part of this input as an input of its own. The next byte is its length.
     Input Part() {
         std::size_t const length = Byte();
         std::size_t const from = at_;

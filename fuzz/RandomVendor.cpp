@@ -14,7 +14,7 @@ unsigned char* Pointer(int word) {
 
 int IntAt(int word) {
     int value = 0;
-    std::memcpy(&value, Pointer(word), sizeof value);
+    std::memcpy(&value, Pointer(word), sizeof(value));
     return value;
 }
 
@@ -23,7 +23,7 @@ int IntAt(int word) {
 int RandomVendor::Answer(char const* entryPoint, int const* words) {
     library_.ClearCalls();
     auto const& outputs = test::VendorOutputs(entryPoint);
-    // Mostly healthy, or no input would get far.
+    // Most answers are healthy. Otherwise the library would soon give up.
     switch (input_.IsAtEnd() ? 0U : input_.Below(8)) {
         case 4: {
             int const result = library_.AsOrdered(entryPoint, words);
@@ -69,7 +69,7 @@ void RandomVendor::WriteAny(test::VendorOutput const& output, int const* words, 
             }
             break;
         case test::VendorOutput::Kind::Handles:
-            // As many as there is room for: the first of them alone.
+            // Only the first handle: there is room for it.
             if (words[output.argument - 1] != 0 && IntAt(words[output.argument - 1]) > 0) {
                 WriteBytes(Pointer(word), static_cast<std::size_t>(output.size));
             }
@@ -78,7 +78,7 @@ void RandomVendor::WriteAny(test::VendorOutput const& output, int const* words, 
 }
 
 void RandomVendor::WriteBytes(unsigned char* target, std::size_t size) {
-    if (size == 0) {  // of a record whose own size was damaged before
+    if (size == 0) {  // a record whose size field was damaged before
         return;
     }
     switch (input_.Below(5)) {

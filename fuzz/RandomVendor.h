@@ -1,5 +1,5 @@
-// A vendor's library that answers as an input decides: as a healthy board would, failing, with damaged records and
-// lists, or with nothing written at all.
+// A vendor's library that answers as the input decides: like a healthy board, with a failure, with damaged records and
+// lists, or without writing anything.
 #pragma once
 
 #include "Input.h"

@@ -1,4 +1,4 @@
-// Drives each backend with operations in any order, over a vendor's library that answers anything.
+// Calls operations of each backend in any order, on a vendor's library whose answers the input decides.
 #include <unistd.h>
 
 #include <string>
@@ -10,7 +10,7 @@
 #include "intel_board.h"
 #include "lifecycle.h"
 #include "log/DebugLog.h"
-#include "native_platform.h"
+#include "machine_native.h"
 #include "operations.h"
 #include "require.h"
 
@@ -74,13 +74,13 @@ void CallControlLibrary(Input& input) {
             break;
         case 2: {
             intel::ctl_init_args_t args{};
-            args.Size = sizeof args;
+            args.Size = sizeof(args);
             args.AppVersion = static_cast<std::uint32_t>(input.Int());
             intel::ctlInit(&args, &api);
             break;
         }
         default:
-            request.Size = sizeof request;
+            request.Size = sizeof(request);
             request.pRuntimePath = input.Below(2) == 0 ? nullptr : path;
             intel::ctlSetRuntimePath(input.Below(4) == 0 ? nullptr : &request);
     }
@@ -106,7 +106,7 @@ void Step(test::Exports const& api, Input& input) {
     Require(answer.breach.empty(), (operation.name + std::string(": ") + answer.breach).c_str());
 }
 
-// What no input may leave to the next.
+// Removes what would otherwise stay for the next input.
 void TakeDown(test::Machine& machine, bool isIntel) {
     fuzz::EndLibrary();
     if (isIntel) {
@@ -119,11 +119,11 @@ void TakeDown(test::Machine& machine, bool isIntel) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-    // Every line is built and written, to nowhere.
+    // The log is on, so that every line is built, but it goes nowhere.
     unlink("debug.log");
     Require(symlink("/dev/null", "debug.log") == 0, "the log goes nowhere");
     log::DebugLog::Get(GPUTUNE_LOG_FILE);
-    // For the performance modes.
+    // The performance modes need a profile.
     test::Machine(test::Machine::Library::None)
         .WriteProfile(
             R"(<Config><Board Default="1"><Value Name="GpuOC" Normal="1.05"/><Value Name="MemOC" Normal="1.1"/>
@@ -142,14 +142,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     test::Exports const& api = machine.Api();
     Input steps = input.Part();
     {
-        // The vendor's answers are the rest.
+        // The rest of the input decides the vendor's answers.
         fuzz::RandomVendor const vendor(machine.Scripted(), input);
         api.InitVGAHelper(0);
         while (!steps.IsAtEnd()) {
             Step(api, steps);
         }
     }
-    // The library's own answers again: nothing that happened keeps an operation from ending.
+    // With healthy answers again, every operation must still end without a breach.
     for (test::Operation const& operation : test::Operations()) {
         Require(operation.call(api, {5, 10, 0, 0}).breach.empty(), operation.name);
     }

@@ -1,9 +1,9 @@
-// Feeds arbitrary text to the reader of board files: it reads a board, or says what is wrong and where.
+// Gives arbitrary text to the reader of board files. It must return a board or throw an error that names the file.
 #include <cstdint>
 #include <string>
 
-#include "board/BoardFile.h"
 #include "require.h"
+#include "sim/board/BoardFile.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         Require(board.amd.adapters.size() <= text.size(), "a board is no larger than its text");
     } catch (gputune::sim::BoardFileError const& error) {
         std::string const message = error.what();
-        Require(message.starts_with(kSource) && message.size() > sizeof kSource, "an error names the file");
+        Require(message.starts_with(kSource) && message.size() > sizeof(kSource), "an error names the file");
     }
     return 0;
 }

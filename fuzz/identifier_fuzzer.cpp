@@ -1,5 +1,5 @@
-// Board identifiers: the conversion of hexadecimal numbers against the standard library's own, and the search for the
-// number in a device identifier that nobody promises an end to.
+// Board identifiers. Compares the conversion of hexadecimal numbers with the standard library's, and the number that
+// the library finds in a device identifier, which may have no terminator, with the expected one.
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,11 +8,11 @@
 #include <optional>
 #include <string>
 
-#include "adapter/hex_long.h"
 #include "amd/OD8Helper.h"
 #include "boards.h"
 #include "log/DebugLog.h"
-#include "native_platform.h"
+#include "machine_native.h"
+#include "records/hex_long.h"
 #include "require.h"
 
 namespace {
@@ -25,7 +25,7 @@ static_assert(sizeof(long) == 4, "the standard conversion is of the same width o
 constexpr char kNoNumber[] = "invalid stol argument";
 constexpr char kTooLarge[] = "stol argument out of range";
 
-// What the conversion gives: a number, or else the text of the error.
+// The result of a conversion: a number, or the text of the error.
 struct Conversion {
     std::optional<long> number;
     std::string error;
@@ -39,7 +39,7 @@ Conversion Convert(std::string const& text) {
     }
 }
 
-// By the C library. It reads "0x" without a digit behind it as 0, where ours finds no number.
+// The result of the C library. It reads "0x" without a digit behind it as 0; the library finds no number there.
 Conversion Expected(std::string const& text) {
     char* end = nullptr;
     errno = 0;
@@ -69,11 +69,11 @@ Identity Identify(std::string const& udid) {
     test::Machine machine(test::Machine::Library::AmdNewer);
     test::OrderAdapters(machine, {{.udid = udid, .name = udid}});  // a name without an end, too
     amd::ADL adl;
-    Require(adl.m_Valid, "the binding opens");
+    Require(adl.IsValid(), "the binding opens");
     amd::OD8Helper adapter(adl);
 
     VgaInfo info;
-    std::memset(&info, 0xEE, sizeof info);
+    std::memset(&info, 0xEE, sizeof(info));
     Identity identity{0, ""};
     try {
         adapter.GetVGAInfo(info);
@@ -83,13 +83,13 @@ Identity Identify(std::string const& udid) {
     identity.subsystemId = info.SubsystemId;
 
     std::string const name(udid.c_str(), std::min<std::size_t>(std::strlen(udid.c_str()), 255));
-    Require(std::memchr(info.AdapterName, 0, sizeof info.AdapterName) != nullptr, "the name has an end");
+    Require(std::memchr(info.AdapterName, 0, sizeof(info.AdapterName)) != nullptr, "the name has an end");
     Require(info.AdapterName == name, "the name is the list's");
     Require(info.BusNumber == 3, "the bus is the list's");
     return identity;
 }
 
-// In the words of the promise.
+// What the public header promises of SubsystemId.
 Identity Promised(std::string const& udid) {
     std::string const text = udid.c_str();
     std::size_t const marker = text.find("&SUBSYS_");
@@ -112,7 +112,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::string const text(data, data + size);
     RequireSameNumber(text);
-    // The copy in the list has 256 bytes, with or without an end among them.
+    // The copy in the list has 256 bytes, with or without a terminator among them.
     std::string udid = text;
     udid.resize(256, '\0');
     Identity const found = Identify(udid);

@@ -5,7 +5,7 @@
 #include "adapter/IVideoAdapter.h"
 #include "amd/OD7Helper.h"
 #include "amd/OD8Helper.h"
-#include "api/CurrentAdapter.h"
+#include "api/current_adapter.h"
 #include "intel/IGCLHelper.h"
 
 namespace {
@@ -22,10 +22,10 @@ std::unique_ptr<IVideoAdapter> CreateAdapter() {
         g_apiType = AdapterApiType::Igcl;
         return std::make_unique<intel::IGCLHelper>();
     }
-    if (!g_adl) {
+    if (g_adl == nullptr) {
         g_adl = std::make_unique<amd::ADL>();
     }
-    g_apiType = g_adl->m_Valid ? amd::GetAmdApiType(*g_adl) : AdapterApiType::None;
+    g_apiType = g_adl->IsValid() ? amd::GetAmdApiType(*g_adl) : AdapterApiType::None;
     switch (g_apiType) {
         case AdapterApiType::OverdriveN:
             return std::make_unique<amd::OD7Helper>(*g_adl);
@@ -56,10 +56,10 @@ namespace gputune::api {
 
 bool InitializeAdapter(int /*logMode*/) {
     std::unique_ptr<IVideoAdapter> next = CreateAdapter();
-    if (!next) {
+    if (next == nullptr) {
         return false;
     }
-    g_adapter.swap(next);  // the previous one goes last
+    g_adapter.swap(next);  // the previous one is deleted at the end
     return true;
 }
 

@@ -1,6 +1,7 @@
-// Runs a fuzz target without a fuzzing engine: replay_main RUNS TRUNCATIONS FILE... feeds it every file, that many
-// truncations of every file (all of them where there are no more), and RUNS random changes of them. The same arguments
-// give the same inputs.
+// replay_main RUNS TRUNCATIONS FILE...
+//
+// Runs a fuzz target without a fuzzing engine, on every file, on TRUNCATIONS truncations of every file (on all when it
+// has fewer), and on RUNS random changes of the files. The same arguments give the same inputs.
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -14,12 +15,12 @@
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
-// The sanitizers', where the program is built with them.
+// Defined by the sanitizers, when the program is built with them.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace {
 
-// The input at work, which is written to a file when it stops the process.
+// The present input. It is written to a file when it ends the process.
 std::string g_input;
 
 void WriteInput() {
@@ -36,7 +37,7 @@ void OnAbort(int) {
 
 void Run(std::string input) {
     g_input = std::move(input);
-    // A copy of exactly this size, so that a step beyond its end is seen.
+    // A copy of exactly this size, so that the sanitizer sees a read behind its end.
     std::vector<std::uint8_t> const bytes(g_input.begin(), g_input.end());
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
@@ -59,10 +60,10 @@ private:
 
     std::string const& Any() { return corpus_[Below(corpus_.size())]; }
 
-    // Of those that mean something in a text as often as of all.
+    // Half of the time one that has a meaning in such files, else any.
     char Character() {
-        constexpr char kTelling[] = "<>/=\"'&#;!-?[]{}:, \n\0x0159AFe.+\xEF\xFF";
-        return Below(2) == 0 ? kTelling[Below(sizeof kTelling)] : static_cast<char>(Below(256));
+        constexpr char kMeaningful[] = "<>/=\"'&#;!-?[]{}:, \n\0x0159AFe.+\xEF\xFF";
+        return Below(2) == 0 ? kMeaningful[Below(sizeof(kMeaningful))] : static_cast<char>(Below(256));
     }
 
     void Change(std::string& text) {
@@ -73,19 +74,19 @@ private:
                     text[at] = Character();
                 }
                 break;
-            case 1:  // one more
+            case 1:  // one inserted
                 text.insert(at, 1, Character());
                 break;
-            case 2:  // some less
+            case 2:  // some erased
                 text.erase(at, 1 + Below(8));
                 break;
-            case 3: {  // a piece of a file in between
+            case 3: {  // a piece of a file inserted
                 std::string const& other = Any();
                 std::size_t const from = Below(other.size() + 1);
                 text.insert(at, other.substr(from, Below(64)));
                 break;
             }
-            default:  // a piece of its own once more
+            default:  // a piece of the same text inserted
                 text.insert(at, text.substr(Below(text.size() + 1), Below(32)));
         }
     }

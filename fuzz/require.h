@@ -1,4 +1,4 @@
-// What a fuzz target holds to be true of every input.
+// Conditions that must hold for every input of a fuzz target.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace gputune::fuzz {
 
-// Stops the process, which the fuzzer takes for a finding.
+// Aborts the process when the condition does not hold; the fuzzer reports the input.
 inline void Require(bool condition, char const* what) {
     if (!condition) {
         std::fprintf(stderr, "violated: %s\n", what);

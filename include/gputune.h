@@ -259,7 +259,7 @@ GPUTUNE_API HwmValue GPUTUNE_CALL GetHwmValue(int key);
 /*
  * Frames per second that the driver measures on the board's display, truncated. -1 when not available: every backend
  * but Overdrive8, and Overdrive8 when the driver does not answer. Nothing here starts the driver's frame metrics: while
- * they do not run, what it answers means nothing.
+ * they do not run, its answer means nothing.
  */
 GPUTUNE_API int GPUTUNE_CALL GetFrameRate(void);
 

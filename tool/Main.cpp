@@ -6,24 +6,25 @@
 #include <cstring>
 #include <sstream>
 
-#include "Commands.h"
-#include "Console.h"
-#include "ErrorReport.h"
-#include "Errors.h"
-#include "Text.h"
+#include "tool/commands/Commands.h"
+#include "tool/output/ErrorJson.h"
+#include "tool/system/Console.h"
+#include "tool/system/Utf8.h"
+#include "tool/values/Errors.h"
 
 namespace gputune::tool {
 
 namespace {
 
-// From here on no DLL is loaded from the current directory, the program's directory or the path: the system directory
-// remains, where the vendors' libraries are. Resolved at run time, because Windows 7 has it only with an update.
+// Afterwards DLLs are loaded from the system directory only, where the vendors' libraries are; not from the current
+// directory, the program's directory or the path. The function is looked up because Windows 7 has it only with an
+// update.
 void RestrictLibrarySearch() {
     SetDllDirectoryW(L"");
     FARPROC const address = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
     if (address != nullptr) {
         BOOL(WINAPI * setDefaultDllDirectories)(DWORD) = nullptr;
-        std::memcpy(&setDefaultDllDirectories, &address, sizeof address);
+        std::memcpy(&setDefaultDllDirectories, &address, sizeof(address));
         setDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     }
 }
@@ -55,7 +56,7 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
     app.set_help_flag("-h,--help", "Show this help");
 }
 
-// An empty value is one that a script forgot to fill in: --simulate "" would otherwise be the real board.
+// An empty value is usually a script's variable that was not set. --simulate "" would otherwise tune the real board.
 void RefuseEmptyValues(CLI::App& app) {
     for (CLI::Option* option : app.get_options()) {
         if (option->get_items_expected_max() > 0) {
@@ -67,8 +68,8 @@ void RefuseEmptyValues(CLI::App& app) {
     }
 }
 
-// What the command-line library does not know: /? for --help, and that --option= has no value (it would take the next
-// word).
+// Two things that the command-line library does not do: /? is --help, and --option= is an error, not an option whose
+// value is the next word.
 void PrepareArguments(std::vector<std::string>& arguments) {
     for (std::string& argument : arguments) {
         if (argument == "/?") {
@@ -130,10 +131,9 @@ int Run(std::vector<std::string> arguments) {
             Refuse(app, error, message.str());
         }
         WriteOutput(output.str());
-        return exitSuccess;
+        return kExitSuccess;
     }
-    bool const logsToOutput = context.options.log == GPUTUNE_LOG_STDOUT || context.options.log == GPUTUNE_LOG_BOTH;
-    if (context.options.json && logsToOutput) {
+    if (context.options.json && context.options.LogsToOutput()) {
         throw UsageError("--json and a log on standard output would mix: use --log file.");
     }
     return context.run();
@@ -141,15 +141,15 @@ int Run(std::vector<std::string> arguments) {
 
 }  // namespace
 
-// Says what went wrong; returns the exit code.
-int Complain(ToolError const& error, bool json, int exitCode) {
+// On standard error; returns the exit code.
+int PrintError(ToolError const& error, bool json, int exitCode) {
     WriteError(json ? ErrorJson(error.Details(), error.what()) : std::string(error.what()) + "\n");
     return exitCode;
 }
 
 }  // namespace gputune::tool
 
-// The program name is no argument of interest; wildcards are left as they are.
+// Tells the C runtime not to replace wildcards in arguments.
 int _dowildcard = 0;
 
 int wmain(int count, wchar_t** values) {
@@ -159,17 +159,17 @@ int wmain(int count, wchar_t** values) {
     for (int i = 1; i < count; ++i) {
         arguments.push_back(Utf8FromWide(values[i]));
     }
-    // Also of a command line that cannot be understood.
+    // Looked for here, because it also applies to errors of the command line itself.
     bool const json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     try {
         return Run(std::move(arguments));
     } catch (UsageError const& error) {
-        return Complain(error, json, exitUsage);
+        return PrintError(error, json, kExitUsage);
     } catch (UnsupportedError const& error) {
-        return Complain(error, json, exitUnsupported);
+        return PrintError(error, json, kExitUnsupported);
     } catch (ToolError const& error) {
-        return Complain(error, json, exitFailure);
+        return PrintError(error, json, kExitFailure);
     } catch (std::exception const& error) {
-        return Complain(ToolError(error.what()), json, exitFailure);
+        return PrintError(ToolError(error.what()), json, kExitFailure);
     }
 }

@@ -1,7 +1,8 @@
-#include "amd/AmdDriver.h"
+#include "sim/amd/AmdDriver.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "sim/standin/copy_text.h"
 
 namespace gputune::sim {
 
@@ -9,26 +10,18 @@ namespace {
 
 constexpr int kVendorId = 0x1002;
 
-// A field keeps its terminator.
-template <std::size_t size>
-void CopyText(char (&field)[size], std::string const& text) {
-    std::size_t const length = std::min(text.size(), size - 1);
-    std::memcpy(field, text.data(), length);
-    field[length] = '\0';
-}
-
 amd::AdapterInfoX2 ToRecord(Adapter const& adapter, int display) {
     amd::AdapterInfoX2 record{};
     record.iSize = sizeof(record);
     record.iAdapterIndex = adapter.index;
-    CopyText(record.strUDID, adapter.udid);
+    CopyText(adapter.udid, record.strUDID);
     record.iBusNumber = adapter.busNumber;
     record.iVendorID = kVendorId;
-    CopyText(record.strAdapterName, adapter.name);
-    CopyText(record.strDisplayName, adapter.displayName);
+    CopyText(adapter.name, record.strAdapterName);
+    CopyText(adapter.displayName, record.strDisplayName);
     record.iPresent = adapter.present ? 1 : 0;
     record.iExist = adapter.exists ? 1 : 0;
-    CopyText(record.strPNPString, adapter.udid);
+    CopyText(adapter.udid, record.strPNPString);
     record.iOSDisplayIndex = display;
     return record;
 }
@@ -42,14 +35,15 @@ AmdDriver::AmdDriver(Board board) : board_(std::move(board)) {
     }
     for (std::size_t i = 0; i < board_.amd.adapters.size(); ++i) {
         Unit unit;
+        auto& [overdriveN, overdrive8] = unit.states;
         Controls controls;
         if (board_.amd.overdrive8) {
-            unit.overdrive8 = std::make_unique<Overdrive8State>(*board_.amd.overdrive8);
-            controls = unit.overdrive8->ModelControls();
+            overdrive8 = std::make_unique<Overdrive8State>(*board_.amd.overdrive8);
+            controls = overdrive8->ModelControls();
         }
         if (board_.amd.overdriveN) {
-            unit.overdriveN = std::make_unique<OverdriveNState>(*board_.amd.overdriveN);
-            controls = unit.overdriveN->ModelControls();
+            overdriveN = std::make_unique<OverdriveNState>(*board_.amd.overdriveN);
+            controls = overdriveN->ModelControls();
         }
         unit.model = std::make_unique<ThermalModel>(settings, controls);
         units_.push_back(std::move(unit));
@@ -66,7 +60,7 @@ Adapter const* AmdDriver::FindAdapter(int index) const {
 
 AmdDriver::Unit* AmdDriver::Find(int index) {
     Adapter const* const adapter = FindAdapter(index);
-    return adapter ? &units_[static_cast<std::size_t>(adapter - board_.amd.adapters.data())] : nullptr;
+    return adapter != nullptr ? &units_[static_cast<std::size_t>(adapter - board_.amd.adapters.data())] : nullptr;
 }
 
 Readings AmdDriver::ReadingsOf(Unit& unit, double now) {
@@ -78,7 +72,7 @@ std::vector<amd::AdapterInfoX2> AmdDriver::AdapterInfos(int index) const {
     Adapter const* const wanted = FindAdapter(index);
     std::vector<amd::AdapterInfoX2> records;
     for (auto const& adapter : board_.amd.adapters) {
-        if (!wanted || adapter.busNumber == wanted->busNumber) {
+        if (wanted == nullptr || adapter.busNumber == wanted->busNumber) {
             records.push_back(ToRecord(adapter, static_cast<int>(records.size())));
         }
     }

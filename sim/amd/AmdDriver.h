@@ -1,17 +1,18 @@
-// The simulated driver behind the AMD stand-in: one state and one thermal model per adapter of the board. It allocates
-// nothing for its client and knows no entry point.
+// The simulated driver behind the AMD stand-in: the states and the thermal model of each adapter of the board. It does
+// not know entry points, and allocates nothing for the client.
 #pragma once
 
 #include <memory>
+#include <tuple>
 #include <vector>
 
-#include "amd/Overdrive8State.h"
-#include "amd/OverdriveNState.h"
 #include "amd/adl_records.h"
-#include "amd/results.h"
-#include "board/Board.h"
-#include "model/ThermalModel.h"
-#include "standin/BoardDriver.h"
+#include "sim/amd/Overdrive8State.h"
+#include "sim/amd/OverdriveNState.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
 
@@ -26,34 +27,21 @@ public:
     // The records of all adapters (index -1), or of those on the same bus as the given one.
     std::vector<amd::AdapterInfoX2> AdapterInfos(int index) const;
 
-    // Calls operation(OverdriveNState&, Readings const&) for the adapter, at the given time in seconds, and returns its
-    // result; or says why that is not possible. Settings that it changes are in force from then on.
-    template <class Operation>
-    int WithOverdriveN(int index, double now, Operation const& operation) {
+    // Calls operation(State&, Readings const&) for the adapter, at the given time in seconds, and returns its result,
+    // or the one for an adapter that has no such state. Settings that it changes hold from then on. State:
+    // OverdriveNState or Overdrive8State.
+    template <class State, class Operation>
+    int With(int index, double now, Operation const& operation) {
         Unit* const unit = Find(index);
-        if (!unit) {
-            return kInvalidAdapterIndex;
+        if (unit == nullptr) {
+            return kAdlInvalidAdapterIndex;
         }
-        if (!unit->overdriveN) {
-            return kNotSupported;
+        auto const& state = std::get<std::unique_ptr<State>>(unit->states);
+        if (state == nullptr) {
+            return kAdlNotSupported;
         }
-        int const result = operation(*unit->overdriveN, ReadingsOf(*unit, now));
-        unit->model->SetControls(unit->overdriveN->ModelControls());
-        return result;
-    }
-
-    // The same with an Overdrive8State.
-    template <class Operation>
-    int WithOverdrive8(int index, double now, Operation const& operation) {
-        Unit* const unit = Find(index);
-        if (!unit) {
-            return kInvalidAdapterIndex;
-        }
-        if (!unit->overdrive8) {
-            return kNotSupported;
-        }
-        int const result = operation(*unit->overdrive8, ReadingsOf(*unit, now));
-        unit->model->SetControls(unit->overdrive8->ModelControls());
+        int const result = operation(*state, ReadingsOf(*unit, now));
+        unit->model->SetControls(state->ModelControls());
         return result;
     }
 
@@ -61,13 +49,13 @@ public:
     template <class Operation>
     int WithReadings(int index, double now, Operation const& operation) {
         Unit* const unit = Find(index);
-        return unit ? operation(ReadingsOf(*unit, now)) : kInvalidAdapterIndex;
+        return unit != nullptr ? operation(ReadingsOf(*unit, now)) : kAdlInvalidAdapterIndex;
     }
 
 private:
     struct Unit {
-        std::unique_ptr<OverdriveNState> overdriveN;
-        std::unique_ptr<Overdrive8State> overdrive8;
+        // Null without that part in the board file.
+        std::tuple<std::unique_ptr<OverdriveNState>, std::unique_ptr<Overdrive8State>> states;
         std::unique_ptr<ThermalModel> model;
     };
 

@@ -1,20 +1,9 @@
-#include "amd/AmdStandIn.h"
-
-#include <utility>
+#include "sim/amd/AmdStandIn.h"
 
 namespace gputune::sim {
 
-AmdStandIn& AmdStandIn::Instance() {
-    static AmdStandIn standIn;
-    return standIn;
-}
-
 StandIn& StandIn::Instance() {
     return AmdStandIn::Instance();
-}
-
-std::unique_ptr<BoardDriver> AmdStandIn::NewDriver(Board board) const {
-    return std::make_unique<AmdDriver>(std::move(board));
 }
 
 std::set<std::string> AmdStandIn::AbsentWith(Board const& board) const {
@@ -29,13 +18,8 @@ std::set<std::string> AmdStandIn::AbsentWith(Board const& board) const {
     return absent;
 }
 
-amd::AdlContext AmdStandIn::CreateContext(amd::AdlMemoryAllocator allocator) {
-    allocator_ = allocator;
-    return this;
-}
-
 void* AmdStandIn::Allocate(std::size_t bytes) {
-    if (!allocator_) {
+    if (allocator_ == nullptr) {
         return nullptr;
     }
     CountAllocation();

@@ -1,14 +1,19 @@
-// What AMD's stand-in adds to every stand-in. The context and the allocation callback outlive a change of board, as a
+// What AMD's stand-in adds to every stand-in. The context and the allocation callback stay when the board changes: the
 // client keeps them.
 #pragma once
 
-#include "amd/AmdDriver.h"
-#include "amd/spoil.h"
-#include "standin/StandIn.h"
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "sim/amd/AmdDriver.h"
+#include "sim/amd/adl_garbage.h"
+#include "sim/standin/VendorStandIn.h"
 
 namespace gputune::sim {
 
-// The levels of a table follow its head; of a head that contradicts itself nothing more is kept.
+// The levels of a table follow its head; they are not kept when the head contradicts itself.
 template <>
 struct LoggedSize<amd::ADLODNPerformanceLevelsX2> {
     static std::size_t Of(amd::ADLODNPerformanceLevelsX2 const& table) {
@@ -21,94 +26,63 @@ struct LoggedSize<amd::ADLODNPerformanceLevelsX2> {
     }
 };
 
-class AmdStandIn final : public StandIn {
+class AmdStandIn final : public VendorStandIn<AmdStandIn, AmdDriver> {
 public:
-    static AmdStandIn& Instance();
-
-    // Every entry point: logs the call, obeys orders and faults, and refuses null pointers; only then
-    // operation(AmdDriver&, Garbage) is called, whose result is returned.
-    template <class Operation, class... Args>
-    int Enter(char const* entryPoint, Operation const& operation, Args... args) {
-        std::lock_guard const guard(lock_);
-        if (auto const demanded = Begin(entryPoint, args...)) {
-            return *demanded;
-        }
-        auto* const driver = static_cast<AmdDriver*>(Driver());
-        if (!driver) {
-            return kError;
-        }
-        if ((IsNullRecord(args) || ...) || (IsForeignContext(args) || ...)) {
-            return kInvalidParameter;
-        }
-        Garbage const garbage = GarbageOf(entryPoint);
-        int const result = operation(*driver, garbage);
-        if (result == kOk && garbage == Garbage::ExtremeValues) {
-            (SpoilArgument(args), ...);
-        }
-        return result;
+    // For the entry point that creates the context; returns it.
+    amd::AdlContext CreateContext(amd::AdlMemoryAllocator allocator) {
+        allocator_ = allocator;
+        return this;
     }
 
-    // For the entry point that creates the context; returns it.
-    amd::AdlContext CreateContext(amd::AdlMemoryAllocator allocator);
-
-    // A copy of the list in memory of the client's, with its count; spoilt as the garbage says. padding: how many
-    // entries a list with a huge count really has.
+    // Copies a list into memory from the client's allocation callback, garbled as the garbage says. An empty list has
+    // no memory.
     template <class Record>
-    int HandOut(std::vector<Record> list, int& count, Record*& out, Garbage garbage, std::size_t padding) {
+    int HandOut(std::vector<Record> list, int& count, Record*& out, Garbage garbage) {
         constexpr std::size_t kShort = 5;
         if (garbage == Garbage::HugeCount) {
-            list.resize(padding);
+            list.resize(kHugeListSize);
         } else if (garbage == Garbage::ShortList && list.size() > kShort) {
             list.resize(kShort);
         }
         count = garbage == Garbage::NegativeCount ? -1 : static_cast<int>(list.size());
         out = nullptr;
         if (garbage == Garbage::NullList || list.empty()) {
-            return kOk;
+            return amd::kAdlOk;
         }
         std::size_t const bytes = list.size() * sizeof(Record);
         void* const block = Allocate(bytes);
-        if (!block) {
-            return kError;
+        if (block == nullptr) {
+            return kAdlError;
         }
         std::memcpy(block, list.data(), bytes);
         out = static_cast<Record*>(block);
-        return kOk;
+        return amd::kAdlOk;
     }
 
 private:
-    AmdStandIn() : StandIn(Vendor::Amd) {}
+    friend class VendorStandIn<AmdStandIn, AmdDriver>;
+    static constexpr int kNoBoard = kAdlError;
 
-    std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
-    FaultRules Rules() const override { return AmdFaultRules(); }
+    AmdStandIn() : VendorStandIn(Vendor::Amd, AmdFaultRules()) {}
+
     std::set<std::string> AbsentWith(Board const& board) const override;
 
-    // From the client; null without memory or before there is a context.
-    void* Allocate(std::size_t bytes);
+    static int Uninitialized() { return amd::kAdlOk; }
 
+    // Refuses null pointers and foreign contexts. A null context stands for the only one there is.
     template <class Argument>
-    static bool IsNullRecord(Argument argument) {
-        if constexpr (std::is_pointer_v<Argument> && !std::is_same_v<Argument, amd::AdlContext>) {
-            return argument == nullptr;
-        }
-        return false;
-    }
-    // Null stands for the only context there is.
-    template <class Argument>
-    bool IsForeignContext(Argument argument) const {
+    int Refusal(Argument argument) const {
+        bool refused = false;
         if constexpr (std::is_same_v<Argument, amd::AdlContext>) {
-            return argument != nullptr && argument != this;
+            refused = argument != nullptr && argument != this;
+        } else if constexpr (std::is_pointer_v<Argument>) {
+            refused = argument == nullptr;
         }
-        return false;
+        return refused ? kAdlInvalidParameter : amd::kAdlOk;
     }
-    template <class Argument>
-    static void SpoilArgument(Argument argument) {
-        if constexpr (std::is_pointer_v<Argument> && !std::is_same_v<Argument, amd::AdlContext>) {
-            if constexpr (!std::is_function_v<std::remove_pointer_t<Argument>>) {
-                Spoil(*argument);
-            }
-        }
-    }
+
+    // From the client's callback; null without memory or before there is a context.
+    void* Allocate(std::size_t bytes);
 
     amd::AdlMemoryAllocator allocator_ = nullptr;
 };

@@ -1,15 +1,15 @@
-#include "amd/Overdrive8State.h"
+#include "sim/amd/Overdrive8State.h"
 
 #include <algorithm>
 
-#include "amd/results.h"
-#include "model/rounding.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 
 namespace {
 
-// Setting ids that change the board's course.
+// The ids of the settings that the model uses.
 constexpr std::size_t kEngineClockMax = 0;
 constexpr std::size_t kEngineClockMin = 1;
 constexpr std::size_t kCurveVoltage1 = 3;
@@ -98,7 +98,7 @@ int Overdrive8State::GetInit(amd::ADLOD8InitSetting& out) const {
     out.count = static_cast<int>(count);
     out.overdrive8Capabilities = description_.capabilities;
     std::copy_n(list.begin(), count, out.od8SettingTable);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int Overdrive8State::GetCurrent(amd::ADLOD8CurrentSetting& out) const {
@@ -106,12 +106,12 @@ int Overdrive8State::GetCurrent(amd::ADLOD8CurrentSetting& out) const {
     std::size_t const count = std::min<std::size_t>(list.size(), amd::kOd8Count);
     out.count = static_cast<int>(count);
     std::copy_n(list.begin(), count, out.Od8SettingTable);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int Overdrive8State::Set(amd::ADLOD8SetSetting const& request, amd::ADLOD8CurrentSetting& out) {
     if (request.count < 1 || request.count > amd::kOd8Count) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     std::vector<int> next = current_;
     for (std::size_t id = 0; id < static_cast<std::size_t>(request.count); ++id) {
@@ -125,7 +125,7 @@ int Overdrive8State::Set(amd::ADLOD8SetSetting const& request, amd::ADLOD8Curren
         } else if (wanted.value >= setting.min && wanted.value <= setting.max) {
             next[id] = wanted.value;
         } else {
-            return kInvalidParameter;
+            return kAdlInvalidParameter;
         }
     }
     current_ = std::move(next);
@@ -136,41 +136,10 @@ int Overdrive8State::GetSensors(amd::ADLPMLogDataOutput& out, Readings const& re
     out = {};
     out.size = sizeof(out);
     for (auto const& sensor : description_.sensors) {
-        double value = sensor.value;
-        switch (sensor.quantity) {
-            case Quantity::Constant:
-                break;
-            case Quantity::EngineClock:
-                value = readings.engineClock;
-                break;
-            case Quantity::MemoryClock:
-                value = readings.memoryClock;
-                break;
-            case Quantity::Temperature:
-                value = readings.temperature;
-                break;
-            case Quantity::HotspotTemperature:
-                value = readings.hotspotTemperature;
-                break;
-            case Quantity::FanRpm:
-                value = readings.fanRpm;
-                break;
-            case Quantity::FanPercent:
-                value = readings.fanPercent;
-                break;
-            case Quantity::Load:
-                value = readings.load;
-                break;
-            case Quantity::Power:
-                value = readings.power;
-                break;
-            case Quantity::Voltage:
-                value = readings.voltage;
-                break;
-        }
+        double const value = sensor.quantity != nullptr ? readings.*sensor.quantity : sensor.value;
         out.sensors[sensor.id] = {.supported = sensor.supported ? 1 : 0, .value = Rounded(value)};
     }
-    return kOk;
+    return amd::kAdlOk;
 }
 
 }  // namespace gputune::sim

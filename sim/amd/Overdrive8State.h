@@ -1,12 +1,12 @@
-// The Overdrive8 side of one adapter: its settings in force and its sensors. Every operation returns the vendor's
+// The Overdrive8 part of one adapter: its present settings and its sensors. Every operation returns the vendor's
 // result code and changes nothing when that is not 0.
 #pragma once
 
 #include <vector>
 
 #include "amd/adl_records.h"
-#include "board/Board.h"
-#include "model/ThermalModel.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
 
 namespace gputune::sim {
 
@@ -15,16 +15,16 @@ public:
     // The description must outlive the state.
     explicit Overdrive8State(Overdrive8 const& description);
 
-    // What the settings in force ask of the board.
+    // The present settings, in the terms of the model.
     Controls ModelControls() const;
 
-    // All settings the driver has, which can be more than the older records hold.
+    // All settings of the driver, which can be more than the older records hold.
     std::vector<amd::ADLOD8SingleInitSetting> InitSettings() const;
     std::vector<int> CurrentSettings() const;
 
     int GetInit(amd::ADLOD8InitSetting& out) const;
     int GetCurrent(amd::ADLOD8CurrentSetting& out) const;
-    // All of the requested ones or none.
+    // Makes all of the requested settings or none.
     int Set(amd::ADLOD8SetSetting const& request, amd::ADLOD8CurrentSetting& out);
     int GetSensors(amd::ADLPMLogDataOutput& out, Readings const& readings) const;
 

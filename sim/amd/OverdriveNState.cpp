@@ -1,10 +1,10 @@
-#include "amd/OverdriveNState.h"
+#include "sim/amd/OverdriveNState.h"
 
 #include <algorithm>
 #include <span>
 
-#include "amd/results.h"
-#include "model/rounding.h"
+#include "sim/amd/adl_codes.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 
@@ -28,7 +28,7 @@ amd::ADLODNParameterRange ToRecord(Range const& range) {
     return {.iMode = 0, .iMin = range.min, .iMax = range.max, .iStep = range.step, .iDefault = range.defaultValue};
 }
 
-// The first and the last level with a clock; none gives a level of zeros.
+// The first and the last level with a clock; a level of zeros when there is none.
 Level First(std::vector<Level> const& levels) {
     auto const found = std::find_if(levels.begin(), levels.end(), [](Level const& level) { return level.clock != 0; });
     return found == levels.end() ? Level{} : *found;
@@ -92,7 +92,7 @@ int OverdriveNState::GetCapabilities(amd::ADLODNCapabilitiesX2& out) const {
     out.minimumPerformanceClock = ToRecord(description_.minimumPerformanceClock);
     out.throttleNotification = ToRecord(description_.throttleNotification);
     out.autoSystemClock = ToRecord(description_.autoSystemClock);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 bool OverdriveNState::Fits(ADLODNPerformanceLevelsX2 const& table) const {
@@ -106,42 +106,42 @@ int OverdriveNState::GetClocks(ADLODNPerformanceLevelsX2& table, std::vector<Lev
                                std::vector<Level> const& defaults) const {
     bool const known = table.iMode == amd::kOdnModeCurrent || table.iMode == amd::kOdnModeDefault;
     if (!known || !Fits(table)) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     auto const& source = table.iMode == amd::kOdnModeDefault ? defaults : current;
     std::transform(source.begin(), source.end(), LevelsOf(table).begin(), [](Level const& level) {
         return ADLODNPerformanceLevelX2{
             .iClock = level.clock, .iVddc = level.voltage, .iEnabled = level.enabled, .iControl = level.control};
     });
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::SetClocks(ADLODNPerformanceLevelsX2 const& table, Range const& clocks, std::vector<Level>& current,
                                std::vector<Level> const& defaults) const {
     if (!Fits(table)) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     if (table.iMode == amd::kOdnModeDefault || table.iMode == amd::kOdnModeAutomatic) {
         current = defaults;
-        return kOk;
+        return amd::kAdlOk;
     }
     if (table.iMode != amd::kOdnModeManual) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     std::vector<Level> next;
     for (auto const& level : LevelsOf(table)) {
-        // A level without a clock is one that the board does not have.
+        // The board does not have a level without a clock.
         bool const judged = level.iClock != 0;
         bool const voltageJudged = judged && description_.voltage.max > 0;
         if ((judged && !clocks.Contains(level.iClock)) ||
             (voltageJudged && !description_.voltage.Contains(level.iVddc))) {
-            return kInvalidParameter;
+            return kAdlInvalidParameter;
         }
         next.push_back(
             {.clock = level.iClock, .voltage = level.iVddc, .enabled = level.iEnabled, .control = level.iControl});
     }
     current = std::move(next);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::GetEngineClocks(ADLODNPerformanceLevelsX2& table) const {
@@ -161,30 +161,30 @@ int OverdriveNState::GetPowerLimit(amd::ADLODNPowerLimitSetting& limit) const {
     bool const defaults = limit.iMode == amd::kOdnModeDefault;
     limit.iTDPLimit = defaults ? description_.power.defaultValue : powerLimit_;
     limit.iMaxOperatingTemperature = defaults ? description_.temperature.defaultValue : temperatureLimit_;
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::SetPowerLimit(amd::ADLODNPowerLimitSetting const& limit) {
     if (limit.iMode == amd::kOdnModeDefault || limit.iMode == amd::kOdnModeAutomatic) {
         powerLimit_ = description_.power.defaultValue;
         temperatureLimit_ = description_.temperature.defaultValue;
-        return kOk;
+        return amd::kAdlOk;
     }
     if (limit.iMode != amd::kOdnModeManual || !description_.power.Contains(limit.iTDPLimit) ||
         !description_.temperature.Contains(limit.iMaxOperatingTemperature)) {
-        return kInvalidParameter;
+        return kAdlInvalidParameter;
     }
     powerLimit_ = limit.iTDPLimit;
     temperatureLimit_ = limit.iMaxOperatingTemperature;
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::GetTemperature(int type, int& value, Readings const& readings) const {
     if (type != amd::kOdnTemperatureType) {
-        return kNotSupported;
+        return kAdlNotSupported;
     }
     value = Rounded(readings.temperature * 1000);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 int OverdriveNState::GetStatus(amd::ADLODNPerformanceStatus& out, Readings const& readings) const {
@@ -212,7 +212,7 @@ int OverdriveNState::GetStatus(amd::ADLODNPerformanceStatus& out, Readings const
     out.iCurrentBusLanes = kBusLanes;
     out.iMaximumBusLanes = kBusLanes;
     out.iVDDC = Rounded(readings.voltage);
-    return kOk;
+    return amd::kAdlOk;
 }
 
 }  // namespace gputune::sim

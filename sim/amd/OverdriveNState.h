@@ -1,13 +1,13 @@
-// The OverdriveN (and Overdrive 5 fan) side of one adapter: what is set in the driver, and the answers to its entry
-// points. Every operation returns the vendor's result code and changes nothing when that is not 0.
+// The OverdriveN part of one adapter, with its Overdrive 5 fan: the present settings, and the operations behind the
+// entry points. Every operation returns the vendor's result code and changes nothing when that is not 0.
 #pragma once
 
 #include <optional>
 #include <vector>
 
 #include "amd/adl_records.h"
-#include "board/Board.h"
-#include "model/ThermalModel.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
 
 namespace gputune::sim {
 
@@ -16,12 +16,12 @@ public:
     // The description must outlive the state.
     explicit OverdriveNState(OverdriveN const& description);
 
-    // What the settings in force ask of the board.
+    // The present settings, in the terms of the model.
     Controls ModelControls() const;
 
     int GetCapabilities(amd::ADLODNCapabilitiesX2& out) const;
 
-    // The table's levels follow its head, as many as the head says.
+    // The levels follow the head in memory, as many as the head says.
     int GetEngineClocks(amd::ADLODNPerformanceLevelsX2& table) const;
     int GetMemoryClocks(amd::ADLODNPerformanceLevelsX2& table) const;
     int SetEngineClocks(amd::ADLODNPerformanceLevelsX2 const& table);
@@ -52,15 +52,16 @@ private:
                   std::vector<Level> const& defaults) const;
     int SetClocks(amd::ADLODNPerformanceLevelsX2 const& table, Range const& clocks, std::vector<Level>& current,
                   std::vector<Level> const& defaults) const;
-    // 0, or why the controller has no fan to be had.
+    // 0, or the result for a controller without a fan that can be set.
     int ControllerResult(int controller) const;
     Fan DefaultFan() const;
 
     OverdriveN const& description_;
-    std::vector<Level> defaultEngine_, defaultMemory_;  // levelCount each, the last ones zero
-    std::vector<Level> engine_, memory_;                // in force
+    std::vector<Level> defaultEngine_,
+        defaultMemory_;                   // levelCount each; those that the board file leaves out are zero
+    std::vector<Level> engine_, memory_;  // at present
     Fan fan_;
-    std::optional<int> userPercent_;  // by the Overdrive 5 entry points
+    std::optional<int> userPercent_;  // set by the Overdrive 5 entry points
     int powerLimit_ = 0;              // percent
     int temperatureLimit_ = 0;        // degrees Celsius
 };

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "sim/model/ModelSettings.h"
+
 namespace gputune::sim {
 
 struct Adapter {
@@ -39,7 +41,7 @@ struct ThermalController {
     int domain = 1;
     int flags = 0;
     bool fan = true;  // whether its fan can be read and set
-    int result = 0;   // what its enumeration answers
+    int result = 0;   // the result of its enumeration
 };
 
 struct OverdriveN {
@@ -65,29 +67,16 @@ struct Setting {
     int current = 0;
 };
 
-enum class Quantity {
-    Constant,
-    EngineClock,
-    MemoryClock,
-    Temperature,
-    HotspotTemperature,
-    FanRpm,
-    FanPercent,
-    Load,
-    Power,
-    Voltage,
-};
-
 struct Sensor {
     int id = 0;
     bool supported = true;
-    Quantity quantity = Quantity::Constant;
-    int value = 0;  // of a constant one
+    Quantity quantity = nullptr;
+    int value = 0;  // constant; without a quantity
 };
 
 struct Overdrive8 {
     int capabilities = 0;
-    int count = 0;                  // how many settings the driver says it has
+    int count = 0;                  // how many settings the driver reports
     std::vector<Setting> settings;  // by id; 39 or more
     bool newerEntryPoints = true;   // those that hand out a list
     bool olderEntryPoints = true;

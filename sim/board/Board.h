@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "board/AmdBoard.h"
-#include "board/IntelBoard.h"
-#include "board/NvidiaBoard.h"
-#include "model/ModelSettings.h"
+#include "sim/board/AmdBoard.h"
+#include "sim/board/IntelBoard.h"
+#include "sim/board/NvidiaBoard.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 
@@ -21,7 +21,7 @@ enum class Vendor {
 
 enum class FaultKind { Result, Missing, Garbage };
 
-// In the order of their names (board/faults_part.cpp).
+// In the order of their names (sim/board/read_faults.cpp).
 enum class Garbage {
     None,
     NegativeCount,

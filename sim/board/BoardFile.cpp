@@ -1,11 +1,11 @@
-#include "board/BoardFile.h"
+#include "sim/board/BoardFile.h"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "board/board_parts.h"
+#include "sim/board/board_readers.h"
 
 namespace gputune::sim {
 
@@ -21,11 +21,9 @@ Board ReadBoardText(std::string const& json, std::string const& source) {
     JsonObject object(JsonValue(document, "", source));
     object.Required("format").Int(kFormat, kFormat);
     Board board;
-    if (auto const description = object.Optional("description")) {
-        board.description = description->String(kTextBytes);
-    }
-    object.Required("captions").ForEach([&](JsonValue const& caption) {
-        board.captions.push_back(caption.IsNull() ? std::nullopt : std::optional(caption.String(kTextBytes)));
+    object.ReadWith("description", board.description, [](JsonValue const& text) { return text.String(kTextBytes); });
+    board.captions = object.Required("captions").List([](JsonValue const& caption) {
+        return caption.IsNull() ? std::nullopt : std::optional(caption.String(kTextBytes));
     });
     // Every vendor has a reader of its own for the rest of the file.
     switch (object.Required("vendor").Choice({"none", "amd", "intel", "nvidia"})) {

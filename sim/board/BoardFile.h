@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "board/Board.h"
-#include "board/JsonReader.h"
+#include "sim/board/Board.h"
+#include "sim/board/JsonReader.h"
 
 namespace gputune::sim {
 

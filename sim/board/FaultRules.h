@@ -1,23 +1,30 @@
-// What can be wrong with a vendor's library: for board files, and for the orders that a running board takes.
+// The faults that a vendor's library can have. They limit what a board file can ask for, and what can be ordered of a
+// running board.
 #pragma once
 
 #include <algorithm>
 #include <span>
 #include <string_view>
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 
-// What an entry point can hand out instead of the truth.
+// A bit for each kind of garbage.
+template <class... Kind>
+constexpr unsigned Kinds(Kind... kinds) {
+    return ((1U << static_cast<unsigned>(kinds)) | ...);
+}
+
+// The kinds of garbage that an entry point can hand out.
 struct GarbageFit {
     std::string_view entryPoint;
-    Garbage garbage;
+    unsigned kinds;
 };
 
 struct FaultRules {
     std::span<std::string_view const> entryPoints;
-    std::span<std::string_view const> withoutResult;  // of these, those whose result is none to choose
+    std::span<std::string_view const> withoutResult;  // those of them that return no result code
     std::span<GarbageFit const> garbage;
 
     bool HasEntryPoint(std::string_view name) const { return Contains(entryPoints, name); }

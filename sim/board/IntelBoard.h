@@ -8,20 +8,20 @@
 #include <string>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 
 // The items of a telemetry record.
 enum class Telemetry : std::size_t {
 #define SIM_TELEMETRY(name, ...) name,
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
     Count
 };
 
 struct TelemetryItem {
     bool supported = false;
-    std::optional<double> value;  // constant; what the model says without it
+    std::optional<double> value;  // constant; without it, the model's value
 };
 
 struct OverclockControl {
@@ -34,7 +34,7 @@ struct OverclockControl {
     double defaultValue = 0;
     std::optional<double> reference;
 
-    // False for a number that is none.
+    // False for NaN.
     bool Contains(double value) const { return value >= min && value <= max; }
 };
 

@@ -1,4 +1,4 @@
-#include "board/JsonReader.h"
+#include "sim/board/JsonReader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,7 +22,7 @@ std::string Position(std::string const& text, std::size_t offset) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-// "expected a string, found 3"; long values are cut.
+// A value as the error shows it: "expected a string, found 3". Long values are cut.
 std::string Shown(json const& value) {
     constexpr std::size_t kMax = 40;
     if (value.is_object() || value.is_array()) {
@@ -32,7 +32,7 @@ std::string Shown(json const& value) {
     return text.size() <= kMax ? text : text.substr(0, kMax) + "...";
 }
 
-// The parser's text, without its own prefix of number and position.
+// The parser's message without its prefix, which has an error number and a position.
 std::string Cause(json::exception const& error) {
     std::string const what = error.what();
     std::size_t const cause = what.find(": ");
@@ -42,7 +42,7 @@ std::string Cause(json::exception const& error) {
                                          : what;
 }
 
-// How many letters have to be put in, left out, changed or swapped with their neighbour to make one word the other.
+// How many letters to insert, delete, change or swap with their neighbour to turn one word into the other.
 std::size_t EditDistance(std::string_view a, std::string_view b) {
     std::vector<std::vector<std::size_t>> distance(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
     for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -62,8 +62,8 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
     return distance[a.size()][b.size()];
 }
 
-// Whether one is the other mistyped: two mistakes at most, and one in a short word, so that "min" is not taken for
-// "max".
+// Whether one word is probably the other one mistyped: at most two mistakes, and one in a short word, so that "min" is
+// not taken for "max".
 bool IsNearly(std::string_view a, std::string_view b) {
     constexpr std::size_t kShort = 5;
     constexpr std::size_t kLongest = 64;
@@ -73,7 +73,7 @@ bool IsNearly(std::string_view a, std::string_view b) {
 }  // namespace
 
 json ParseJson(std::string const& text, std::string const& source) {
-    // The parser takes the last of several equal keys; a person who wrote two of them meant something else.
+    // The parser alone would silently take the last of several equal keys.
     std::vector<std::set<std::string>> open;
     auto const watch = [&](int, json::parse_event_t event, json& parsed) {
         if (event == json::parse_event_t::object_start) {
@@ -92,7 +92,7 @@ json ParseJson(std::string const& text, std::string const& source) {
         throw BoardFileError(source + ": " + Position(text, error.byte == 0 ? 0 : error.byte - 1) +
                              ": not valid JSON: " + Cause(error));
     } catch (json::out_of_range const& error) {
-        // A number that is well written, but larger than any.
+        // A number too large for a double.
         throw BoardFileError(source + ": " + Cause(error));
     }
 }
@@ -216,24 +216,6 @@ JsonValue JsonObject::Required(char const* key) {
         throw BoardFileError(*object_.source_ + ": " + PathTo(key) + ": this key is missing");
     }
     return *value;
-}
-
-void JsonObject::Read(char const* key, int& value, int min, int max) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Int(min, max);
-    }
-}
-
-void JsonObject::Read(char const* key, double& value, double min, double max) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Number(min, max);
-    }
-}
-
-void JsonObject::Read(char const* key, bool& value) {
-    if (auto const entry = Optional(key)) {
-        value = entry->Bool();
-    }
 }
 
 void JsonObject::Finish() const {

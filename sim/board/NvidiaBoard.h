@@ -6,19 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
-
-enum class ThermalQuantity { Temperature, HotspotTemperature, MemoryTemperature };
 
 struct NvidiaSensor {
     int controller = 1;
     int target = 1;  // 1 is the GPU
     int minimum = 0;
     int maximum = 127;
-    ThermalQuantity quantity = ThermalQuantity::Temperature;
-    std::optional<int> value;  // constant; what the model says without it
+    Quantity quantity = &Readings::temperature;
+    std::optional<int> value;  // constant; without it, the quantity's value
 };
 
 struct NvidiaGpu {

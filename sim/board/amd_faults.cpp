@@ -1,4 +1,4 @@
-#include "board/FaultRules.h"
+#include "sim/board/FaultRules.h"
 
 namespace gputune::sim {
 
@@ -9,46 +9,28 @@ constexpr std::string_view kEntryPoints[] = {
 #include "amd/adl_functions.inc"
 };
 
+using enum Garbage;
 constexpr GarbageFit kGarbage[] = {
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::NegativeCount},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::HugeCount},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::NullList},
-    {"ADL2_Adapter_AdapterInfoX4_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::NegativeCount},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::HugeCount},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::NullList},
-    {"ADL2_Adapter_AdapterInfoX3_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_MemoryInfo_Get", Garbage::UnterminatedStrings},
-    {"ADL2_Adapter_MemoryInfo_Get", Garbage::ExtremeValues},
-    {"ADL2_Adapter_VRAMUsage_Get", Garbage::ExtremeValues},
-    {"ADL2_Adapter_FrameMetrics_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive_Caps", Garbage::ExtremeValues},
-    {"ADL2_Overdrive5_ThermalDevices_Enum", Garbage::EndlessEnumeration},
-    {"ADL2_Overdrive5_FanSpeed_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::NegativeCount},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::HugeCount},
-    {"ADL2_OverdriveN_CapabilitiesX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_SystemClocksX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_MemoryClocksX2_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_FanControl_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_PowerLimit_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_Temperature_Get", Garbage::ExtremeValues},
-    {"ADL2_OverdriveN_PerformanceStatus_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Init_Setting_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Current_Setting_Get", Garbage::ExtremeValues},
-    {"ADL2_New_QueryPMLogData_Get", Garbage::ExtremeValues},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::NullList},
-    {"ADL2_Overdrive8_Init_SettingX2_Get", Garbage::ShortList},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::NegativeCount},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::HugeCount},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::NullList},
-    {"ADL2_Overdrive8_Current_SettingX2_Get", Garbage::ShortList},
+    {"ADL2_Adapter_AdapterInfoX4_Get", Kinds(NegativeCount, HugeCount, NullList, UnterminatedStrings)},
+    {"ADL2_Adapter_AdapterInfoX3_Get", Kinds(NegativeCount, HugeCount, NullList, UnterminatedStrings)},
+    {"ADL2_Adapter_MemoryInfo_Get", Kinds(UnterminatedStrings, ExtremeValues)},
+    {"ADL2_Adapter_VRAMUsage_Get", Kinds(ExtremeValues)},
+    {"ADL2_Adapter_FrameMetrics_Get", Kinds(ExtremeValues)},
+    {"ADL2_Overdrive_Caps", Kinds(ExtremeValues)},
+    {"ADL2_Overdrive5_ThermalDevices_Enum", Kinds(EndlessEnumeration)},
+    {"ADL2_Overdrive5_FanSpeed_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_CapabilitiesX2_Get", Kinds(NegativeCount, HugeCount, ExtremeValues)},
+    {"ADL2_OverdriveN_SystemClocksX2_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_MemoryClocksX2_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_FanControl_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_PowerLimit_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_Temperature_Get", Kinds(ExtremeValues)},
+    {"ADL2_OverdriveN_PerformanceStatus_Get", Kinds(ExtremeValues)},
+    {"ADL2_Overdrive8_Init_Setting_Get", Kinds(NegativeCount, HugeCount, ExtremeValues)},
+    {"ADL2_Overdrive8_Current_Setting_Get", Kinds(NegativeCount, HugeCount, ExtremeValues)},
+    {"ADL2_New_QueryPMLogData_Get", Kinds(ExtremeValues)},
+    {"ADL2_Overdrive8_Init_SettingX2_Get", Kinds(NegativeCount, HugeCount, NullList, ShortList)},
+    {"ADL2_Overdrive8_Current_SettingX2_Get", Kinds(NegativeCount, HugeCount, NullList, ShortList)},
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "board/FaultRules.h"
+#include "sim/board/FaultRules.h"
 
 namespace gputune::sim {
 
@@ -9,32 +9,18 @@ constexpr std::string_view kEntryPoints[] = {
 #include "intel/ctl_functions.inc"
 };
 
+using enum Garbage;
 constexpr GarbageFit kGarbage[] = {
-    {"ctlEnumerateDevices", Garbage::NegativeCount},
-    {"ctlEnumerateDevices", Garbage::HugeCount},
-    {"ctlEnumerateDevices", Garbage::NullHandles},
-    {"ctlEnumerateDevices", Garbage::GrowingCount},
-    {"ctlEnumerateDevices", Garbage::ShrinkingCount},
-    {"ctlEnumFans", Garbage::NegativeCount},
-    {"ctlEnumFans", Garbage::HugeCount},
-    {"ctlEnumFans", Garbage::NullHandles},
-    {"ctlEnumFans", Garbage::GrowingCount},
-    {"ctlEnumFans", Garbage::ShrinkingCount},
-    {"ctlGetDeviceProperties", Garbage::UnterminatedStrings},
-    {"ctlGetDeviceProperties", Garbage::ExtremeValues},
-    {"ctlFanGetProperties", Garbage::NegativeCount},
-    {"ctlFanGetProperties", Garbage::HugeCount},
-    {"ctlFanGetProperties", Garbage::OneTooMany},
-    {"ctlFanGetProperties", Garbage::ExtremeValues},
-    {"ctlFanGetConfig", Garbage::NegativeCount},
-    {"ctlFanGetConfig", Garbage::HugeCount},
-    {"ctlFanGetConfig", Garbage::OneTooMany},
-    {"ctlFanGetConfig", Garbage::ExtremeValues},
-    {"ctlOverclockGetProperties", Garbage::ExtremeValues},
-    {"ctlOverclockPowerLimitGet", Garbage::ExtremeValues},
-    {"ctlOverclockGpuFrequencyOffsetGet", Garbage::ExtremeValues},
-    {"ctlOverclockVramFrequencyOffsetGet", Garbage::ExtremeValues},
-    {"ctlPowerTelemetryGet", Garbage::ExtremeValues},
+    {"ctlEnumerateDevices", Kinds(NegativeCount, HugeCount, NullHandles, GrowingCount, ShrinkingCount)},
+    {"ctlEnumFans", Kinds(NegativeCount, HugeCount, NullHandles, GrowingCount, ShrinkingCount)},
+    {"ctlGetDeviceProperties", Kinds(UnterminatedStrings, ExtremeValues)},
+    {"ctlFanGetProperties", Kinds(NegativeCount, HugeCount, OneTooMany, ExtremeValues)},
+    {"ctlFanGetConfig", Kinds(NegativeCount, HugeCount, OneTooMany, ExtremeValues)},
+    {"ctlOverclockGetProperties", Kinds(ExtremeValues)},
+    {"ctlOverclockPowerLimitGet", Kinds(ExtremeValues)},
+    {"ctlOverclockGpuFrequencyOffsetGet", Kinds(ExtremeValues)},
+    {"ctlOverclockVramFrequencyOffsetGet", Kinds(ExtremeValues)},
+    {"ctlPowerTelemetryGet", Kinds(ExtremeValues)},
 };
 
 }  // namespace

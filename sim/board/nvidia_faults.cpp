@@ -1,4 +1,4 @@
-#include "board/FaultRules.h"
+#include "sim/board/FaultRules.h"
 
 namespace gputune::sim {
 
@@ -9,24 +9,19 @@ constexpr std::string_view kQueryInterface = "nvapi_QueryInterface";
 constexpr std::string_view kEntryPoints[] = {
     kQueryInterface,
 #define SIM_NVAPI(name, identifier) #name,
-#include "board/nvapi_entry_points.inc"
+#include "sim/board/nvapi_entry_points.inc"
 };
 
-// Returns an address: a result would be one that a client calls.
+// It returns an address: a client would call whatever it is given.
 constexpr std::string_view kWithoutResult[] = {kQueryInterface};
 
+using enum Garbage;
 constexpr GarbageFit kGarbage[] = {
-    {"NvAPI_EnumPhysicalGPUs", Garbage::NegativeCount},
-    {"NvAPI_EnumPhysicalGPUs", Garbage::HugeCount},
-    {"NvAPI_EnumPhysicalGPUs", Garbage::OneTooMany},
-    {"NvAPI_EnumPhysicalGPUs", Garbage::NullHandles},
-    {"NvAPI_GetErrorMessage", Garbage::UnterminatedStrings},
-    {"NvAPI_GetInterfaceVersionString", Garbage::UnterminatedStrings},
-    {"NvAPI_GPU_GetFullName", Garbage::UnterminatedStrings},
-    {"NvAPI_GPU_GetThermalSettings", Garbage::NegativeCount},
-    {"NvAPI_GPU_GetThermalSettings", Garbage::HugeCount},
-    {"NvAPI_GPU_GetThermalSettings", Garbage::OneTooMany},
-    {"NvAPI_GPU_GetThermalSettings", Garbage::ExtremeValues},
+    {"NvAPI_EnumPhysicalGPUs", Kinds(NegativeCount, HugeCount, OneTooMany, NullHandles)},
+    {"NvAPI_GetErrorMessage", Kinds(UnterminatedStrings)},
+    {"NvAPI_GetInterfaceVersionString", Kinds(UnterminatedStrings)},
+    {"NvAPI_GPU_GetFullName", Kinds(UnterminatedStrings)},
+    {"NvAPI_GPU_GetThermalSettings", Kinds(NegativeCount, HugeCount, OneTooMany, ExtremeValues)},
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "host/SimulatedMachine.h"
+#include "sim/host/SimulatedMachine.h"
 
 #include <windows.h>
 
@@ -6,26 +6,18 @@
 #include <utility>
 #include <vector>
 
-#include "board/BoardFile.h"
-#include "standin/utf8.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/board/BoardFile.h"
+#include "sim/standin/wide_text.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 
 namespace {
 
-std::string ToUtf8(std::wstring const& wide) {
-    int const size = static_cast<int>(wide.size());
-    int const length = ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, utf8.data(), length, nullptr, nullptr);
-    return utf8;
-}
-
 std::vector<WmiCaption> ToCaptions(Board const& board) {
     std::vector<WmiCaption> captions;
     for (auto const& caption : board.captions) {
-        captions.push_back(caption ? WmiCaption{.kind = WmiCaption::Kind::Text, .text = Utf8ToWide(*caption)}
+        captions.push_back(caption ? WmiCaption{.kind = WmiCaption::Kind::Text, .text = ToWide(*caption)}
                                    : WmiCaption{.kind = WmiCaption::Kind::Null, .text = {}});
     }
     return captions;
@@ -46,13 +38,13 @@ wchar_t const* VendorFolder(Vendor vendor) {
     return nullptr;
 }
 
-// By full path. The loader then gives this module for its base name, wherever else one of that name may lie.
+// By full path. From then on, the loader finds this module by its base name, wherever another of that name may be.
 HMODULE LoadStandIn(Board const& board, std::wstring const& simDirectory) {
     std::wstring const path =
-        simDirectory + L"\\" + VendorFolder(board.vendor) + L"\\" + Utf8ToWide(board.library) + L".dll";
+        simDirectory + L"\\" + VendorFolder(board.vendor) + L"\\" + ToWide(board.library) + L".dll";
     HMODULE const module = ::LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (!module) {
-        throw std::runtime_error(ToUtf8(path) + ": the stand-in library cannot be loaded (error " +
+    if (module == nullptr) {
+        throw std::runtime_error(FromWide(path, CP_UTF8) + ": the stand-in library cannot be loaded (error " +
                                  std::to_string(::GetLastError()) + ")");
     }
     return module;
@@ -63,11 +55,11 @@ void LoadBoard(HMODULE module, char const* load, std::string const& argument) {
     constexpr int kErrorSize = 1024;
     auto* const function =
         reinterpret_cast<decltype(&GputuneSim_LoadBoard)>(reinterpret_cast<void*>(::GetProcAddress(module, load)));
-    if (!function) {
+    if (function == nullptr) {
         throw std::runtime_error(std::string("the stand-in library has no ") + load + "; it is another vendor's own");
     }
     char error[kErrorSize] = "";
-    if (!function(argument.c_str(), error, kErrorSize)) {
+    if (function(argument.c_str(), error, kErrorSize) == 0) {
         throw std::runtime_error(error);
     }
 }
@@ -103,7 +95,7 @@ SimulatedMachine& SimulatedMachine::operator=(SimulatedMachine&&) noexcept = def
 SimulatedMachine::~SimulatedMachine() = default;
 
 void* SimulatedMachine::Symbol(char const* name) const {
-    return state_->library ? reinterpret_cast<void*>(::GetProcAddress(state_->library, name)) : nullptr;
+    return state_->library != nullptr ? reinterpret_cast<void*>(::GetProcAddress(state_->library, name)) : nullptr;
 }
 
 WmiStandIn& SimulatedMachine::Wmi() const {

@@ -1,6 +1,6 @@
-// A machine with a simulated board, inside this process: the vendor's stand-in library is loaded by full path, so that
-// a later load of its base name yields it, and this process's WMI locator answers with the board's captions.
-// Nothing outside the process changes.
+// A machine with a simulated board, inside this process. The vendor's stand-in library is loaded by full path; a later
+// load of its base name then finds it. This process's WMI locator returns the board's captions. Nothing outside the
+// process changes.
 #pragma once
 
 #include <memory>
@@ -21,12 +21,12 @@ public:
 
     SimulatedMachine(SimulatedMachine&&) noexcept;
     SimulatedMachine& operator=(SimulatedMachine&&) noexcept;
-    ~SimulatedMachine();  // revokes the WMI stand-in; the stand-in library stays loaded, as a vendor library would
+    ~SimulatedMachine();  // ends the WMI stand-in; the stand-in library stays loaded
 
     // An export of the stand-in library, null when it has none of that name or the board has no vendor library.
     void* Symbol(char const* name) const;
 
-    // The WMI locator that answers with the board's captions (wmi/WmiStandIn.h); lives as long as the machine.
+    // The WMI locator that returns the board's captions (sim/wmi/WmiStandIn.h). It lives as long as the machine.
     WmiStandIn& Wmi() const;
 
 private:

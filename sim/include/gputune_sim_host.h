@@ -1,9 +1,9 @@
 /*
  * gputune_sim_host.h - simulated boards for programs in any language: gputune_sim.dll, plain C.
  *
- * A program starts a board, then loads and uses gputune.dll, which finds the board as it would find a real one. All of
- * it is inside the calling process; nothing else on the machine changes. gputune_sim.dll has the stand-in libraries in
- * folders beside itself. docs/board-files.md describes boards.
+ * A program starts a board, then loads and uses gputune.dll, which finds the board as it would find a real one. The
+ * board exists in the calling process only; nothing else on the machine changes. gputune_sim.dll needs the stand-in
+ * libraries in folders beside itself. docs/board-files.md describes boards.
  *
  * Functions are cdecl, undecorated. Strings are UTF-8, NUL-terminated, and only read during the call. One caller at a
  * time.
@@ -29,8 +29,7 @@ extern "C" {
 #endif
 
 /*
- * Make this process's machine one with the board of a board file. To be called before InitVGAHelper, which then finds
- * the board.
+ * Start the board of a board file in this process. Call it before InitVGAHelper, which then finds the board.
  *
  * boardFile         its path
  * error, errorSize  storage for a message, and its size in bytes: the message is cut to fit. May be null. Untouched on
@@ -45,41 +44,41 @@ GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_Start(const char* boardFile, cha
 GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_StartText(const char* boardJson, char* error, int errorSize);
 
 /*
- * End what a start began; without one, nothing happens. A thread with a single-threaded apartment stops what it started
- * itself. The system's management data is the machine's own again. The stand-in library stays loaded and keeps the
- * board, as a vendor's library would, so that gputune.dll goes on working; the next start brings a new board with a
- * fresh state. The end of the process needs no stop.
+ * Stop the running board; does nothing without one. A thread with a single-threaded apartment must itself stop the
+ * board that it started. Queries of the system's management data reach the machine's own again. The stand-in library
+ * stays loaded with the board, so that gputune.dll goes on working; the next start begins a new board. No stop is
+ * needed before the process ends.
  */
 GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Stop(void);
 
 /*
- * Make an entry point of the vendor's library return a result without doing anything, whatever it would have answered,
- * until GputuneSim_ClearFaults or the next start.
+ * Make an entry point of the vendor's library return a result and do nothing else, until GputuneSim_ClearFaults or the
+ * next start.
  *
  * entryPoint  its name, as in the "faults" of a board file: "ADL2_OverdriveN_FanControl_Set"
  * result      what it returns; 0 is success with every vendor
  *
- * 1 when that holds from now on; 0, and nothing has changed, when no board runs, the vendor's library has no entry
- * point of that name, or what the entry point returns is no result (nvapi_QueryInterface).
+ * 1 on success; 0, and nothing has changed, when no board runs, the vendor's library has no entry point of that name,
+ * or the entry point does not return a result (nvapi_QueryInterface).
  */
 GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_SetResult(const char* entryPoint, int result);
 
-/* Take back what GputuneSim_SetResult ordered. The faults of the board file stay, and so does what is hidden. */
+/* End all orders of GputuneSim_SetResult. The faults of the board file stay, and hidden entry points stay hidden. */
 GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_ClearFaults(void);
 
 /*
- * Hide an entry point until the next start: who looks for it from now on does not find it. Who has its address already
- * can still call it, as gputune.dll does with all that its first InitVGAHelper has found: hide it before that.
+ * Hide an entry point until the next start: it is not found from now on. A program that has its address already can
+ * still call it. gputune.dll looks its entry points up in the first InitVGAHelper: hide them before that.
  *
  * 1 when it is hidden; 0 when no board runs or the vendor's library has no entry point of that name.
  */
 GPUTUNE_SIM_API int GPUTUNE_SIM_CALL GputuneSim_HideEntryPoint(const char* entryPoint);
 
 /*
- * Let the board's time run by hand: from the first call until the next start, it moves by these steps only. Without a
- * running board nothing happens.
+ * Move the board's time on. From the first call until the next start, it moves by these steps only. Does nothing
+ * without a running board.
  *
- * milliseconds  the step; a negative one is none
+ * milliseconds  the step; a negative one counts as 0
  */
 GPUTUNE_SIM_API void GPUTUNE_SIM_CALL GputuneSim_Advance(int milliseconds);
 

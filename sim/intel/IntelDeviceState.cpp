@@ -1,9 +1,10 @@
-#include "intel/IntelDeviceState.h"
+#include "sim/intel/IntelDeviceState.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "intel/ctl_codes.h"
+#include "sim/intel/ctl_codes.h"
+#include "sim/standin/copy_text.h"
 
 namespace gputune::sim {
 
@@ -63,7 +64,7 @@ Controls IntelDeviceState::ModelControls() const {
 }
 
 int IntelDeviceState::GetProperties(intel::ctl_device_adapter_properties_t& out) const {
-    if (out.pDeviceID) {
+    if (out.pDeviceID != nullptr) {
         if (out.device_id_size < sizeof(intel::CtlLuid)) {
             return kCtlInvalidSize;
         }
@@ -75,8 +76,7 @@ int IntelDeviceState::GetProperties(intel::ctl_device_adapter_properties_t& out)
     out.pci_vendor_id = static_cast<std::uint32_t>(description_.vendorId);
     out.pci_device_id = static_cast<std::uint32_t>(description_.deviceId);
     out.rev_id = static_cast<std::uint32_t>(description_.revision);
-    std::fill(std::begin(out.name), std::end(out.name), '\0');
-    description_.name.copy(out.name, sizeof(out.name) - 1);
+    CopyText(description_.name, out.name);
     return kCtlSuccess;
 }
 
@@ -92,7 +92,7 @@ int IntelDeviceState::GetTelemetry(intel::ctl_power_telemetry_t& out, Readings c
         }
     };
 #define SIM_TELEMETRY(name, ...) fill(out.name, Telemetry::name, double{__VA_ARGS__});
-#include "board/telemetry_items.inc"
+#include "sim/board/telemetry_items.inc"
     return kCtlSuccess;
 }
 
@@ -128,11 +128,7 @@ int IntelDeviceState::SetWaiver() {
 }
 
 int IntelDeviceState::GetPowerLimit(double& milliwatts) const {
-    int const result = Readable(description_.overclock.powerLimit);
-    if (result == kCtlSuccess) {
-        milliwatts = powerLimit_ * kMilliwattsPerWatt;
-    }
-    return result;
+    return GetSetting(description_.overclock.powerLimit, powerLimit_ * kMilliwattsPerWatt, milliwatts);
 }
 
 int IntelDeviceState::SetPowerLimit(double milliwatts) {
@@ -148,27 +144,24 @@ int IntelDeviceState::SetPowerLimit(double milliwatts) {
 }
 
 int IntelDeviceState::GetGpuFrequencyOffset(double& megahertz) const {
-    int const result = Readable(description_.overclock.gpuFrequencyOffset);
-    if (result == kCtlSuccess) {
-        megahertz = gpuOffset_;
-    }
-    return result;
+    return GetSetting(description_.overclock.gpuFrequencyOffset, gpuOffset_, megahertz);
 }
-
 int IntelDeviceState::SetGpuFrequencyOffset(double megahertz) {
     return SetOffset(description_.overclock.gpuFrequencyOffset, megahertz, gpuOffset_);
 }
-
 int IntelDeviceState::GetVramFrequencyOffset(double& megahertz) const {
-    int const result = Readable(description_.overclock.vramFrequencyOffset);
-    if (result == kCtlSuccess) {
-        megahertz = vramOffset_;
-    }
-    return result;
+    return GetSetting(description_.overclock.vramFrequencyOffset, vramOffset_, megahertz);
 }
-
 int IntelDeviceState::SetVramFrequencyOffset(double megahertz) {
     return SetOffset(description_.overclock.vramFrequencyOffset, megahertz, vramOffset_);
+}
+
+int IntelDeviceState::GetSetting(OverclockControl const& control, double setting, double& out) const {
+    int const result = Readable(control);
+    if (result == kCtlSuccess) {
+        out = setting;
+    }
+    return result;
 }
 
 int IntelDeviceState::SetOffset(OverclockControl const& control, double wanted, double& offset) const {

@@ -1,14 +1,14 @@
-// One device behind Intel's control library: what is set in the driver, and the answers to its entry points. Every
-// operation returns the library's result code and changes nothing when that is not 0. Records arrive with their Size
-// checked.
+// One device behind Intel's control library: its present settings, and the operations behind the entry points. Every
+// operation returns the library's result code and changes nothing when that is not 0. The Size of a record was checked
+// before.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
-#include "board/IntelBoard.h"
 #include "intel/ctl_records.h"
-#include "model/ThermalModel.h"
+#include "sim/board/IntelBoard.h"
+#include "sim/model/ThermalModel.h"
 
 namespace gputune::sim {
 
@@ -17,7 +17,7 @@ public:
     // The description must outlive the state.
     explicit IntelDeviceState(IntelDevice const& description);
 
-    // What the settings in force ask of the board.
+    // The present settings, in the terms of the model.
     Controls ModelControls() const;
 
     std::size_t FanCount() const { return fans_.size(); }
@@ -34,7 +34,7 @@ public:
     int GetVramFrequencyOffset(double& megahertz) const;
     int SetVramFrequencyOffset(double megahertz);
 
-    // The fan is below FanCount.
+    // fan: below FanCount.
     int GetFanProperties(std::size_t fan, intel::ctl_fan_properties_t& out) const;
     int GetFanConfig(std::size_t fan, intel::ctl_fan_config_t& out) const;
     int SetFanDefault(std::size_t fan);
@@ -50,11 +50,12 @@ private:
         std::vector<FanCurvePoint> curve;
     };
 
-    // 0, or why the control cannot be read or set.
+    // 0, or the result for a control that cannot be read or set.
     int Readable(OverclockControl const& control) const;
     int Settable(OverclockControl const& control, bool isOffset) const;
+    int GetSetting(OverclockControl const& control, double setting, double& out) const;
     int SetOffset(OverclockControl const& control, double wanted, double& offset) const;
-    // 0, or why the fan does not take this mode.
+    // 0, or the result for a fan that does not have this mode.
     int TakesMode(std::size_t fan, std::uint32_t mode) const;
     int SetFan(std::size_t fan, Fan setting);
 
@@ -64,7 +65,7 @@ private:
     double gpuOffset_;   // MHz
     double vramOffset_;  // MHz
     std::vector<Fan> fans_;
-    Fan governing_;  // as the fan set last; the model has one fan for all
+    Fan governing_;  // the setting made last, of any fan: the model has one fan for all
 };
 
 }  // namespace gputune::sim

@@ -1,4 +1,4 @@
-#include "intel/IntelDriver.h"
+#include "sim/intel/IntelDriver.h"
 
 #include <utility>
 
@@ -6,7 +6,7 @@ namespace gputune::sim {
 
 namespace {
 
-// Handles: a base, the device's place and, for fans, the fan's.
+// A handle is a base plus the position of the device and, for a fan, of the fan.
 constexpr std::uintptr_t kDeviceBase = 0x49000000;
 constexpr std::uintptr_t kFanBase = 0x4A000000;
 constexpr std::uintptr_t kDeviceStep = 0x100;
@@ -47,39 +47,22 @@ std::vector<intel::ctl_device_adapter_handle_t> IntelDriver::Devices() const {
     return handles;
 }
 
-IntelDriver::Unit* IntelDriver::Find(intel::ctl_device_adapter_handle_t handle) {
+IntelDriver::Unit const* IntelDriver::Find(intel::ctl_device_adapter_handle_t handle) const {
     auto const handles = Devices();
-    for (std::size_t i = 0; i < handles.size(); ++i) {
-        if (handle && handles[i] == handle) {
-            return &units_[i];
-        }
-    }
-    return nullptr;
+    auto const found = std::find(handles.begin(), handles.end(), handle);
+    return handle == nullptr || found == handles.end() ? nullptr
+                                                       : &units_[static_cast<std::size_t>(found - handles.begin())];
 }
 
 std::vector<intel::ctl_fan_handle_t> IntelDriver::Fans(intel::ctl_device_adapter_handle_t device) const {
-    auto const devices = Devices();
     std::vector<intel::ctl_fan_handle_t> handles;
-    for (std::size_t i = 0; i < devices.size(); ++i) {
-        if (device && devices[i] == device) {
-            for (std::size_t fan = 0; fan < units_[i].state->FanCount(); ++fan) {
-                handles.push_back(ToHandle<intel::ctl_fan_handle_t>(kFanBase + kDeviceStep * i + fan));
-            }
+    if (Unit const* const unit = Find(device); unit != nullptr) {
+        std::uintptr_t const first = kFanBase + kDeviceStep * static_cast<std::size_t>(unit - units_.data());
+        for (std::size_t fan = 0; fan < unit->state->FanCount(); ++fan) {
+            handles.push_back(ToHandle<intel::ctl_fan_handle_t>(first + fan));
         }
     }
     return handles;
-}
-
-IntelDriver::FanPlace IntelDriver::FindFan(intel::ctl_fan_handle_t handle) {
-    for (auto const device : Devices()) {
-        auto const fans = Fans(device);
-        for (std::size_t fan = 0; fan < fans.size(); ++fan) {
-            if (fans[fan] == handle) {
-                return {.unit = Find(device), .fan = fan};
-            }
-        }
-    }
-    return {};
 }
 
 }  // namespace gputune::sim

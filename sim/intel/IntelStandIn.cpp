@@ -1,20 +1,9 @@
-#include "intel/IntelStandIn.h"
-
-#include <utility>
+#include "sim/intel/IntelStandIn.h"
 
 namespace gputune::sim {
 
-IntelStandIn& IntelStandIn::Instance() {
-    static IntelStandIn standIn;
-    return standIn;
-}
-
 StandIn& StandIn::Instance() {
     return IntelStandIn::Instance();
-}
-
-std::unique_ptr<BoardDriver> IntelStandIn::NewDriver(Board board) const {
-    return std::make_unique<IntelDriver>(std::move(board));
 }
 
 int IntelStandIn::EnterUnsupported(char const* entryPoint) {
@@ -42,7 +31,7 @@ int IntelStandIn::Close(intel::ctl_api_handle_t handle) {
 }
 
 bool IntelStandIn::IsOwn(intel::ctl_api_handle_t handle) const {
-    return handle == reinterpret_cast<intel::ctl_api_handle_t>(const_cast<IntelStandIn*>(this));
+    return reinterpret_cast<std::uintptr_t>(handle) == reinterpret_cast<std::uintptr_t>(this);
 }
 
 }  // namespace gputune::sim

@@ -1,4 +1,4 @@
-// What Intel's control library answers.
+// Result codes of Intel's control library.
 #pragma once
 
 namespace gputune::sim {

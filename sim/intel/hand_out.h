@@ -1,16 +1,16 @@
-// The way Intel's control library hands out handles.
+// How Intel's control library returns a list of handles.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <vector>
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 
-// Without storage the count is told; else as many handles are written as there is room for (count), and the count says
-// how many. Spoilt as the garbage says, but never beyond the storage.
+// Without storage, count becomes the length of the list. Else writes at most count handles, and count becomes how many.
+// Garbled as the garbage says, but nothing is written behind the storage.
 template <class Handle>
 void HandOut(std::vector<Handle> list, std::uint32_t& count, Handle* storage, Garbage garbage) {
     constexpr std::size_t kMany = 4096;
@@ -20,7 +20,7 @@ void HandOut(std::vector<Handle> list, std::uint32_t& count, Handle* storage, Ga
         std::fill(list.begin(), list.end(), nullptr);
     }
     std::size_t told = list.size();
-    if (storage) {
+    if (storage != nullptr) {
         told = std::min<std::size_t>(list.size(), count);
         if (garbage == Garbage::ShrinkingCount && told > 0) {
             --told;

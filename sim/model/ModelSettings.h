@@ -1,4 +1,4 @@
-// What the thermal model of a board is made of, and what it yields. Plain data.
+// The settings of a board's thermal model, and its readings. Plain data.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 
 namespace gputune::sim {
 
-// Everything a board's sensors tell at one moment.
+// The values of all of a board's sensors at one moment.
 struct Readings {
     double load = 0;                // percent
     double engineClock = 0;         // MHz
@@ -22,18 +22,21 @@ struct Readings {
     double framesPerSecond = 0;
     double energy = 0;    // J since the start
     double activity = 0;  // seconds of full load since the start
-    // What the older fan reading tells when it differs from fanRpm.
+    // The value of the Overdrive 5 fan entry point, when it differs from fanRpm.
     std::optional<double> olderFanRpm;
 };
 
-// One step of the load profile, which is repeated for ever.
+// One of the readings; null stands for none.
+using Quantity = double Readings::*;
+
+// One step of the load profile, which starts again after its last step.
 struct LoadStep {
     double seconds = 0;
     double percent = 0;
 };
 
 struct ModelSettings {
-    // Set: every reading is constant, and the rest of this record does not matter.
+    // When set, every reading is constant and the rest of this record is ignored.
     std::optional<Readings> fixed;
 
     double ambientTemperature = 24;  // degrees Celsius

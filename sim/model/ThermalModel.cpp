@@ -1,4 +1,4 @@
-#include "model/ThermalModel.h"
+#include "sim/model/ThermalModel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@ namespace gputune::sim {
 namespace {
 
 constexpr double kStepSeconds = 0.25;
-// Clocks go down over this range below the temperature limit, to the given part of what they would be.
+// In this range below the temperature limit, clocks go down to this part of what they would be.
 constexpr double kThrottleRange = 4;  // kelvin
 constexpr double kThrottleFloor = 0.5;
 
@@ -17,7 +17,7 @@ double Lag(double value, double target, double seconds, double timeConstant) {
     return target + (value - target) * std::exp(-seconds / timeConstant);
 }
 
-// How much warmer or cooler than at half the fan speed the board gets.
+// How warm the board gets, relative to half the fan speed.
 double Cooling(double fanPercent) {
     return 1.6 - 1.2 * fanPercent / 100 + 0.3 * fanPercent * fanPercent / 10000;
 }
@@ -107,7 +107,7 @@ double ThermalModel::FanTarget() const {
     return OnCurve(controls_.fanCurve, temperature_);
 }
 
-// The clock that load asks for, less what the power limit and the temperature take.
+// The clock for the load, reduced by the power limit and the temperature limit.
 double ThermalModel::EngineClock() const {
     double const wanted = std::min(1.0, load_ / 0.6);
     double clock = controls_.idleEngineClock + wanted * (controls_.engineClock - controls_.idleEngineClock);
@@ -136,14 +136,14 @@ Readings ThermalModel::Read() const {
     Readings readings;
     readings.load = 100 * load_;
     readings.engineClock = EngineClock();
-    // Memory has no clocks in between.
+    // Memory has these two clocks only.
     readings.memoryClock = load_ > 0.2 ? controls_.memoryClock : controls_.idleMemoryClock;
     readings.voltage = controls_.idleVoltage + wanted * (controls_.voltage - controls_.idleVoltage);
     readings.temperature = temperature_;
     readings.hotspotTemperature = temperature_ + settings_.hotspotOffset * load_;
     readings.memoryTemperature = temperature_ + settings_.memoryOffset * load_;
     readings.fanPercent = fan_;
-    // A turning fan's speed is never quite steady.
+    // The speed of a turning fan is never steady.
     double const ripple = fan_ > 1 ? 5 * std::sin(2.3 * now_) : 0;
     readings.fanRpm = std::max(0.0, settings_.fanMaximum * fan_ / 100 + ripple);
     readings.power = settings_.boardPower * Power();

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "model/ModelSettings.h"
+#include "sim/model/ModelSettings.h"
 
 namespace gputune::sim {
 
@@ -14,7 +14,7 @@ struct FanCurvePoint {
     double percent = 0;
 };
 
-// What the driver's settings ask of the board.
+// The settings of the driver, in the terms of the model.
 struct Controls {
     double idleEngineClock = 300;      // MHz
     double defaultEngineClock = 1340;  // MHz; the clock at which power is what the settings say
@@ -24,8 +24,8 @@ struct Controls {
     double idleVoltage = 750;          // mV
     double voltage = 1150;             // mV under load
     double powerLimit = 1;             // relative to the default
-    double temperatureLimit = 90;      // degrees Celsius; clocks go down when it comes near
-    std::optional<double> fanPercent;  // a fixed speed; the curve governs without it
+    double temperatureLimit = 90;      // degrees Celsius; clocks go down near it
+    std::optional<double> fanPercent;  // a fixed speed; without it, the curve decides
     std::vector<FanCurvePoint> fanCurve = {{40, 20}, {60, 35}, {75, 60}, {90, 100}};  // rising temperatures
     bool zeroRpm = false;  // the fan stands still below the curve's first temperature
 };
@@ -35,10 +35,10 @@ public:
     // Starts at time 0, idle and settled.
     ThermalModel(ModelSettings settings, Controls controls);
 
-    // To a time in seconds since the start; an earlier one than the last changes nothing.
+    // Moves on to a time in seconds since the start. A time in the past changes nothing.
     void AdvanceTo(double seconds);
 
-    // In force from the time reached on.
+    // They hold from the present time on.
     void SetControls(Controls controls) { controls_ = std::move(controls); }
 
     Readings Read() const;

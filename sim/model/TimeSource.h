@@ -1,4 +1,4 @@
-// The simulated boards' time: it runs by itself until it is first moved by hand, and only by hand from then on.
+// The time of the simulated boards: real time until the first Advance; from then on, only Advance moves it.
 #pragma once
 
 #include <chrono>

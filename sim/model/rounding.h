@@ -1,4 +1,4 @@
-// From a reading to the integer that the vendor's record holds.
+// A reading as the integer of a vendor's record; one outside its range becomes the nearest in it.
 #pragma once
 
 #include <climits>

@@ -1,9 +1,10 @@
-#include "nvidia/NvidiaDriver.h"
+#include "sim/nvidia/NvidiaDriver.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
-#include "model/rounding.h"
+#include "sim/model/rounding.h"
 
 namespace gputune::sim {
 
@@ -13,22 +14,14 @@ constexpr std::uintptr_t kGpuBase = 0x4E000100;
 constexpr std::uintptr_t kGpuStep = 0x100;
 
 nvidia::NvThermalSensor ToRecord(NvidiaSensor const& sensor, Readings const& readings) {
-    double const reading = sensor.quantity == ThermalQuantity::HotspotTemperature  ? readings.hotspotTemperature
-                           : sensor.quantity == ThermalQuantity::MemoryTemperature ? readings.memoryTemperature
-                                                                                   : readings.temperature;
     return {.controller = sensor.controller,
             .defaultMinTemp = sensor.minimum,
             .defaultMaxTemp = sensor.maximum,
-            .currentTemp = sensor.value.value_or(Rounded(reading)),
+            .currentTemp = sensor.value.value_or(Rounded(readings.*sensor.quantity)),
             .target = sensor.target};
 }
 
 }  // namespace
-
-void CopyText(std::string_view text, std::span<char, sizeof(nvidia::NvShortString)> out) {
-    std::fill(out.begin(), out.end(), '\0');
-    text.copy(out.data(), out.size() - 1);
-}
 
 NvidiaDriver::NvidiaDriver(Board board) : board_(std::move(board)) {
     for (auto const& gpu : board_.nvidia.gpus) {
@@ -55,16 +48,16 @@ NvidiaGpu const* NvidiaDriver::Find(nvidia::NvPhysicalGpuHandle handle) const {
 int NvidiaDriver::GetThermalSettings(nvidia::NvPhysicalGpuHandle handle, double now, std::uint32_t index,
                                      nvidia::NV_GPU_THERMAL_SETTINGS& out) {
     NvidiaGpu const* const gpu = Find(handle);
-    if (!gpu) {
-        return kNvNoGpuHandle;
+    if (gpu == nullptr) {
+        return kNvapiNoGpuHandle;
     }
     if (out.version != nvidia::kThermalSettingsVersion2) {
-        return kNvWrongVersion;
+        return kNvapiWrongVersion;
     }
     std::span<NvidiaSensor const> sensors = gpu->sensors;
     if (index != nvidia::kThermalTargetAll) {
         if (index >= sensors.size()) {
-            return kNvInvalidArgument;
+            return kNvapiInvalidArgument;
         }
         sensors = sensors.subspan(index, 1);
     }
@@ -73,7 +66,7 @@ int NvidiaDriver::GetThermalSettings(nvidia::NvPhysicalGpuHandle handle, double 
     out.count = static_cast<std::uint32_t>(sensors.size());
     std::transform(sensors.begin(), sensors.end(), out.sensor,
                    [&](NvidiaSensor const& sensor) { return ToRecord(sensor, model.Read()); });
-    return kNvOk;
+    return nvidia::kNvapiOk;
 }
 
 }  // namespace gputune::sim

@@ -1,22 +1,17 @@
-// The simulated driver behind NVAPI: one thermal model per GPU of the board. It knows no entry point. Operations return
-// the library's status.
+// The simulated driver behind NVAPI: the thermal model of each GPU of the board. It does not know entry points.
+// Operations return the library's status.
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <string_view>
 #include <vector>
 
-#include "board/Board.h"
-#include "model/ThermalModel.h"
-#include "nvidia/nvapi_codes.h"
 #include "nvidia/nvapi_records.h"
-#include "standin/BoardDriver.h"
+#include "sim/board/Board.h"
+#include "sim/model/ThermalModel.h"
+#include "sim/nvidia/nvapi_codes.h"
+#include "sim/standin/BoardDriver.h"
 
 namespace gputune::sim {
-
-// A text of NVAPI's, with its terminator; what does not fit is cut.
-void CopyText(std::string_view text, std::span<char, sizeof(nvidia::NvShortString)> out);
 
 class NvidiaDriver final : public BoardDriver {
 public:
@@ -25,8 +20,7 @@ public:
 
     NvidiaBoard const& Description() const { return board_.nvidia; }
 
-    // A handle is a number and points to nothing: of boards that follow one another, the GPUs in the same place have
-    // the same one.
+    // A handle is a number and points to nothing. The GPUs in the same position of two boards have the same handle.
     std::vector<nvidia::NvPhysicalGpuHandle> Gpus() const;
 
     // Null when there is no such GPU.

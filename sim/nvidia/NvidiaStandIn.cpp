@@ -1,20 +1,9 @@
-#include "nvidia/NvidiaStandIn.h"
-
-#include <utility>
+#include "sim/nvidia/NvidiaStandIn.h"
 
 namespace gputune::sim {
 
-NvidiaStandIn& NvidiaStandIn::Instance() {
-    static NvidiaStandIn standIn;
-    return standIn;
-}
-
 StandIn& StandIn::Instance() {
     return NvidiaStandIn::Instance();
-}
-
-std::unique_ptr<BoardDriver> NvidiaStandIn::NewDriver(Board board) const {
-    return std::make_unique<NvidiaDriver>(std::move(board));
 }
 
 std::set<std::string> NvidiaStandIn::AbsentWith(Board const& board) const {
@@ -24,7 +13,7 @@ std::set<std::string> NvidiaStandIn::AbsentWith(Board const& board) const {
 bool NvidiaStandIn::HandsOut(std::uint32_t identifier, char const* entryPoint) {
     std::lock_guard const guard(lock_);
     Begin("nvapi_QueryInterface", identifier);
-    return entryPoint && Driver() && !IsHidden(entryPoint);
+    return entryPoint != nullptr && CurrentDriver() != nullptr && !IsHidden(entryPoint);
 }
 
 }  // namespace gputune::sim

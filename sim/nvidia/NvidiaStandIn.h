@@ -1,91 +1,52 @@
-// What NVAPI's stand-in adds to every stand-in. Its entry points have identifiers instead of exports; that the client
-// has initialised the library outlives a change of board.
+// What NVAPI's stand-in adds to every stand-in. Its entry points have identifiers instead of exports. The library stays
+// initialised when the board changes.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <type_traits>
+#include <set>
+#include <string>
 
-#include "nvidia/NvidiaDriver.h"
-#include "standin/StandIn.h"
-#include "standin/spoil.h"
+#include "sim/nvidia/NvidiaDriver.h"
+#include "sim/standin/VendorStandIn.h"
 
 namespace gputune::sim {
 
-// The version and the count stay.
-inline void Spoil(nvidia::NV_GPU_THERMAL_SETTINGS& record) {
-    SpoilInts(record.sensor, sizeof(record.sensor));
+// For the list of handles and for the list of sensors.
+constexpr int kHugeNvapiCount = 4096;
+
+// The version stays.
+template <>
+inline void Garble(nvidia::NV_GPU_THERMAL_SETTINGS& record, Garbage garbage) {
+    GarbleCount(record.count, garbage, kHugeNvapiCount, nvidia::kMaxThermalSensors);
+    GarbleIntsFrom(record.sensor, record, garbage);
 }
 
-class NvidiaStandIn final : public StandIn {
+class NvidiaStandIn final : public VendorStandIn<NvidiaStandIn, NvidiaDriver> {
 public:
-    static NvidiaStandIn& Instance();
-
-    // Every entry point: logs the call, obeys orders and faults, refuses null pointers; only then
-    // operation(NvidiaDriver&, Garbage) is called, whose result is returned.
-    template <class Operation, class... Args>
-    int Enter(char const* entryPoint, Operation const& operation, Args... args) {
-        return Do(entryPoint, true, operation, args...);
-    }
-    // The same, also before the library is initialised.
-    template <class Operation, class... Args>
-    int EnterAtAnyTime(char const* entryPoint, Operation const& operation, Args... args) {
-        return Do(entryPoint, false, operation, args...);
-    }
-
-    // Whether the entry point is handed out for its identifier; logs the question.
+    // Whether nvapi_QueryInterface returns the entry point for its identifier; logs that call.
     bool HandsOut(std::uint32_t identifier, char const* entryPoint);
 
     void SetInitialized() { initialized_ = true; }
 
 private:
-    NvidiaStandIn() : StandIn(Vendor::Nvidia) {}
+    friend class VendorStandIn<NvidiaStandIn, NvidiaDriver>;
+    static constexpr int kNoBoard = nvidia::kNvapiError;
 
-    std::unique_ptr<BoardDriver> NewDriver(Board board) const override;
-    FaultRules Rules() const override { return NvidiaFaultRules(); }
+    NvidiaStandIn() : VendorStandIn(Vendor::Nvidia, NvidiaFaultRules()) {}
+
     std::set<std::string> AbsentWith(Board const& board) const override;
 
-    template <class Operation, class... Args>
-    int Do(char const* entryPoint, bool needsInitialization, Operation const& operation, Args... args) {
-        std::lock_guard const guard(lock_);
-        if (auto const demanded = Begin(entryPoint, args...)) {
-            return *demanded;
-        }
-        auto* const driver = static_cast<NvidiaDriver*>(Driver());
-        if (!driver) {
-            return kNvError;
-        }
-        if (needsInitialization && !initialized_) {
-            return kNvNotInitialized;
-        }
-        if ((IsNull(args) || ...)) {
-            return kNvInvalidArgument;
-        }
-        Garbage const garbage = GarbageOf(entryPoint);
-        int const result = operation(*driver, garbage);
-        if (result == kNvOk && garbage == Garbage::ExtremeValues) {
-            (SpoilArgument(args), ...);
-        }
-        return result;
-    }
+    int Uninitialized() const { return initialized_ ? nvidia::kNvapiOk : kNvapiNotInitialized; }
 
+    // Refuses null pointers. Handles are checked by the driver, which knows them.
     template <class Argument>
-    static bool IsNull(Argument argument) {
-        // Handles are judged with the board at hand.
-        if constexpr (std::is_pointer_v<Argument> && !std::is_same_v<Argument, nvidia::NvPhysicalGpuHandle>) {
-            return argument == nullptr;
+    static int Refusal(Argument argument) {
+        bool isNull = false;
+        if constexpr (PointsToRecord<Argument>) {
+            isNull = argument == nullptr;
+        } else if constexpr (requires { argument.address; }) {
+            isNull = argument.address == nullptr;
         }
-        return false;
-    }
-    template <class T>
-    static bool IsNull(AddressOnly<T> argument) {
-        return argument.address == nullptr;
-    }
-    template <class Argument>
-    static void SpoilArgument(Argument argument) {
-        if constexpr (std::is_same_v<Argument, nvidia::NV_GPU_THERMAL_SETTINGS*>) {
-            Spoil(*argument);
-        }
+        return isNull ? kNvapiInvalidArgument : nvidia::kNvapiOk;
     }
 
     bool initialized_ = false;

@@ -1,36 +1,36 @@
-// What NVAPI answers, and the text it has for that.
+// Statuses of NVAPI, beside those of nvapi_records.h, and the texts of all.
 #pragma once
 
 #include <string_view>
 
+#include "nvidia/nvapi_records.h"
+
 namespace gputune::sim {
 
-constexpr int kNvOk = 0;
-constexpr int kNvError = -1;
-constexpr int kNvNotInitialized = -4;
-constexpr int kNvInvalidArgument = -5;
-constexpr int kNvWrongVersion = -9;
-constexpr int kNvNoGpuHandle = -101;
+constexpr int kNvapiNotInitialized = -4;
+constexpr int kNvapiInvalidArgument = -5;
+constexpr int kNvapiWrongVersion = -9;
+constexpr int kNvapiNoGpuHandle = -101;
 
-constexpr std::string_view NvStatusText(int status) {
+constexpr std::string_view NvapiStatusText(int status) {
     switch (status) {
-        case kNvOk:
+        case nvidia::kNvapiOk:
             return "NVAPI_OK";
-        case kNvError:
+        case nvidia::kNvapiError:
             return "NVAPI_ERROR";
-        case -3:
+        case nvidia::kNvapiNoImplementation:
             return "NVAPI_NO_IMPLEMENTATION";
-        case kNvNotInitialized:
+        case kNvapiNotInitialized:
             return "NVAPI_API_NOT_INITIALIZED";
-        case kNvInvalidArgument:
+        case kNvapiInvalidArgument:
             return "NVAPI_INVALID_ARGUMENT";
         case -6:
             return "NVAPI_NVIDIA_DEVICE_NOT_FOUND";
-        case kNvWrongVersion:
+        case kNvapiWrongVersion:
             return "NVAPI_INCOMPATIBLE_STRUCT_VERSION";
         case -104:
             return "NVAPI_NOT_SUPPORTED";
-        case kNvNoGpuHandle:
+        case kNvapiNoGpuHandle:
             return "NVAPI_EXPECTED_PHYSICAL_GPU_HANDLE";
         default:
             return "NVAPI_UNKNOWN_ERROR";

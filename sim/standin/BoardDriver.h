@@ -1,4 +1,4 @@
-// What answers behind a stand-in's entry points, made for one board.
+// The simulated driver behind a stand-in's entry points, made for one board.
 #pragma once
 
 namespace gputune::sim {

@@ -1,4 +1,4 @@
-#include "standin/CallLog.h"
+#include "sim/standin/CallLog.h"
 
 #include <algorithm>
 

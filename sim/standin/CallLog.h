@@ -21,7 +21,7 @@ struct LoggedCall {
 class CallLog {
 public:
     void Add(LoggedCall call) {
-        // A live view calls for hours; nobody reads so far back.
+        // A program may call for hours: old calls go.
         constexpr std::size_t kMaxCalls = 16384;
         if (calls_.size() == kMaxCalls) {
             calls_.pop_front();
@@ -37,19 +37,27 @@ private:
     std::deque<LoggedCall> calls_;
 };
 
-// How many bytes of a record are kept. A vendor specialises it for a record with a tail. What is passed may also be the
-// place of a handle: a pointer, whose own size is meant.
+// How many bytes of a record are kept. A vendor specialises it for a record that more data follows. A record may also
+// be a handle, of which the pointer itself is kept.
 template <class Record>
 struct LoggedSize {
     static std::size_t Of(Record const&) { return sizeof(Record); }  // NOLINT(bugprone-sizeof-expression)
 };
 
-// A pointer argument of which only the address is kept: how much the caller has there is not known.
+// A pointer to something that can be read and written: not to a function, and not an opaque handle, which must never be
+// dereferenced.
+template <class Argument>
+concept PointsToRecord = std::is_pointer_v<Argument> && !std::is_void_v<std::remove_pointer_t<Argument>> &&
+                         !std::is_function_v<std::remove_pointer_t<Argument>> && requires {
+    sizeof(std::remove_pointer_t<Argument>);
+};
+
+// A pointer argument of which only the address is kept, because the size of what it points to is not known.
 template <class T>
 struct AddressOnly {
     T* address;
 };
-// As clang needs to be told before its version 17.
+// Needed by clang before version 17.
 template <class T>
 AddressOnly(T*) -> AddressOnly<T>;
 
@@ -57,13 +65,11 @@ template <class Argument>
 void LogArgument(LoggedCall& call, Argument argument) {
     if constexpr (std::is_pointer_v<Argument>) {
         call.args.push_back(static_cast<int>(reinterpret_cast<std::uintptr_t>(argument)));
-        using Pointee = std::remove_cv_t<std::remove_pointer_t<Argument>>;
-        // An opaque handle's target is nobody's to read.
-        // NOLINTNEXTLINE(bugprone-sizeof-expression): whether it has a size, whatever it is
-        if constexpr (!std::is_void_v<Pointee> && !std::is_function_v<Pointee> && requires { sizeof(Pointee); }) {
-            if (argument) {
+        if constexpr (PointsToRecord<Argument>) {
+            if (argument != nullptr) {
+                using Record = std::remove_cv_t<std::remove_pointer_t<Argument>>;
                 auto const* const begin = reinterpret_cast<unsigned char const*>(argument);
-                call.record.insert(call.record.end(), begin, begin + LoggedSize<Pointee>::Of(*argument));
+                call.record.insert(call.record.end(), begin, begin + LoggedSize<Record>::Of(*argument));
             }
         }
     } else if constexpr (std::is_same_v<Argument, double>) {

@@ -1,4 +1,4 @@
-#include "standin/ExportTable.h"
+#include "sim/standin/ExportTable.h"
 
 #include <windows.h>
 
@@ -9,7 +9,7 @@ namespace gputune::sim {
 
 namespace {
 
-// Where this very module starts in memory.
+// The start of this module in memory.
 unsigned char* ModuleStart() {
     static unsigned char* const start = [] {
         HMODULE module = nullptr;
@@ -31,7 +31,7 @@ IMAGE_EXPORT_DIRECTORY* Directory() {
     return At<IMAGE_EXPORT_DIRECTORY>(entry.VirtualAddress);
 }
 
-// One line of the table: where the name stands, and the number of its function.
+// One entry of the table: the offset of the name in the module, and the number of its function.
 struct Name {
     DWORD offset;
     WORD function;
@@ -39,7 +39,7 @@ struct Name {
     char const* Text() const { return At<char>(offset); }
 };
 
-// The names as the linker wrote them; the first call takes them down, which must be before anything is hidden.
+// The names as the linker wrote them. The first call must come before anything is hidden, as it copies them.
 std::vector<Name> const& AllNames() {
     static std::vector<Name> const names = [] {
         auto const* const directory = Directory();
@@ -54,7 +54,7 @@ std::vector<Name> const& AllNames() {
     return names;
 }
 
-// Memory that can be written for the life of the object.
+// Makes memory writable while the object lives.
 class Writable {
 public:
     Writable(void* start, std::size_t size) : start_(start), size_(size) {

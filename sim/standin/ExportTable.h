@@ -1,5 +1,5 @@
-// The names that this very library exports, as the loader sees them in memory: it finds a name by binary search, so a
-// name taken out of the sorted list is one that the library does not have. The file is not touched.
+// The export table of this library in memory. The loader searches its sorted list of names, so that a name taken out of
+// the list is not found. The file is not changed.
 #pragma once
 
 #include <set>
@@ -7,8 +7,8 @@
 
 namespace gputune::sim {
 
-// Take out exactly the given names and put back all others. Names without an export are ignored. False when the system
-// does not let the table be written.
+// Takes out exactly these names and puts back all others. Ignores names without an export. False when the system does
+// not let the table be written.
 bool HideExports(std::set<std::string> const& hidden);
 
 }  // namespace gputune::sim

@@ -1,11 +1,11 @@
-#include "standin/StandIn.h"
+#include "sim/standin/StandIn.h"
 
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
 
-#include "standin/ExportTable.h"
-#include "standin/ansi_texts.h"
+#include "sim/standin/ExportTable.h"
+#include "sim/standin/ansi_texts.h"
 
 namespace gputune::sim {
 
@@ -23,7 +23,7 @@ void StandIn::Load(Board board) {
     std::vector<Fault> faults = board.faults;
     ToAnsi(board);
     auto driver = NewDriver(std::move(board));
-    if (!HideOnly(hidden)) {
+    if (!HideExports(hidden)) {
         throw std::runtime_error("the stand-in library cannot hide the entry points that the board says are missing");
     }
     driver_ = std::move(driver);
@@ -37,7 +37,7 @@ void StandIn::Load(Board board) {
 
 bool StandIn::SetResult(std::string const& entryPoint, int result) {
     std::lock_guard const guard(lock_);
-    if (!Rules().HasResult(entryPoint)) {
+    if (!rules_.HasResult(entryPoint)) {
         return false;
     }
     results_[entryPoint] = result;
@@ -51,11 +51,11 @@ void StandIn::ClearFaults() {
 
 bool StandIn::Hide(std::string const& entryPoint) {
     std::lock_guard const guard(lock_);
-    if (!Rules().HasEntryPoint(entryPoint)) {
+    if (!rules_.HasEntryPoint(entryPoint)) {
         return false;
     }
     hidden_.insert(entryPoint);
-    return HideOnly(hidden_);
+    return HideExports(hidden_);
 }
 
 void StandIn::Advance(int milliseconds) {
@@ -63,13 +63,9 @@ void StandIn::Advance(int milliseconds) {
     time_.Advance(std::max(milliseconds, 0));
 }
 
-bool StandIn::HideOnly(std::set<std::string> const& entryPoints) const {
-    return HideExports(entryPoints);
-}
-
 Garbage StandIn::GarbageOf(char const* entryPoint) const {
     Fault const* const fault = FindFault(entryPoint);
-    return fault ? fault->garbage : Garbage::None;
+    return fault != nullptr ? fault->garbage : Garbage::None;
 }
 
 std::optional<int> StandIn::Demanded(char const* entryPoint) const {
@@ -77,7 +73,7 @@ std::optional<int> StandIn::Demanded(char const* entryPoint) const {
         return order->second;
     }
     Fault const* const fault = FindFault(entryPoint);
-    return fault && fault->kind == FaultKind::Result ? std::optional(fault->result) : std::nullopt;
+    return fault != nullptr && fault->kind == FaultKind::Result ? std::optional(fault->result) : std::nullopt;
 }
 
 Fault const* StandIn::FindFault(char const* entryPoint) const {

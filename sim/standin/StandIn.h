@@ -1,5 +1,5 @@
 // What every stand-in library keeps for its process: the driver of the board loaded last, the orders given to it, and
-// the record of calls. A vendor adds its driver, its entry points and what it says of wrong arguments.
+// the record of calls. VendorStandIn adds what depends on a vendor's types.
 #pragma once
 
 #include <map>
@@ -10,27 +10,27 @@
 #include <string>
 #include <vector>
 
-#include "board/FaultRules.h"
-#include "model/TimeSource.h"
-#include "standin/BoardDriver.h"
-#include "standin/CallLog.h"
+#include "sim/board/FaultRules.h"
+#include "sim/model/TimeSource.h"
+#include "sim/standin/BoardDriver.h"
+#include "sim/standin/CallLog.h"
 
 namespace gputune::sim {
 
 class StandIn {
 public:
-    // The library's own one; its vendor defines this.
+    // The object of this library. Each vendor's library defines this function.
     static StandIn& Instance();
 
     virtual ~StandIn() = default;
     StandIn(StandIn const&) = delete;
     StandIn& operator=(StandIn const&) = delete;
 
-    // A fresh state: no orders, no calls, real time. Throws std::runtime_error when the board is another vendor's or an
-    // entry point cannot be hidden; the former board then stays.
+    // Starts a board without orders, without logged calls, in real time. Throws std::runtime_error when the board is
+    // another vendor's or an entry point cannot be hidden; the former board then stays.
     void Load(Board board);
 
-    // False, and nothing changes, when there is no such entry point, or none whose result can be chosen.
+    // False when there is no such entry point, or when it returns no result code.
     bool SetResult(std::string const& entryPoint, int result);
     void ClearFaults();
     // False when there is no such entry point.
@@ -42,18 +42,15 @@ public:
     double Now() const { return time_.Now(); }
 
 protected:
-    explicit StandIn(Vendor vendor) : vendor_(vendor) {}
+    // rules: the entry points there are, hidden or not.
+    StandIn(Vendor vendor, FaultRules rules) : vendor_(vendor), rules_(rules) {}
 
     virtual std::unique_ptr<BoardDriver> NewDriver(Board board) const = 0;
     // The entry points that a library with this board does not have, beside those that its faults say are missing.
     virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
-    // The entry points there are, hidden or not.
-    virtual FaultRules Rules() const = 0;
-    // Hide exactly these and show all others; false when that is not possible.
-    virtual bool HideOnly(std::set<std::string> const& entryPoints) const;
 
-    // The beginning of every entry point, under the lock: logs the call. A value is the answer that an order or a fault
-    // demands; nothing is then to be done.
+    // Every entry point calls this first, under the lock. Logs the call. Returns the result that an order or a fault
+    // demands, if any: the entry point must then return it and do nothing else.
     template <class... Args>
     std::optional<int> Begin(char const* entryPoint, Args... args) {
         LoggedCall call{.entryPoint = entryPoint, .args = {}, .record = {}};
@@ -61,11 +58,11 @@ protected:
         calls_.Add(std::move(call));
         return Demanded(entryPoint);
     }
-    // What the entry point is to hand out instead of the truth.
+    // The garbage that the board orders of this entry point.
     Garbage GarbageOf(char const* entryPoint) const;
 
     // Null before there is a board.
-    BoardDriver* Driver() const { return driver_.get(); }
+    BoardDriver* CurrentDriver() const { return driver_.get(); }
     bool IsHidden(std::string const& entryPoint) const { return hidden_.contains(entryPoint); }
     void CountAllocation() { ++allocations_; }
 
@@ -76,6 +73,7 @@ private:
     Fault const* FindFault(char const* entryPoint) const;
 
     Vendor const vendor_;
+    FaultRules const rules_;
     std::unique_ptr<BoardDriver> driver_;
     std::vector<Fault> faults_;
     std::map<std::string, int, std::less<>> results_;

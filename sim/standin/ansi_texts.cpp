@@ -1,17 +1,13 @@
-#include "standin/ansi_texts.h"
+#include "sim/standin/ansi_texts.h"
 
-#include "standin/utf8.h"
+#include "sim/standin/wide_text.h"
 
 namespace gputune::sim {
 
 namespace {
 
 void Convert(std::string& text) {
-    std::wstring const wide = Utf8ToWide(text);
-    int const size = static_cast<int>(wide.size());
-    int const length = ::WideCharToMultiByte(CP_ACP, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
-    text.assign(static_cast<std::size_t>(length), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, wide.data(), size, text.data(), length, nullptr, nullptr);
+    text = FromWide(ToWide(text), CP_ACP);
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
-// Board files are in UTF-8; a driver tells its texts in the system's ANSI code page, and so does a stand-in.
+// Board files are in UTF-8. Drivers, and so the stand-ins, return texts in the system's ANSI code page.
 #pragma once
 
-#include "board/Board.h"
+#include "sim/board/Board.h"
 
 namespace gputune::sim {
 
-// All texts that a vendor's library hands out. A character that the code page does not have becomes what the system
-// puts in its place, mostly a question mark.
+// Converts all texts that a vendor's library returns. The system replaces a character that the code page does not have,
+// mostly by a question mark.
 void ToAnsi(Board& board);
 
 }  // namespace gputune::sim

@@ -1,4 +1,4 @@
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 #include <combaseapi.h>
 #include <wbemidl.h>
@@ -8,8 +8,8 @@
 #include <thread>
 #include <utility>
 
-#include "wmi/wmi_objects.h"
-#include "wmi/wmi_state.h"
+#include "sim/wmi/wmi_objects.h"
+#include "sim/wmi/wmi_state.h"
 
 namespace gputune::sim {
 
@@ -39,8 +39,8 @@ private:
     HRESULT result_ = E_FAIL;
 };
 
-// A thread that keeps the multithreaded apartment, and the registration in it, alive. Threads of the caller come to it
-// and leave it as they please; without this one, the registration would go with the last of them.
+// A thread that keeps the multithreaded apartment, and the registration in it, alive. Without it, the registration
+// would end when the last of the caller's threads leaves the apartment.
 class Keeper {
 public:
     explicit Keeper(SharedWmiState state) : thread_([this, state = std::move(state)] { Run(state); }) {
@@ -86,7 +86,7 @@ private:
     bool started_ = false;
     bool leave_ = false;
     HRESULT result_ = E_FAIL;
-    std::thread thread_;  // last: it uses the others
+    std::thread thread_;  // last, because it uses the others
 };
 
 bool InSingleThreadedApartment() {

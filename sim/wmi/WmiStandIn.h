@@ -1,6 +1,6 @@
-// A WMI locator of this process's own: while an object of this class lives, CoCreateInstance of the locator's class
-// gives its locator instead of the system's, and queries are answered with the display controllers told to it. Tests
-// script failures and read what was asked.
+// A stand-in for the system's WMI locator, inside this process: while an object of this class lives, CoCreateInstance
+// of the locator's class returns its locator, and queries return the display controllers set here. Tests order failures
+// and read the requests.
 #pragma once
 
 #include <windows.h>
@@ -26,7 +26,7 @@ struct WmiCaption {
 
 enum class WmiStep { CreateInstance, ConnectServer, SetBlanket, ExecQuery, Next, Get };
 
-// What was asked since the last ClearRequests. Counts are calls; the other fields are the last call's.
+// The requests since the last ClearRequests: the number of calls of each kind, and the arguments of the last one.
 struct WmiRequests {
     int createCount = 0;
     int connectCount = 0;
@@ -58,9 +58,9 @@ struct WmiRequests {
 
 class WmiStandIn {
 public:
-    // Registers the locator for all multithreaded-apartment threads and, when the calling thread has a single-threaded
-    // apartment, for that one too; the object must then be destroyed on the same thread. The calling thread's COM is
-    // left as it is. Throws std::runtime_error when COM refuses.
+    // Registers the locator for all threads in the multithreaded apartment. When the calling thread has a
+    // single-threaded apartment, registers it there, too; the object must then be destroyed on the same thread. Does
+    // not initialise COM on the calling thread. Throws std::runtime_error when COM refuses.
     WmiStandIn();
     ~WmiStandIn();
     WmiStandIn(WmiStandIn const&) = delete;

@@ -1,4 +1,4 @@
-// The methods of WMI's interfaces that nobody asks the stand-in for; all answer that they are not supported.
+// The methods of WMI's interfaces that no client of the stand-in calls. All return that they are not supported.
 #pragma once
 
 #include <windows.h>

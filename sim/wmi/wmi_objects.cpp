@@ -1,50 +1,46 @@
-#include "wmi/wmi_objects.h"
+#include "sim/wmi/wmi_objects.h"
 
 #include <oleauto.h>
 
 #include <cwchar>
 
-#include "wmi/com_object.h"
-#include "wmi/unsupported_methods.h"
+#include "sim/wmi/com_object.h"
+#include "sim/wmi/unsupported_methods.h"
 
 namespace gputune::sim {
 
 namespace {
 
 std::wstring Text(BSTR text) {
-    return text ? std::wstring(text, ::SysStringLen(text)) : std::wstring();
+    return text != nullptr ? std::wstring(text, ::SysStringLen(text)) : std::wstring();
 }
 
 // A display controller.
 class Controller final : public ComObject<Controller, true, UnsupportedObject> {
 public:
     Controller(SharedWmiState state, WmiCaption caption) : ComObject(std::move(state)), caption_(std::move(caption)) {}
-    ~Controller() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IWbemClassObject) || id == __uuidof(IUnknown) ? static_cast<IWbemClassObject*>(this)
-                                                                            : nullptr;
-    }
+    void* Find(REFIID id) { return As<IWbemClassObject>(id); }
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type, LONG* flavor) override {
         State()->Log([&](WmiRequests& requests) {
             ++requests.getCount;
-            requests.property = name ? name : L"";
+            requests.property = name != nullptr ? name : L"";
             requests.getFlags = flags;
         });
         if (auto const failure = State()->Failure(WmiStep::Get)) {
             return *failure;
         }
-        if (!name || !value) {
+        if (name == nullptr || value == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         if (_wcsicmp(name, L"Caption") != 0) {
             return Result(WBEM_E_NOT_FOUND);
         }
-        if (type) {
+        if (type != nullptr) {
             *type = caption_.kind == WmiCaption::Kind::Number ? CIM_SINT32 : CIM_STRING;
         }
-        if (flavor) {
+        if (flavor != nullptr) {
             *flavor = WBEM_FLAVOR_ORIGIN_LOCAL;
         }
         return Store(*value);
@@ -57,7 +53,7 @@ private:
         switch (caption_.kind) {
             case WmiCaption::Kind::Text:
                 V_BSTR(&value) = ::SysAllocStringLen(caption_.text.data(), static_cast<UINT>(caption_.text.size()));
-                if (!V_BSTR(&value)) {
+                if (V_BSTR(&value) == nullptr) {
                     return Result(WBEM_E_OUT_OF_MEMORY);
                 }
                 V_VT(&value) = VT_BSTR;
@@ -81,13 +77,8 @@ class Enumerator final : public ComObject<Enumerator, true, UnsupportedEnumerato
 public:
     Enumerator(SharedWmiState state, std::vector<WmiCaption> captions)
         : ComObject(std::move(state)), captions_(std::move(captions)) {}
-    ~Enumerator() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IEnumWbemClassObject) || id == __uuidof(IUnknown)
-                   ? static_cast<IEnumWbemClassObject*>(this)
-                   : nullptr;
-    }
+    void* Find(REFIID id) { return As<IEnumWbemClassObject>(id); }
 
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects, ULONG* returned) override {
         State()->Log([&](WmiRequests& requests) {
@@ -95,7 +86,7 @@ public:
             requests.nextTimeout = timeout;
             requests.nextWanted = count;
         });
-        if (!objects || !returned) {
+        if (objects == nullptr || returned == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *returned = 0;
@@ -117,13 +108,10 @@ private:
 class Services final : public ComObject<Services, true, UnsupportedServices, IClientSecurity> {
 public:
     using ComObject::ComObject;
-    ~Services() = default;
 
     void* Find(REFIID id) {
-        if (id == __uuidof(IClientSecurity)) {
-            return static_cast<IClientSecurity*>(this);
-        }
-        return id == __uuidof(IWbemServices) || id == __uuidof(IUnknown) ? static_cast<IWbemServices*>(this) : nullptr;
+        void* const found = As<IWbemServices>(id);
+        return found != nullptr ? found : As<IClientSecurity>(id);
     }
 
     HRESULT STDMETHODCALLTYPE ExecQuery(BSTR language, BSTR query, LONG flags, IWbemContext*,
@@ -134,7 +122,7 @@ public:
             requests.query = Text(query);
             requests.queryFlags = flags;
         });
-        if (!out) {
+        if (out == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *out = nullptr;
@@ -178,20 +166,18 @@ public:
 class Locator final : public ComObject<Locator, true, IWbemLocator> {
 public:
     using ComObject::ComObject;
-    ~Locator() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IWbemLocator) || id == __uuidof(IUnknown) ? static_cast<IWbemLocator*>(this) : nullptr;
-    }
+    void* Find(REFIID id) { return As<IWbemLocator>(id); }
 
     HRESULT STDMETHODCALLTYPE ConnectServer(BSTR nameSpace, BSTR user, BSTR password, BSTR locale, LONG flags,
                                             BSTR authority, IWbemContext* context, IWbemServices** out) override {
         State()->Log([&](WmiRequests& requests) {
             ++requests.connectCount;
             requests.nameSpace = Text(nameSpace);
-            requests.connectWithExtras = user || password || locale || flags != 0 || authority || context;
+            requests.connectWithExtras = user != nullptr || password != nullptr || locale != nullptr || flags != 0 ||
+                                         authority != nullptr || context != nullptr;
         });
-        if (!out) {
+        if (out == nullptr) {
             return Result(WBEM_E_INVALID_PARAMETER);
         }
         *out = nullptr;
@@ -206,22 +192,19 @@ public:
 class LocatorFactory final : public ComObject<LocatorFactory, false, IClassFactory> {
 public:
     using ComObject::ComObject;
-    ~LocatorFactory() = default;
 
-    void* Find(REFIID id) {
-        return id == __uuidof(IClassFactory) || id == __uuidof(IUnknown) ? static_cast<IClassFactory*>(this) : nullptr;
-    }
+    void* Find(REFIID id) { return As<IClassFactory>(id); }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** out) override {
         State()->Log([](WmiRequests& requests) { ++requests.createCount; });
-        if (!out) {
+        if (out == nullptr) {
             return E_POINTER;
         }
         *out = nullptr;
         if (auto const failure = State()->Failure(WmiStep::CreateInstance)) {
             return *failure;
         }
-        if (outer) {
+        if (outer != nullptr) {
             return CLASS_E_NOAGGREGATION;
         }
         auto* const locator = new Locator(State());

@@ -1,7 +1,7 @@
 // The COM objects behind the WMI stand-in.
 #pragma once
 
-#include "wmi/wmi_state.h"
+#include "sim/wmi/wmi_state.h"
 
 struct IClassFactory;
 

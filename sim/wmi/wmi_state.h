@@ -1,4 +1,4 @@
-// What the stand-in's COM objects share: the script and the record of requests.
+// What the stand-in's COM objects share: the captions and failures to return, and the requests received.
 #pragma once
 
 #include <array>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "wmi/WmiStandIn.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 
@@ -25,7 +25,7 @@ struct WmiState {
     WmiRequests requests;
     std::atomic<int> liveObjects = 0;
 
-    // The failure scripted for a step; its error code is then already the thread's last one.
+    // The failure ordered for a step, if any; sets the thread's last error code, too.
     std::optional<HRESULT> Failure(WmiStep step) {
         std::optional<WmiFailure> failure;
         {
@@ -39,7 +39,7 @@ struct WmiState {
         return failure->result;
     }
 
-    // record(WmiRequests&), under the lock.
+    // Calls record(WmiRequests&) under the lock.
     template <class Record>
     void Log(Record const& record) {
         std::lock_guard const guard(lock);

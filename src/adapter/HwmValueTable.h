@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "adapter/records.h"
+#include "records/records.h"
 
 namespace gputune {
 

@@ -1,6 +1,6 @@
 #include "adapter/IVideoAdapter.h"
 
-#include "profile/PerformanceProfile.h"
+#include "profile/performance_profile.h"
 
 namespace gputune {
 

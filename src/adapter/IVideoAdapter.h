@@ -4,9 +4,10 @@
 // Common promises
 //  - bool results: true is success. A failing operation has logged its reason and leaves what it did not reach as it
 //    was; what the vendor library had already accepted stays in force.
-//  - Records are written into the caller's storage. An implementation writes only the fields it promises, so what the
-//    storage held before shows through the others.
-//  - Nothing is thrown, but for allocation failures and the conversion errors of identifiers (adapter/hex_long.h).
+//  - Records are written into the caller's storage. An implementation writes only the fields it promises; the others
+//  keep
+//    what the storage held before.
+//  - Nothing is thrown, but for allocation failures and the conversion errors of identifiers (records/hex_long.h).
 //  - One caller at a time; nothing is locked.
 //
 // The order of the operations is fixed.
@@ -15,7 +16,7 @@
 #include <cstdint>
 
 #include "adapter/HwmValueTable.h"
-#include "adapter/records.h"
+#include "records/records.h"
 
 namespace gputune {
 

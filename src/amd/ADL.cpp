@@ -33,7 +33,7 @@ ADL::~ADL() {
 }
 
 bool ADL::InitADL() {
-    // Memory that runs out does so before the library is opened: the next attempt will not open it a second time.
+    // Reserved first: when memory runs out here, the library is not open yet, and the next attempt opens it only once.
     m_ActiveAdapters.reserve(kUsualAdapters);
     if (!LoadRuntime()) {
         log::Entry(kInitTag, "ADL initialization failed");
@@ -81,7 +81,7 @@ bool ADL::EnumerateAdapters() {
     }
     log::Entry(kInitTag / "Number of adapters available", m_NumberOfAdapters);
 
-    // A count without a list to go with it is no adapter either.
+    // A count without a list counts as no adapter.
     auto const adapters = m_AdapterInfo.First(m_NumberOfAdapters);
     if (adapters.empty()) {
         log::Entry(kInitTag, "No available adapter");
@@ -102,30 +102,30 @@ bool ADL::EnumerateAdapters() {
 }
 
 int ADL::GetSdkVersionSupported() const {
-    constexpr log::Tag tag{"[ADL::GetSdkVersionSupported()]"};
+    constexpr log::Tag kTag{"[ADL::GetSdkVersionSupported()]"};
     int supported = 0;
     int enabled = 0;
     int version = 0;
-    if (m_Functions.ADL2_Overdrive_Caps(m_Context, m_AdapterIndex, &supported, &enabled, &version) != kAdlOk) {
-        log::Entry(tag, "ADL2_Overdrive_Caps failed");
+    if (Ask(&AdlFunctions::ADL2_Overdrive_Caps, &supported, &enabled, &version) != kAdlOk) {
+        log::Entry(kTag, "ADL2_Overdrive_Caps failed");
         return -1;
     }
-    log::Entry(tag, version);
+    log::Entry(kTag, version);
     return version;
 }
 
 bool ADL::SetActiveAdapterIndex(int index) {
-    constexpr log::Tag tag{"[ADL::SetActiveAdapterIndex()]"};
+    constexpr log::Tag kTag{"[ADL::SetActiveAdapterIndex()]"};
     if (std::find(m_ActiveAdapters.begin(), m_ActiveAdapters.end(), index) == m_ActiveAdapters.end()) {
-        log::Entry(tag, "specified adapter index not found");
+        log::Entry(kTag, "specified adapter index not found");
         return false;
     }
     if (index == m_AdapterIndex) {
-        log::Entry(tag, "already using the specified adapter index");
+        log::Entry(kTag, "already using the specified adapter index");
         return true;
     }
     m_AdapterIndex = index;
-    log::Entry(tag, "adapter index selected");
+    log::Entry(kTag, "adapter index selected");
     return true;
 }
 
@@ -134,7 +134,7 @@ AdapterInfoX2 const* ADL::FirstAdapter() const {
     return adapters.empty() ? nullptr : adapters.data();
 }
 
-bool ADL::Judge(log::Tag tag, std::optional<int> result) {
+bool ADL::Succeeded(log::Tag tag, std::optional<int> result, std::string_view success) {
     if (!result) {
         log::Entry(tag, "null ptr");
         return false;
@@ -143,20 +143,23 @@ bool ADL::Judge(log::Tag tag, std::optional<int> result) {
         log::Entry(tag, "failed: ", *result);
         return false;
     }
+    if (!success.empty()) {
+        log::Entry(tag, success);
+    }
     return true;
 }
 
 AdapterApiType GetAmdApiType(ADL const& adl) {
-    constexpr log::Tag tag{"[GetAmdApiType(ADL&)]"};
+    constexpr log::Tag kTag{"[GetAmdApiType(ADL&)]"};
     switch (adl.GetSdkVersionSupported()) {
         case 8:
-            log::Entry(tag, "OD8");
+            log::Entry(kTag, "OD8");
             return AdapterApiType::Overdrive8;
         case 7:
-            log::Entry(tag, "OD7");
+            log::Entry(kTag, "OD7");
             return AdapterApiType::OverdriveN;
         default:
-            log::Entry(tag, "UNKNOWN");
+            log::Entry(kTag, "UNKNOWN");
             return AdapterApiType::None;
     }
 }

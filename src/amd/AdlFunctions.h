@@ -50,4 +50,13 @@ struct AdlFunctions {
 };
 static_assert(sizeof(AdlFunctions) == 129 * sizeof(void*));
 
+// Which entry point: `&AdlFunctions::ADL2_Overdrive_Caps`.
+template <FixedString Name, class Signature>
+using AdlMember = AdlEntry<Name, Signature> AdlFunctions::*;
+
+template <FixedString Name, class Signature>
+constexpr std::string_view NameOf(AdlMember<Name, Signature> /*entry*/) {
+    return AdlEntry<Name, Signature>::kName;
+}
+
 }  // namespace gputune::amd

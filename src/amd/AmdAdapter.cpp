@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "adapter/hex_long.h"
+#include "records/hex_long.h"
 
 namespace gputune::amd {
 
@@ -14,7 +14,7 @@ bool AmdAdapter::SetActiveAdapterIndex(int index) {
 }
 
 int AmdAdapter::GetActiveAdapterIndex() const {
-    return m_Adl.m_AdapterIndex;
+    return m_Adl.GetActiveAdapterIndex();
 }
 
 void AmdAdapter::GetVGAInfo(VgaInfo& info) {
@@ -55,6 +55,16 @@ std::uint32_t AmdAdapter::GetVGASubDeviceID() const {
     std::string const hwid = "0x" + std::string(udid.substr(marker + kMarker.size(), kDigits));
     log::Entry(m_Tags.subDeviceId / "hwid", hwid);
     return static_cast<std::uint32_t>(ParseHexLong(hwid));
+}
+
+std::optional<PredefinedPerformanceParameter> AmdAdapter::ReadProfile(log::Tag tag) const {
+    log::Entry(tag, "begin");
+    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
+    if (!parameter.Valid) {
+        log::Entry(tag, "Get predefined performance parameter failed");
+        return std::nullopt;
+    }
+    return parameter;
 }
 
 }  // namespace gputune::amd

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "adapter/IVideoAdapter.h"
@@ -17,7 +18,7 @@ public:
     int GetActiveAdapterIndex() const final;
 
     // Always of the first adapter that ADL lists, whatever the current one is. An identifier that cannot be converted
-    // leaves SubsystemId 0, the other fields filled, and the conversion's error on its way to the caller.
+    // leaves SubsystemId 0 and the other fields filled, and the conversion's error is thrown.
     void GetVGAInfo(VgaInfo& info) final;
 
 protected:
@@ -36,9 +37,11 @@ protected:
     // identifiers above 7FFFFFFF end in its "out of range".
     std::uint32_t GetVGASubDeviceID() const;
 
-    // Why a predefined mode cannot be applied: there is none for the board, or it asks for what is no number that the
-    // driver could be sent.
-    static constexpr std::string_view kNoProfile = "Get predefined performance parameter failed";
+    // How a performance mode begins: it logs "begin" under its tag and reads the board's predefined profile. Nothing
+    // when there is none, which is logged. Throws as GetVGASubDeviceID does.
+    std::optional<PredefinedPerformanceParameter> ReadProfile(log::Tag tag) const;
+
+    // Logged when a profile asks for a value that is no number the driver could be sent.
     static constexpr std::string_view kNoNumber = "predefined performance parameter out of range";
 
     ADL& m_Adl;

@@ -18,11 +18,11 @@ OD7Helper::OD7Helper(ADL& adl)
 }
 
 bool OD7Helper::IsInitOk() const {
-    return m_Adl.m_Valid && m_InitOk;
+    return m_Adl.IsValid() && m_InitOk;
 }
 
 bool OD7Helper::InitAdapter() {
-    m_HasCapabilities = m_Adl.Call(kInitTag, m_Adl.m_Functions.ADL2_OverdriveN_CapabilitiesX2_Get, &m_Capabilities);
+    m_HasCapabilities = m_Adl.Call(kInitTag, &AdlFunctions::ADL2_OverdriveN_CapabilitiesX2_Get, &m_Capabilities);
     if (!m_HasCapabilities) {
         m_Capabilities = {};  // whatever the failing call has written
         return false;
@@ -50,15 +50,15 @@ bool OD7Helper::ReadDefaultClocks() {
 }
 
 bool OD7Helper::EnumerateThermalControllers() {
-    auto const& enumerate = m_Adl.m_Functions.ADL2_Overdrive5_ThermalDevices_Enum;
-    log::Tag const tag = kInitTag / enumerate.kName;
+    constexpr auto kEnumerate = &AdlFunctions::ADL2_Overdrive5_ThermalDevices_Enum;
+    constexpr log::Tag kTag = kInitTag / NameOf(kEnumerate);
 
     for (int index = 0; index < kThermalControllerLimit; ++index) {
         ADLThermalControllerInfo controller{};
         controller.iSize = sizeof controller;
-        std::optional<int> const result = enumerate(m_Adl.m_Context, m_Adl.m_AdapterIndex, index, &controller);
+        std::optional<int> const result = m_Adl.Ask(kEnumerate, index, &controller);
         if (!result) {
-            log::Entry(tag, "null ptr");
+            log::Entry(kTag, "null ptr");
             return false;
         }
         if (*result == kAdlWarningNoData) {
@@ -69,36 +69,8 @@ bool OD7Helper::EnumerateThermalControllers() {
             m_ThermalControllers.push_back(controller);
         }
     }
-    log::Entry(tag, "num of thermal controller: ", static_cast<int>(m_ThermalControllers.size()));
+    log::Entry(kTag, "num of thermal controller: ", static_cast<int>(m_ThermalControllers.size()));
     return true;
-}
-
-std::optional<PerformanceLevels> OD7Helper::GetClockInfo(ClockKind kind, int mode) const {
-    constexpr log::Tag tag{"[OD7Helper::GetClockInfo(obj)]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
-    log::Entry(tag, "begin");
-    // Both, whichever kind is asked for: deliberate.
-    if (adl.ADL2_OverdriveN_SystemClocksX2_Get.address == nullptr ||
-        adl.ADL2_OverdriveN_MemoryClocksX2_Get.address == nullptr) {
-        log::Entry(log::Tag{"[OD7Helper::GetClockInfo()] !ADL2_OverdriveN_SystemClocksX2_Get || "
-                            "!ADL2_OverdriveN_MemoryClocksX2_Get"},
-                   "null ptr");
-        return std::nullopt;
-    }
-    auto levels = PerformanceLevels::Create(m_Capabilities.iMaximumNumberOfPerformanceLevels, mode);
-    if (!levels) {
-        log::Entry(tag, "no table for number of levels: ", m_Capabilities.iMaximumNumberOfPerformanceLevels);
-        return std::nullopt;
-    }
-    bool const read = kind == ClockKind::Engine
-                          ? m_Adl.Call(tag, adl.ADL2_OverdriveN_SystemClocksX2_Get, levels->Record())
-                          : m_Adl.Call(tag, adl.ADL2_OverdriveN_MemoryClocksX2_Get, levels->Record());
-    if (!read) {
-        return std::nullopt;
-    }
-    log::Entry(tag, "get ok");
-    return levels;
 }
 
 }  // namespace gputune::amd

@@ -1,25 +1,52 @@
-// OverdriveN: user clocks and voltages.
+// OverdriveN: clocks and voltages, set and read.
 #include "amd/OD7Helper.h"
 
-#include "adapter/single_precision.h"
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
 
 namespace {
 
-constexpr float kUnitsPerMegahertz = 100.0F;  // ADL counts clocks in 10 kHz
+constexpr int kUnitsPerMegahertz = 100;  // ADL counts clocks in 10 kHz
 
 float Ratio(int wanted, int standard) {
     return standard == 0 ? 0.0F : static_cast<float>(wanted) / static_cast<float>(standard);
 }
 
-// `wanted`, by way of the ratio and in single precision: the detour may come out one unit below it, which is kept.
-// Without a default there is no ratio to go by, and what is wanted is taken as it is.
+// `wanted`, computed from the ratio in single precision, which may give one unit less: deliberate. Without a default
+// there is no ratio, and `wanted` is taken as it is.
 float Scale(int standard, float ratio, int wanted) {
     return standard == 0 ? static_cast<float>(wanted) : static_cast<float>(standard) * ratio;
 }
 
 }  // namespace
+
+std::optional<PerformanceLevels> OD7Helper::GetClockInfo(ClockKind kind, int mode) const {
+    constexpr log::Tag kTag{"[OD7Helper::GetClockInfo(obj)]"};
+    constexpr auto kEngine = &AdlFunctions::ADL2_OverdriveN_SystemClocksX2_Get;
+    constexpr auto kMemory = &AdlFunctions::ADL2_OverdriveN_MemoryClocksX2_Get;
+
+    log::Entry(kTag, "begin");
+    // Both, whichever kind is asked for: deliberate.
+    if (!m_Adl.Has(kEngine) || !m_Adl.Has(kMemory)) {
+        log::Entry(log::Tag{"[OD7Helper::GetClockInfo()] !ADL2_OverdriveN_SystemClocksX2_Get || "
+                            "!ADL2_OverdriveN_MemoryClocksX2_Get"},
+                   "null ptr");
+        return std::nullopt;
+    }
+    auto levels = PerformanceLevels::Create(m_Capabilities.iMaximumNumberOfPerformanceLevels, mode);
+    if (!levels) {
+        log::Entry(kTag, "no table for number of levels: ", m_Capabilities.iMaximumNumberOfPerformanceLevels);
+        return std::nullopt;
+    }
+    bool const read = kind == ClockKind::Engine ? m_Adl.Call(kTag, kEngine, levels->Record())
+                                                : m_Adl.Call(kTag, kMemory, levels->Record());
+    if (!read) {
+        return std::nullopt;
+    }
+    log::Entry(kTag, "get ok");
+    return levels;
+}
 
 // The two kinds of clock are set alike, in different words.
 struct OD7Helper::ClockWords {
@@ -113,15 +140,9 @@ bool OD7Helper::SetClock(ClockKind kind, ClockWords const& words, int clock, int
 
 bool OD7Helper::WriteClocks(log::Tag method, ClockKind kind, PerformanceLevels& levels,
                             std::string_view success) const {
-    auto const write = [&](auto const& entry) {
-        if (!m_Adl.Call(method, entry, levels.Record())) {
-            return false;
-        }
-        log::Entry(method / entry.kName, success);
-        return true;
-    };
-    return kind == ClockKind::Engine ? write(m_Adl.m_Functions.ADL2_OverdriveN_SystemClocksX2_Set)
-                                     : write(m_Adl.m_Functions.ADL2_OverdriveN_MemoryClocksX2_Set);
+    return kind == ClockKind::Engine
+               ? m_Adl.Set(method, success, &AdlFunctions::ADL2_OverdriveN_SystemClocksX2_Set, levels.Record())
+               : m_Adl.Set(method, success, &AdlFunctions::ADL2_OverdriveN_MemoryClocksX2_Set, levels.Record());
 }
 
 int OD7Helper::ToMegahertz(int clock) {
@@ -148,6 +169,47 @@ int OD7Helper::TopPosition(ClockKind kind) const {
 ADLODNPerformanceLevelX2 const* OD7Helper::DefaultTopLevel(ClockKind kind) const {
     auto const& defaults = kind == ClockKind::Engine ? m_DefaultSystemClock : m_DefaultMemoryClock;
     return defaults ? defaults->At(TopPosition(kind)) : nullptr;
+}
+
+void OD7Helper::GetGpuClockSetting(ClockSetting& setting) {
+    ADLODNParameterRange const& clock = m_Capabilities.sEngineClockRange;
+    ADLODNParameterRange const& voltage = m_Capabilities.svddcRange;
+
+    setting.Valid = true;
+    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Engine, kOdnModeCurrent);
+    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
+    setting.DefaultVoltage = voltage.iDefault;
+    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
+    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
+    setting.MaxVoltage = voltage.iMax;
+    setting.MinVoltage = voltage.iMin;
+    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
+    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
+    setting.CurrentVoltage = top != nullptr ? top->iVddc : kNotAvailable;
+
+    // For diagnosis only: the two places where the default voltage stands.
+    std::optional<PerformanceLevels> const defaults = GetClockInfo(ClockKind::Engine, kOdnModeDefault);
+    log::Entry(log::Tag{"vddc default"}, voltage.iDefault);
+    ADLODNPerformanceLevelX2 const* const defaultTop =
+        defaults ? defaults->At(TopPosition(ClockKind::Engine)) : nullptr;
+    log::Entry(log::Tag{"vddc perfapi"}, defaultTop != nullptr ? defaultTop->iVddc : kNotAvailable);
+}
+
+void OD7Helper::GetMemClockSetting(ClockSetting& setting) {
+    ADLODNParameterRange const& clock = m_Capabilities.sMemoryClockRange;
+
+    setting.Valid = true;
+    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
+    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
+    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
+    setting.DefaultVoltage = kNotAvailable;
+    setting.MaxVoltage = kNotAvailable;
+    setting.MinVoltage = kNotAvailable;
+    setting.CurrentVoltage = kNotAvailable;
+    // The engine's level count indexes the memory table: deliberate.
+    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Memory, kOdnModeCurrent);
+    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
+    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
 }
 
 }  // namespace gputune::amd

@@ -1,15 +1,9 @@
-// OverdriveN: performance modes and the clock settings' read-back.
+// OverdriveN: performance modes.
 #include "amd/OD7Helper.h"
 
-#include "adapter/single_precision.h"
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
-
-namespace {
-
-constexpr int kUnitsPerMegahertz = 100;  // ADL counts clocks in 10 kHz
-
-}  // namespace
 
 // The values of a predefined mode.
 struct OD7Helper::Mode {
@@ -20,35 +14,31 @@ struct OD7Helper::Mode {
 };
 
 bool OD7Helper::SetPerformanceOC() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceOC()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceOC()]"};
+    auto const profile = ReadProfile(kTag);
+    if (!profile) {
         return false;
     }
-    log::Entry(tag, "pred_GpuClock=", parameter.GpuOC, ", pred_MemClock=", parameter.MemOC,
-               ", pred_PowerOC=", parameter.PowerOC);
+    log::Entry(kTag, "pred_GpuClock=", profile->GpuOC, ", pred_MemClock=", profile->MemOC,
+               ", pred_PowerOC=", profile->PowerOC);
     // MemOCGivenValue is not used: only the engine clock can be given outright. Deliberate.
-    return ApplyMode(tag, {.power = parameter.PowerOC,
-                           .gpuFactor = parameter.GpuOC,
-                           .gpuGivenClock = parameter.GpuOCGivenValue,
-                           .memFactor = parameter.MemOC});
+    return ApplyMode(kTag, {.power = profile->PowerOC,
+                            .gpuFactor = profile->GpuOC,
+                            .gpuGivenClock = profile->GpuOCGivenValue,
+                            .memFactor = profile->MemOC});
 }
 
 bool OD7Helper::SetPerformanceSilent() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceSilent()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceSilent()]"};
+    auto const profile = ReadProfile(kTag);
+    if (!profile) {
         return false;
     }
-    log::Entry(tag, "pred_GpuClock=", parameter.GpuSilent, ", pred_MemClock=", parameter.MemSilent);
-    return ApplyMode(tag, {.power = parameter.PowerSilent,
-                           .gpuFactor = parameter.GpuSilent,
-                           .gpuGivenClock = 0.0F,
-                           .memFactor = parameter.MemSilent});
+    log::Entry(kTag, "pred_GpuClock=", profile->GpuSilent, ", pred_MemClock=", profile->MemSilent);
+    return ApplyMode(kTag, {.power = profile->PowerSilent,
+                            .gpuFactor = profile->GpuSilent,
+                            .gpuGivenClock = 0.0F,
+                            .memFactor = profile->MemSilent});
 }
 
 bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
@@ -88,13 +78,13 @@ bool OD7Helper::ApplyMode(log::Tag tag, Mode const& mode) {
 }
 
 bool OD7Helper::SetPerformanceDefault() {
-    constexpr log::Tag tag{"[OD7Helper::SetPerformanceDefault()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[OD7Helper::SetPerformanceDefault()]"};
+    log::Entry(kTag, "begin");
     SetPowerLimitDefault();  // the clocks are reset also when this fails
-    return RestoreClocks(tag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock", "pCurrentGpuClockStruct",
-                         "set gpu clock default", "set gpu clock and voltage to default") &&
-           RestoreClocks(tag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock", "pCurrentMemClockStruct",
-                         "set memory clock default", "set mem clock and voltage to default");
+    return RestoreClocks(kTag, ClockKind::Engine, m_DefaultSystemClock, "m_DefaultSystemClock",
+                         "pCurrentGpuClockStruct", "set gpu clock default", "set gpu clock and voltage to default") &&
+           RestoreClocks(kTag, ClockKind::Memory, m_DefaultMemoryClock, "m_DefaultMemoryClock",
+                         "pCurrentMemClockStruct", "set memory clock default", "set mem clock and voltage to default");
 }
 
 bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<PerformanceLevels> const& defaults,
@@ -125,47 +115,6 @@ bool OD7Helper::RestoreClocks(log::Tag tag, ClockKind kind, std::optional<Perfor
         return false;
     }
     return WriteClocks(tag, kind, *sent, allSet);
-}
-
-void OD7Helper::GetGpuClockSetting(ClockSetting& setting) {
-    ADLODNParameterRange const& clock = m_Capabilities.sEngineClockRange;
-    ADLODNParameterRange const& voltage = m_Capabilities.svddcRange;
-
-    setting.Valid = true;
-    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Engine, kOdnModeCurrent);
-    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
-    setting.DefaultVoltage = voltage.iDefault;
-    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
-    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
-    setting.MaxVoltage = voltage.iMax;
-    setting.MinVoltage = voltage.iMin;
-    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
-    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
-    setting.CurrentVoltage = top != nullptr ? top->iVddc : kNotAvailable;
-
-    // For diagnosis only: the two places where the default voltage stands.
-    std::optional<PerformanceLevels> const defaults = GetClockInfo(ClockKind::Engine, kOdnModeDefault);
-    log::Entry(log::Tag{"vddc default"}, voltage.iDefault);
-    ADLODNPerformanceLevelX2 const* const defaultTop =
-        defaults ? defaults->At(TopPosition(ClockKind::Engine)) : nullptr;
-    log::Entry(log::Tag{"vddc perfapi"}, defaultTop != nullptr ? defaultTop->iVddc : kNotAvailable);
-}
-
-void OD7Helper::GetMemClockSetting(ClockSetting& setting) {
-    ADLODNParameterRange const& clock = m_Capabilities.sMemoryClockRange;
-
-    setting.Valid = true;
-    setting.DefaultClock = clock.iDefault / kUnitsPerMegahertz;
-    setting.MaxClock = clock.iMax / kUnitsPerMegahertz;
-    setting.MinClock = clock.iMin / kUnitsPerMegahertz;
-    setting.DefaultVoltage = kNotAvailable;
-    setting.MaxVoltage = kNotAvailable;
-    setting.MinVoltage = kNotAvailable;
-    setting.CurrentVoltage = kNotAvailable;
-    // The engine's level count indexes the memory table: deliberate.
-    std::optional<PerformanceLevels> const current = GetClockInfo(ClockKind::Memory, kOdnModeCurrent);
-    ADLODNPerformanceLevelX2 const* const top = current ? current->At(TopPosition(ClockKind::Engine)) : nullptr;
-    setting.CurrentClock = top != nullptr ? top->iClock / kUnitsPerMegahertz : kNotAvailable;
 }
 
 }  // namespace gputune::amd

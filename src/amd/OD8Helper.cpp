@@ -24,80 +24,62 @@ OD8Helper::OD8Helper(ADL& adl)
     : AmdAdapter(adl, {.subDeviceId = {"[OD8Helper::GetVGASubDeviceID()]"},
                        .adapterName = {"[OD8Helper::GetAdapterName()] adapter name"},
                        .busNumber = {"[OD8Helper::GetBusNumber()] bus number"}}) {
-    GetInitSetting(m_Adl.m_AdapterIndex, m_InitSetting);
+    GetInitSetting(m_InitSetting);
     ListUnsupportedFeatures();
     PrintLogDataCapabilities();
 }
 
 bool OD8Helper::IsInitOk() const {
-    return m_Adl.m_Valid;
+    return m_Adl.IsValid();
 }
 
-bool OD8Helper::GetInitSetting(int adapterIndex, ADLOD8InitSetting& out) const {
-    constexpr log::Tag tag{"[OD8Helper::GetInitSetting()]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
-    out = {};
-    out.count = kOd8Count;
-    if (adl.ADL2_Overdrive8_Init_SettingX2_Get.address != nullptr) {
-        int capabilities = 0;
+// Newer drivers hand out a list of their own (`newer`, which takes `arguments` before the count); the others fill the
+// whole record (`older`).
+template <class Record, class Setting, class Newer, class Older, class... Arguments>
+bool OD8Helper::ReadSettings(log::Tag tag, Record& out, Setting (&table)[kOd8Count], Newer newer, Older older,
+                             Arguments... arguments) const {
+    auto const clear = [&] {
+        out = {};
+        out.count = kOd8Count;
+    };
+    clear();
+    std::string_view failed = NameOf(newer);
+    if (m_Adl.Has(newer)) {
         int count = kOd8Count;
-        AdlList<ADLOD8SingleInitSetting> list;
-        auto const result =
-            adl.ADL2_Overdrive8_Init_SettingX2_Get(m_Adl.m_Context, adapterIndex, &capabilities, &count, list.Out());
+        AdlList<Setting> list;
+        auto const result = m_Adl.Ask(newer, arguments..., &count, list.Out());
         auto const settings = Usable(list, count);
-        if (result != kAdlOk || !settings) {
-            log::Entry(tag, "ADL2_Overdrive8_Init_SettingX2_Get is failed");
-            return false;
+        if (result == kAdlOk && settings) {
+            out.count = static_cast<int>(settings->size());
+            std::copy(settings->begin(), settings->end(), table);
+            return true;
         }
-        out.count = static_cast<int>(settings->size());
-        out.overdrive8Capabilities = capabilities;
-        std::copy(settings->begin(), settings->end(), out.od8SettingTable);
+    } else if (m_Adl.Has(older) && m_Adl.Ask(older, &out) != kAdlOk) {
+        failed = NameOf(older);
+    } else {
+        out.count = kOd8Count;  // whatever the driver has made of it
         return true;
     }
-    bool const failed = adl.ADL2_Overdrive8_Init_Setting_Get.address != nullptr &&
-                        adl.ADL2_Overdrive8_Init_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk;
-    if (failed) {
-        out = {};  // whatever the failing call has written
-        log::Entry(tag, "ADL2_Overdrive8_Init_Setting_Get is failed");
-    }
-    out.count = kOd8Count;  // whatever the driver has made of it
-    return !failed;
+    clear();  // whatever the failing call has written
+    log::Entry(tag, failed, " is failed");
+    return false;
 }
 
-bool OD8Helper::GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) const {
-    constexpr log::Tag tag{"[OD8Helper::GetCurrentSetting()]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
+bool OD8Helper::GetInitSetting(ADLOD8InitSetting& out) const {
+    return ReadSettings(log::Tag{"[OD8Helper::GetInitSetting()]"}, out, out.od8SettingTable,
+                        &AdlFunctions::ADL2_Overdrive8_Init_SettingX2_Get,
+                        &AdlFunctions::ADL2_Overdrive8_Init_Setting_Get, &out.overdrive8Capabilities);
+}
 
-    out = {};
-    out.count = kOd8Count;
-    if (adl.ADL2_Overdrive8_Current_SettingX2_Get.address != nullptr) {
-        int count = kOd8Count;
-        AdlList<int> list;
-        auto const result =
-            adl.ADL2_Overdrive8_Current_SettingX2_Get(m_Adl.m_Context, adapterIndex, &count, list.Out());
-        auto const settings = Usable(list, count);
-        if (result != kAdlOk || !settings) {
-            log::Entry(tag, "ADL2_Overdrive8_Current_SettingX2_Get is failed");
-            return false;
-        }
-        out.count = static_cast<int>(settings->size());
-        std::copy(settings->begin(), settings->end(), out.Od8SettingTable);
-        return true;
-    }
-    bool const failed = adl.ADL2_Overdrive8_Current_Setting_Get.address != nullptr &&
-                        adl.ADL2_Overdrive8_Current_Setting_Get(m_Adl.m_Context, adapterIndex, &out) != kAdlOk;
-    if (failed) {
-        out = {};  // whatever the failing call has written
-        log::Entry(tag, "ADL2_Overdrive8_Current_Setting_Get is failed");
-    }
-    out.count = kOd8Count;  // whatever the driver has made of it
-    return !failed;
+bool OD8Helper::GetCurrentSetting(ADLOD8CurrentSetting& out) const {
+    return ReadSettings(log::Tag{"[OD8Helper::GetCurrentSetting()]"}, out, out.Od8SettingTable,
+                        &AdlFunctions::ADL2_Overdrive8_Current_SettingX2_Get,
+                        &AdlFunctions::ADL2_Overdrive8_Current_Setting_Get);
 }
 
 std::optional<ADLOD8CurrentSetting> OD8Helper::CurrentSettings(log::Tag tag, int last) const {
     ADLOD8CurrentSetting current;
-    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current)) {
+    if (!GetCurrentSetting(current)) {
         return std::nullopt;
     }
     if (last >= current.count) {
@@ -109,10 +91,15 @@ std::optional<ADLOD8CurrentSetting> OD8Helper::CurrentSettings(log::Tag tag, int
 
 ADLOD8CurrentSetting OD8Helper::ShownSettings() const {
     ADLOD8CurrentSetting current;
-    if (!GetCurrentSetting(m_Adl.m_AdapterIndex, current)) {
+    if (!GetCurrentSetting(current)) {
         std::fill(std::begin(current.Od8SettingTable), std::end(current.Od8SettingTable), kNotAvailable);
     }
     return current;
+}
+
+bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting answer) const {
+    answer.count = kOd8Count;  // the room there is, however many settings were read before
+    return m_Adl.Ask(&AdlFunctions::ADL2_Overdrive8_Setting_Set, request.Record(), &answer) == kAdlOk;
 }
 
 ADLOD8SingleInitSetting const& OD8Helper::Range(int setting) const {
@@ -145,7 +132,7 @@ void OD8Helper::PrintLogDataCapabilities() const {
 
 bool OD8Helper::QueryPmLog(log::Tag tag, ADLPMLogDataOutput& output) const {
     output = {};
-    if (m_Adl.m_Functions.ADL2_New_QueryPMLogData_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &output) != kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_New_QueryPMLogData_Get, &output) != kAdlOk) {
         log::Entry(tag, "ADL2_New_QueryPMLogData_Get failed");
         return false;
     }

@@ -16,8 +16,8 @@ public:
 
     bool IsInitOk() const override;
 
-    // What a setting builds on has to be read first: where the current settings cannot be, the operations answer false
-    // and send nothing, but for the two ways back to the defaults, which use none of them.
+    // A setting is built on the current settings. Where these cannot be read, the operations answer false and send
+    // nothing, except SetFanSpeed with a negative value and SetPerformanceDefault, which use none of them.
 
     // Makes the fan curve flat at `percent`, with zero-RPM mode off; negative restores the default fan control.
     bool SetFanSpeed(int percent) override;
@@ -47,26 +47,50 @@ public:
     int GetFrameRate() override;
 
 private:
-    class Request;
+    // A list of settings to change in one driver call. What is not requested stays as it is.
+    class Request {
+    public:
+        Request() { m_Record.count = kOd8Count; }
+
+        void Set(int setting, int value) {
+            m_Record.od8SettingTable[setting] = {.value = value, .requested = 1, .reset = 0};
+        }
+
+        // Ask the driver to restore its default; the value goes along.
+        void Reset(int setting, int defaultValue) {
+            m_Record.od8SettingTable[setting] = {.value = defaultValue, .requested = 1, .reset = 1};
+        }
+
+        // The block as ADL takes it.
+        ADLOD8SetSetting* Record() { return &m_Record; }
+
+    private:
+        ADLOD8SetSetting m_Record{};
+    };
     struct Mode;
 
     // The readers of the setting tables. `count` becomes the number of settings that were read, the others are zero.
     // True also when the library has neither entry point: a full table of zeros. A failure leaves the same behind.
-    bool GetInitSetting(int adapterIndex, ADLOD8InitSetting& out) const;
-    bool GetCurrentSetting(int adapterIndex, ADLOD8CurrentSetting& out) const;
+    bool GetInitSetting(ADLOD8InitSetting& out) const;
+    bool GetCurrentSetting(ADLOD8CurrentSetting& out) const;
+    template <class Record, class Setting, class Newer, class Older, class... Arguments>
+    bool ReadSettings(log::Tag tag, Record& out, Setting (&table)[kOd8Count], Newer newer, Older older,
+                      Arguments... arguments) const;
 
-    // The current settings of the active adapter: to build a setting on them, when they are read up to `last` (nothing
-    // otherwise, and the log says so under the tag); to show them, with -1 where they cannot be read.
+    // The current settings, to build a setting on them. Nothing when they cannot be read up to the setting `last`,
+    // which is logged.
     std::optional<ADLOD8CurrentSetting> CurrentSettings(log::Tag tag, int last) const;
+
+    // The current settings to show; -1 where they cannot be read.
     ADLOD8CurrentSetting ShownSettings() const;
+
+    // True when the driver accepts the request. It writes its answer, which is not looked at, over a copy of `answer`.
+    bool Send(Request& request, ADLOD8CurrentSetting answer) const;
 
     void ListUnsupportedFeatures() const;
     void PrintLogDataCapabilities() const;
     bool QueryPmLog(log::Tag tag, ADLPMLogDataOutput& output) const;
     int ReadMemoryUsage() const;
-
-    // `answer` is what the driver finds in the record that it answers into.
-    bool Send(Request& request, ADLOD8CurrentSetting answer) const;
 
     enum class ManualMode { Set, Refused, Unreadable };
     ManualMode SetOptimizedPowerToManualMode() const;

@@ -1,7 +1,7 @@
 // Overdrive8: fan and power limit.
 #include <algorithm>
 
-#include "amd/Od8Request.h"
+#include "amd/OD8Helper.h"
 
 namespace gputune::amd {
 
@@ -27,15 +27,9 @@ bool Report(log::Tag tag, bool success) {
 
 }  // namespace
 
-bool OD8Helper::Send(Request& request, ADLOD8CurrentSetting answer) const {
-    answer.count = kOd8Count;  // the room there is, however many settings were read before
-    return m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set(m_Adl.m_Context, m_Adl.m_AdapterIndex, request.Record(),
-                                                         &answer) == kAdlOk;
-}
-
 OD8Helper::ManualMode OD8Helper::SetOptimizedPowerToManualMode() const {
-    constexpr log::Tag tag{"[OD8Helper::SetOptimizedPowerToManualMode()]"};
-    auto const current = CurrentSettings(tag, kOd8OptimizedPowerMode);
+    constexpr log::Tag kTag{"[OD8Helper::SetOptimizedPowerToManualMode()]"};
+    auto const current = CurrentSettings(kTag, kOd8OptimizedPowerMode);
     if (!current) {
         return ManualMode::Unreadable;
     }
@@ -43,20 +37,20 @@ OD8Helper::ManualMode OD8Helper::SetOptimizedPowerToManualMode() const {
         Request request;
         request.Set(kOd8OptimizedPowerMode, kOd8OptimizedPowerManual);
         if (!Send(request, *current)) {
-            log::Entry(tag, "Failed when set Optimized Power mode to Manual");
+            log::Entry(kTag, "Failed when set Optimized Power mode to Manual");
             return ManualMode::Refused;
         }
     }
-    log::Entry(tag, "Set Optimized Power mode to Manual");
+    log::Entry(kTag, "Set Optimized Power mode to Manual");
     return ManualMode::Set;
 }
 
 bool OD8Helper::SetFanSpeed(int percent) {
-    constexpr log::Tag tag{"[OD8Helper::SetFanSpeed(int)]"};
-    log::Entry(tag, "Begin");
+    constexpr log::Tag kTag{"[OD8Helper::SetFanSpeed(int)]"};
+    log::Entry(kTag, "Begin");
     if (Has(kOd8HasOptimizedPowerMode)) {
         ManualMode const mode = SetOptimizedPowerToManualMode();
-        // The way back to automatic control goes out also where the mode cannot be read.
+        // Automatic control is restored also where the mode cannot be read.
         if (mode == ManualMode::Refused || (mode == ManualMode::Unreadable && percent >= 0)) {
             return false;
         }
@@ -65,21 +59,21 @@ bool OD8Helper::SetFanSpeed(int percent) {
         return SetFanToDefault();
     }
     if (!HasFanCurve()) {
-        log::Entry(tag, "ADL_OD8_FAN_CURVE not supported");
+        log::Entry(kTag, "ADL_OD8_FAN_CURVE not supported");
         return false;
     }
     // The first point's range governs all five.
     ADLOD8SingleInitSetting const& range = Range(Od8FanSpeed(0));
     if (percent < range.minValue || percent > range.maxValue) {
-        log::Entry(tag, "Percent should be in Min: ", range.minValue, ", Max: ", range.maxValue);
+        log::Entry(kTag, "Percent should be in Min: ", range.minValue, ", Max: ", range.maxValue);
         return false;
     }
     Request request;
     if (Has(kOd8HasZeroRpm)) {
         request.Set(kOd8FanZeroRpm, 0);
-        log::Entry(tag, "plan set ZeroRPM off");
+        log::Entry(kTag, "plan set ZeroRPM off");
     }
-    auto const current = CurrentSettings(tag, kOd8FanCurveLast);
+    auto const current = CurrentSettings(kTag, kOd8FanCurveLast);
     if (!current) {
         return false;
     }
@@ -96,18 +90,18 @@ bool OD8Helper::SetFanSpeed(int percent) {
     if (Has(kOd8HasAcousticLimit)) {
         request.Set(kOd8FanAcousticLimit, Range(kOd8FanAcousticLimit).maxValue);
     }
-    return Report(tag, Send(request, *current));
+    return Report(kTag, Send(request, *current));
 }
 
 bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
-    constexpr log::Tag tag{"[OD8Helper::SetFanSpeedTable(arr,int)]"};
-    log::Entry(tag, "Begin");
+    constexpr log::Tag kTag{"[OD8Helper::SetFanSpeedTable(arr,int)]"};
+    log::Entry(kTag, "Begin");
     if (table == nullptr || count < 1) {
-        log::Entry(tag, "pass in node not valid");
+        log::Entry(kTag, "pass in node not valid");
         return false;
     }
     if (!HasFanCurve()) {
-        log::Entry(tag, "fan curve not supported");
+        log::Entry(kTag, "fan curve not supported");
         return false;
     }
     Request request;
@@ -116,10 +110,11 @@ bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
         FanTablePoint const& wanted = table[point];
         request.Set(Od8FanSpeed(point), wanted.FanSpeed);
         request.Set(Od8FanTemperature(point), wanted.FanTemperature);
-        log::Line(tag.method, " OD8_FAN_SPEED_ID[", point, "] FanSpeed =", wanted.FanSpeed);
-        log::Line(tag.method, " OD8_FAN_TEMP_ID[", point, "] FanTemperature=", wanted.FanTemperature);
+        log::Line(kTag.method, " OD8_FAN_SPEED_ID[", point, "] FanSpeed =", wanted.FanSpeed);
+        log::Line(kTag.method, " OD8_FAN_TEMP_ID[", point, "] FanTemperature=", wanted.FanTemperature);
     }
-    // Neither limit may stand in the curve's way: the fan is let down to its first point and up to its last.
+    // So that neither limit cuts the curve: the acoustic limit goes up to its last speed, the lowest speed down to its
+    // first.
     if (Has(kOd8HasAcousticLimit)) {
         request.Set(kOd8FanAcousticLimit,
                     SpeedWithin(Range(kOd8FanAcousticLimit), table[kOd8FanCurvePoints - 1].FanSpeed));
@@ -129,13 +124,13 @@ bool OD8Helper::SetFanSpeedTable(FanTablePoint const* table, int count) {
     }
     if (Has(kOd8HasZeroRpm)) {
         request.Set(kOd8FanZeroRpm, 0);
-        log::Entry(tag, "plan set ZeroRPM off");
+        log::Entry(kTag, "plan set ZeroRPM off");
     }
-    return Report(tag, Send(request, {.count = kOd8Count, .Od8SettingTable = {}}));
+    return Report(kTag, Send(request, {.count = kOd8Count, .Od8SettingTable = {}}));
 }
 
 bool OD8Helper::SetFanToDefault() const {
-    constexpr log::Tag tag{"[OD8Helper::SetFanToDefault()]"};
+    constexpr log::Tag kTag{"[OD8Helper::SetFanToDefault()]"};
     Request request;
     auto const reset = [&](int setting) { request.Reset(setting, Range(setting).defaultValue); };
 
@@ -143,11 +138,11 @@ bool OD8Helper::SetFanToDefault() const {
         for (int setting = kOd8FanCurveFirst; setting <= kOd8FanCurveLast; ++setting) {
             reset(setting);
         }
-        log::Entry(tag, "plan reset fan curve");
+        log::Entry(kTag, "plan reset fan curve");
     }
     if (Has(kOd8HasZeroRpm)) {
         reset(kOd8FanZeroRpm);
-        log::Entry(tag, "plan reset OD8_FAN_ZERORPM_CONTROL");
+        log::Entry(kTag, "plan reset OD8_FAN_ZERORPM_CONTROL");
     }
     if (Has(kOd8HasFanTargetTemperature) && IsRangeRead(kOd8FanTargetTemperature)) {
         // Without the reset mark and without a log entry: deliberate.
@@ -155,30 +150,30 @@ bool OD8Helper::SetFanToDefault() const {
     }
     if (Has(kOd8HasAcousticLimit)) {
         reset(kOd8FanAcousticLimit);
-        log::Entry(tag, "plan reset OD8_FAN_ACOUSTIC_LIMIT");
+        log::Entry(kTag, "plan reset OD8_FAN_ACOUSTIC_LIMIT");
     }
     if (Has(kOd8HasFanMinSpeed)) {
         reset(kOd8FanMinSpeed);
-        log::Entry(tag, "plan reset OD8_FAN_MIN_SPEED");
+        log::Entry(kTag, "plan reset OD8_FAN_MIN_SPEED");
     }
     ADLOD8CurrentSetting current;
-    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
-    return Report(tag, Send(request, current));
+    GetCurrentSetting(current);  // the reset goes out also when this fails
+    return Report(kTag, Send(request, current));
 }
 
 bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
-    constexpr log::Tag tag{"[OD8Helper::SetPowerLimit(int,int)]"};
-    auto const current = CurrentSettings(tag, kOd8PowerPercentage);
+    constexpr log::Tag kTag{"[OD8Helper::SetPowerLimit(int,int)]"};
+    auto const current = CurrentSettings(kTag, kOd8PowerPercentage);
     if (!current) {
         return false;
     }
     if (!Has(kOd8HasPowerLimit)) {
-        log::Entry(tag, "Power limit not supported");
+        log::Entry(kTag, "Power limit not supported");
         return false;
     }
     if (Has(kOd8HasGfxClockLimits) && !Has(kOd8HasGfxClockCurve) && Has(kOd8HasOptimizedPowerMode) &&
         SetOptimizedPowerToManualMode() != ManualMode::Set) {
-        log::Entry(tag, "Set Asic to Manual mode failed");
+        log::Entry(kTag, "Set Asic to Manual mode failed");
         return false;
     }
     if (current->Od8SettingTable[kOd8PowerPercentage] == powerLimit) {
@@ -186,32 +181,32 @@ bool OD8Helper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
         log::Entry(log::Tag{"[OD8Helper::SetPowerLimit(int,int)"}, "Current value is already the given value");
         return true;
     }
-    if (m_Adl.m_Functions.ADL2_Overdrive8_Setting_Set.address == nullptr) {
+    if (!m_Adl.Has(&AdlFunctions::ADL2_Overdrive8_Setting_Set)) {
         return false;  // without a log entry: deliberate
     }
     Request request;
     request.Set(kOd8PowerPercentage, powerLimit);
-    return Report(tag, Send(request, *current));
+    return Report(kTag, Send(request, *current));
 }
 
 // Unlike SetPowerLimit it leaves the optimized power mode alone.
 bool OD8Helper::SetPowerLimitDefault() {
-    constexpr log::Tag tag{"[OD8Helper::SetPowerLimitDefault()]"};
+    constexpr log::Tag kTag{"[OD8Helper::SetPowerLimitDefault()]"};
     if (!Has(kOd8HasPowerLimit)) {
-        log::Entry(tag, "power limit not supported");
+        log::Entry(kTag, "power limit not supported");
         return false;
     }
-    auto const current = CurrentSettings(tag, kOd8PowerPercentage);
+    auto const current = CurrentSettings(kTag, kOd8PowerPercentage);
     if (!current) {
         return false;
     }
     if (current->Od8SettingTable[kOd8PowerPercentage] == 0) {
-        log::Entry(tag, "power limit is already the default");
+        log::Entry(kTag, "power limit is already the default");
         return true;
     }
     Request request;
     request.Reset(kOd8PowerPercentage, 0);
-    return Report(tag, Send(request, *current));
+    return Report(kTag, Send(request, *current));
 }
 
 void OD8Helper::GetFanSetting(FanSetting& setting) {

@@ -1,6 +1,7 @@
 // Overdrive8: clocks, performance modes and the clock settings' read-back.
-#include "adapter/single_precision.h"
-#include "amd/Od8Request.h"
+#include "amd/OD8Helper.h"
+
+#include "amd/single_precision.h"
 
 namespace gputune::amd {
 
@@ -81,33 +82,29 @@ bool OD8Helper::RequestClocks(Request& request, ADLOD8CurrentSetting const& curr
 }
 
 bool OD8Helper::SetPerformanceOC() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceOC()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceOC()]"};
+    auto const profile = ReadProfile(kTag);
+    if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = parameter.PowerOC,
-                           .gpuFactor = parameter.GpuOC,
-                           .gpuGivenClock = parameter.GpuOCGivenValue,
-                           .memFactor = parameter.MemOC,
-                           .memGivenClock = parameter.MemOCGivenValue});
+    return ApplyMode(kTag, {.power = profile->PowerOC,
+                            .gpuFactor = profile->GpuOC,
+                            .gpuGivenClock = profile->GpuOCGivenValue,
+                            .memFactor = profile->MemOC,
+                            .memGivenClock = profile->MemOCGivenValue});
 }
 
 bool OD8Helper::SetPerformanceSilent() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceSilent()]"};
-    log::Entry(tag, "begin");
-    PredefinedPerformanceParameter const parameter = GetExternalPerformanceParameter(GetVGASubDeviceID());
-    if (!parameter.Valid) {
-        log::Entry(tag, kNoProfile);
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceSilent()]"};
+    auto const profile = ReadProfile(kTag);
+    if (!profile) {
         return false;
     }
-    return ApplyMode(tag, {.power = parameter.PowerSilent,
-                           .gpuFactor = parameter.GpuSilent,
-                           .gpuGivenClock = 0.0F,
-                           .memFactor = parameter.MemSilent,
-                           .memGivenClock = 0.0F});
+    return ApplyMode(kTag, {.power = profile->PowerSilent,
+                            .gpuFactor = profile->GpuSilent,
+                            .gpuGivenClock = 0.0F,
+                            .memFactor = profile->MemSilent,
+                            .memGivenClock = 0.0F});
 }
 
 bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
@@ -137,16 +134,16 @@ bool OD8Helper::ApplyMode(log::Tag tag, Mode const& mode) {
 }
 
 bool OD8Helper::SetPerformanceDefault() {
-    constexpr log::Tag tag{"[OD8Helper::SetPerformanceDefault()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[OD8Helper::SetPerformanceDefault()]"};
+    log::Entry(kTag, "begin");
     ADLOD8CurrentSetting current;
-    GetCurrentSetting(m_Adl.m_AdapterIndex, current);  // the reset goes out also when this fails
+    GetCurrentSetting(current);  // the reset goes out also when this fails
     Request request;
     for (int setting = 0; setting < kOd8Count; ++setting) {
         request.Reset(setting, Range(setting).defaultValue);
     }
     bool const reset = Send(request, current);
-    log::Entry(tag, reset ? "Reset all settings OK" : "Reset all settings failed");
+    log::Entry(kTag, reset ? "Reset all settings OK" : "Reset all settings failed");
     return reset;
 }
 

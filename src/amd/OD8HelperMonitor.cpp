@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "amd/OD8Helper.h"
-#include "platform/display_source.h"
+#include "platform/DisplayAdapter.h"
 #include "platform/text.h"
 
 namespace gputune::amd {
@@ -47,14 +47,12 @@ void OD8Helper::FetchHwmValues() {
 
 // Megabytes of video memory in use, 0 when unknown.
 int OD8Helper::ReadMemoryUsage() const {
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
     int vramUsage = 0;
-    if (adl.ADL2_Adapter_VRAMUsage_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &vramUsage) != kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_VRAMUsage_Get, &vramUsage) != kAdlOk) {
         return vramUsage;
     }
     ADLMemoryInfo memory{};
-    if (adl.ADL2_Adapter_MemoryInfo_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &memory) != kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_MemoryInfo_Get, &memory) != kAdlOk) {
         return vramUsage;
     }
     long long const memorySizeMB = memory.iMemorySize / 1024 / 1024;
@@ -68,37 +66,34 @@ int OD8Helper::ReadMemoryUsage() const {
 }
 
 int OD8Helper::GetFrameRate() {
-    constexpr log::Tag tag{"[OD8Helper::GetFrameRate()]"};
-    AdlFunctions const& adl = m_Adl.m_Functions;
-
+    constexpr log::Tag kTag{"[OD8Helper::GetFrameRate()]"};
     int numAdapters = 0;
     AdlList<AdapterInfo> adapters;
-    adl.ADL2_Adapter_AdapterInfoX3_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, &numAdapters, adapters.Out());
+    m_Adl.Ask(&AdlFunctions::ADL2_Adapter_AdapterInfoX3_Get, &numAdapters, adapters.Out());
     if (*adapters.Out() == nullptr) {
         numAdapters = 0;
     }
-    log::Entry(tag / "numAdapters", numAdapters);
+    log::Entry(kTag / "numAdapters", numAdapters);
 
     // The first display that opens is asked about, whichever adapter it belongs to.
     constexpr std::uint32_t kNoSource = 0xFFFFFFFF;
     std::uint32_t source = kNoSource;
     for (AdapterInfo const& adapter : adapters.First(numAdapters)) {
         std::wstring const displayName = platform::ToWide(log::Bounded(adapter.strDisplayName));
-        log::WideEntry(tag / "dispDeviceName", displayName);
+        log::WideEntry(kTag / "dispDeviceName", displayName);
         platform::DisplayAdapter const display(displayName);
         if (auto const opened = display.VideoPresentSource()) {
-            log::Entry(tag / "D3DKMTOpenAdapterFromGdiDisplayName", "0");
+            log::Entry(kTag / "D3DKMTOpenAdapterFromGdiDisplayName", "0");
             source = *opened;
             break;
         }
     }
 
     float fps = 0.0F;
-    if (adl.ADL2_Adapter_FrameMetrics_Get(m_Adl.m_Context, m_Adl.m_AdapterIndex, static_cast<int>(source), &fps) !=
-        kAdlOk) {
+    if (m_Adl.Ask(&AdlFunctions::ADL2_Adapter_FrameMetrics_Get, static_cast<int>(source), &fps) != kAdlOk) {
         return kNotAvailable;
     }
-    log::Entry(tag / "current fps", fps);
+    log::Entry(kTag / "current fps", fps);
     constexpr auto kBeyond = static_cast<float>(std::numeric_limits<int>::max());
     return fps > -kBeyond && fps < kBeyond ? static_cast<int>(fps) : kNotAvailable;
 }

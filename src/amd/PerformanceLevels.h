@@ -22,8 +22,8 @@ public:
     // More than any board has; a larger count is garbage.
     static constexpr int kMaxLevels = 65536;
 
-    // The block as ADL takes it. What ADL wrote into the head goes back to it, but never more than the block holds: it
-    // would believe its own numbers.
+    // The block as ADL takes it. Its head is as ADL left it, but size and count are limited to what the block holds,
+    // because ADL believes them.
     ADLODNPerformanceLevelsX2* Record();
 
     void SetMode(int mode) { table_->iMode = mode; }

@@ -1,11 +1,13 @@
 // The exported functions. Each forwards to one operation of the current adapter and adds nothing: no checks of the
-// arguments, no logging, no translation of results. Their names stand in flat_exports.txt.
+// arguments, no logging, no translation of results.
 //
 // Records are filled in the caller's own storage (the compiler elides the copy of a named result), so that what an
 // operation does not write keeps what the caller had there.
+#include <concepts>
 #include <cstring>
+#include <type_traits>
 
-#include "api/Boundary.h"
+#include "api/boundary.h"
 
 namespace {
 
@@ -13,37 +15,41 @@ using gputune::IVideoAdapter;
 using gputune::api::CurrentAdapter;
 using gputune::api::OnAdapter;
 
-bool ForwardBool(char const* exportTag, auto&& operation) {
-    bool result = false;
-    return OnAdapter(exportTag, [&](IVideoAdapter& adapter) { result = operation(adapter); }) && result;
-}
-
-int ForwardInt(char const* exportTag, auto&& operation) {
-    int result = gputune::kNotAvailable;
-    OnAdapter(exportTag, [&](IVideoAdapter& adapter) { result = operation(adapter); });
+// False, or -1, without an adapter and when the operation has thrown.
+template <auto Operation, class... Args>
+auto Forward(char const* exportTag, Args... args) {
+    using Result = std::invoke_result_t<decltype(Operation), IVideoAdapter&, Args...>;
+    auto result = static_cast<Result>(std::same_as<Result, bool> ? 0 : gputune::kNotAvailable);
+    OnAdapter(exportTag, [&](IVideoAdapter& adapter) { result = (adapter.*Operation)(args...); });
     return result;
 }
 
 // All zero without an adapter.
-template <class Record>
-void FillRecord(char const* exportTag, Record& record, void (IVideoAdapter::*operation)(Record&)) {
+template <class Record, void (IVideoAdapter::*Operation)(Record&)>
+Record Filled(char const* exportTag) {
+    Record record;
     if (CurrentAdapter() == nullptr) {
         std::memset(&record, 0, sizeof record);
     }
-    OnAdapter(exportTag, [&](IVideoAdapter& adapter) { (adapter.*operation)(record); });
+    OnAdapter(exportTag, [&](IVideoAdapter& adapter) { (adapter.*Operation)(record); });
+    return record;
 }
+
+#define FLAT_FUNCTION(result, name, ...) \
+    static_assert(std::same_as<decltype(&::name), result(GPUTUNE_CALL*)(__VA_ARGS__)>);
+#include "api/flat_functions.inc"
 
 }  // namespace
 
 extern "C" {
 
-// Not behind the boundary: running out of memory ends in the runtime's allocation exception.
+// Without the guard: lets the runtime's allocation exception through when memory runs out.
 bool GPUTUNE_CALL InitVGAHelper(int logMode) {
     return gputune::api::InitializeAdapter(logMode);
 }
 
 bool GPUTUNE_CALL IsInitOk(void) {
-    return ForwardBool("[IsInitOk()]", [](IVideoAdapter& adapter) { return adapter.IsInitOk(); });
+    return Forward<&IVideoAdapter::IsInitOk>("[IsInitOk()]");
 }
 
 std::uint64_t GPUTUNE_CALL GetVendorInfo(void) {
@@ -51,19 +57,15 @@ std::uint64_t GPUTUNE_CALL GetVendorInfo(void) {
 }
 
 bool GPUTUNE_CALL SetActiveAdapterIndex(int index) {
-    return ForwardBool("[SetActiveAdapterIndex(int)]",
-                       [=](IVideoAdapter& adapter) { return adapter.SetActiveAdapterIndex(index); });
+    return Forward<&IVideoAdapter::SetActiveAdapterIndex>("[SetActiveAdapterIndex(int)]", index);
 }
 
 int GPUTUNE_CALL GetActiveAdapterIndex(void) {
-    return ForwardInt("[GetActiveAdapterIndex()]",
-                      [](IVideoAdapter& adapter) { return adapter.GetActiveAdapterIndex(); });
+    return Forward<&IVideoAdapter::GetActiveAdapterIndex>("[GetActiveAdapterIndex()]");
 }
 
 VgaInfo GPUTUNE_CALL GetVGAInfo(void) {
-    VgaInfo info;
-    FillRecord("[GetVGAInfo()]", info, &IVideoAdapter::GetVGAInfo);
-    return info;
+    return Filled<VgaInfo, &IVideoAdapter::GetVGAInfo>("[GetVGAInfo()]");
 }
 
 void GPUTUNE_CALL FetchHwmValues(void) {
@@ -80,70 +82,56 @@ HwmValue GPUTUNE_CALL GetHwmValue(int key) {
 }
 
 int GPUTUNE_CALL GetFrameRate(void) {
-    return ForwardInt("[GetFrameRate()]", [](IVideoAdapter& adapter) { return adapter.GetFrameRate(); });
+    return Forward<&IVideoAdapter::GetFrameRate>("[GetFrameRate()]");
 }
 
 bool GPUTUNE_CALL SetFanSpeed(int percent) {
-    return ForwardBool("[SetFanSpeed(int)]", [=](IVideoAdapter& adapter) { return adapter.SetFanSpeed(percent); });
+    return Forward<&IVideoAdapter::SetFanSpeed>("[SetFanSpeed(int)]", percent);
 }
 
 bool GPUTUNE_CALL SetFanSpeedTable(FanTablePoint const* table, int count) {
-    return ForwardBool("[SetFanSpeedTable(obj,int)]",
-                       [=](IVideoAdapter& adapter) { return adapter.SetFanSpeedTable(table, count); });
+    return Forward<&IVideoAdapter::SetFanSpeedTable>("[SetFanSpeedTable(obj,int)]", table, count);
 }
 
 FanSetting GPUTUNE_CALL GetFanSetting(void) {
-    FanSetting setting;
-    FillRecord("[GetFanSetting()]", setting, &IVideoAdapter::GetFanSetting);
-    return setting;
+    return Filled<FanSetting, &IVideoAdapter::GetFanSetting>("[GetFanSetting()]");
 }
 
 bool GPUTUNE_CALL SetPowerLimit(int temperatureLimit, int powerLimit) {
-    return ForwardBool("[SetPowerLimit(int,int)]",
-                       [=](IVideoAdapter& adapter) { return adapter.SetPowerLimit(temperatureLimit, powerLimit); });
+    return Forward<&IVideoAdapter::SetPowerLimit>("[SetPowerLimit(int,int)]", temperatureLimit, powerLimit);
 }
 
 bool GPUTUNE_CALL SetPowerLimitDefault(void) {
-    return ForwardBool("[SetPowerLimitDefault()]",
-                       [](IVideoAdapter& adapter) { return adapter.SetPowerLimitDefault(); });
+    return Forward<&IVideoAdapter::SetPowerLimitDefault>("[SetPowerLimitDefault()]");
 }
 
 PowerLimitSetting GPUTUNE_CALL GetPowerLimitSetting(void) {
-    PowerLimitSetting setting;
-    FillRecord("[GetPowerLimitSetting()]", setting, &IVideoAdapter::GetPowerLimitSetting);
-    return setting;
+    return Filled<PowerLimitSetting, &IVideoAdapter::GetPowerLimitSetting>("[GetPowerLimitSetting()]");
 }
 
 bool GPUTUNE_CALL SetPerformanceUser(int gpuClock, int gpuVoltage, int memClock, int memVoltage) {
-    return ForwardBool("[SetPerformanceUser(int,int,int,int)]", [=](IVideoAdapter& adapter) {
-        return adapter.SetPerformanceUser(gpuClock, gpuVoltage, memClock, memVoltage);
-    });
+    return Forward<&IVideoAdapter::SetPerformanceUser>("[SetPerformanceUser(int,int,int,int)]", gpuClock, gpuVoltage,
+                                                       memClock, memVoltage);
 }
 
 bool GPUTUNE_CALL SetPerformanceOC(void) {
-    return ForwardBool("[SetPerformanceOC()]", [](IVideoAdapter& adapter) { return adapter.SetPerformanceOC(); });
+    return Forward<&IVideoAdapter::SetPerformanceOC>("[SetPerformanceOC()]");
 }
 
 bool GPUTUNE_CALL SetPerformanceDefault(void) {
-    return ForwardBool("[SetPerformanceDefault()]",
-                       [](IVideoAdapter& adapter) { return adapter.SetPerformanceDefault(); });
+    return Forward<&IVideoAdapter::SetPerformanceDefault>("[SetPerformanceDefault()]");
 }
 
 bool GPUTUNE_CALL SetPerformanceSilent(void) {
-    return ForwardBool("[SetPerformanceSilent()]",
-                       [](IVideoAdapter& adapter) { return adapter.SetPerformanceSilent(); });
+    return Forward<&IVideoAdapter::SetPerformanceSilent>("[SetPerformanceSilent()]");
 }
 
 ClockSetting GPUTUNE_CALL GetGpuClockSetting(void) {
-    ClockSetting setting;
-    FillRecord("[GetGpuClockSetting()]", setting, &IVideoAdapter::GetGpuClockSetting);
-    return setting;
+    return Filled<ClockSetting, &IVideoAdapter::GetGpuClockSetting>("[GetGpuClockSetting()]");
 }
 
 ClockSetting GPUTUNE_CALL GetMemClockSetting(void) {
-    ClockSetting setting;
-    FillRecord("[GetMemClockSetting()]", setting, &IVideoAdapter::GetMemClockSetting);
-    return setting;
+    return Filled<ClockSetting, &IVideoAdapter::GetMemClockSetting>("[GetMemClockSetting()]");
 }
 
 PredefinedPerformanceParameter GPUTUNE_CALL GetExternalPerformanceParameter(std::uint32_t hwid) {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "detect/WmiQuery.h"
+#include "detect/wmi_query.h"
 #include "log/DebugLog.h"
 
 namespace gputune {
@@ -57,17 +57,17 @@ GpuVendor VendorOfCaptions(std::span<std::wstring const> captions) {
 }
 
 GpuVendor GetVendor() {
-    constexpr log::Tag tag{"[GetVendor()]"};
+    constexpr log::Tag kTag{"[GetVendor()]"};
     std::vector<std::wstring> const captions = GetWmiData("SELECT * FROM Win32_VideoController", L"Caption");
 
-    log::Line(tag.method, " >>>>>>> display devices");
+    log::Line(kTag.method, " >>>>>>> display devices");
     for (std::wstring const& caption : captions) {
         log::WideLine(caption);
     }
-    log::Line(tag.method, " <<<<<<< display devices");
+    log::Line(kTag.method, " <<<<<<< display devices");
 
     GpuVendor const vendor = VendorOfCaptions(captions);
-    log::Entry(tag, MessageOf(vendor));
+    log::Entry(kTag, MessageOf(vendor));
     return vendor;
 }
 

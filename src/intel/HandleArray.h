@@ -11,7 +11,7 @@ namespace gputune::intel {
 template <class Handle>
 class HandleArray {
 public:
-    // More than any machine has; a larger count is garbage, and would keep whoever walks the handles busy for hours.
+    // More than any machine has; a larger count is garbage, and asking that many handles would take hours.
     static constexpr std::uint32_t kMostHandles = 1024;
 
     // Room for `count` handles, all null; false for too many and without memory. Behind them lies room for a device or

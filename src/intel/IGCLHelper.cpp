@@ -83,9 +83,9 @@ bool IGCLHelper::OpenControlLibrary() {
 
 bool IGCLHelper::EnumerateDevices() {
     // The tag names another method: deliberate.
-    constexpr log::Tag tag{"[IGCLHelper::SetFanSpeed(int)]", "ctlEnumerateDevices"};
+    constexpr log::Tag kTag{"[IGCLHelper::SetFanSpeed(int)]", "ctlEnumerateDevices"};
 
-    if (!Succeeded(tag, ctlEnumerateDevices(api_, &deviceCount_, nullptr))) {
+    if (!Succeeded(kTag, ctlEnumerateDevices(api_, &deviceCount_, nullptr))) {
         return false;
     }
     if (!hDevices_.Allocate(deviceCount_)) {
@@ -94,7 +94,7 @@ bool IGCLHelper::EnumerateDevices() {
     }
     // The first count holds: handles that were promised and not written are null.
     std::uint32_t count = deviceCount_;
-    return Succeeded(tag, ctlEnumerateDevices(api_, &count, hDevices_.Data()));
+    return Succeeded(kTag, ctlEnumerateDevices(api_, &count, hDevices_.Data()));
 }
 
 bool IGCLHelper::SelectGraphicsDevices() {
@@ -134,20 +134,20 @@ ctl_device_adapter_handle_t IGCLHelper::Device() const {
 }
 
 bool IGCLHelper::SetActiveAdapterIndex(int index) {
-    constexpr log::Tag tag{"[IGCLHelper::SetActiveAdapterIndex(int)]"};
+    constexpr log::Tag kTag{"[IGCLHelper::SetActiveAdapterIndex(int)]"};
     if (index < 0 || static_cast<std::uint32_t>(index) >= deviceCount_) {
-        log::Entry(tag, "specified adapter index out of range");
+        log::Entry(kTag, "specified adapter index out of range");
         return false;
     }
     if (index == activeAdapterIndex_) {
-        log::Entry(tag, "already using the specified adapter index");
+        log::Entry(kTag, "already using the specified adapter index");
         return true;
     }
     if (std::find(graphicsAdapters_.begin(), graphicsAdapters_.end(), index) == graphicsAdapters_.end()) {
-        log::Entry(tag, "specified adapter index not found");
+        log::Entry(kTag, "specified adapter index not found");
         return false;
     }
-    log::Entry(tag, "adapter index selected");
+    log::Entry(kTag, "adapter index selected");
     activeAdapterIndex_ = index;
     RetrieveOcProperties();
     PrintProperties();

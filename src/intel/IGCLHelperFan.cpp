@@ -28,7 +28,7 @@ void PrintUnknownMode() {
     log::Line(kSpeedTag.method, " ?????");
 }
 
-// A fan may claim more points than the record holds; the record's own hold.
+// A fan may claim more points than the record holds: the others are left out.
 int PointsInRecord(int points) {
     return std::min(points, kCtlFanTableSize);
 }
@@ -56,19 +56,19 @@ ctl_fan_speed_table_t EmptyTable(int numPoints) {
 }
 
 void SetFixedSpeed(ctl_fan_handle_t fan, int percent) {
-    constexpr log::Tag tag = kSpeedTag / "ctlFanSetFixedSpeedMode";
+    constexpr log::Tag kTag = kSpeedTag / "ctlFanSetFixedSpeedMode";
     ctl_fan_speed_t speed{};
     speed.Size = sizeof speed;
     speed.speed = percent;
     speed.units = kCtlFanUnitsPercent;
-    if (Succeeded(tag, ctlFanSetFixedSpeedMode(fan, &speed))) {
-        log::Entry(tag, "set to ", percent);
+    if (Succeeded(kTag, ctlFanSetFixedSpeedMode(fan, &speed))) {
+        log::Entry(kTag, "set to ", percent);
     }
 }
 
 // The same speed at every point.
 void SetFlatTable(ctl_fan_handle_t fan, int maxPoints, int percent) {
-    constexpr log::Tag tag = kSpeedTag / "ctlFanSetSpeedTableMode";
+    constexpr log::Tag kTag = kSpeedTag / "ctlFanSetSpeedTableMode";
     ctl_fan_speed_table_t table = EmptyTable(maxPoints);
     for (int i = 0; i < table.numPoints; ++i) {
         // Temperatures of 0 and speeds of no size: deliberate, drivers have been given nothing else.
@@ -76,8 +76,8 @@ void SetFlatTable(ctl_fan_handle_t fan, int maxPoints, int percent) {
         table.table[i].speed.speed = percent;
         table.table[i].speed.units = kCtlFanUnitsPercent;
     }
-    if (Succeeded(tag, ctlFanSetSpeedTableMode(fan, &table))) {
-        log::Entry(tag, "set to ", percent);
+    if (Succeeded(kTag, ctlFanSetSpeedTableMode(fan, &table))) {
+        log::Entry(kTag, "set to ", percent);
     }
     PrintFanConfig(kSpeedTag, fan, maxPoints);
 }

@@ -71,12 +71,12 @@ void PrintTelemetryItems(ctl_power_telemetry_t const& telemetry) {
 }  // namespace
 
 bool IGCLHelper::RetrieveOcProperties() {
-    constexpr log::Tag tag{"[IGCLHelper::RetrieveOcProperties()]"};
-    log::Entry(tag, "begin");
-    if (!ReadOcProperties(tag, ocProperties_)) {
+    constexpr log::Tag kTag{"[IGCLHelper::RetrieveOcProperties()]"};
+    log::Entry(kTag, "begin");
+    if (!ReadOcProperties(kTag, ocProperties_)) {
         return false;
     }
-    log::Entry(tag / "retrieve", "successfully");
+    log::Entry(kTag / "retrieve", "successfully");
     return true;
 }
 

@@ -21,70 +21,66 @@ bool SetLimit(log::Tag tag, ctl_device_adapter_handle_t device, double milliwatt
 
 bool IGCLHelper::SetPowerLimit(int /*temperatureLimit*/, int powerLimit) {
     if (powerLimit == 0) {
-        // In the log, too, it is the other operation alone.
+        // Logged as SetPowerLimitDefault only: deliberate.
         return SetPowerLimitDefault();
     }
-    constexpr log::Tag tag{"[IGCLHelper::SetPowerLimit(int,int)]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[IGCLHelper::SetPowerLimit(int,int)]"};
+    log::Entry(kTag, "begin");
     ctl_oc_properties_t properties;
-    if (!ReadOcProperties(tag, properties)) {
+    if (!ReadOcProperties(kTag, properties)) {
         return false;
     }
     double const defaultLimit = properties.powerLimit.Default;  // W
-    if (!SetLimit(tag, Device(), (powerLimit / 100.0 + 1.0) * defaultLimit * kMilliwatts)) {
+    if (!SetLimit(kTag, Device(), (powerLimit / 100.0 + 1.0) * defaultLimit * kMilliwatts)) {
         return false;
     }
     double current = 0;  // mW
-    if (Succeeded(tag / "ctlOverclockPowerLimitGet", ctlOverclockPowerLimitGet(Device(), &current))) {
-        log::Entry(tag / "(verify) Current Sustained Power Limit Percent",
+    if (Succeeded(kTag / "ctlOverclockPowerLimitGet", ctlOverclockPowerLimitGet(Device(), &current))) {
+        log::Entry(kTag / "(verify) Current Sustained Power Limit Percent",
                    -(1.0 - current / (defaultLimit * kMilliwatts)) * 100.0, " %");
     }
     return true;
 }
 
 bool IGCLHelper::SetPowerLimitDefault() {
-    constexpr log::Tag tag{"[IGCLHelper::SetPowerLimitDefault()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[IGCLHelper::SetPowerLimitDefault()]"};
+    log::Entry(kTag, "begin");
     ctl_oc_properties_t properties;
-    return ReadOcProperties(tag, properties) && SetLimit(tag, Device(), properties.powerLimit.Default * kMilliwatts);
+    return ReadOcProperties(kTag, properties) && SetLimit(kTag, Device(), properties.powerLimit.Default * kMilliwatts);
 }
 
 bool IGCLHelper::SetPerformanceUser(int gpuClock, int /*gpuVoltage*/, int memClock, int /*memVoltage*/) {
-    constexpr log::Tag tag{"[IGCLHelper::SetPerformanceUser()]"};
-    log::Entry(tag, "begin");
-    auto const gpuOffset = [&](std::string_view subject) {
+    constexpr log::Tag kTag{"[IGCLHelper::SetPerformanceUser()]"};
+    log::Entry(kTag, "begin");
+    auto const logOffset = [&](log::Tag call, auto get, std::string_view subject) {
         double megahertz = 0;
-        if (!Succeeded(tag / "ctlOverclockGpuFrequencyOffsetGet",
-                       ctlOverclockGpuFrequencyOffsetGet(Device(), &megahertz))) {
+        if (!Succeeded(call, get(Device(), &megahertz))) {
             return false;
         }
-        log::Entry(tag / subject, megahertz, " MHz");
+        log::Entry(kTag / subject, megahertz, " MHz");
         return true;
+    };
+    auto const gpuOffset = [&](std::string_view subject) {
+        return logOffset(kTag / "ctlOverclockGpuFrequencyOffsetGet", ctlOverclockGpuFrequencyOffsetGet, subject);
     };
     auto const vramOffset = [&](std::string_view subject) {
-        double megahertz = 0;
-        if (!Succeeded(tag / "ctlOverclockVramFrequencyOffsetGet",
-                       ctlOverclockVramFrequencyOffsetGet(Device(), &megahertz))) {
-            return false;
-        }
-        log::Entry(tag / subject, megahertz, " MHz");
-        return true;
+        return logOffset(kTag / "ctlOverclockVramFrequencyOffsetGet", ctlOverclockVramFrequencyOffsetGet, subject);
     };
     return gpuOffset("current gpu frequency offset") &&
-           Succeeded(tag / "ctlOverclockWaiverSet", ctlOverclockWaiverSet(Device())) &&
-           Succeeded(tag / "ctlOverclockGpuFrequencyOffsetSet",
+           Succeeded(kTag / "ctlOverclockWaiverSet", ctlOverclockWaiverSet(Device())) &&
+           Succeeded(kTag / "ctlOverclockGpuFrequencyOffsetSet",
                      ctlOverclockGpuFrequencyOffsetSet(Device(), gpuClock)) &&
            gpuOffset("(verify) new current gpu frequency offset") && vramOffset("current vram frequency offset") &&
-           Succeeded(tag / "ctlOverclockVramFrequencyOffsetSet",
+           Succeeded(kTag / "ctlOverclockVramFrequencyOffsetSet",
                      ctlOverclockVramFrequencyOffsetSet(Device(), memClock)) &&
            vramOffset("(verify) new current vram frequency offset");
 }
 
 bool IGCLHelper::SetPerformanceOC() {
-    constexpr log::Tag tag{"[IGCLHelper::SetPerformanceOC()]"};
-    log::Entry(tag, "begin");
+    constexpr log::Tag kTag{"[IGCLHelper::SetPerformanceOC()]"};
+    log::Entry(kTag, "begin");
     if (!GetExternalPerformanceParameter(kAnyBoard).Valid) {
-        log::Entry(tag, "Get predefined performance parameter failed");
+        log::Entry(kTag, "Get predefined performance parameter failed");
     }
     // A profile that was found is not applied, and the answer is the same: deliberate, callers rely on it.
     return false;

@@ -2,7 +2,7 @@
 // where it is. They log nothing.
 #include <cstddef>
 
-#include "intel/ControlLibrary.h"
+#include "intel/control_library.h"
 #include "intel/ctl_functions.h"
 
 namespace gputune::intel {
@@ -47,7 +47,7 @@ ctl_result_t LoadControlLibrary(ctl_init_args_t const* args) {
     wchar_t requested[kPathSize];
     wchar_t const* path = kLibraryName;
     if (HasPath(g_runtimePathRequest)) {
-        // Its version is for the requested library to judge.
+        // The requested library checks the version itself.
         CopyPath(g_runtimePathRequest->pRuntimePath, requested);
         path = requested;
     } else if (args == nullptr) {

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string_view>
 
-#include "intel/ControlLibrary.h"
+#include "intel/control_library.h"
 
 namespace gputune::intel {
 

@@ -69,8 +69,8 @@ void AppendAll(LineText& line, std::span<Part const> message) {
 template <class Build>
 void Write(Build&& build) noexcept {
     try {
-        // Call sites pass 1; InitVGAHelper, with its own argument, comes first in practice.
-        DebugLog& log = DebugLog::Get(1);
+        // Something logged before InitVGAHelper: the log is then created for standard output.
+        DebugLog& log = DebugLog::Get(kModeConsole);
         if (log.WritesAnything()) {
             LineText line;
             build(line);

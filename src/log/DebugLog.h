@@ -2,10 +2,11 @@
 //
 // Write with the functions at the end of this file:
 //
-//     constexpr log::Tag tag{"[ADL::InitADL()]"};
-//     log::Entry(tag, "load adl dll failed");                          // [ADL::InitADL()] ... load adl dll failed
-//     log::Entry(tag / "number of active adapter", count);             // [ADL::InitADL()] number of active adapter ...
-//     2
+// clang-format off
+//     constexpr log::Tag kTag{"[ADL::InitADL()]"};
+//     log::Entry(kTag, "load adl dll failed");               // [ADL::InitADL()] ... load adl dll failed
+//     log::Entry(kTag / "number of active adapter", count);  // [ADL::InitADL()] number of active adapter ... 2
+// clang-format on
 //
 // A failure to log never changes a result, and no message is built when nothing will be logged.
 #pragma once
@@ -17,7 +18,7 @@
 #include <string>
 #include <string_view>
 
-#include "log/Text.h"
+#include "log/LineText.h"
 
 namespace gputune::log {
 
@@ -62,7 +63,7 @@ private:
 
 namespace detail {
 
-// Set once the log exists and writes nothing: what most hosts run with costs them next to nothing then.
+// True once the log exists and writes nothing, as with most hosts: an entry then costs one comparison.
 extern constinit std::atomic<bool> g_isSilent;
 inline bool IsSilent() {
     return g_isSilent.load(std::memory_order_relaxed);

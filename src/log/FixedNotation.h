@@ -6,10 +6,11 @@
 
 namespace gputune::log {
 
-// A number as printf's "%f" writes it: six digits behind the point, rounded from the exact value, halves to even;
-// "inf",
-// "-inf", "nan". The point is a '.' whatever the host's locale. Written out because mingw-w64's printf, which is as
-// exact, would make up a fourteenth of the library.
+// clang-format off
+// A number as printf's "%f" writes it: six digits behind the point, rounded from the exact value, halves to even; "inf",
+// "-inf", "nan". The point is a '.' whatever the host's locale. Written out because mingw-w64's printf, which is as exact,
+// would make up a fourteenth of the library.
+// clang-format on
 class FixedNotation {
 public:
     explicit FixedNotation(double value);

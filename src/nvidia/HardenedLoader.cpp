@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <limits>
 
-#include "nvidia/DriverStore.h"
+#include "nvidia/driver_store.h"
 #include "nvidia/file_names.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
-#include "platform/trust.h"
 #include "platform/version.h"
 
 namespace gputune::nvidia {
@@ -21,15 +21,12 @@ using platform::LibraryHandle;
 // From this build on, drivers keep their libraries in their own package.
 constexpr std::uint32_t kFirstBuildWithDriverPackages = 14308;
 
-constexpr std::uint32_t kWindows8 = 9200;
-constexpr std::uint32_t kWindows7 = 7600;
-
 // Every way of the extended load to search somewhere else than in the system's directory.
 constexpr std::uint32_t kSearchElsewhere = 0x1708;
 static_assert((kSearchElsewhere & kSearchSystemDirectory) == 0);
 
-// The system's own libraries that the vendor's library and the check of signatures come to need. Once loaded from the
-// right place, a file of the same name elsewhere has no part in it. In this order.
+// The system's own libraries that the vendor's library and the check of signatures come to need. Once they are
+// loaded from the right place, files of the same names elsewhere are not. In this order.
 constexpr wchar_t const* kSupportLibraries[] = {L"msasn1.dll", L"cryptnet.dll", L"drvstore.dll",
                                                 L"devobj.dll", L"wldp.dll",     L"cryptbase.dll"};
 
@@ -77,8 +74,8 @@ LibraryHandle HardenedLoader::TryLoad(std::wstring const& name, std::uint32_t fl
         platform::SetLastError(platform::kErrorBadArguments);
         return nullptr;
     }
-    if (IsBuildAtLeast(kFirstBuildWithDriverPackages) && (flags & kSearchSystemDirectory) == 0 &&
-        BeginsWith(name, L"nv")) {
+    if ((flags & kSearchSystemDirectory) == 0 && BeginsWith(name, L"nv") &&
+        IsBuildAtLeast(kFirstBuildWithDriverPackages)) {
         std::wstring const path = FindInDriverStore(name);
         if (!path.empty()) {
             return LoadByFullPath(path, flags);
@@ -104,7 +101,7 @@ LibraryHandle HardenedLoader::LoadByFullPath(std::wstring const& path, std::uint
 }
 
 LibraryHandle HardenedLoader::LoadFromSystemDirectory(std::wstring const& name, std::uint32_t flags) {
-    if (Generation() == kWindows8) {
+    if (IsWindows8OrLater()) {
         return platform::LoadLibraryWithFlags(name.c_str(), (flags & ~kSearchElsewhere) | kSearchSystemDirectory);
     }
     // That search came with Windows 8.
@@ -130,7 +127,7 @@ bool HardenedLoader::LoadSupportLibraries() {
             }
         }
     }
-    // A step that is not made again keeps its result; before the first it has not failed.
+    // When the libraries were not loaded again, the earlier result holds.
     if (supportFailed_) {
         platform::SetLastError(supportError_);
     }
@@ -145,11 +142,11 @@ bool HardenedLoader::IsBuildAtLeast(std::uint32_t build) {
     return buildNumber_ >= build;
 }
 
-std::uint32_t HardenedLoader::Generation() {
-    if (generation_ == 0) {
-        generation_ = platform::IsWindowsAtLeast(6, 2) ? kWindows8 : kWindows7;
+bool HardenedLoader::IsWindows8OrLater() {
+    if (!isWindows8OrLater_) {
+        isWindows8OrLater_ = platform::IsWindowsAtLeast(6, 2);
     }
-    return generation_;
+    return *isWindows8OrLater_;
 }
 
 }  // namespace gputune::nvidia

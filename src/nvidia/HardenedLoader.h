@@ -1,9 +1,14 @@
-// Loading a library by its bare name so that nobody can slip in another: from the system's own directory, or from the
+// Used for "nvapi.dll" alone, which is loaded from the system's own directory; the driver's package and the check of a
+// signature are required for callers that do not ask for that directory only (flag 0x800), of which there is none
+// today.
+//
+// Loading a library by its bare name so that nobody can slip in another: from the system's directory, or from the
 // display driver's package after a check of its signature, and never from the host's or the current directory.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,12 +28,12 @@ public:
     // trusted.
     platform::LibraryHandle LoadByFullPath(std::wstring const& path, std::uint32_t flags);
 
-    // Whether Windows is of this build or a later one. The first question settles the build number that is compared
-    // with from then on, unless it could not be read.
+    // Whether Windows is of this build or a later one. The build number found in the first call is kept, unless it
+    // could not be read.
     bool IsBuildAtLeast(std::uint32_t build);
 
-    // 9200 for Windows 8 and later, else 7600.
-    std::uint32_t Generation();
+    // Whether this is Windows 8 or later. The system is asked once.
+    bool IsWindows8OrLater();
 
 private:
     platform::LibraryHandle TryLoad(std::wstring const& name, std::uint32_t flags);
@@ -36,7 +41,7 @@ private:
     bool LoadSupportLibraries();
 
     std::uint32_t buildNumber_ = 0;                              // 0 until known
-    std::uint32_t generation_ = 0;                               // 0 until asked
+    std::optional<bool> isWindows8OrLater_;                      // nothing until asked
     std::array<platform::LibraryHandle, 6> supportLibraries_{};  // loaded for the life of the process
     bool supportFailed_ = false;
     std::uint32_t supportError_ = 0;  // of the failure

@@ -19,11 +19,11 @@ std::span<NvThermalSensor const> Sensors(NV_GPU_THERMAL_SETTINGS const& settings
 
 NVAPIHelper::NVAPIHelper(Nvapi& nvapi) : nvapi_(nvapi) {
     log::Entry(kInitTag, "begin");
-    constexpr log::Tag initializeTag = kInitTag / "NvAPI_Initialize";
-    if (!Judge(initializeTag, nvapi_.NvAPI_Initialize())) {
+    constexpr log::Tag kInitializeTag = kInitTag / "NvAPI_Initialize";
+    if (!Succeeded(kInitializeTag, nvapi_.NvAPI_Initialize())) {
         return;
     }
-    log::Entry(initializeTag, "successfully");
+    log::Entry(kInitializeTag, "successfully");
     LogInterfaceVersion();
     if (!EnumerateGpus()) {
         return;
@@ -40,7 +40,7 @@ void NVAPIHelper::LogInterfaceVersion() {
 
 bool NVAPIHelper::EnumerateGpus() {
     // The "n" in front is deliberate.
-    if (!Judge(kInitTag / "nNvAPI_EnumPhysicalGPUs", nvapi_.NvAPI_EnumPhysicalGPUs(gpus_, &gpuCount_))) {
+    if (!Succeeded(kInitTag / "nNvAPI_EnumPhysicalGPUs", nvapi_.NvAPI_EnumPhysicalGPUs(gpus_, &gpuCount_))) {
         return false;
     }
     log::Entry(kInitTag / "Total physical gpu count", gpuCount_);
@@ -69,8 +69,8 @@ void NVAPIHelper::FetchHwmValues() {
     bool isFirstTemperature = true;
     std::size_t number = 0;
     for (NvPhysicalGpuHandle const gpu : Gpus()) {
-        if (!Judge(kFetchTag / "NvAPI_GPU_GetThermalSettings",
-                   nvapi_.NvAPI_GPU_GetThermalSettings(gpu, kThermalTargetAll, &settings))) {
+        if (!Succeeded(kFetchTag / "NvAPI_GPU_GetThermalSettings",
+                       nvapi_.NvAPI_GPU_GetThermalSettings(gpu, kThermalTargetAll, &settings))) {
             return;
         }
         // "physicle": deliberate.
@@ -92,7 +92,7 @@ std::span<NvPhysicalGpuHandle const> NVAPIHelper::Gpus() const {
     return std::span(gpus_).first(std::min<std::size_t>(gpuCount_, kMaxPhysicalGpus));
 }
 
-bool NVAPIHelper::Judge(log::Tag tag, int status) {
+bool NVAPIHelper::Succeeded(log::Tag tag, int status) {
     if (status != kNvapiOk) {
         log::Entry(tag, "error: ", ErrorText(status));
     }

@@ -37,7 +37,7 @@ private:
     std::span<NvPhysicalGpuHandle const> Gpus() const;
 
     // Whether the call succeeded; a failure is logged with NVAPI's own text for it.
-    bool Judge(log::Tag tag, int status);
+    bool Succeeded(log::Tag tag, int status);
 
     // That text; valid until the next one is asked for.
     std::string_view ErrorText(int status);

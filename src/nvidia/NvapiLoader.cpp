@@ -17,7 +17,7 @@ constexpr std::uint32_t kAfterCallHook = 0x593E8644;
 constexpr std::uint32_t kWaitMilliseconds = 100;
 constexpr int kMostWaits = 10;
 
-// Takes the flag back, whatever way the load ends.
+// Clears the flag at the end of a load.
 class Loading {
 public:
     explicit Loading(std::atomic<bool>& flag) : flag_(flag) {}
@@ -68,7 +68,7 @@ int NvapiLoader::Load(int mode) {
         platform::SleepMilliseconds(kWaitMilliseconds);
     }
     Loading const loading(state_.loading);
-    // Between the look at the module and taking the flag, another thread may have come to its end.
+    // Another thread may have finished loading between the test of the module and the setting of the flag.
     return state_.module.load(std::memory_order_acquire) != nullptr ? kNvapiOk : LoadModule(mode);
 }
 

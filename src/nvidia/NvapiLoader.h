@@ -33,8 +33,8 @@ public:
     static constexpr int kWithMode = 1;
 
     // Load and initialise the library if that has not happened yet. -2 when there is none, -1 when it cannot be
-    // initialised, -3 when it cannot be in this mode, else the status of its initialisation. A thread that meets
-    // another at this waits for it, a second at most, then gets -1.
+    // initialised, -3 when it cannot be in this mode, else the status of its initialisation. While another thread
+    // loads, it waits, for a second at most, then answers -1.
     int EnsureLoaded(int mode) { return IsLoaded() ? kNvapiOk : Load(mode); }
 
     // NVAPI's initialisation. Loading does it as well, so that this only counts what was done.
@@ -47,7 +47,7 @@ public:
         // The library is C, so nothing is thrown past the counter.
         using Function = int(NVAPI_CDECL*)(Params...) noexcept;
         Invocation call{identifier};
-        if (void* const address = Begin(slot, call)) {
+        if (void* const address = Begin(slot, call); address != nullptr) {
             call.status = reinterpret_cast<Function>(address)(args...);
             AfterCallHook(call);
         }
@@ -63,7 +63,7 @@ protected:
     using AfterCall = void(NVAPI_CDECL*)(std::uint32_t identifier, std::uint32_t word0, std::uint32_t word1,
                                          int status);
 
-    // What a module brings with it. Complete when `module` is set, and left alone from then on, but for the cache.
+    // The entry points of a module. Complete when `module` is set, and not changed after that.
     struct EntryPoints {
         QueryInterface queryInterface = nullptr;
         InitializeWithMode initializeWithMode = nullptr;
@@ -74,8 +74,8 @@ protected:
 
     struct State : EntryPoints {
         std::atomic<platform::LibraryHandle> module = nullptr;  // null until loaded; stays for the life of the process
-        std::atomic<bool> loading = false;                      // a thread is at it, the others wait
-        // Null until first called. Written without a lock, as two threads can only write the same.
+        std::atomic<bool> loading = false;                      // a thread loads, the others wait
+        // Null until first called. Written without a lock: two threads find the same address.
         std::atomic<void*> functions[static_cast<std::size_t>(NvapiSlot::Count)] = {};
         int initialized = 0;  // 1 once the module is initialised
         int initializeCount = 0;
@@ -89,14 +89,14 @@ protected:
     State state_;
 
 private:
-    // One call on its way: what the hooks are told.
+    // A call in progress: what the hooks are told.
     struct Invocation {
         std::uint32_t identifier;
         int status = kNvapiOk;
         std::uint32_t words[2] = {};
     };
 
-    // Up to the function: its address, or null when it cannot be called, which `status` then explains.
+    // Everything before the call. Gives the function's address; null when it cannot be called, and `status` says why.
     void* Begin(NvapiSlot slot, Invocation& call);
 
     void AfterCallHook(Invocation const& call) const {

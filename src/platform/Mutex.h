@@ -3,7 +3,7 @@
 namespace gputune::platform {
 
 // Mutual exclusion between threads, for std::scoped_lock. std::mutex reports errors by exceptions of the kind that
-// src/api/throw.cpp keeps out of the library; this one cannot fail.
+// src/runtime/throw.cpp keeps out of the library; this one cannot fail.
 class Mutex {
 public:
     constexpr Mutex() = default;

@@ -52,7 +52,7 @@ RegistryAnswer ReadMachineTexts(std::wstring const& key, wchar_t const* value) {
     };
     DWORD size = 0;
     LSTATUS error = read(nullptr, size);
-    // The value may grow between the question for its size and the reading, but not for ever.
+    // Three attempts, because the value may grow between the question for its size and the reading.
     for (int attempt = 0; attempt < 3 && (error == ERROR_SUCCESS || error == ERROR_MORE_DATA); ++attempt) {
         texts.resize(size / sizeof(wchar_t));
         error = read(texts.data(), size);

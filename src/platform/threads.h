@@ -1,4 +1,4 @@
-// What threads need of the system: a lock and patience.
+// For threads: a lock, and waiting.
 #pragma once
 
 #include <cstdint>

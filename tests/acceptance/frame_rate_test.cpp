@@ -6,7 +6,7 @@
 
 #include "overdrive8_traffic.h"
 #if !defined(_WIN32)
-#include "native_platform.h"
+#include "machine_native.h"
 #endif
 
 namespace gputune::test {

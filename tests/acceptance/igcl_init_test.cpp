@@ -3,7 +3,7 @@
 
 #include "igcl_lines.h"
 #if !defined(_WIN32)
-#include "native_platform.h"
+#include "machine_native.h"
 #endif
 
 namespace gputune::test {

@@ -1,7 +1,8 @@
 /*
- * A library with the functions of gputune.h, for this machine, that shows what arrived: LastCall tells a call's name
- * and arguments. What it answers is made of easily told numbers: in a record each field counts on from the one before,
- * and everything that has no meaning is dirt. Answer(0) lets it refuse: setters false, records not valid, numbers -1.
+ * A library with the functions of gputune.h, compiled for this machine, that records its calls: LastCall returns the
+ * name and the arguments of the last one. It answers with numbers that are easy to tell apart: in a record each field
+ * is one more than the one before, and bytes without a meaning have arbitrary values. After Answer(0) it fails: setters
+ * return false, records are not valid, numbers are -1.
  *
  * On this machine, too, the address of a record's storage is the first argument and comes back. Nothing here shows
  * whether a language's cdecl is that of 32-bit Windows.

@@ -101,7 +101,7 @@ function overdrive8(board) {
     stop();
 }
 
-// What does not fit its argument never arrives at the board.
+// Values that do not fit their argument never reach the board.
 function wrongArguments(library) {
     start('overdrive8.json', { temperature: 71 });
     assert.equal(library.InitVGAHelper(gputune.LogMode.NONE), true);
@@ -200,5 +200,5 @@ overdriven(board);
 overdrive8(board);
 wrongArguments(board);
 idiomatic();
-// The exit code alone does not tell: under Wine a process that dies of a page fault may end with 0.
+// The exit code is not enough: under Wine a process that dies of a page fault may exit with 0.
 console.log('all calls made');

@@ -1,7 +1,7 @@
 """architecture.py <root>
 
 docs/architecture.md: the picture of the structure has the arrows that the sources' includes have, and the table of the rooms
-the rules that tests/layout/include_rules checks. The layout in README.md names every folder, and those of src/.
+the rules that tests/include_rules/check enforces. The layout in README.md names every folder, and those of src/.
 """
 
 import glob
@@ -12,7 +12,7 @@ import sys
 from markdown import Document, Problems
 
 # May be used by all; the picture says so instead of drawing it.
-_COMMON = {"log", "platform"}
+_COMMON = {"log", "platform", "records"}
 
 
 def actual_arrows(root):
@@ -45,7 +45,7 @@ def check_picture(root, document, problems):
 
 
 def check_rooms(root, document, problems):
-    with open(os.path.join(root, "tests", "layout", "include_rules"), encoding="utf-8") as file:
+    with open(os.path.join(root, "tests", "include_rules", "check"), encoding="utf-8") as file:
         allowed = {folder: set(names.split()) - {folder}
                    for folder, names in re.findall(r"^    \[(\w+)\]='([\w ]*)'$", file.read(), re.MULTILINE)}
     rooms = next(rows for _, _, rows in document.tables() if rows[0][0] == "folder")

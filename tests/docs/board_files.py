@@ -32,7 +32,7 @@ def main(root):
     ids = read(root, "src/amd/od8_settings.h")
     needed = {
         int(bit, 16): set(range(int(first), int(last) + 1))
-        for bit, first, last in re.findall(r"^SIM_OD8_FEATURE\((\w+), (\d+), (\d+)\)", read(root, "sim/board/overdrive8_features.inc"), re.M)}
+        for bit, first, last in re.findall(r"\{(0x\w+), (\d+), (\d+)\}", read(root, "sim/board/read_overdrive8.cpp"))}
     tables = {rows[0][0]: (document.place(line), rows[1:]) for line, _, rows in document.tables()}
 
     place, rows = tables["bit of `capabilities`"]

@@ -152,8 +152,8 @@ def main(host, root):
         compare_functions(document, backend, works[backend], problems)
 
     operations = works["NVIDIA"].answers
-    with open(os.path.join(root, "src", "api", "flat_exports.txt"), encoding="utf-8") as file:
-        exports = [line.strip() for line in file if not line.startswith("#")]
+    with open(os.path.join(root, "src", "api", "flat_functions.inc"), encoding="utf-8") as file:
+        exports = re.findall(r"^FLAT_FUNCTION\([^,]+, (\w+)", file.read(), re.MULTILINE)
     for export in sorted(set(exports) - set(operations)):
         problems.add("tests/docs/support_matrix.c", f"{export} is not called")
     return problems.report(f"{len(operations)} operations, {len(_BACKENDS)} backends")

@@ -17,7 +17,7 @@ _FUNCTION = re.compile(r"(ADL2?_|ctl[A-Z]|NvAPI_)\w+")
 _RESULT = re.compile(r"\[(CTL_RESULT_|Unknown Error)")
 
 # What stands behind a tag and is no text at that place: where the texts are. Each of these is looked for in the file that
-# has the expression. (kName is a vendor's function.)
+# has the expression. (NameOf gives a vendor's function.)
 _ELSEWHERE = {
     "words.clockIsZero": r"\.clockIsZero = " + _TEXT,
     "words.voltageIsZero": r"\.voltageIsZero = " + _TEXT,
@@ -65,7 +65,7 @@ def written_tags(root, problems):
                     add(sink, found[found.lastindex], name)
         for found in re.finditer(r"(?:[tT]ag\w*|method|\}) / ([\w.]+)|Entry\(\{([\w.]+)\}", text):
             expression = found[1] or found[2]
-            if expression.endswith("kName"):
+            if expression == "NameOf":
                 continue
             texts = re.findall(_ELSEWHERE.get(expression, "(?!)"), text)
             if not texts:

@@ -19,7 +19,7 @@ ALLOWED_IMPORTS = {
 # runtime, for the destructors of thread-local objects, and of its threads library. Nothing of ours.
 ALLOWED_CALLBACKS = {"___dyn_tls_init@12", "___dyn_tls_dtor@12", "___dyn_tls_pthread@12"}
 
-# Far fewer than any of the images has; far more than a .reloc section that is there for show.
+# Far fewer than every image has; far more than a .reloc section that is only there to be one.
 FEWEST_RELOCATIONS = 200
 
 

@@ -1,10 +1,10 @@
 // host <gputune.dll> <step>...
 //
-// Loads the library by this path and takes the steps in order:
+// Loads the library by this path and does the steps in order:
 //
 //   narrow <flags>     SetDefaultDllDirectories
 //   start <caption>    InitVGAHelper on a machine with a display controller of this name
-//   runtime <path>     ctlSetRuntimePath, as long as the program runs
+//   runtime <path>     ctlSetRuntimePath
 //   init               ctlInit: prints its result
 //   frames             GetFrameRate
 //   unload             FreeLibrary
@@ -20,7 +20,8 @@
 #include <string>
 
 #include "gputune.h"
-#include "wmi/WmiStandIn.h"
+#include "sim/host/module_path.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ sim::WmiStandIn& Wmi() {
     return wmi;
 }
 
-// ctl_runtime_path_args_t, which is the caller's until ctlInit.
+// ctl_runtime_path_args_t. It must exist until ctlInit is called.
 struct RuntimePath {
     DWORD words[6] = {32};
     wchar_t const* path = nullptr;
@@ -51,15 +52,11 @@ struct RuntimePath {
 RuntimePath g_runtimePath;
 
 void PrintPlace(wchar_t const* name) {
-    wchar_t path[MAX_PATH] = L"absent";
     HMODULE const module = ::GetModuleHandleW(name);
-    if (module != nullptr) {
-        ::GetModuleFileNameW(module, path, MAX_PATH);
-    }
-    std::printf("%ls: %ls\n", name, path);
+    std::printf("%ls: %ls\n", name, module != nullptr ? gputune::sim::ModulePath(module).c_str() : L"absent");
 }
 
-// True when the step has taken its argument.
+// True when the step has an argument.
 bool Take(std::wstring const& step, wchar_t const* argument) {
     if (step == L"narrow") {
         ::SetDefaultDllDirectories(std::wcstoul(argument, nullptr, 16));

@@ -192,7 +192,7 @@ def intel_by_path(machine, checks):
                       f"ctlInit: {LOAD_FAILED}", absent(name))
 
 
-# ---- NVIDIA: with care ----
+# ---- NVIDIA: the careful loading ----
 
 
 def nvidia(machine, checks):
@@ -202,7 +202,7 @@ def nvidia(machine, checks):
         checks.expect(f"{caption}: NVIDIA's library is none of its business",
                       machine.run("start", caption, "where", "nvapi.dll"), absent("nvapi.dll"))
     machine.remove_all()
-    # Those that this system has come from its directory, the others from nowhere.
+    # Those that Wine has come from its directory; the others are found nowhere.
     for name in SUPPORT:
         machine.plant(name, *EVERYWHERE_ELSE)
     asked = [word for name in SUPPORT for word in ("where", name)]
@@ -286,7 +286,7 @@ CASES = {
     "tool": tool,
 }
 
-# The programs that Wine poses for as another Windows, and the one that is told apart by its name.
+# The programs to which Wine poses as another Windows, and the one whose name the library knows.
 HOSTS = {
     "nvidia_windows7": "windows7_tests.exe",
     "system_directory_windows7": "windows7_tests.exe",

@@ -37,8 +37,8 @@ VendorOutput const* ListOf(char const* entryPoint) {
     return nullptr;
 }
 
-// Where a fault of one number or text is: in what the argument points to, of a list in its block. Null when the client
-// wants no such output.
+// Where a faulty number or text stands: in what the argument points to; of a list, in its block. Null when the client
+// passes a null pointer.
 unsigned char* PlaceOf(char const* entryPoint, int const* words, Fault const& fault) {
     if (words[fault.argument] == 0) {
         return nullptr;
@@ -53,7 +53,8 @@ unsigned char* PlaceOf(char const* entryPoint, int const* words, Fault const& fa
 
 }  // namespace
 
-FaultyVendor::FaultyVendor(test::Machine& machine) : machine_(machine), library_(machine.Scripted()) {
+FaultyVendor::FaultyVendor(test::Machine& machine, int thermalControllers)
+    : machine_(machine), library_(machine.Scripted()), thermalControllers_(thermalControllers) {
     library_.AnswerBy(this);
 }
 
@@ -61,29 +62,31 @@ FaultyVendor::~FaultyVendor() {
     library_.AnswerBy(nullptr);
 }
 
-void FaultyVendor::Break(std::string const& entryPoint, Fault const& fault, Calls calls) {
+void FaultyVendor::PutFault(std::string const& entryPoint, Fault const& fault, Calls calls) {
     entryPoint_ = entryPoint;
     fault_ = fault;
     calls_ = calls;
     if (fault.kind == Kind::Missing) {
         machine_.Hide(entryPoint);
-        origins_.Absent(entryPoint);
+        origins_.Missing(entryPoint);
     }
 }
 
-void FaultyVendor::Mend() {
+void FaultyVendor::RemoveFault() {
     if (fault_.kind == Kind::Missing && !entryPoint_.empty()) {
         machine_.Show(entryPoint_);
     }
     entryPoint_.clear();
 }
 
-void FaultyVendor::Expect(std::string const& entryPoint) {
-    counts_[entryPoint] = 0;
-    library_.Result(entryPoint.c_str(), 0);
+void FaultyVendor::PrepareForCalls(std::map<std::string, int> const& calls) {
+    for (auto const& [entryPoint, count] : calls) {
+        counts_[entryPoint] = 0;
+        library_.Result(entryPoint.c_str(), 0);
+    }
 }
 
-void FaultyVendor::Begin(Step const& step) {
+void FaultyVendor::BeginStep(Step const& step) {
     origins_.Begin(step);
     hits_ = 0;
     for (auto& [name, count] : counts_) {
@@ -94,12 +97,12 @@ void FaultyVendor::Begin(Step const& step) {
 int FaultyVendor::Answer(char const* entryPoint, int const* words) {
     library_.ClearCalls();
     int const before = counts_[entryPoint]++;
-    bool const isMet = (entryPoint_ == kEveryEntryPoint || entryPoint == entryPoint_) &&
-                       (calls_ == Calls::Every || (calls_ == Calls::First) == (before == 0));
+    bool const isFaulty = (entryPoint_ == kEveryEntryPoint || entryPoint == entryPoint_) &&
+                          (calls_ == Calls::Every || (calls_ == Calls::First) == (before == 0));
     origins_.Called(entryPoint, words);
     listBytes_ = 0;
-    hits_ += isMet ? 1 : 0;
-    int const result = isMet ? AsFaulty(entryPoint, words) : AsHealthy(entryPoint, words);
+    hits_ += isFaulty ? 1 : 0;
+    int const result = isFaulty ? AsFaulty(entryPoint, words) : AsHealthy(entryPoint, words);
     if (result == 0) {
         origins_.Succeeded(entryPoint, words, listBytes_);
     }
@@ -166,7 +169,7 @@ int FaultyVendor::AsFaulty(char const* entryPoint, int const* words) {
     return result;
 }
 
-// What is behind a list's address keeps its size; of handles, the first one.
+// A list's address stays, and its first record is filled; of handles, the first one is.
 void FaultyVendor::Fill(char const* entryPoint, int const* words) const {
     for (VendorOutput const& output : test::VendorOutputs(entryPoint)) {
         if (words[output.argument] == 0) {

@@ -1,4 +1,4 @@
-// A vendor's library on which one entry point is faulty, and all others answer as a healthy board's do.
+// A vendor's library that answers as a healthy board's does, but for the calls that are faulty.
 #pragma once
 
 #include <map>
@@ -12,29 +12,26 @@ namespace gputune::matrix {
 
 class FaultyVendor final : public test::Interceptor {
 public:
-    // Answers for the machine's library from now on.
-    explicit FaultyVendor(test::Machine& machine);
+    // Answers the calls of the machine's library from now on. `thermalControllers`: how many Overdrive 5 enumerates.
+    FaultyVendor(test::Machine& machine, int thermalControllers);
     ~FaultyVendor();
     FaultyVendor(FaultyVendor const&) = delete;
     FaultyVendor& operator=(FaultyVendor const&) = delete;
 
-    // For boards whose enumeration of thermal controllers has an end: how many there are.
-    void SetThermalControllers(int count) { thermalControllers_ = count; }
+    void PutFault(std::string const& entryPoint, Fault const& fault, Calls calls);
+    void RemoveFault();
 
-    void Break(std::string const& entryPoint, Fault const& fault, Calls calls);
-    void Mend();
+    // Makes room to record calls of these entry points, so that recording the first one takes no memory.
+    void PrepareForCalls(std::map<std::string, int> const& calls);
 
-    // It is going to be called: nothing is remembered of an entry point for the first time while memory is watched.
-    void Expect(std::string const& entryPoint);
+    // Calls from here on are those of this step.
+    void BeginStep(Step const& step);
 
-    // An operation begins: its calls are counted from here, and what it sends is held against its origins.
-    void Begin(Step const& step);
-
-    // How often the operation met the fault, and how often it called what.
+    // Of the step: how many calls were faulty, and how many there were of each entry point.
     int Hits() const { return hits_; }
     std::map<std::string, int> const& Counts() const { return counts_; }
 
-    // What it has sent without an origin; empty when everything has one.
+    // The values without an origin that the step has sent; empty when there are none.
     std::string const& Unexplained() const { return origins_.Unexplained(); }
 
     int Answer(char const* entryPoint, int const* words) override;
@@ -47,12 +44,12 @@ private:
 
     test::Machine& machine_;
     test::ScriptedLibrary& library_;
-    int thermalControllers_ = 0;
+    int thermalControllers_;
     std::string entryPoint_;
     Fault fault_{};
     Calls calls_ = Calls::Every;
     int hits_ = 0;
-    int listBytes_ = 0;  // of the list that the call at work hands out
+    int listBytes_ = 0;  // of the list that the current call hands out
     Origins origins_;
     std::map<std::string, int> counts_;
 };

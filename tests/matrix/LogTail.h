@@ -1,4 +1,4 @@
-// The lines that the library under test has written to debug.log since the last look.
+// The lines of debug.log that were written since the last Skip or Take.
 #pragma once
 
 #include <filesystem>
@@ -18,7 +18,7 @@ public:
         position_ = noFile ? 0 : static_cast<std::streamoff>(size);
     }
 
-    // The next log will be a new file; the library under test does not write yet.
+    // Removes the file. The library under test must not have opened it yet.
     void Remove() {
         std::error_code noFile;
         std::filesystem::remove("debug.log", noFile);

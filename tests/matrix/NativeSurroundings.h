@@ -1,12 +1,12 @@
-// The surroundings of the library under test natively: its memory, and which libraries there are.
+// The native machine's part of a trial.
 #pragma once
 
 #include "FakeSystem.h"
 #include "Trial.h"
+#include "machine_native.h"
 #include "memory.h"
-#include "native_platform.h"
 
-// The sanitizers' own.
+// A function of the address sanitizer, whose header is not installed with every compiler.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace gputune::matrix {
@@ -18,7 +18,7 @@ public:
 
     test::Exports const& Api() override { return exports_; }
     std::size_t MemoryInUse() override {
-        // The records of the machine are not the library's.
+        // What the machine has recorded is not the library's memory.
         test::Trace().swap(test::TheSystem().trace);
         std::vector<test::LibraryLoad>().swap(test::host::Loads());
         return __sanitizer_get_current_allocated_bytes();

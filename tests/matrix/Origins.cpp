@@ -20,31 +20,30 @@ int const* Words(int word) {
     return reinterpret_cast<int const*>(word);
 }
 
-// Where the words of an output belong: the source, and the number of the first word there.
+// Where the words of an output are remembered.
 struct Place {
     std::string source;
-    int first;
-    int skipped;  // words before it that are no values
+    int skipped;  // words at the output's beginning that are no values
 };
 
 Place PlaceOf(char const* entryPoint) {
     std::string_view const name = entryPoint;
     if (name == "ADL2_Overdrive8_Init_SettingX2_Get") {
-        return {kOd8Ranges, 0, 0};
+        return {kOd8Ranges, 0};
     }
     if (name == "ADL2_Overdrive8_Init_Setting_Get") {
-        return {kOd8Ranges, 0, 2};
+        return {kOd8Ranges, 2};
     }
     if (name == "ADL2_Overdrive8_Current_SettingX2_Get") {
-        return {kOd8Current, 0, 0};
+        return {kOd8Current, 0};
     }
     if (name == "ADL2_Overdrive8_Current_Setting_Get") {
-        return {kOd8Current, 0, 1};
+        return {kOd8Current, 1};
     }
-    return {entryPoint, 0, 0};
+    return {entryPoint, 0};
 }
 
-// Only what can become a setting is remembered.
+// Whether what it reads may be sent later. Only that is remembered.
 bool CanBecomeSetting(std::string_view entryPoint) {
     return (entryPoint.starts_with("ADL2_Overdrive") && !entryPoint.ends_with("_Set")) ||
            entryPoint == "ctlFanGetProperties" || entryPoint == "ctlOverclockGetProperties";
@@ -101,7 +100,7 @@ void Origins::Begin(Step const& step) {
 }
 
 void Origins::Called(char const* entryPoint, int const* words) {
-    // What a call fills in may tell its own size, which is the client's word as long as the call has not begun.
+    // The client writes the size of a record into it before the call; the call may overwrite it.
     recordBytes_ = 0;
     for (VendorOutput const& output : test::VendorOutputs(entryPoint)) {
         if (output.size == test::kSizeInRecord && words[output.argument] != 0) {
@@ -147,9 +146,9 @@ void Origins::Succeeded(char const* entryPoint, int const* words, int listBytes)
     }
 }
 
-void Origins::Absent(std::string const& entryPoint) {
-    // It is the last of the two that fill the table, as the other one goes first: where there is neither, the table is
-    // one of zeros, and a success.
+void Origins::Missing(std::string const& entryPoint) {
+    // The older of the two entry points for the current settings is used where the newer one is missing. When both are,
+    // the library goes on with a table of zeros.
     if (entryPoint == "ADL2_Overdrive8_Current_Setting_Get") {
         for (int setting = 0; setting < kSettings; ++setting) {
             readings_.Add(kOd8Current, static_cast<std::size_t>(setting), 0);

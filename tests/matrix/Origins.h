@@ -1,5 +1,5 @@
-// The rule for what a board is sent: every value comes from the caller, a successful reading, a range or default that
-// was read, or is a constant of the interface, and comes from nothing else.
+// Where the values come from that a board is sent. Every one must come from the caller, from a successful reading, from
+// a range or default that was read, or be a constant of the interface.
 #pragma once
 
 #include <map>
@@ -17,7 +17,7 @@ class Readings {
 public:
     void Add(std::string const& source, std::size_t word, int value);
 
-    // All that ever stood in a word; nothing where nothing was read.
+    // All values that this word ever had; empty when it was never read.
     std::set<int> const& At(std::string const& source, std::size_t word) const;
     bool Has(std::string const& source, std::size_t word, int value) const { return At(source, word).contains(value); }
 
@@ -27,12 +27,12 @@ private:
     std::map<std::string, std::vector<std::set<int>>> values_;
 };
 
-// The sources are the entry points, but for Overdrive8's two tables, which either of two entry points fills: of each
-// setting feature, minimum, maximum and default; and its current value.
+// The sources are the entry points' names, but for the two tables of Overdrive8, each of which one of two entry points
+// fills. The ranges are four words for each setting: feature, minimum, maximum, default. The current settings are one.
 constexpr char kOd8Ranges[] = "Overdrive8's ranges";
 constexpr char kOd8Current[] = "Overdrive8's current settings";
 
-// A call that may set something, and what can explain it.
+// A call that may set something, with what can explain its values.
 class Sending {
 public:
     Sending(char const* entryPoint, int const* words, Step const& step, Readings const& readings)
@@ -45,10 +45,10 @@ public:
     Readings const& Read() const { return readings_; }
     bool IsBy(std::string_view operation) const;
     int Argument(std::size_t position) const { return step_.arguments[position]; }
-    // The values of the predefined mode that is applied, if one is.
+    // The predefined mode that the step applies; null for other steps.
     ModeValues const* Mode() const;
 
-    // A value stands in this field, the `position`-th of its kind.
+    // Records a value that is not explained, with its field and that one's position among fields of the same kind.
     void Expect(bool isExplained, char const* field, int position, double value);
 
     std::string const& Unexplained() const { return unexplained_; }
@@ -61,25 +61,25 @@ private:
     std::string unexplained_;
 };
 
-// Nothing for calls that set nothing.
+// Judge the values of a call; those that set nothing pass. Defined in origins_amd.cpp and origins_intel.cpp.
 void JudgeAmd(Sending& sending);
 void JudgeIntel(Sending& sending);
 
 class Origins {
 public:
-    // An operation begins.
+    // A step begins.
     void Begin(Step const& step);
 
-    // A call is made.
+    // The step calls an entry point: judges what it sends.
     void Called(char const* entryPoint, int const* words);
 
-    // It has succeeded; of a list that it handed out, there are so many bytes.
+    // The call has succeeded: remembers what it has written. `listBytes`: of the list that it handed out.
     void Succeeded(char const* entryPoint, int const* words, int listBytes);
 
     // The library has no such entry point.
-    void Absent(std::string const& entryPoint);
+    void Missing(std::string const& entryPoint);
 
-    // What the operation has sent without an origin; empty when everything has one.
+    // The values without an origin that the step has sent; empty when there are none.
     std::string const& Unexplained() const { return unexplained_; }
 
 private:

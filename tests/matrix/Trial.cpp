@@ -1,246 +1,222 @@
 #include "Trial.h"
 
-#include <algorithm>
-
 #include "reasons.h"
 
 namespace gputune::matrix {
 
-namespace {
-
 using Kind = Fault::Kind;
 using test::Lines;
 
-bool IsOfMemory(Fault const& fault) {
-    return fault.kind == Kind::NoMemory || fault.kind == Kind::NoMoreMemory;
+std::string Trial::Try(Cell const& cell, Reference const& reference) {
+    Healthy const& healthy = reference.at(cell.step->name);
+    bool const isMissing = cell.fault.kind == Kind::Missing;
+    bool const isFirstStart = cell.step == &Initialisation();
+    failures_.clear();
+    for (auto const& [name, observed] : reference) {
+        vendor_.PrepareForCalls(observed.calls);
+    }
+
+    if (cell.IsFromStart()) {
+        log_.Remove();
+    }
+    PutFault(cell);
+    Lines startLog;
+    if (isMissing && !isFirstStart) {
+        Initialise();
+        startLog = log_.Take();
+    }
+    log_.Skip();
+
+    // The step with the fault: a promised answer, and the reason in the log.
+    bool hasBackend = !isFirstStart;
+    auto const run = [&] {
+        StepAnswer const answer = Do(*cell.step);
+        hasBackend = hasBackend || answer.success;
+        return answer;
+    };
+    StepAnswer const answer = run();
+    Lines log = log_.Take();
+    log.insert(log.end(), startLog.begin(), startLog.end());
+    bool const canBeAvoided =
+        isMissing || cell.entryPoint == kMemory || (cell.entryPoint == kEveryEntryPoint && cell.calls == Calls::Later);
+    Expect(answer.breach.empty(), answer.breach);
+    Expect(!answer.threw || cell.entryPoint == kMemory, "an exception left the library");
+    Expect(vendor_.Hits() > 0 || canBeAvoided, "no call was faulty");
+    if (!answer.threw) {
+        std::string const missing = MissingReason(cell, answer.worked, log, healthy);
+        Expect(missing.empty(), missing);
+    }
+
+    // The same again: no more memory is in use.
+    ExpectMemoryStays(run);
+
+    // What a faulty initialisation has left can be used while the fault is there.
+    if (cell.step->IsInitialisation()) {
+        for (Step const& operation : Operations()) {
+            std::string const breach = Do(operation).breach;
+            Expect(breach.empty(), operation.name + ", after it: " + breach);
+        }
+    }
+
+    // Without the fault everything answers as on the healthy board.
+    RemoveFault(cell);
+    ExpectRecovery(cell, reference, hasBackend);
+    return failures_;
 }
 
-bool IsAmd(Board const& board) {
-    return board.backend == Backend::OverdriveN || board.backend == Backend::Overdrive8;
-}
+namespace {
 
-// AMD's library is opened once in a process, and its entry points are looked up then: what went wrong with that stays.
+// AMD's library is opened once in a process, and its entry points are looked up then: what fails in that stays so.
 bool StaysBroken(Cell const& cell) {
-    if (!IsAmd(*cell.board)) {
+    if (cell.board->backend != Backend::OverdriveN && cell.board->backend != Backend::Overdrive8) {
         return false;
     }
     std::string const& entry = cell.entryPoint;
     bool const isOpening = entry == "ADL2_Main_ControlX2_Create" || entry == "ADL2_Adapter_AdapterInfoX4_Get" ||
-                           entry == "ADL2_Adapter_Active_Get" || entry == kEveryEntryPoint || IsOfMemory(cell.fault);
+                           entry == "ADL2_Adapter_Active_Get" || entry == kEveryEntryPoint || entry == kMemory;
     return cell.fault.kind == Kind::Missing || (cell.step == &Initialisation() && isOpening);
 }
 
-std::string Hexadecimal(test::Bytes const& bytes) {
+std::string Line(Step const& step, StepAnswer const& answer) {
     constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (unsigned char const byte : bytes) {
+    std::string text = step.name + ": " + (answer.threw ? "bad_alloc" : "");
+    for (unsigned char const byte : answer.bytes) {
         text += kDigits[byte / 16];
         text += kDigits[byte % 16];
     }
     return text;
 }
 
-std::string Line(Step const& step, StepAnswer const& answer) {
-    return step.name + ": " + (answer.threw ? "bad_alloc" : Hexadecimal(answer.bytes));
-}
-
 }  // namespace
 
+Trial::Trial(Board const& board, test::Machine& machine, Surroundings& surroundings)
+    : surroundings_(surroundings), vendor_(machine, board.thermalControllers) {
+    machine.InstallCaptions();
+    machine.WriteProfile(ProfileText());
+}
+
+// Every value that the step sends to the board must have an origin (Origins.h).
 StepAnswer Trial::Do(Step const& step) {
-    vendor_.Begin(step);
+    vendor_.BeginStep(step);
     surroundings_.CountAllocations();
     StepAnswer const answer = Run(surroundings_.Api(), step);
-    if (!vendor_.Unexplained().empty()) {
-        Complain(step.name + ": " + vendor_.Unexplained());
-    }
+    Expect(vendor_.Unexplained().empty(), step.name + ": " + vendor_.Unexplained());
     return answer;
 }
 
-// Of the step, and of all others then.
-Lines Trial::Answers(Step const& step) {
+// Runs the step and then all operations.
+Lines Trial::AnswersAfter(Step const& step) {
     Lines answers{Line(step, Do(step))};
-    for (Step const& other : Steps()) {
-        StepAnswer const answer = Do(other);
-        answers.push_back(Line(other, answer));
-        if (!answer.breach.empty()) {
-            Complain(other.name + ", afterwards: " + answer.breach);
-        }
+    for (Step const& operation : Operations()) {
+        StepAnswer const answer = Do(operation);
+        answers.push_back(Line(operation, answer));
+        Expect(answer.breach.empty(), operation.name + ", afterwards: " + answer.breach);
     }
     return answers;
 }
 
-Healthy Trial::ObserveOne() {
-    Healthy healthy;
-    healthy.after = Answers(Initialisation());
-    return healthy;
+Reference Trial::Observe(std::function<Healthy(Observation const&)> const& onFreshLibrary) {
+    Reference reference;
+    for (Step const* const step : AllSteps()) {
+        reference[step->name] = onFreshLibrary([&] { return Observe(*step); });
+    }
+    reference[Initialisation().name].afterOne = onFreshLibrary([&] {
+                                                    Healthy once;
+                                                    once.after = AnswersAfter(Initialisation());
+                                                    return once;
+                                                }).after;
+    return reference;
 }
 
-Healthy Trial::Observe(Step const& step, bool initialised) {
+Healthy Trial::Observe(Step const& step) {
     log_.Remove();
-    if (initialised) {
+    if (&step != &Initialisation()) {
         Initialise();
     }
     log_.Skip();
     Healthy healthy;
     healthy.worked = Do(step).worked;
     healthy.allocations = surroundings_.Allocations();
-    for (auto const& [entryPoint, count] : vendor_.Counts()) {
-        if (count > 0) {
-            healthy.calls[entryPoint] = count;
-        }
-    }
+    healthy.calls = vendor_.Counts();
+    std::erase_if(healthy.calls, [](auto const& call) { return call.second == 0; });
     healthy.log = log_.Take();
-    for (int repeat = 1; repeat < kRepeats; ++repeat) {
+    for (int runs = 1; runs < kRuns; ++runs) {
         Do(step);
     }
-    healthy.after = Answers(step);
+    healthy.after = AnswersAfter(step);
     return healthy;
 }
 
-std::string Trial::Try(Cell const& cell, Reference const& reference) {
-    complaints_.clear();
-    startLog_.clear();
-    for (auto const& [name, healthy] : reference) {
-        for (auto const& [entryPoint, count] : healthy.calls) {
-            vendor_.Expect(entryPoint);
-        }
-    }
-    if (cell.IsFromStart()) {
-        log_.Remove();
-    }
-    hasBackend_ = cell.step != &Initialisation();
-    if (cell.fault.kind == Kind::Missing) {
-        Break(cell);
-        if (cell.step != &Initialisation()) {
-            log_.Skip();
-            Do(Initialisation());
-            startLog_ = log_.Take();
-        }
-    }
-    log_.Skip();
-    Break(cell);
-    Meet(cell, reference.at(cell.step->name));
-    MeetAgain(cell);
-    if (cell.step->IsInitialisation()) {
-        // What the initialisation left is usable, too, while the fault is still there.
-        for (Step const& other : Steps()) {
-            StepAnswer const answer = Do(other);
-            if (!answer.breach.empty()) {
-                Complain(other.name + ", after it: " + answer.breach);
-            }
-        }
-    }
-    Mend(cell);
-    Recover(cell, reference);
-    return complaints_;
-}
-
-void Trial::Break(Cell const& cell) {
-    if (IsOfMemory(cell.fault)) {
+void Trial::PutFault(Cell const& cell) {
+    if (cell.entryPoint == kMemory) {
         surroundings_.RefuseMemory(cell.fault.value, cell.fault.kind == Kind::NoMoreMemory);
-    } else if (cell.entryPoint == "library") {
+    } else if (cell.entryPoint == kWholeLibrary) {
         surroundings_.PutLibrary(false);
     } else {
-        vendor_.Break(cell.entryPoint, cell.fault, cell.calls);
+        vendor_.PutFault(cell.entryPoint, cell.fault, cell.calls);
     }
 }
 
-void Trial::Mend(Cell const& cell) {
-    if (IsOfMemory(cell.fault)) {
+void Trial::RemoveFault(Cell const& cell) {
+    if (cell.entryPoint == kMemory) {
         surroundings_.RefuseMemory(0, false);
-    } else if (cell.entryPoint == "library") {
+    } else if (cell.entryPoint == kWholeLibrary) {
         surroundings_.PutLibrary(true);
     } else {
-        vendor_.Mend();
+        vendor_.RemoveFault();
     }
 }
 
-void Trial::Meet(Cell const& cell, Healthy const& healthy) {
-    StepAnswer const answer = Do(*cell.step);
-    hasBackend_ = hasBackend_ || answer.success;
-    if (!answer.breach.empty()) {
-        Complain(answer.breach);
-    }
-    if (answer.threw && !IsOfMemory(cell.fault)) {
-        Complain("an exception left the library");
-    }
-    if (cell.fault.kind != Kind::Missing && !IsOfMemory(cell.fault) && vendor_.Hits() == 0 &&
-        !(cell.entryPoint == kEveryEntryPoint && cell.calls == Calls::Later)) {
-        Complain("the fault was not met");
-    }
-    Lines lines = log_.Take();
-    lines.insert(lines.end(), startLog_.begin(), startLog_.end());
-    if (answer.threw) {
-        return;  // the exception is the reason
-    }
-    std::string const missing = MissingReason(
-        {*cell.board, *cell.step, cell.entryPoint, cell.fault, answer.worked, healthy.worked}, lines, healthy.log);
-    if (!missing.empty()) {
-        Complain(missing);
-    }
-}
-
-// The first time may have filled what the process keeps. A third time when the memory in use differs: Intel's library
-// is closed by one backend and opened by the next, which takes a while to settle.
-void Trial::MeetAgain(Cell const& cell) {
+// The first run may have filled what the process keeps. There is one more run when the memory in use differs: Intel's
+// library is closed by one backend and opened by the next, and two runs may leave different amounts in turn.
+void Trial::ExpectMemoryStays(std::function<StepAnswer()> const& run) {
     auto const memoryAfter = [&] {
-        hasBackend_ = Do(*cell.step).success || hasBackend_;
+        run();
         return static_cast<long>(surroundings_.MemoryInUse());
     };
     long const first = memoryAfter();
     long const second = memoryAfter();
-    if (second == first) {
-        return;
-    }
-    long const third = memoryAfter();
-    if (third != second && third != first) {
-        Complain(std::to_string(third - second) + " bytes more in use after it");
+    if (second != first) {
+        long const third = memoryAfter();
+        Expect(third == second || third == first, std::to_string(third - second) + " bytes more in use after it");
     }
 }
 
-void Trial::Recover(Cell const& cell, Reference const& reference) {
+void Trial::ExpectRecovery(Cell const& cell, Reference const& reference, bool hasBackend) {
     Healthy const& healthy = reference.at(cell.step->name);
-    Lines const answers = Answers(*cell.step);
-    if (StaysBroken(cell)) {
-        if (!cell.step->IsInitialisation()) {
-            CompareUnaffected(cell, reference, answers);
+    Lines const answers = AnswersAfter(*cell.step);
+    auto const startCalls = [&](std::string const& entryPoint) {
+        return reference.at(Initialisation().name).calls.contains(entryPoint);
+    };
+    if (!StaysBroken(cell)) {
+        if (cell.fault.kind == Kind::Missing && !cell.step->IsInitialisation() && startCalls(cell.entryPoint)) {
+            return;  // the library was initialised without the entry point
         }
-        return;
-    }
-    bool const missedStart = cell.fault.kind == Kind::Missing && !cell.step->IsInitialisation() &&
-                             reference.at(Initialisation().name).calls.contains(cell.entryPoint);
-    if (missedStart) {
-        return;  // the backend that came of it stays
-    }
-    Compare(answers, hasBackend_ ? healthy.after : healthy.afterOne);
-}
-
-// An operation that does not need what is missing does not suffer. The readings of all sensors are one operation's.
-void Trial::CompareUnaffected(Cell const& cell, Reference const& reference, Lines const& answers) {
-    if (reference.at(Initialisation().name).calls.contains(cell.entryPoint)) {
-        return;
-    }
-    Lines const& expected = reference.at(cell.step->name).after;
-    for (std::size_t position = 0; position < Steps().size(); ++position) {
-        Step const& other = Steps()[position];
-        bool const isReading = other.name.starts_with("GetHwmValue");
-        if (!isReading && !reference.at(other.name).calls.contains(cell.entryPoint)) {
-            Compare({answers[position + 1]}, {expected[position + 1]});
+        Lines const& expected = hasBackend ? healthy.after : healthy.afterOne;
+        for (std::size_t position = 0; position < expected.size(); ++position) {
+            ExpectSame(answers[position], expected[position]);
+        }
+    } else if (!cell.step->IsInitialisation() && !startCalls(cell.entryPoint)) {
+        // The operations that do not call what is missing. GetHwmValue shows what FetchHwmValues has read.
+        for (std::size_t position = 0; position < Operations().size(); ++position) {
+            std::string const& name = Operations()[position].name;
+            if (!name.starts_with("GetHwmValue") && !reference.at(name).calls.contains(cell.entryPoint)) {
+                ExpectSame(answers[position + 1], healthy.after[position + 1]);
+            }
         }
     }
 }
 
-void Trial::Compare(Lines const& answers, Lines const& expected) {
-    for (std::size_t position = 0; position < expected.size(); ++position) {
-        if (answers[position] != expected[position]) {
-            Complain("afterwards " + answers[position] + ", healthy " + expected[position]);
-        }
+void Trial::ExpectSame(std::string const& answer, std::string const& healthy) {
+    if (answer != healthy) {
+        Expect(false, "afterwards " + answer + ", healthy " + healthy);
     }
 }
 
-void Trial::Complain(std::string const& what) {
-    complaints_ += "    " + what.substr(0, 600) + "\n";
+void Trial::Expect(bool holds, std::string const& otherwise) {
+    if (!holds) {
+        failures_ += "    " + otherwise.substr(0, 600) + "\n";
+    }
 }
 
 }  // namespace gputune::matrix

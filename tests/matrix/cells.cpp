@@ -1,7 +1,4 @@
-// The cells of a board, from what its operations were seen to use.
-#include <algorithm>
-
-#include "Trial.h"
+#include "cells.h"
 
 namespace gputune::matrix {
 
@@ -9,7 +6,8 @@ namespace {
 
 using Kind = Fault::Kind;
 
-// Some calls of an entry point but not all: for the faults in which the calls could contradict one another.
+// The faults that are also tried in the first call alone and in all later calls alone, so that an entry point's answers
+// contradict each other.
 bool ComesAndGoes(Fault const& fault) {
     switch (fault.kind) {
         case Kind::Code:
@@ -27,14 +25,6 @@ bool ComesAndGoes(Fault const& fault) {
     }
 }
 
-void AddMemory(std::vector<Cell>& cells, Board const& board, Step const& step, int allocations) {
-    for (int number = 1; number <= allocations; ++number) {
-        for (Kind const kind : {Kind::NoMemory, Kind::NoMoreMemory}) {
-            cells.push_back({&board, &step, "memory", {.kind = kind, .value = number}, Calls::Every});
-        }
-    }
-}
-
 }  // namespace
 
 std::string Cell::Name() const {
@@ -46,45 +36,37 @@ bool Cell::IsFromStart() const {
     return step == &Initialisation() || fault.kind == Kind::Missing;
 }
 
-Step const& SecondInitialisation() {
-    static Step const again{"InitVGAHelper once more"};
-    return again;
-}
-
-std::vector<Step const*> MatrixSteps() {
-    std::vector<Step const*> steps{&Initialisation(), &SecondInitialisation()};
-    for (Step const& step : Steps()) {
-        steps.push_back(&step);
-    }
-    return steps;
-}
-
 std::vector<Cell> CellsOf(Board const& board, Reference const& reference) {
     std::vector<Cell> cells;
-    for (Step const* const step : MatrixSteps()) {
+    for (Step const* const step : AllSteps()) {
         Healthy const& healthy = reference.at(step->name);
+        auto const add = [&](std::string const& entryPoint, Fault const& fault, Calls calls = Calls::Every) {
+            cells.push_back({&board, step, entryPoint, fault, calls});
+        };
         if (step == &Initialisation()) {
-            cells.push_back({&board, step, "library", {.kind = Kind::Missing}, Calls::Every});
+            add(kWholeLibrary, {.kind = Kind::Missing});
         }
         for (auto const& [entryPoint, count] : healthy.calls) {
             for (Fault const& fault : FaultsOf(entryPoint)) {
-                cells.push_back({&board, step, entryPoint, fault, Calls::Every});
+                add(entryPoint, fault);
                 if (count > 1 && ComesAndGoes(fault)) {
-                    cells.push_back({&board, step, entryPoint, fault, Calls::First});
-                    cells.push_back({&board, step, entryPoint, fault, Calls::Later});
+                    add(entryPoint, fault, Calls::First);
+                    add(entryPoint, fault, Calls::Later);
                 }
             }
         }
         if (!healthy.calls.empty()) {
             for (Fault const& fault : FaultsOfEverything()) {
-                cells.push_back({&board, step, kEveryEntryPoint, fault, Calls::Every});
+                add(kEveryEntryPoint, fault);
                 if (ComesAndGoes(fault)) {
-                    // After the first call of each.
-                    cells.push_back({&board, step, kEveryEntryPoint, fault, Calls::Later});
+                    add(kEveryEntryPoint, fault, Calls::Later);  // after the first call of each entry point
                 }
             }
         }
-        AddMemory(cells, board, *step, healthy.allocations);
+        for (int number = 1; number <= healthy.allocations; ++number) {
+            add(kMemory, {.kind = Kind::NoMemory, .value = number});
+            add(kMemory, {.kind = Kind::NoMoreMemory, .value = number});
+        }
     }
     return cells;
 }

@@ -21,11 +21,6 @@ std::string Text(Parts const&... parts) {
     return text.str();
 }
 
-bool IsFree(char const* entryPoint) {
-    // It answers with an address, and writes nothing.
-    return std::string(entryPoint) != "nvapi_QueryInterface";
-}
-
 constexpr int kFillings[] = {0x00, 0x01, 0x41, 0x7F, 0x80, 0xFF};
 
 void AddCodes(std::vector<Fault>& faults, char const* entryPoint) {
@@ -36,9 +31,10 @@ void AddCodes(std::vector<Fault>& faults, char const* entryPoint) {
     faults.push_back({.kind = Kind::CodeAndOutputs, .value = 1});
 }
 
-// Each of a record's numbers in turn, up to this many bytes: behind them, the large records repeat themselves.
+// The numbers in the first so many bytes of a record are set, each in turn. Behind them, large records repeat
+// themselves.
 constexpr int kSwept = 320;
-// Of a record that tells its own size: three performance levels.
+// The size of a record that tells its own size, with three performance levels.
 constexpr int kSizeOfLevels = 60;
 
 void AddWords(std::vector<Fault>& faults, VendorOutput const& output) {
@@ -56,7 +52,7 @@ void AddLists(std::vector<Fault>& faults, VendorOutput const& output) {
         faults.push_back({.kind = Kind::ShortList, .value = size});
     }
     faults.push_back({.kind = Kind::ForeignList});
-#if defined(_WIN32)  // elsewhere the tests' platform does not know what can be read
+#if defined(_WIN32)  // natively platform::ReadableBytes does not know what can be read
     faults.push_back({.kind = Kind::UnreadableList});
 #endif
 }
@@ -66,8 +62,8 @@ void AddLists(std::vector<Fault>& faults, VendorOutput const& output) {
 std::vector<Fault> FaultsOf(std::string const& entryPoint) {
     std::vector<Fault> faults{{.kind = Kind::Missing}};
     char const* const name = entryPoint.c_str();
-    if (!IsFree(name)) {
-        return faults;
+    if (entryPoint == "nvapi_QueryInterface") {
+        return faults;  // it returns an address, and writes nothing
     }
     AddCodes(faults, name);
     auto const& outputs = test::VendorOutputs(name);

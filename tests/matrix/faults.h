@@ -1,5 +1,5 @@
-// What can be wrong with a vendor's entry point: every kind of fault there is, made from what is known of the entry
-// point's outputs (vendor_outputs.h).
+// What can be wrong with a vendor's entry point. The faults of each are made from the table of its outputs
+// (vendor_outputs.h).
 #pragma once
 
 #include <string>
@@ -14,15 +14,15 @@ struct Fault {
         CodeAndOutputs,  // returns `value` after writing everything
         Silent,          // returns 0 and writes nothing
         Fill,            // every byte of the outputs is `value`
-        Word,            // the 4 bytes at `offset` of the argument are `value`
-        OffBy,           // the same for the healthy number plus `value`
-        Unterminated,    // `size` characters at `offset` of the argument, without an end
-        NullList,        // of kPromisedRecords
-        ShortList,       // likewise, in a block of `value` bytes
-        ForeignList,     // in memory that the client did not provide
-        UnreadableList,  // likewise, at an address where nothing is
-        NoMemory,        // the library under test gets none, in its allocation `value` (from 1)
-        NoMoreMemory,    // the same from this one on
+        Word,            // the 32-bit number at `offset` of the argument is `value`
+        OffBy,           // the same number is `value` more than on the healthy board
+        Unterminated,    // the text of `size` characters at `offset` of the argument has no terminator
+        NullList,        // says it has kPromisedRecords, and is a null pointer
+        ShortList,       // says so, in a block of `value` bytes
+        ForeignList,     // says so, in memory that did not come from the client's allocation callback
+        UnreadableList,  // says so, at an address that cannot be read
+        NoMemory,        // the library under test gets no memory in its `value`-th allocation, counted from 1
+        NoMoreMemory,    // the same, and in all later allocations
     };
     Kind kind;
     int value = 0;
@@ -31,22 +31,21 @@ struct Fault {
     int size = 0;
 };
 
-// Which of an operation's calls of the entry point it meets.
+// Which of a step's calls of the entry point are faulty.
 enum class Calls { Every, First, Later };
 
-// In the place of an entry point's name: all of them at once.
-constexpr char kEveryEntryPoint[] = "everything";
+// In the place of an entry point's name.
+constexpr char kEveryEntryPoint[] = "everything";  // all of them at once
+constexpr char kWholeLibrary[] = "library";        // the vendor's library is not on the machine
+constexpr char kMemory[] = "memory";               // of the library under test
 
 std::string NameOf(Fault const& fault);
 std::string NameOf(Calls calls);
 
-// All of an entry point's, but for the lack of memory, which is the client's.
 std::vector<Fault> FaultsOf(std::string const& entryPoint);
-
-// Those of a library that has lost its board, or its mind.
 std::vector<Fault> FaultsOfEverything();
 
-// What a library says of a list that is not as long, or not there.
+// The number of records that a faulty list is said to have.
 constexpr int kPromisedRecords = 5;
 
 }  // namespace gputune::matrix

@@ -22,7 +22,7 @@ int Close(test::Machine& machine) {
     return machine.Ctl("ctlClose", static_cast<void*>(nullptr));
 }
 
-// With words that are null pointers to those that take any.
+// Functions that take pointers get null.
 int CallIt(test::Machine& machine, std::string const& function) {
     return function == "ctlInit" ? Open(machine) : machine.Ctl(function, 0, 0, 0, 0, 0, 0, 0, 0);
 }
@@ -33,16 +33,16 @@ public:
 
     void Expect(int expected, int result, std::string const& fault) {
         if (result != expected) {
-            complaints_ += "red: Forwarding / " + function_ + " / " + fault + "\n    it answers " +
-                           std::to_string(result) + " instead of " + std::to_string(expected) + "\n";
+            failures_ += "red: Forwarding / " + function_ + " / " + fault + "\n    it answers " +
+                         std::to_string(result) + " instead of " + std::to_string(expected) + "\n";
         }
     }
 
-    std::string const& Complaints() const { return complaints_; }
+    std::string const& Failures() const { return failures_; }
 
 private:
     std::string function_;
-    std::string complaints_;
+    std::string failures_;
 };
 
 }  // namespace
@@ -71,7 +71,7 @@ std::string TryForwarding(test::Machine& machine, Surroundings& surroundings, st
     Close(machine);
 
     machine.Hide(function);
-    // Opening succeeds also where the library has no function for it.
+    // ctlInit succeeds also when the control library has no ctlInit.
     if (Open(machine) != 0) {
         comparison.Expect(0, -1, "opening");
     }
@@ -90,7 +90,7 @@ std::string TryForwarding(test::Machine& machine, Surroundings& surroundings, st
     Close(machine);
     comparison.Expect(opens ? 0 : test::kNotInitialized, CallIt(machine, function), "closed");
     Close(machine);
-    return comparison.Complaints();
+    return comparison.Failures();
 }
 
 }  // namespace gputune::matrix

@@ -1,5 +1,5 @@
-// The functions of the control library that are passed on: each with the library missing, the function missing, every
-// failure that the library can answer, and after the end.
+// Cells of the functions that gputune.dll passes on to Intel's control library: each without the library, without the
+// function, with every result that is a failure, and after ctlClose.
 #pragma once
 
 #include <string>
@@ -11,10 +11,10 @@ namespace gputune::matrix {
 
 std::vector<std::string> ForwardedFunctions();
 
-// How many cells `TryForwarding` has for this function.
+// How many cells TryForwarding tries.
 int ForwardingCells(std::string const& function);
 
-// On a control library that is not loaded. What is wrong, line by line, each with the name of its cell.
+// What is wrong, line by line, each with the name of its cell. The control library must not be loaded.
 std::string TryForwarding(test::Machine& machine, Surroundings& surroundings, std::string const& function);
 
 }  // namespace gputune::matrix

@@ -32,7 +32,7 @@ Machine OverdriveN() {
     return OverdriveN(1600);
 }
 
-// Its fan is set the OverdriveN way, and read the Overdrive 5 way.
+// Without controllers, the fan is set by OverdriveN's entry points and read by Overdrive 5's.
 Machine OverdriveNWithoutControllers() {
     return OverdriveN(0);
 }
@@ -40,7 +40,8 @@ Machine OverdriveNWithoutControllers() {
 constexpr int kEveryCapability = 0x7FFFF;
 constexpr int kWithoutCurve = kEveryCapability & ~2;
 
-// No two numbers of a board's settings are the same, and none is 0: what is sent tells where it comes from.
+// No two numbers of a board's settings are the same, and none is 0, so that a value that is sent tells where it is
+// from.
 std::vector<test::SettingRange> Ranges() {
     std::vector<test::SettingRange> ranges;
     for (int setting = 0; setting < test::kSettings; ++setting) {
@@ -75,7 +76,7 @@ Machine Overdrive8WithCurve() {
     return Overdrive8(kEveryCapability);
 }
 
-// Its clocks are set in the manual mode.
+// Without the curve, clocks are set in the manual mode.
 Machine Overdrive8WithoutCurve() {
     return Overdrive8(kWithoutCurve);
 }
@@ -118,38 +119,20 @@ Machine NvidiaWithHooks() {
 }
 
 constexpr Board kBoards[] = {
-    {"OverdriveN", Backend::OverdriveN, Machine::Library::AmdNewer, L"AMD Radeon RX 580 Series", OverdriveN, 2},
-    {"OverdriveN without fan controllers", Backend::OverdriveN, Machine::Library::AmdNewer, L"AMD Radeon RX 580 Series",
-     OverdriveNWithoutControllers, 0},
-    {"Overdrive8", Backend::Overdrive8, Machine::Library::AmdNewer, L"AMD Radeon RX 580 Series", Overdrive8WithCurve,
-     0},
-    {"Overdrive8 without curve", Backend::Overdrive8, Machine::Library::AmdNewer, L"AMD Radeon RX 580 Series",
-     Overdrive8WithoutCurve, 0},
-    {"Overdrive8 with older entry points", Backend::Overdrive8, Machine::Library::AmdNewer, L"AMD Radeon RX 580 Series",
-     Overdrive8WithOlderEntries, 0},
-    {"Intel", Backend::Intel, Machine::Library::Intel, L"Intel(R) Arc(TM) A770 Graphics", Intel, 0},
-    {"NVIDIA", Backend::Nvidia, Machine::Library::Nvidia, L"NVIDIA GeForce RTX 4070", Nvidia, 0},
-    {"NVIDIA with hooks", Backend::Nvidia, Machine::Library::Nvidia, L"NVIDIA GeForce RTX 4070", NvidiaWithHooks, 0},
+    {"OverdriveN", Backend::OverdriveN, OverdriveN, 2},
+    {"OverdriveN without fan controllers", Backend::OverdriveN, OverdriveNWithoutControllers},
+    {"Overdrive8", Backend::Overdrive8, Overdrive8WithCurve},
+    {"Overdrive8 without curve", Backend::Overdrive8, Overdrive8WithoutCurve},
+    {"Overdrive8 with older entry points", Backend::Overdrive8, Overdrive8WithOlderEntries},
+    {"Intel", Backend::Intel, Intel},
+    {"NVIDIA", Backend::Nvidia, Nvidia},
+    {"NVIDIA with hooks", Backend::Nvidia, NvidiaWithHooks},
 };
 
 }  // namespace
 
 std::span<Board const> Boards() {
     return kBoards;
-}
-
-char const* NameOf(Backend backend) {
-    switch (backend) {
-        case Backend::OverdriveN:
-            return "OverdriveN";
-        case Backend::Overdrive8:
-            return "Overdrive8";
-        case Backend::Intel:
-            return "Intel";
-        case Backend::Nvidia:
-            return "NVIDIA";
-    }
-    return "";
 }
 
 }  // namespace gputune::matrix

@@ -1,25 +1,22 @@
-// The healthy boards of the matrix: between them, every operation goes every way it can.
+// The healthy boards of the matrix, chosen so that every operation takes every way it has on one of them.
 #pragma once
 
 #include <span>
 
-#include "FaultyVendor.h"
 #include "Machine.h"
+#include "failure_lines.h"
 
 namespace gputune::matrix {
 
-enum class Backend { OverdriveN, Overdrive8, Intel, Nvidia };
+using test::Backend;
 
 struct Board {
     char const* name;
     Backend backend;
-    test::Machine::Library library;
-    wchar_t const* caption;
     test::Machine (*make)();
-    int thermalControllers;
+    int thermalControllers = 0;  // that Overdrive 5 enumerates
 };
 
 std::span<Board const> Boards();
-char const* NameOf(Backend backend);
 
 }  // namespace gputune::matrix

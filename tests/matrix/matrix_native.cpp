@@ -8,24 +8,24 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "Child.h"
 #include "NativeSurroundings.h"
 #include "Trial.h"
+#include "child_process.h"
 #include "forwarding.h"
-#include "native_platform.h"
-#include "packing.h"
+#include "machine_native.h"
 #include "totals.h"
 
-// The sanitizer's own.
+// Functions of the sanitizers, whose headers are not installed with every compiler.
 extern "C" int __lsan_do_recoverable_leak_check();
 
-// Whence memory came is told when the red cell is tried again with ASAN_OPTIONS=malloc_context_size=30.
+// Quicker without the call stacks of allocations. Try a red cell again with ASAN_OPTIONS=malloc_context_size=30 to see
+// them.
 extern "C" char const* __asan_default_options();
 extern "C" char const* __asan_default_options() {
     return "malloc_context_size=0";
 }
 
-// Leaks are asked for where they are of interest.
+// Leaks are looked for by NoLoadsAndLeaks.
 extern "C" char const* __lsan_default_options();
 extern "C" char const* __lsan_default_options() {
     return "leak_check_at_exit=0";
@@ -47,20 +47,15 @@ struct Choice {
     }
 };
 
-// At the end of a process, when the library's own clean-up has run.
+// What is wrong at the end of a child, when the library under test has cleaned up. AMD's and NVIDIA's libraries may
+// stay loaded for the life of the process.
 int g_mayStayLoaded = 0;
-std::string LoadsAreBalanced() {
+std::string NoLoads() {
     int const loaded = test::LoadedLibraries();
     return loaded <= g_mayStayLoaded ? "" : "    " + std::to_string(loaded) + " libraries loaded at the end\n";
 }
-
-// AMD's and NVIDIA's libraries stay for the life of the process, once loaded.
-int MayStayLoaded(Board const& board) {
-    return board.backend == Backend::Intel ? 0 : 1;
-}
-
-std::string LoadsAndLeaks() {
-    return LoadsAreBalanced() + (__lsan_do_recoverable_leak_check() == 0 ? "" : "    memory that nothing leads to\n");
+std::string NoLoadsAndLeaks() {
+    return NoLoads() + (__lsan_do_recoverable_leak_check() == 0 ? "" : "    memory leaked\n");
 }
 
 constexpr unsigned kMostSecondsOfBoard = 3600;
@@ -68,7 +63,7 @@ constexpr unsigned kMostSecondsOfCell = 60;
 
 template <class Work>
 void InOwnProcess(char const* name, Work const& work) {
-    ChildResult const result = InChild(kMostSecondsOfBoard, [&] {
+    ChildResult const result = RunInChild(kMostSecondsOfBoard, [&] {
         work();
         return std::string();
     });
@@ -83,33 +78,26 @@ public:
         : board_(board),
           choice_(choice),
           machine_(board.make()),
-          vendor_(machine_),
-          surroundings_(machine_, board.library),
-          trial_(surroundings_, vendor_) {
-        vendor_.SetThermalControllers(board.thermalControllers);
+          surroundings_(machine_, LibraryOf(board)),
+          trial_(board, machine_, surroundings_) {
         test::SetDisplay(L"\\\\.\\DISPLAY1", 0);
-        test::host::InstallCaptions({board.caption});
-        machine_.WriteProfile(ProfileText());
+        g_mayStayLoaded = board.backend == Backend::Intel ? 0 : 1;
     }
 
     void Run() {
-        for (Step const* const step : MatrixSteps()) {
-            reference_[step->name] = Observed([=, this] { return trial_.Observe(*step, step != &Initialisation()); });
-        }
-        reference_[Initialisation().name].afterOne = Observed([this] { return trial_.ObserveOne(); }).after;
+        reference_ = trial_.Observe(ObserveInChild);
         cells_ = CellsOf(board_, reference_);
         for (Cell const& cell : cells_) {
-            ++(cell.entryPoint == "memory" ? SharedTotals().memoryCells
-                                           : SharedTotals().cells[static_cast<int>(board_.backend)]);
-        }
-        if (choice_.listOnly) {
-            for (Cell const& cell : cells_) {
+            ++SharedTotals().cells[cell.entryPoint == kMemory ? kMemoryCells : static_cast<int>(board_.backend)];
+            if (choice_.listOnly) {
                 Say(cell.Name() + "\n");
             }
+        }
+        if (choice_.listOnly) {
             return;
         }
         Try(true);
-        // The others in copies of a process in which the library is initialised.
+        // The other cells are tried in copies of a process that has initialised the library.
         InOwnProcess(board_.name, [this] {
             trial_.Initialise();
             Try(false);
@@ -117,9 +105,14 @@ public:
     }
 
 private:
-    template <class Observe>
-    static Healthy Observed(Observe const& observe) {
-        ChildResult const result = InChild(kMostSecondsOfCell, [&] { return Pack(observe()); });
+    static test::Machine::Library LibraryOf(Board const& board) {
+        return board.backend == Backend::Intel    ? test::Machine::Library::Intel
+               : board.backend == Backend::Nvidia ? test::Machine::Library::Nvidia
+                                                  : test::Machine::Library::AmdNewer;
+    }
+
+    static Healthy ObserveInChild(Trial::Observation const& observe) {
+        ChildResult const result = RunInChild(kMostSecondsOfCell, [&] { return Pack(observe()); });
         if (!result.death.empty()) {
             std::fprintf(stderr, "on the healthy board: %s\n", result.death.c_str());
             std::exit(1);
@@ -133,13 +126,12 @@ private:
             if (cell.IsFromStart() != fromStart || !choice_.Takes(cell, position)) {
                 continue;
             }
-            // Looking for leaks takes longer than the cell: once for every operation and entry point.
+            // Looking for leaks takes longer than the cell itself: it is done once for every step and entry point.
             bool const isFirst = position == 0 || cells_[position - 1].entryPoint != cell.entryPoint ||
                                  cells_[position - 1].step != cell.step;
-            g_mayStayLoaded = MayStayLoaded(board_);
-            ChildResult const result = InChild(
+            ChildResult const result = RunInChild(
                 kMostSecondsOfCell, [&] { return trial_.Try(cell, reference_); },
-                isFirst || choice_.only != nullptr ? LoadsAndLeaks : LoadsAreBalanced);
+                isFirst || choice_.only != nullptr ? NoLoadsAndLeaks : NoLoads);
             ++SharedTotals().tried;
             if (!result.death.empty() || !result.answer.empty()) {
                 Report(cell.Name(), result.death.empty() ? result.answer : "    " + result.death);
@@ -150,7 +142,6 @@ private:
     Board const& board_;
     Choice const& choice_;
     test::Machine machine_;
-    FaultyVendor vendor_;
     NativeSurroundings surroundings_;
     Trial trial_;
     Reference reference_;
@@ -166,8 +157,8 @@ void TryForwardings(Choice const& choice) {
         if (choice.listOnly || !isTaken) {
             continue;
         }
-        ChildResult const result = InChild(
-            kMostSecondsOfCell, [&] { return TryForwarding(machine, surroundings, function); }, LoadsAndLeaks);
+        ChildResult const result = RunInChild(
+            kMostSecondsOfCell, [&] { return TryForwarding(machine, surroundings, function); }, NoLoadsAndLeaks);
         SharedTotals().tried += ForwardingCells(function);
         if (!result.death.empty() || !result.answer.empty()) {
             Report("Forwarding / " + function, result.answer + result.death);
@@ -198,11 +189,11 @@ int Main(int argc, char** argv) {
     PrepareChildren();
     ShareTotals();
     for (Board const& board : Boards()) {
-        // Each on a machine of its own.
+        // A process has one machine.
         InOwnProcess(board.name, [&] { BoardMatrix(board, choice).Run(); });
     }
     for (std::string const& function : ForwardedFunctions()) {
-        SharedTotals().forwardingCells += ForwardingCells(function);
+        SharedTotals().cells[kForwardingCells] += ForwardingCells(function);
     }
     InOwnProcess("Forwarding", [&] { TryForwardings(choice); });
     bool const isComplete = PrintTotals();

@@ -1,10 +1,10 @@
-// The matrix against the real gputune.dll, which is loaded anew for every cell.
+// Tries the matrix on the real gputune.dll, which is loaded for every cell and unloaded after it.
 //
 //     windows_matrix BOARD PART OF       the PART-th (from 0) of every OF cells of the board at this position
 //     windows_matrix BOARD --only TEXT   the cells whose names hold the text
 //
-// One board in a process, as the vendors' libraries are loaded for its life. What needs the native machine is left out:
-// the lack of memory, and a vendor's library that is not there.
+// A process has one board, as the vendors' libraries stay loaded. Two kinds of cells need the native machine and are
+// left out: lack of memory, and a vendor's library that is not on the machine.
 #include <windows.h>
 
 #include <chrono>
@@ -15,13 +15,14 @@
 #include <stdexcept>
 
 #include "Trial.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::matrix {
 
 namespace {
 
-// The cell at work, for the handler of faults.
+// The name of the current cell, for what ends the process.
 std::string g_cell;
 
 LONG CALLBACK ReportFault(EXCEPTION_POINTERS* exception) {
@@ -36,7 +37,7 @@ LONG CALLBACK ReportFault(EXCEPTION_POINTERS* exception) {
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-// The library under test, from its load to its unload.
+// While one exists, the library under test is loaded.
 class LoadedLibrary {
 public:
     explicit LoadedLibrary(std::wstring const& path) : module_(::LoadLibraryW(path.c_str())) {
@@ -73,56 +74,41 @@ private:
     LoadedLibrary const* library_ = nullptr;
 };
 
-std::wstring PathOf(HMODULE module) {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(module, path, MAX_PATH);
-    return {path, length};
-}
-
 class WindowsMatrix {
 public:
     explicit WindowsMatrix(Board const& board)
-        : board_(board), machine_(board.make()), vendor_(machine_), trial_(surroundings_, vendor_) {
-        vendor_.SetThermalControllers(board.thermalControllers);
-        test::host::InstallCaptions({board.caption});
-        machine_.WriteProfile(ProfileText());
-        path_ = PathOf(test::LibraryUnderTest());
+        : board_(board), machine_(board.make()), trial_(board, machine_, surroundings_) {
+        path_ = sim::ModulePath(test::LibraryUnderTest());
         ::FreeLibrary(test::LibraryUnderTest());
     }
 
     std::vector<Cell> Cells() {
-        for (Step const* const step : MatrixSteps()) {
-            WithLibrary([&] { reference_[step->name] = trial_.Observe(*step, step != &Initialisation()); });
-        }
-        WithLibrary([&] { reference_[Initialisation().name].afterOne = trial_.ObserveOne().after; });
+        reference_ = trial_.Observe([this](Trial::Observation const& observe) { return WithLibrary(observe); });
         std::vector<Cell> cells = CellsOf(board_, reference_);
-        std::erase_if(cells, [](Cell const& cell) { return cell.entryPoint == "library"; });
+        std::erase_if(cells, [](Cell const& cell) { return cell.entryPoint == kWholeLibrary; });
         return cells;
     }
 
     std::string Try(Cell const& cell) {
         g_cell = cell.Name();
-        std::string complaints;
-        WithLibrary([&] {
+        return WithLibrary([&] {
             if (!cell.IsFromStart()) {
                 trial_.Initialise();
             }
-            complaints = trial_.Try(cell, reference_);
+            return trial_.Try(cell, reference_);
         });
-        return complaints;
     }
 
 private:
     template <class Work>
-    void WithLibrary(Work const& work) {
+    auto WithLibrary(Work const& work) {
         LoadedLibrary const library(path_);
         surroundings_.SetLibrary(&library);
-        work();
+        return work();
     }
 
     Board const& board_;
     test::Machine machine_;
-    FaultyVendor vendor_;
     WindowsSurroundings surroundings_;
     Trial trial_;
     std::wstring path_;
@@ -149,10 +135,10 @@ int Main(int argc, char** argv) {
             continue;
         }
         ++tried;
-        std::string const complaints = matrix.Try(cells[index]);
-        if (!complaints.empty()) {
+        std::string const failures = matrix.Try(cells[index]);
+        if (!failures.empty()) {
             ++red;
-            std::printf("red: %s\n%s\n", cells[index].Name().c_str(), complaints.c_str());
+            std::printf("red: %s\n%s\n", cells[index].Name().c_str(), failures.c_str());
         }
     }
     std::printf("%s: %d cells, part %d of %d: %d tried, %d red\n", boards[position].name,

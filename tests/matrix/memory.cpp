@@ -4,7 +4,7 @@
 #include <new>
 
 #include "Outside.h"
-#include "native_platform.h"
+#include "machine_native.h"
 
 namespace gputune::matrix {
 
@@ -15,7 +15,7 @@ int g_allocations = 0;
 int g_first = 0;
 bool g_thenAll = false;
 
-// Of malloc and calloc, which this program's operator new uses as well.
+// Called before every malloc and calloc, also those of this program's operator new.
 bool Refuse() {
     if (!g_isWatched) {
         return false;
@@ -50,21 +50,10 @@ struct Watched<Member, Result (*)(Args...)> {
 test::Exports const& WatchedExports(test::Exports const& real) {
     g_real = &real;
     test::RefuseAllocationsBy(Refuse);
-#define WATCHED(name) Watched<&test::Exports::name, decltype(test::Exports::name)>::Call
     static test::Exports const watched = {
-        WATCHED(InitVGAHelper),         WATCHED(IsInitOk),
-        WATCHED(GetVendorInfo),         WATCHED(SetActiveAdapterIndex),
-        WATCHED(GetActiveAdapterIndex), WATCHED(GetVGAInfo),
-        WATCHED(FetchHwmValues),        WATCHED(GetHwmValue),
-        WATCHED(GetFrameRate),          WATCHED(SetFanSpeed),
-        WATCHED(SetFanSpeedTable),      WATCHED(GetFanSetting),
-        WATCHED(SetPowerLimit),         WATCHED(SetPowerLimitDefault),
-        WATCHED(GetPowerLimitSetting),  WATCHED(SetPerformanceUser),
-        WATCHED(SetPerformanceOC),      WATCHED(SetPerformanceDefault),
-        WATCHED(SetPerformanceSilent),  WATCHED(GetGpuClockSetting),
-        WATCHED(GetMemClockSetting),    WATCHED(GetExternalPerformanceParameter),
+#define FLAT_FUNCTION(result, name, ...) Watched<&test::Exports::name, decltype(test::Exports::name)>::Call,
+#include "api/flat_functions.inc"
     };
-#undef WATCHED
     return watched;
 }
 

@@ -1,5 +1,5 @@
-// The memory of the library under test: what it takes, and the lack of it. Natively; operator new is this program's
-// own.
+// Counts the allocations of the library under test, and lets them fail. Natively; the program has an operator new of
+// its own.
 #pragma once
 
 #include <cstddef>
@@ -8,13 +8,13 @@
 
 namespace gputune::matrix {
 
-// The library's exports, so that what they allocate is told from what the test does.
+// The library's exports, wrapped so that what they allocate is told from what the test allocates.
 test::Exports const& WatchedExports(test::Exports const& real);
 
 void CountAllocations();
 int Allocations();
 
-// The allocation `first` (from 1) fails, and with `thenAll` all that follow; 0: none does.
+// See Surroundings::RefuseMemory.
 void RefuseMemory(int first, bool thenAll);
 
 }  // namespace gputune::matrix

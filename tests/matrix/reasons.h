@@ -1,27 +1,15 @@
-// What the log has to say about a fault: the rules, and the exceptions.
+// Whether the log gives the reason of a failure.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "Machine.h"
-#include "faults.h"
-#include "matrix_boards.h"
-#include "steps.h"
+#include "cells.h"
 
 namespace gputune::matrix {
 
-struct Incident {
-    Board const& board;
-    Step const& step;
-    std::string const& entryPoint;
-    Fault const& fault;
-    bool worked;         // although the fault was met
-    bool workedHealthy;  // what the step does on the healthy board
-};
-
-// What is missing in `lines`, the log of the step (of a step whose initialisation met the fault: of both), compared
-// with `healthy`, the lines that the healthy board's has; empty when nothing is.
-std::string MissingReason(Incident const& incident, test::Lines const& lines, test::Lines const& healthy);
+// What is missing in `log`, which the cell's step has left; empty when nothing is. `worked`: the step did with the
+// fault what it does without.
+std::string MissingReason(Cell const& cell, bool worked, test::Lines const& log, Healthy const& healthy);
 
 }  // namespace gputune::matrix

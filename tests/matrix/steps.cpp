@@ -10,7 +10,7 @@ namespace gputune::matrix {
 
 namespace {
 
-// By name; every operation that takes arguments is here.
+// The arguments of every operation that takes any, by its name.
 std::map<std::string, std::vector<test::Arguments>> const kArguments = {
     {"SetActiveAdapterIndex", {{5}, {0}, {1}}},  // AMD's, and Intel's two
     {"GetHwmValue", {{GPUTUNE_HWM_GPU_TEMPERATURE}}},
@@ -78,7 +78,12 @@ Step const& Initialisation() {
     return initialisation;
 }
 
-std::vector<Step> const& Steps() {
+Step const& SecondInitialisation() {
+    static Step const again{"InitVGAHelper once more"};
+    return again;
+}
+
+std::vector<Step> const& Operations() {
     static std::vector<Step> const steps = [] {
         std::vector<Step> all;
         for (test::Operation const& operation : test::Operations()) {
@@ -89,6 +94,17 @@ std::vector<Step> const& Steps() {
             for (test::Arguments const& arguments : kArguments.at(operation.name)) {
                 all.push_back({NameOf(operation, arguments), &operation, arguments});
             }
+        }
+        return all;
+    }();
+    return steps;
+}
+
+std::vector<Step const*> const& AllSteps() {
+    static std::vector<Step const*> const steps = [] {
+        std::vector<Step const*> all{&Initialisation(), &SecondInitialisation()};
+        for (Step const& operation : Operations()) {
+            all.push_back(&operation);
         }
         return all;
     }();

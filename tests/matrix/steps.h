@@ -1,4 +1,4 @@
-// What a host does: the exported operations with arguments that make them work, and the initialisation.
+// What a host does: InitVGAHelper, and the exported operations with arguments that make them work.
 #pragma once
 
 #include <string>
@@ -8,35 +8,38 @@
 
 namespace gputune::matrix {
 
-// A predefined mode of the profile file: factors of the default clocks, and percent.
+// A predefined mode of the profile file.
 struct ModeValues {
-    double gpu;
-    double memory;
-    int power;
+    double gpu;     // factor of the default GPU clock
+    double memory;  // factor of the default memory clock
+    int power;      // limit in percent
 };
 constexpr ModeValues kOverclockMode{1.05, 1.1, 10};
 constexpr ModeValues kSilentMode{0.9, 0.95, -10};
-// The file that has them.
+// The profile file with these modes.
 std::string ProfileText();
 
-// An operation with arguments; without an operation, the initialisation.
 struct Step {
     std::string name;
-    test::Operation const* operation = nullptr;
+    test::Operation const* operation = nullptr;  // null: InitVGAHelper
     test::Arguments arguments{};
 
     bool IsInitialisation() const { return operation == nullptr; }
 };
 
 Step const& Initialisation();
+// InitVGAHelper on an initialised library.
+Step const& SecondInitialisation();
 
-// All operations, in one order; those with arguments as often as there are ways for them to go.
-std::vector<Step> const& Steps();
+// All exported functions but InitVGAHelper; those with arguments once for every way that these make them go.
+std::vector<Step> const& Operations();
+
+// Both initialisations, and all operations.
+std::vector<Step const*> const& AllSteps();
 
 struct StepAnswer : test::Answer {
-    // What the answer stands for: false also from a record that is not valid, and from a number that is not available.
-    bool worked = true;
-    bool threw = false;  // the one exception that is promised, from the initialisation alone
+    bool worked = true;  // false also for a record that is not valid, and for a number that says "not available"
+    bool threw = false;  // std::bad_alloc, which only InitVGAHelper may let through
 };
 
 StepAnswer Run(test::Exports const& api, Step const& step);

@@ -1,29 +1,32 @@
-// What the program's processes find, counted together.
+// The counts of all processes of the program, and its output.
 #pragma once
 
 #include <string>
 
 namespace gputune::matrix {
 
+// The kinds of cells: one for each backend, in the order of test::Backend, and two more.
+constexpr int kMemoryCells = 4;
+constexpr int kForwardingCells = 5;
+constexpr int kKinds = 6;
+
 struct Totals {
-    int cells[4];  // that there are, by backend
-    int memoryCells;
-    int forwardingCells;
+    int cells[kKinds];  // that there are
     int tried;
     int red;
 };
 
-// Before the first process: where all of them count.
+// Lets all processes that are started from here on count together.
 void ShareTotals();
 Totals& SharedTotals();
 
-// A line for whoever started the program, whatever became of the process's own output.
+// Prints to the program's standard output, also from a child whose own output goes to a file.
 void Say(std::string const& text);
 
-// A red cell, and what is wrong with it.
+// Prints and counts a red cell.
 void Report(std::string const& name, std::string const& what);
 
-// Prints the numbers of cells; false when there are fewer of a kind than there were.
+// Prints the totals; false when there are fewer cells of a kind than there have to be.
 bool PrintTotals();
 
 }  // namespace gputune::matrix

@@ -1,4 +1,4 @@
-// Files and registry values that a test needs and takes away again.
+// The program's own path and the system's, and files and registry values that last as long as an object.
 #pragma once
 
 #include <windows.h>
@@ -8,31 +8,27 @@
 #include <string>
 #include <vector>
 
+#include "sim/host/module_path.h"
+
 namespace gputune::test {
-
-inline std::filesystem::path HostPath() {
-    wchar_t path[MAX_PATH];
-    return std::wstring(path, ::GetModuleFileNameW(nullptr, path, MAX_PATH));
-}
-
-inline std::filesystem::path PathOf(HMODULE module) {
-    wchar_t path[MAX_PATH];
-    return std::wstring(path, ::GetModuleFileNameW(module, path, MAX_PATH));
-}
 
 inline std::filesystem::path System32() {
     wchar_t path[MAX_PATH];
     return std::wstring(path, ::GetSystemDirectoryW(path, MAX_PATH));
 }
 
-// A copy of the planted library. It must not be loaded any more when it goes.
+inline bool IsLoaded(std::filesystem::path const& name) {
+    return ::GetModuleHandleW(name.c_str()) != nullptr;
+}
+
+// A copy of the planted library. Unload it before the object is destroyed.
 class PlantedFile {
 public:
     explicit PlantedFile(std::filesystem::path path) : path_(std::move(path)) {
         std::filesystem::create_directories(path_.parent_path());
-        // A test that was broken off may have left one.
+        // A test that was stopped may have left one.
         std::filesystem::remove(path_);
-        std::filesystem::copy_file(HostPath().parent_path() / "planted.dll", path_);
+        std::filesystem::copy_file(sim::ModulePath().parent_path() / "planted.dll", path_);
     }
     ~PlantedFile() {
         std::error_code ignored;
@@ -47,7 +43,7 @@ private:
     std::filesystem::path path_;
 };
 
-// A key below HKEY_LOCAL_MACHINE, with what is in it.
+// A key below HKEY_LOCAL_MACHINE, which is deleted with all that is in it.
 class MachineKey {
 public:
     explicit MachineKey(std::wstring path) : path_(std::move(path)) {
@@ -63,7 +59,7 @@ public:
     MachineKey(MachineKey const&) = delete;
     MachineKey& operator=(MachineKey const&) = delete;
 
-    // The characters as they are stored, with the terminators that are wanted.
+    // Stores exactly these characters: add terminators as wanted.
     void Set(wchar_t const* value, DWORD type, std::wstring const& characters) {
         ::RegSetValueExW(key_, value, 0, type, reinterpret_cast<BYTE const*>(characters.data()),
                          static_cast<DWORD>(characters.size() * sizeof(wchar_t)));

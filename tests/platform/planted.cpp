@@ -1,6 +1,6 @@
-// A library that nobody has signed and that lies where the careful load must not find it; and NVAPI, when it is called
-// that. Any thread may call it. Where GPUTUNE_SHOW_PLANTED is in the environment, it says on standard output that it
-// has been loaded.
+// A library without a signature, which tests put where the careful loading must not find it. Under the name nvapi.dll
+// it is a small NVAPI, which any thread may call. With GPUTUNE_SHOW_PLANTED in the environment it prints its path when
+// it is loaded.
 #include <windows.h>
 
 #include <atomic>
@@ -30,7 +30,7 @@ extern "C" __declspec(dllexport) void* NVAPI_CDECL nvapi_QueryInterface(std::uin
                                       : nullptr;
 }
 
-// The next initialisation is the first again.
+// Lets the next initialisation succeed as the first one does.
 extern "C" __declspec(dllexport) void Planted_Forget() {
     g_initializations = 0;
 }

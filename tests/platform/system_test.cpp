@@ -1,4 +1,4 @@
-// The small functions of src/platform, on the real system.
+// Registry, paths, locks, signatures: src/platform on the real system.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,12 +7,12 @@
 #include <thread>
 
 #include "Files.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
 #include "platform/library.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/threads.h"
-#include "platform/trust.h"
 
 namespace gputune::test {
 namespace {
@@ -37,7 +37,7 @@ TEST(Registry, TextsAreReadWithAndWithoutTheirTerminators) {
         {REG_DWORD, L"ab", {}},
         {REG_BINARY, L"ab", {}},
     };
-    std::wstring const path = L"Software\\gputune test\\" + HostPath().stem().wstring();
+    std::wstring const path = L"Software\\gputune test\\" + sim::ModulePath().stem().wstring();
     MachineKey key(path);
     for (auto const& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row.stored.substr(0, 20)));
@@ -50,7 +50,7 @@ TEST(Registry, TextsAreReadWithAndWithoutTheirTerminators) {
 
 TEST(Registry, VariablesInTextsAreExpanded) {
     ::SetEnvironmentVariableW(L"GPUTUNE_TEST", L"a value that is far longer than the name of its variable");
-    std::wstring const path = L"Software\\gputune test\\expand " + HostPath().stem().wstring();
+    std::wstring const path = L"Software\\gputune test\\expand " + sim::ModulePath().stem().wstring();
     MachineKey key(path);
     key.Set(L"value", REG_EXPAND_SZ, std::wstring(L"<%GPUTUNE_TEST%>\0", 17));
     auto const answer = platform::ReadMachineTexts(path, L"value");
@@ -64,7 +64,7 @@ TEST(Registry, WhatIsAbsentIsFileNotFound) {
 }
 
 TEST(Registry, SubkeysAreListed) {
-    std::wstring const path = L"Software\\gputune test\\list " + HostPath().stem().wstring();
+    std::wstring const path = L"Software\\gputune test\\list " + sim::ModulePath().stem().wstring();
     MachineKey const key(path);
     EXPECT_EQ(platform::ReadMachineSubkeys(path).texts, Texts{});
     MachineKey const first(path + L"\\0000");
@@ -76,12 +76,12 @@ TEST(Registry, SubkeysAreListed) {
 
 TEST(Paths, AreTheSystems) {
     EXPECT_EQ(platform::SystemDirectory(), System32().wstring());
-    EXPECT_EQ(platform::HostExecutable(), HostPath().wstring());
-    EXPECT_EQ(platform::HostDirectory(), HostPath().parent_path().wstring());
+    EXPECT_EQ(platform::HostExecutable(), sim::ModulePath().wstring());
+    EXPECT_EQ(platform::HostDirectory(), sim::ModulePath().parent_path().wstring());
 }
 
 TEST(Paths, OnlyFilesAreFound) {
-    EXPECT_EQ(platform::FindFile(HostPath().wstring()), 0U);
+    EXPECT_EQ(platform::FindFile(sim::ModulePath().wstring()), 0U);
     EXPECT_EQ(platform::FindFile(System32().wstring()), 2U);
     EXPECT_EQ(platform::FindFile((System32() / "gputune absent.dll").wstring()), 2U);
     EXPECT_EQ(platform::FindFile((System32() / "absent" / "absent.dll").wstring()), 3U);
@@ -132,9 +132,9 @@ TEST(Trust, UnsignedFileIsNotTrusted) {
 
 TEST(Trust, WhatIsNotThereIsNotTrusted) {
     EXPECT_FALSE(platform::TrustedFile(WinTrust(), L"C:\\absent.dll").IsTrusted());
-    EXPECT_FALSE(platform::TrustedFile(nullptr, HostPath().wstring()).IsTrusted());
+    EXPECT_FALSE(platform::TrustedFile(nullptr, sim::ModulePath().wstring()).IsTrusted());
     // A library that has no such function.
-    EXPECT_FALSE(platform::TrustedFile(::GetModuleHandleW(nullptr), HostPath().wstring()).IsTrusted());
+    EXPECT_FALSE(platform::TrustedFile(::GetModuleHandleW(nullptr), sim::ModulePath().wstring()).IsTrusted());
 }
 
 TEST(Trust, FileCannotBeExchangedWhileItIsLookedAt) {

@@ -1,5 +1,5 @@
-// What src/platform/stack_protection.cpp gives to the compiler: this program's functions are protected by it, and it
-// runs itself to see how it ends when one of them writes past the end of an array.
+// src/runtime/stack_protection.cpp: this program is linked with it, and runs itself to see how it ends when a function
+// writes past the end of an array.
 #include <windows.h>
 
 #include <cstdint>
@@ -66,7 +66,7 @@ int main(int count, char** arguments) {
     }
 
     Expect(Run(L"15") == 0 && Run(L"16") == 0, "a function that keeps to its array does not end well");
-    // Compilers leave up to 16 bytes of room behind the array; the last of these still ends within the stack.
+    // Compilers leave up to 16 bytes free behind the array. The longest of these writes still ends within the stack.
     for (wchar_t const* const bytes : {L"36", L"64", L"300"}) {
         Expect(Run(bytes) == kStackBufferOverrun, "a function that writes past its array goes on");
     }

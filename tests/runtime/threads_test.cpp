@@ -1,6 +1,5 @@
-// What src/platform/runtime_threads.cpp gives to the compiler's runtime: statics that are made once, exceptions of each
-// thread's own, mutexes. A program of its own: with a test framework the runtime's functions of the same names would
-// come in, too.
+// src/runtime/threads.cpp: static variables are made once, each thread has its own exceptions, and mutexes. Without
+// GoogleTest, with which the linker would take the compiler's functions of the same names.
 #include <pthread.h>
 #include <windows.h>
 
@@ -22,7 +21,7 @@ void Expect(bool holds, char const* what) {
     }
 }
 
-// Runs the same function on many threads, which all set out at once.
+// Runs the same function on many threads, which start at the same time.
 void OnManyThreads(DWORD(WINAPI* function)(void*)) {
     std::array<HANDLE, kThreads> threads;
     HANDLE const start = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -83,7 +82,7 @@ DWORD WINAPI UseReluctantStatic(void* start) {
 
 // ---- Mutexes ----
 
-// Initialised in both ways: by the function, as this compiler's runtime does it, and by the macro, as another's may.
+// Initialised by the function, as this compiler's runtime does it, and by the macro, as that of another version may.
 pthread_mutex_t g_initialized;
 pthread_mutex_t g_predefined = PTHREAD_MUTEX_INITIALIZER;
 int g_count = 0;
@@ -126,7 +125,7 @@ struct Error : std::exception {
     int number;
 };
 
-// Looks at the exceptions in flight while one unwinds.
+// Counts the uncaught exceptions while one unwinds the stack.
 struct Witness {
     ~Witness() {
         Expect(std::uncaught_exceptions() == 1, "not one exception in flight");
@@ -139,7 +138,7 @@ void Throw(int number) {
     throw Error(number);
 }
 
-// One exception inside the handler of another, and the outer one on its way again afterwards.
+// Throws an exception inside the handler of another one, and rethrows the outer one afterwards.
 void ThrowWithin(int number) {
     try {
         Throw(number);
@@ -194,7 +193,7 @@ int main() {
     if (g_failures != 0) {
         return 1;
     }
-    // A program that faults may well end with 0 under Wine: the test looks for this line.
+    // Under Wine, a program that crashes may exit with 0: the test looks for this line.
     std::puts("all as promised");
     return 0;
 }

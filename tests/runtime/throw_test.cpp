@@ -1,5 +1,5 @@
-// The errors of the standard library's containers, as src/api/throw.cpp throws them. A program of its own: with a test
-// framework the runtime's functions of the same names would come in, too.
+// src/runtime/throw.cpp: the errors of the standard library's containers. Without GoogleTest, with which the linker
+// would take the compiler's functions of the same names.
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -43,7 +43,7 @@ int main() {
                                  [&] { text = std::string{g_noText}; });
     ExpectThrown<std::exception>("%s: __pos (which is %zu) > this->size() (which is %zu)",
                                  [&] { text = text.substr(g_all); });
-    // More than a half, and more than all, of what a pointer reaches.
+    // More than half of the address space, and more than all of it.
     ExpectThrown<std::bad_alloc>("std::bad_alloc", [] {
         void* const block = std::allocator<char>().allocate(g_all);
         std::printf("%p\n", block);

@@ -1,10 +1,10 @@
-// A part of a host, built as this compiler builds by default: with its runtime in DLLs, which then are in the process.
+// A plug-in of a host, built as this compiler builds by default: with the compiler's runtime in DLLs.
 #include <stdexcept>
 #include <string>
 
 extern "C" {
 
-// Whether an exception of the runtime's DLL, thrown through this one, is caught here.
+// Whether an exception that the runtime's DLL throws is caught here.
 __declspec(dllexport) bool Plugin_CatchesItsOwn();
 
 bool Plugin_CatchesItsOwn() {

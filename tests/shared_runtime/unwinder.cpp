@@ -1,5 +1,4 @@
-// Under the file name of the compiler's unwinder, whose real DLL keeps itself in the process: what is asked of it is
-// counted, and it goes when nobody holds it.
+// A DLL with the file name of the compiler's unwinder. It counts its calls, and unlike the real one it can be unloaded.
 #include <atomic>
 
 namespace {

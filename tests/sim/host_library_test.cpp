@@ -13,14 +13,13 @@
 
 #include "gputune.h"
 #include "gputune_sim_host.h"
+#include "sim/host/module_path.h"
 
 namespace {
 
 // The folder with bin/ and tests/, in which this program's own folder lies.
 std::filesystem::path OutputDirectory() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(std::wstring(path, length)).parent_path().parent_path().parent_path();
+    return gputune::sim::ModulePath().parent_path().parent_path().parent_path();
 }
 
 HMODULE Load(std::filesystem::path const& path) {
@@ -285,6 +284,29 @@ TEST_F(HostLibrary, UnloadedWhileABoardRunsItStays) {
     ::FreeLibrary(simulation_);
     ExpectLibraryFinds(GPUTUNE_API_OVERDRIVEN, "Radeon RX 580 Series");
     stop_();
+}
+
+// The library under the file name of the compiler's unwinder, as a host or its plug-in brings one along. It is loaded
+// before the simulation, and counts what is asked of it.
+class CountingUnwinder {
+protected:
+    int Calls() const { return Find<int()>(unwinder_, "Unwinder_Calls")(); }
+
+    HMODULE unwinder_ = Load(OutputDirectory() / "tests" / "shared-runtime" / "counting" / "libgcc_s_dw2-1.dll");
+    int const ownCalls_ = Calls();
+};
+class HostLibraryBesideAnUnwinder : protected CountingUnwinder, public HostLibrary {};
+
+TEST_F(HostLibraryBesideAnUnwinder, NeitherAsksNorKeepsIt) {
+    for (char const* const file : {"overdriven.json", "intel.json", "nvidia.json"}) {
+        ASSERT_EQ(Start(file), "");
+        EXPECT_EQ(Start(file), "a board is running already; GputuneSim_Stop ends it") << "thrown and caught";
+        stop_();
+    }
+    EXPECT_EQ(Calls(), ownCalls_);
+    ::FreeLibrary(unwinder_);
+    EXPECT_EQ(::GetModuleHandleW(L"libgcc_s_dw2-1.dll"), nullptr);
+    EXPECT_EQ(Start("no-such.json"), BoardFile("no-such.json") + ": cannot be opened");
 }
 
 }  // namespace

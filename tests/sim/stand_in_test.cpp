@@ -10,13 +10,12 @@
 #include <vector>
 
 #include "gputune_sim.h"
+#include "sim/host/module_path.h"
 
 namespace {
 
 std::filesystem::path LibraryPath(char const* name) {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-    auto const output = std::filesystem::path(std::wstring(path, length)).parent_path().parent_path().parent_path();
+    auto const output = gputune::sim::ModulePath().parent_path().parent_path().parent_path();
     return output / "bin" / "sim" / name;
 }
 

@@ -1,7 +1,7 @@
-// Threads that set out at the same moment, again and again.
+// Threads that start their work at the same moment, as often as Run is called.
 //
 //     AllAtOnce threads(8);
-//     threads.Run([&](int number) { ... });   // back when all are done
+//     threads.Run([&](int number) { ... });   // returns when all eight are done
 #pragma once
 
 #include <atomic>
@@ -55,7 +55,7 @@ private:
             if (!work_) {
                 return;
             }
-            // They were woken one after the other; here they meet.
+            // The threads wake one after the other: each waits here until all are awake.
             ++awake_;
             while (awake_ < count_) {
                 std::this_thread::yield();
@@ -68,7 +68,7 @@ private:
         }
     }
 
-    // Not std::barrier, whose threads at times sleep on for good on Windows.
+    // Not std::barrier: under Wine its threads sometimes never wake.
     std::mutex mutex_;
     std::condition_variable started_;
     std::condition_variable finished_;

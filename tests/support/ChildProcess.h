@@ -1,4 +1,4 @@
-// The running test once more, alone in a process of its own whose end the first one looks at.
+// Runs the current test once more in a child process, whose exit code the parent checks.
 //
 //     TEST(Unload, EndOfTheProcessIsClean) {
 //         if (!IsChild()) {
@@ -15,6 +15,8 @@
 
 #include <string>
 
+#include "sim/host/module_path.h"
+
 namespace gputune::test {
 
 inline constexpr char kChildVariable[] = "GPUTUNE_TEST_CHILD";
@@ -23,14 +25,12 @@ inline bool IsChild() {
     return ::GetEnvironmentVariableA(kChildVariable, nullptr, 0) != 0;
 }
 
-// The exit code.
+// Returns the child's exit code; ~0 when it could not be started.
 inline DWORD RunAsChild() {
-    wchar_t program[MAX_PATH];
-    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
     testing::TestInfo const& test = *testing::UnitTest::GetInstance()->current_test_info();
     std::string const name = std::string(test.test_suite_name()) + "." + test.name();
     std::wstring command =
-        L"\"" + std::wstring(program) + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
+        L"\"" + sim::ModulePath().wstring() + L"\" --gtest_filter=" + std::wstring(name.begin(), name.end());
     ::SetEnvironmentVariableA(kChildVariable, "1");
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;

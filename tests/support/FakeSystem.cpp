@@ -1,5 +1,6 @@
 #include "FakeSystem.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -7,11 +8,13 @@
 #include <thread>
 
 #include "Outside.h"
-#include "fake_libraries.h"
+#include "platform/Mutex.h"
+#include "platform/TrustedFile.h"
 #include "platform/last_error.h"
+#include "platform/memory.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/threads.h"
-#include "platform/trust.h"
 #include "platform/version.h"
 
 namespace gputune::test {
@@ -153,7 +156,7 @@ RegistryAnswer ReadMachineSubkeys(std::wstring const& key) {
     return found == TheSystem().subkeys.end() ? RegistryAnswer{kErrorFileNotFound, {}} : found->second;
 }
 
-// A refused query leaves its reason behind, as the system's does.
+// Windows sets the last error when the answer is no.
 bool IsWindowsAtLeast(std::uint32_t major, std::uint32_t minor) {
     test::Outside const outside;
     TheSystem().Note(L"version " + std::to_wstring(major) + L"." + std::to_wstring(minor));
@@ -197,7 +200,42 @@ void Lock::unlock() {
     static_cast<std::recursive_mutex*>(section_)->unlock();
 }
 
-// Time flies: a tenth of what was asked for.
+void Mutex::lock() {
+    std::atomic_ref state(state_);
+    while (state.exchange(this) != nullptr) {
+        state.wait(this);
+    }
+}
+
+void Mutex::unlock() {
+    std::atomic_ref state(state_);
+    state.store(nullptr);
+    state.notify_one();
+}
+
+// Not told here: the sanitizers see what is read too far.
+std::size_t ReadableBytes(void const* /*address*/) {
+    return static_cast<std::size_t>(-1);
+}
+
+// One byte a character, like the narrow encodings of Western systems.
+std::string ToNarrow(std::wstring_view text) {
+    std::string narrow;
+    for (wchar_t const character : text) {
+        narrow.push_back(character > 0 && character < 0x100 ? static_cast<char>(character) : '?');
+    }
+    return narrow;
+}
+
+std::wstring ToWide(std::string_view text) {
+    std::wstring wide;
+    for (char const character : text) {
+        wide.push_back(static_cast<wchar_t>(static_cast<unsigned char>(character)));
+    }
+    return wide;
+}
+
+// A tenth of the time that was asked for, so that tests are quick.
 void SleepMilliseconds(std::uint32_t duration) {
     test::Outside const outside;
     TheSystem().Note(L"sleep " + std::to_wstring(duration));

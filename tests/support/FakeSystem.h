@@ -1,6 +1,5 @@
-// The Windows that the library's code meets on the native machine, as far as loading libraries with care goes: its
-// version, registry, files, signatures and libraries. A test arranges it and reads from `trace` what was asked of it,
-// in order.
+// The Windows that the library's code runs on in native tests: version, registry, files, signatures and libraries. A
+// test sets it up, and reads from `trace` what the code asked of it, in order.
 //
 //     FakeSystem& system = TheSystem();
 //     system.isWindows8 = false;
@@ -11,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -28,28 +28,28 @@ struct FakeLibrary {
 };
 
 struct FakeSystem {
-    // What the version query tells the process.
+    // What the version queries answer.
     bool isWindows8 = true;
     std::uint32_t build = 19045;
 
-    // Empty: the system does not tell.
+    // Empty: the query for it fails.
     std::wstring systemDirectory = L"C:\\Windows\\system32";
     std::wstring hostExecutable = L"C:\\Host\\host.exe";
 
-    // By key, or by key, backslash and value, spelled as the code under test spells them. All others are absent.
+    // By key, or by key, backslash and value name, in the spelling of the code under test. All others are absent.
     std::map<std::wstring, platform::RegistryAnswer> subkeys;
     std::map<std::wstring, platform::RegistryAnswer> values;
 
-    // What looking for a file answers: 0, or the error code. Other files are absent.
+    // What FindFile answers for a path: 0, or the error code. Other files are absent.
     std::map<std::wstring, std::uint32_t> files;
     std::set<std::wstring> trustedFiles;
 
-    // By what the loader is asked for, name or path, spelled as the code under test spells it. What is in neither is
-    // absent, but for the scripted libraries of the machine.
+    // By the name or path that the loader is asked for, in the spelling of the code under test. What is in neither map
+    // is absent, unless it is a scripted library of the machine (Machine.h).
     std::map<std::wstring, FakeLibrary> libraries;
     std::map<std::wstring, std::uint32_t> loadErrors;
 
-    // Called in every load and sleep, on the thread that asked.
+    // Called during every load and every sleep, on the thread that asked for it.
     std::function<void()> inLoad;
     std::function<void(std::uint32_t milliseconds)> inSleep;
 
@@ -57,12 +57,22 @@ struct FakeSystem {
     // "version <major>.<minor>", "file <path>", "value <key\value>".
     Trace trace;
 
-    // The lines that begin so.
+    // The lines of `trace` that begin so.
     Trace TraceOf(std::wstring const& beginning);
     void Note(std::wstring const& line);
 };
 
-// The one that the code under test runs on. Assigning a new one starts afresh.
+// The one that the code under test runs on. Assign a new one to start afresh.
 FakeSystem& TheSystem();
+
+// The following are for implementations of platform/library.h. They return std::nullopt or false for a library that is
+// not one of TheSystem()'s.
+
+// The handle; null when the load fails as loadErrors says. The last error is set.
+std::optional<void*> LoadFakeLibrary(std::wstring const& what, std::uint32_t flags);
+
+bool UnloadFakeLibrary(void* handle);
+
+std::optional<void*> FindInFakeLibrary(void* handle, char const* name);
 
 }  // namespace gputune::test

@@ -1,4 +1,4 @@
-// Puts a function of the test in the place of one that gputune.dll imports, for the life of the object.
+// While one exists, gputune.dll calls a function of the test instead of one that it imports.
 #pragma once
 
 #include <windows.h>
@@ -7,13 +7,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "WindowsMachine.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 
 class ImportHook {
 public:
-    // Throws when the library imports no function of this name.
+    // Throws std::runtime_error when the library imports no function of this name.
     template <class Function>
     ImportHook(char const* name, Function* replacement) : ImportHook(LibraryUnderTest(), name, replacement) {}
     template <class Function>

@@ -1,5 +1,6 @@
-// The machine a test runs on: which display controllers it reports, which vendors' libraries it has and what they
-// answer, and the library under test on top of it. One test, one process, one machine, in an empty working directory.
+// The simulated machine that a test runs on: the display controllers that WMI reports, the vendors' libraries with what
+// they answer, and the library under test. Every test runs in a process and an empty working directory of its own, and
+// has one machine.
 //
 //     Machine machine = OverdriveNBoard().Started();              // boards.h
 //     machine.Reports(PowerLimits{.power = 12, .temperature = 80});
@@ -10,8 +11,8 @@
 // The records that cross, such as PowerLimits, are in the headers of the vendors' boards. Orders of plain bytes (Write
 // and the like) are for these headers, and for tests of a layout itself.
 //
-// The same tests run against the real gputune.dll under Wine (machine_windows.cpp), and against the library's code
-// compiled for this system with sanitizers (machine_native.cpp).
+// The same tests run against the real gputune.dll under Wine (machine_windows.cpp), and natively with the library's
+// code compiled in, under sanitizers (machine_native.cpp).
 #pragma once
 
 #include <cstddef>
@@ -47,17 +48,17 @@ inline Bytes Ints(std::vector<int> const& values) {
     return BytesOf(values);
 }
 
-// `bytes` with `patch` written over it from `offset` on; it grows when needed.
+// `bytes` with `patch` written over it from `offset` on, longer if `patch` reaches behind its end.
 Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch);
 
-// A text and its terminator.
+// The characters of a text and its terminator.
 Bytes Text(std::string const& text);
 
-// A call that crossed into a vendor's library.
+// A call of a vendor's library.
 struct Call {
     std::string entryPoint;
     std::vector<int> args;  // 32-bit words; pointers as numbers
-    Bytes record;           // the bytes the caller passed in; empty when the entry point takes none
+    Bytes record;           // as the caller passed it in; empty when the entry point takes none
 
     int Int(std::size_t offset) const;              // of the record
     double DoubleArgument(std::size_t word) const;  // an argument of two words
@@ -87,7 +88,7 @@ struct Place {
     int offset = 0;
 };
 
-// A load with flags that the library under test has asked for.
+// A LoadLibraryEx call of the library under test.
 struct LibraryLoad {
     std::wstring path;
     std::uint32_t flags;
@@ -95,28 +96,8 @@ struct LibraryLoad {
 
 // The flat exports of the library under test.
 struct Exports {
-    decltype(&::InitVGAHelper) InitVGAHelper;
-    decltype(&::IsInitOk) IsInitOk;
-    decltype(&::GetVendorInfo) GetVendorInfo;
-    decltype(&::SetActiveAdapterIndex) SetActiveAdapterIndex;
-    decltype(&::GetActiveAdapterIndex) GetActiveAdapterIndex;
-    decltype(&::GetVGAInfo) GetVGAInfo;
-    decltype(&::FetchHwmValues) FetchHwmValues;
-    decltype(&::GetHwmValue) GetHwmValue;
-    decltype(&::GetFrameRate) GetFrameRate;
-    decltype(&::SetFanSpeed) SetFanSpeed;
-    decltype(&::SetFanSpeedTable) SetFanSpeedTable;
-    decltype(&::GetFanSetting) GetFanSetting;
-    decltype(&::SetPowerLimit) SetPowerLimit;
-    decltype(&::SetPowerLimitDefault) SetPowerLimitDefault;
-    decltype(&::GetPowerLimitSetting) GetPowerLimitSetting;
-    decltype(&::SetPerformanceUser) SetPerformanceUser;
-    decltype(&::SetPerformanceOC) SetPerformanceOC;
-    decltype(&::SetPerformanceDefault) SetPerformanceDefault;
-    decltype(&::SetPerformanceSilent) SetPerformanceSilent;
-    decltype(&::GetGpuClockSetting) GetGpuClockSetting;
-    decltype(&::GetMemClockSetting) GetMemClockSetting;
-    decltype(&::GetExternalPerformanceParameter) GetExternalPerformanceParameter;
+#define FLAT_FUNCTION(result, name, ...) decltype(&::name) name;
+#include "api/flat_functions.inc"
 };
 
 class Machine {
@@ -129,12 +110,11 @@ public:
         Nvidia,    // "nvapi.dll"
     };
 
-    // A machine without display controllers, with a vendor's library that answers 0 to everything and writes nothing,
-    // or without one (then nothing can be ordered of it).
+    // A machine without display controllers and with this library, which returns 0 from every call and writes nothing.
     explicit Machine(Library library = Library::AmdNewer);
     Machine(Machine&&) noexcept = default;
 
-    // One more library, for a machine with boards of several vendors.
+    // Adds one more library, for a machine with boards of several vendors.
     Machine& Add(Library library);
 
     Machine& Captions(std::vector<std::wstring> captions);
@@ -162,9 +142,7 @@ public:
         return LastCall(Record::kReadBy.entryPoint).template As<Record>();
     }
 
-    // What an entry point of the vendor's library does. Orders change its newest response; Then begins another one,
-    // which holds from the following call on (ScriptedLibrary.h, which also tells of orders for one first argument:
-    // For).
+    // Orders what an entry point of a vendor's library does: see ScriptedLibrary.h.
     Machine& Result(std::string const& entryPoint, int result);
     Machine& Write(std::string const& entryPoint, int argument, Bytes const& bytes, int offset = 0);
     Machine& WriteThrough(std::string const& entryPoint, int argument, int pointerOffset, Bytes const& bytes);
@@ -176,22 +154,20 @@ public:
     // The library that the machine was made with.
     ScriptedLibrary& Scripted() const;
 
-    // Load the library under test on this machine, without initialising it.
+    // Loads the library under test if necessary, without initialising it.
     Exports const& Api();
 
-    // Call one of the control library's functions that the library under test exports.
+    // Calls one of the Intel control library's functions that the library under test exports.
     template <class... Args>
     int Ctl(std::string const& name, Args... args);
 
-    // Let the library under test find the machine's display controllers, as Init does.
+    // Lets WMI report the display controllers of Captions, as Init does.
     void InstallCaptions() const;
 
-    // InitVGAHelper with this log mode; the file by default, which TakeLog reads. The calls and the log of the
-    // initialisation stay to be looked at.
+    // InitVGAHelper with this log mode; by default the log is the file that TakeLog reads.
     bool Init(int logMode = GPUTUNE_LOG_FILE);
 
-    // Init, of which success is expected, and forget its calls and its log. Started hands the machine on; without
-    // success it throws.
+    // Init, and drop its calls and its log. Started hands the machine on; it throws when Init fails.
     bool InitAndForget();
     Machine Started();
 
@@ -207,12 +183,12 @@ public:
     Call LastCall(std::string const& entryPoint) const;
     int CountOf(std::string const& entryPoint) const;
 
-    // The loads that no earlier TakeLoads has returned, and how many of all of them were given back.
+    // The loads that no earlier TakeLoads has returned; and how many of all loaded libraries were unloaded.
     std::vector<LibraryLoad> TakeLoads();
     int UnloadCount() const;
 
-    // Write the profile file where the library under test looks for it, or make sure that there is none. Under Windows
-    // that is one place for all tests: only for tests in profile_*_test.cpp, which run one after the other.
+    // Writes the profile file where the library under test looks for it, or removes it. Under Windows all tests of a
+    // program share that place: only for tests in acceptance/profile/, which run one after the other.
     Machine& WriteProfile(std::string const& text);
     Machine& RemoveProfile();
 
@@ -224,11 +200,11 @@ private:
     std::size_t linesTaken_ = 0;
 };
 
-// What the two kinds of machine provide.
+// What machine_native.cpp and machine_windows.cpp each implement, and FileName.
 namespace host {
 
 void InstallCaptions(std::vector<std::wstring> const& captions);
-// Where the library under test finds it.
+// Puts the library where the library under test finds it.
 ScriptedLibrary& InstallLibrary(Machine::Library library);
 std::string FileName(Machine::Library library);
 Exports const& LoadLibraryUnderTest();

@@ -1,10 +1,10 @@
-// Whose code runs: that of the library under test, or that of its surroundings, the vendors' libraries and the system.
-// For tests in which memory runs out for the library under test alone.
+// Tells whose code is running: the library under test, or its surroundings, which are the scripted vendor libraries and
+// the simulated system. Tests that let memory run out refuse it to the library under test only.
 #pragma once
 
 namespace gputune::test {
 
-// While one lives, the surroundings are at work.
+// While one exists, the surroundings' code is running.
 class Outside {
 public:
     Outside() { ++depth_; }
@@ -19,7 +19,7 @@ private:
     static inline thread_local int depth_ = 0;
 };
 
-// While one lives, the surroundings have called back into the library under test.
+// While one exists, the surroundings have called back into the library under test, whose code is running again.
 class CallBack {
 public:
     CallBack() : depth_(Outside::depth_) { Outside::depth_ = 0; }

@@ -1,5 +1,5 @@
-// What the vendors' scripted libraries share: responses, recording, and which entry points there are. Each vendor adds
-// its list of entry points and their arguments.
+// What the three scripted libraries share: responses, recording, hidden entry points. scripted_adl.cpp,
+// scripted_igcl.cpp and scripted_nvapi.cpp each add a vendor's list of entry points and their arguments.
 #pragma once
 
 #include <functional>
@@ -18,12 +18,12 @@
 #else
 #define SCRIPTED_CDECL __attribute__((cdecl))
 #define SCRIPTED_STDCALL __attribute__((stdcall))
-// The product may have a function of the same name.
+// The library under test may have a function of the same name.
 #define SCRIPTED_NAME(name) Scripted_##name
 #endif
 
-// One entry point, for files that have `int Answer(char const* name, int const* words)`. One function serves all: under
-// cdecl the caller pops its arguments, however many there are.
+// Defines one entry point, in a file that has `int Answer(char const* name, int const* words)`. Eight words serve for
+// every entry point: under cdecl the caller pops its arguments, however many there are.
 #define SCRIPTED_FUNCTION(linkage, name)                                                                     \
     linkage int SCRIPTED_CDECL SCRIPTED_NAME(name)(int a, int b, int c, int d, int e, int f, int g, int h) { \
         int const words[gputune::test::kMaxWords] = {a, b, c, d, e, f, g, h};                                \
@@ -36,20 +36,19 @@ namespace gputune::test {
 // The size of a record that its own first int gives.
 constexpr int kSizeInRecord = -1;
 
-// What is recorded of a call: how many words its arguments take, and which of them points to a record that the caller
-// fills in, with that one's size.
+// What is recorded of a call.
 struct Signature {
-    int words;
-    int recordArgument = -1;
-    int recordSize = 0;
+    int words;                // that its arguments take
+    int recordArgument = -1;  // which argument points to a record that the caller fills in; -1: none
+    int recordSize = 0;       // in bytes, or kSizeInRecord
 };
 
 struct ScriptedInterface {
     std::map<std::string, void*> entryPoints;
     std::map<std::string, Signature> signatures;
-    // Of the other entry points; without it their calls return -8 and are not recorded.
+    // Of all other entry points; without it their calls return -8 and are not recorded.
     std::optional<Signature> otherSignature = std::nullopt;
-    // The entry points that are hidden until they are shown.
+    // The entry points that are hidden until a test calls Show.
     std::set<std::string> unusual = {};
 };
 
@@ -66,7 +65,7 @@ public:
     // The address of an entry point that is not hidden, else null.
     void* Find(std::string const& name) const;
 
-    // Told now and after every change of the hidden names.
+    // Calls `handler` with the hidden names: now, and after every change of them.
     void OnHiddenChange(HiddenHandler handler);
 
     void SetAllocator(Allocator allocator) { allocator_ = allocator; }
@@ -123,7 +122,7 @@ private:
     Interceptor* interceptor_ = nullptr;
 };
 
-// The libraries. Under Windows each is in a DLL of its own, natively all are in one program.
+// The three libraries. Under Windows each is in a DLL of its own, natively all are in one program.
 ScriptedCore& ScriptedAdl();
 ScriptedCore& ScriptedIgcl();
 ScriptedCore& ScriptedNvapi();

@@ -1,16 +1,17 @@
-// A vendor's control library that answers as it is told to, byte by byte, and records what crossed the table.
+// A vendor's control library that returns and writes the bytes that a test orders, and records every call with its
+// arguments.
 //
-// It knows no record layout of the product's: what it writes and what it remembers are plain bytes, and its own table
-// of the entry points' arguments was entered by hand, so that a mistake on either side shows.
+// It shares no record layout with src/: it writes and records plain bytes, and its table of the entry points' arguments
+// was entered by hand, so that a mistake on either side shows.
 //
-// Responses. Every entry point starts with one response: return 0 and write nothing. An order changes the response
-// begun last; Then begins the next one, which holds from the following call on. The last response holds for all later
-// calls. An order for "name@1F" (the number in hexadecimal, see For) is one for the calls whose first argument is 0x1F;
-// these calls then have responses of their own.
+// Responses. Every entry point starts with one response: return 0 and write nothing. An order (Result, Write,
+// WriteThrough, Allocate) changes the newest response. Then adds a response, for the next call. The newest one also
+// answers all later calls. An order for For(name, 0x1F) is for the calls whose first argument is 0x1F; they have
+// responses of their own.
 //
-// Arguments are counted in 32-bit words from 0, so a double takes two.
+// Arguments are counted in 32-bit words from 0; a double takes two.
 //
-// Under Windows it is a DLL of its own; only plain data crosses this interface.
+// Under Windows every library is a DLL of its own: only plain data may cross this interface.
 #pragma once
 
 #include <cstdint>
@@ -30,11 +31,11 @@ struct ScriptedCall {
     unsigned char record[kMaxRecord];  // its bytes on entry
 };
 
-// Answers calls in a library's stead.
+// Answers calls instead of the orders.
 class Interceptor {
 public:
-    // `words` are the call's arguments. Everything that ScriptedLibrary::AsOrdered does is its own choice, in its own
-    // order.
+    // `words` are the call's arguments. Returns the result; writes the outputs itself or lets
+    // ScriptedLibrary::AsOrdered do so.
     virtual int Answer(char const* entryPoint, int const* words) = 0;
 
 protected:
@@ -46,24 +47,24 @@ public:
     // Whether the library can have an entry point of this name, hidden or not.
     virtual bool Has(char const* entryPoint) const = 0;
 
-    // Forget all orders and calls, and who answers instead.
+    // Forget all orders, all calls and the interceptor.
     virtual void Reset() = 0;
 
     virtual void Result(char const* entryPoint, int result) = 0;
 
-    // Write bytes to where the argument points, from `offset` on. A null argument is left alone.
+    // Write bytes to where the argument points, from `offset` on. Nothing is written through a null argument.
     virtual void Write(char const* entryPoint, int argument, int offset, void const* bytes, int size) = 0;
 
-    // The same for the pointer that stands at `offset` of what the argument points to: write to where that one points.
+    // Write bytes to where a pointer points that stands at `offset` of what the argument points to.
     virtual void WriteThrough(char const* entryPoint, int argument, int offset, void const* bytes, int size) = 0;
 
-    // Hand a list out: a block of exactly `size` bytes from the client's allocation callback, its address into the
-    // pointer that the argument points to. Of size 0: a null pointer, without asking for memory.
+    // Hand out a list: `bytes`, in a block of exactly this size from the client's allocation callback. The block's
+    // address goes into the pointer that the argument points to. For size 0 it is null, and no memory is asked for.
     virtual void Allocate(char const* entryPoint, int argument, void const* bytes, int size) = 0;
 
     virtual void Then(char const* entryPoint) = 0;
 
-    // The library does not have the entry point; or does have one that it usually has not.
+    // From now on the library does not have the entry point; or has it again, or has one that it usually lacks.
     virtual void Hide(char const* entryPoint) = 0;
     virtual void Show(char const* entryPoint) = 0;
 
@@ -71,15 +72,15 @@ public:
     virtual ScriptedCall const& CallAt(int index) const = 0;
     virtual void ClearCalls() = 0;
 
-    // Let `interceptor` answer from now on (null: the orders again), and answer a call as it was ordered. Calls are
-    // recorded either way.
+    // Let `interceptor` answer from now on; null: the orders again. Calls are recorded either way.
     virtual void AnswerBy(Interceptor* interceptor) = 0;
+    // For an interceptor: do what is ordered for this call, and return the result.
     virtual int AsOrdered(char const* entryPoint, int const* words) = 0;
 
-    // What the client's allocation callback returns for a size: null while the library knows of none.
+    // Call the client's allocation callback, and return its block; null while the client has given no callback.
     virtual void* AskForMemory(int size) = 0;
 
-    // The same with a stack that is 4 bytes off a 16-byte boundary, as other compilers' code does.
+    // The same with a stack that is only aligned to 4 bytes, as code of other compilers leaves it.
     virtual void* AskWithOddStack(int size) = 0;
 
 protected:
@@ -93,7 +94,7 @@ constexpr Handle operator+(Handle first, int position) {
     return Handle{static_cast<std::uintptr_t>(first) + static_cast<std::uintptr_t>(position)};
 }
 
-// The name under which orders are given for the calls of an entry point that have this first argument.
+// The name to give orders for, when they are only for the calls of an entry point that have this first argument.
 inline std::string For(std::string const& entryPoint, int firstArgument) {
     char text[16];
     std::snprintf(text, sizeof text, "@%X", static_cast<unsigned>(firstArgument));

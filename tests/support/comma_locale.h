@@ -8,8 +8,8 @@
 
 namespace gputune::test {
 
-// Sets such a locale for the process: an installed one or, on Linux, one compiled here (into the current directory)
-// from the sources of locales. False when there is none to be had. setlocale(LC_ALL, "C") takes it back.
+// Sets such a locale for the process: an installed one or, on Linux, one that localedef compiles into the current
+// directory. False when there is none. setlocale(LC_ALL, "C") sets the old one again.
 inline bool SetCommaLocale() {
     auto const set = [](char const* name) {
         return std::setlocale(LC_ALL, name) != nullptr && std::strcmp(std::localeconv()->decimal_point, ",") == 0;

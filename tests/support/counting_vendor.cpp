@@ -1,5 +1,6 @@
-// A vendor's library that any number of threads may call at once, which the scripted ones are not made for: it counts.
-// Under AMD's name it opens, and has an interface that no backend is for; under Intel's it adds its arguments.
+// A vendor's library that counts its calls. Unlike the scripted ones, any number of threads may call it at once. As
+// AMD's library it opens and reports an Overdrive version that no backend supports; as Intel's, its functions return
+// the sum of their arguments.
 #include <windows.h>
 
 #include <atomic>
@@ -16,7 +17,7 @@ std::atomic<int> g_lists = 0;
 std::atomic<int> g_versions = 0;
 Allocate g_allocate = nullptr;
 
-// Longer than it takes other threads to arrive.
+// So long that other threads arrive in the meantime.
 void TakeTime() {
     ::Sleep(1);
 }
@@ -70,7 +71,7 @@ COUNTING_EXPORT int ctlPciGetState(int a, int b) {
     return a + b + 2;
 }
 
-// How often it was called since it was last asked: contexts created, lists given, versions told.
+// How often it was called since the last Counting_Take: contexts created, adapter lists handed out, versions reported.
 COUNTING_EXPORT void Counting_Take(int* counts) {
     counts[0] = g_contexts.exchange(0);
     counts[1] = g_lists.exchange(0);

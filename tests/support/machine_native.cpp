@@ -1,26 +1,24 @@
-// The machine for the library's code compiled into the test itself: the operating system it sees is this file.
+// Machine and machine_native.h for native tests, which have the library's code compiled in. Together with
+// FakeSystem.cpp this file is the operating system that it runs on.
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <map>
 
+#include "FakeSystem.h"
 #include "Machine.h"
 #include "Outside.h"
 #include "ScriptedCore.h"
-#include "detect/WmiQuery.h"
-#include "fake_libraries.h"
-#include "native_platform.h"
-#include "platform/Mutex.h"
-#include "platform/display_source.h"
+#include "detect/wmi_query.h"
+#include "machine_native.h"
+#include "platform/DisplayAdapter.h"
 #include "platform/library.h"
-#include "platform/memory.h"
 #include "platform/paths.h"
 #include "platform/process.h"
 #include "platform/text.h"
 
-// Of whatever signature: only the addresses are used.
+// Declared without their arguments: only the addresses are used.
 #define CTL_FORWARD(name, ...) extern "C" int name();
 #include "intel/ctl_functions.inc"
 
@@ -34,7 +32,8 @@ std::map<std::wstring, std::uint32_t> g_displays;
 // The libraries of the machine, by file name.
 std::map<std::wstring, ScriptedCore*> g_installed;
 
-// One load of a library; its address is the handle. Kept when it is unloaded, to catch who uses it then.
+// One load of a library; its address is the handle. It stays in g_modules after the unload, so that a later use is
+// noticed.
 struct Module {
     ScriptedCore* library;
     bool isLoaded = true;
@@ -118,17 +117,8 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = {
-        ::InitVGAHelper,         ::IsInitOk,
-        ::GetVendorInfo,         ::SetActiveAdapterIndex,
-        ::GetActiveAdapterIndex, ::GetVGAInfo,
-        ::FetchHwmValues,        ::GetHwmValue,
-        ::GetFrameRate,          ::SetFanSpeed,
-        ::SetFanSpeedTable,      ::GetFanSetting,
-        ::SetPowerLimit,         ::SetPowerLimitDefault,
-        ::GetPowerLimitSetting,  ::SetPerformanceUser,
-        ::SetPerformanceOC,      ::SetPerformanceDefault,
-        ::SetPerformanceSilent,  ::GetGpuClockSetting,
-        ::GetMemClockSetting,    ::GetExternalPerformanceParameter,
+#define FLAT_FUNCTION(result, name, ...) ::name,
+#include "api/flat_functions.inc"
     };
     return exports;
 }
@@ -157,7 +147,7 @@ std::filesystem::path ProfilePath() {
 
 }  // namespace gputune::test
 
-// The linker puts these in the place of the two functions.
+// The linker option --wrap lets all calls of malloc and calloc go to these.
 extern "C" {
 
 void* __real_malloc(std::size_t size);
@@ -213,41 +203,6 @@ void* FindSymbol(LibraryHandle library, char const* name) {
         return *found;
     }
     return test::Loaded(library).library->Find(name);
-}
-
-void Mutex::lock() {
-    std::atomic_ref state(state_);
-    while (state.exchange(this) != nullptr) {
-        state.wait(this);
-    }
-}
-
-void Mutex::unlock() {
-    std::atomic_ref state(state_);
-    state.store(nullptr);
-    state.notify_one();
-}
-
-// Not told here: the sanitizers see what is read too far.
-std::size_t ReadableBytes(void const* /*address*/) {
-    return static_cast<std::size_t>(-1);
-}
-
-// One byte a character, like the narrow encodings of Western systems.
-std::string ToNarrow(std::wstring_view text) {
-    std::string narrow;
-    for (wchar_t const character : text) {
-        narrow.push_back(character > 0 && character < 0x100 ? static_cast<char>(character) : '?');
-    }
-    return narrow;
-}
-
-std::wstring ToWide(std::string_view text) {
-    std::wstring wide;
-    for (char const character : text) {
-        wide.push_back(static_cast<wchar_t>(static_cast<unsigned char>(character)));
-    }
-    return wide;
 }
 
 std::wstring HostDirectory() {

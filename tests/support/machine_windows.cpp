@@ -1,5 +1,5 @@
-// The machine for the real gputune.dll: its WMI locator is this process's own, and the scripted vendor libraries are
-// loaded by full path before the product asks for them by name.
+// Machine and machine_windows.h for tests of the real gputune.dll. The process registers a WMI locator of its own, and
+// loads the scripted vendor libraries by full path, so that gputune.dll gets them when it loads them by name.
 #include <windows.h>
 
 #include <algorithm>
@@ -8,21 +8,16 @@
 
 #include "ImportHook.h"
 #include "Machine.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 
 namespace {
 
-std::filesystem::path ExecutableDirectory() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(std::wstring(path, length)).parent_path();
-}
-
 // The folder that holds bin/ with the library under test, and tests/.
 std::filesystem::path OutputDirectory() {
-    std::filesystem::path directory = ExecutableDirectory();
+    std::filesystem::path directory = sim::ModulePath().parent_path();
     while (!std::filesystem::exists(directory / "bin" / "gputune.dll")) {
         if (directory == directory.parent_path()) {
             throw std::runtime_error("no bin/gputune.dll in a folder above the test program");
@@ -78,7 +73,7 @@ sim::WmiStandIn& Wmi() {
 }
 
 HMODULE LibraryUnderTest() {
-    // GPUTUNE_LIBRARY: as another compiler builds it.
+    // GPUTUNE_LIBRARY: the path of another build of the library, such as clang's.
     wchar_t const* const other = ::_wgetenv(L"GPUTUNE_LIBRARY");
     static HMODULE const module = Load(other != nullptr ? other : OutputDirectory() / "bin" / "gputune.dll");
     return module;
@@ -86,30 +81,8 @@ HMODULE LibraryUnderTest() {
 
 Exports FindExports(HMODULE library) {
     Exports found{};
-#define FIND(name) Find(library, #name, found.name)
-    FIND(InitVGAHelper);
-    FIND(IsInitOk);
-    FIND(GetVendorInfo);
-    FIND(SetActiveAdapterIndex);
-    FIND(GetActiveAdapterIndex);
-    FIND(GetVGAInfo);
-    FIND(FetchHwmValues);
-    FIND(GetHwmValue);
-    FIND(GetFrameRate);
-    FIND(SetFanSpeed);
-    FIND(SetFanSpeedTable);
-    FIND(GetFanSetting);
-    FIND(SetPowerLimit);
-    FIND(SetPowerLimitDefault);
-    FIND(GetPowerLimitSetting);
-    FIND(SetPerformanceUser);
-    FIND(SetPerformanceOC);
-    FIND(SetPerformanceDefault);
-    FIND(SetPerformanceSilent);
-    FIND(GetGpuClockSetting);
-    FIND(GetMemClockSetting);
-    FIND(GetExternalPerformanceParameter);
-#undef FIND
+#define FLAT_FUNCTION(result, name, ...) Find(library, #name, found.name);
+#include "api/flat_functions.inc"
     return found;
 }
 
@@ -135,7 +108,7 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = [] {
-        // Never taken back: the test may unload the library.
+        // The hooks stay for the life of the process: the test may unload the library.
         static ImportHook* const hooks[] = {new ImportHook("LoadLibraryExW", RecordingLoad),
                                             new ImportHook("FreeLibrary", RecordingUnload)};
         static_cast<void>(hooks);
@@ -161,7 +134,7 @@ int UnloadCount() {
 
 std::filesystem::path ProfilePath() {
     // Beside the test program, which is the host.
-    return ExecutableDirectory() / "Config" / "ConfigModel.xml";
+    return sim::ModulePath().parent_path() / "Config" / "ConfigModel.xml";
 }
 
 }  // namespace host

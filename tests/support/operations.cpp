@@ -17,9 +17,9 @@ Answer Number(int result) {
     return {.bytes = BytesOf(result), .breach = ""};
 }
 
-// Behind a Valid that comes first there is room, in which compilers leave what they like.
+// The padding after a Valid that stands first has no defined content.
 template <class Record>
-void ClearRoomBehindValid(unsigned char* storage) {
+void ClearPaddingAfterValid(unsigned char* storage) {
     if constexpr (
         requires(Record record) { record.Valid; } && !requires(Record record) { record.Reserved; }) {
         static_assert(offsetof(Record, Valid) == 0 && alignof(Record) >= sizeof(int));
@@ -27,17 +27,17 @@ void ClearRoomBehindValid(unsigned char* storage) {
     }
 }
 
-// The record that the call builds in the caller's storage.
+// Lets the call build its record in storage that was filled with kStorage.
 template <class Record, class Call>
 Answer Filled(Call&& call, std::string (*breach)(Record const&)) {
     alignas(Record) unsigned char storage[sizeof(Record)];
     std::memset(storage, kStorage, sizeof storage);
     Record const& record = *::new (static_cast<void*>(storage)) Record(call());
-    ClearRoomBehindValid<Record>(storage);
+    ClearPaddingAfterValid<Record>(storage);
     return {.bytes = BytesOf(record), .breach = breach(record)};
 }
 
-// A bool as it stands in a record: reading it as one would not be defined for other bytes.
+// The byte of a bool in a record: reading a bool from a byte other than 0 and 1 is undefined behaviour.
 template <class Record>
 unsigned char ValidByte(Record const& record) {
     unsigned char byte = 0;
@@ -77,7 +77,7 @@ bool IsZero(HwmValue const& value) {
     return std::all_of(bytes.begin(), bytes.end(), [](auto byte) { return byte == 0; });
 }
 
-// All zero without a backend.
+// Without a backend every reading is all zero.
 std::string KnownReadingBreach(HwmValue const& value) {
     bool const isPromised = ValidByte(value) == 1 || value.Value == -1.0 || IsZero(value);
     return isPromised ? ReadingBreach(value) : "a reading never stored is not -1; ";

@@ -1,4 +1,4 @@
-// What a host can ask of the library: the exported operations, one by one, and what gputune.h promises of every answer.
+// The exported functions in a table, each with a check that its answer keeps the promises of gputune.h.
 #pragma once
 
 #include <array>
@@ -12,12 +12,12 @@ namespace gputune::test {
 using Arguments = std::array<int, 4>;
 
 struct Answer {
-    Bytes bytes;          // as the call left them, in storage that held kStorage before
-    std::string breach;   // the promise that it breaks; empty when it breaks none
-    bool success = true;  // false from what answers a bool
+    Bytes bytes;          // of the result; a record's storage was filled with kStorage before the call
+    std::string breach;   // the promise that is broken; empty when none is
+    bool success = true;  // the result of a function that returns bool
 };
 
-// What is in a record's storage before the call.
+// Every byte of a record's storage before the call.
 constexpr unsigned char kStorage = 0xEE;
 
 struct Operation {
@@ -27,10 +27,10 @@ struct Operation {
     Answer (*call)(Exports const& api, Arguments const& arguments);
 };
 
-// All exported functions but InitVGAHelper, FetchHwmValues together with the readings it leaves.
+// All exported functions but InitVGAHelper. The answer of FetchHwmValues are all readings after it.
 std::span<Operation const> Operations();
 
-// What SetFanSpeedTable is given to read, whatever is asked for.
+// The curve that SetFanSpeedTable is given.
 constexpr int kCurvePoints = 5;
 constexpr FanTablePoint kCurve[kCurvePoints] = {{20, 40}, {35, 55}, {50, 70}, {75, 80}, {100, 90}};
 

@@ -2,9 +2,9 @@
 #include <filesystem>
 #include <iterator>
 
-#include "Resources.h"
+#include "resources.h"
 
-// The address sanitizer's. Its header is not everywhere where the compiler is.
+// A function of the address sanitizer, whose header is not installed with every compiler.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace gputune::test {

@@ -1,4 +1,4 @@
-// What the system says, not the library's account of itself. GetProcessHandleCount knows nothing under Wine.
+// All numbers come from the system. Not from GetProcessHandleCount, though: under Wine it always says 0.
 #include <windows.h>
 
 #include <psapi.h>
@@ -8,14 +8,14 @@
 #include <stdexcept>
 #include <vector>
 
-#include "Resources.h"
+#include "resources.h"
 
 namespace gputune::test {
 
 namespace {
 
-// Asks about every number that a handle of this process may have. The system's list of all handles is not to be had:
-// under Wine 8, asking for it while another process ends crashes the server that all of them share.
+// Asks about every number that a handle of this process may have. Not from the system's list of all handles: under
+// Wine 8, asking for that while another process ends crashes the server that all processes share.
 long long CountHandles() {
     constexpr std::uintptr_t kStep = 4;
     constexpr std::uintptr_t kLast = 0x4000;

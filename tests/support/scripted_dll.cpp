@@ -1,7 +1,7 @@
 // A scripted library as a DLL: its loader-visible export table follows what is hidden. SCRIPTED_LIBRARY names which of
 // them it is.
 #include "ScriptedCore.h"
-#include "standin/ExportTable.h"
+#include "sim/standin/ExportTable.h"
 
 extern "C" gputune::test::ScriptedLibrary* Scripted_Library() {
     gputune::test::ScriptedCore& library = gputune::test::SCRIPTED_LIBRARY();

@@ -47,7 +47,7 @@ gputune::test::ScriptedCore& gputune::test::ScriptedIgcl() {
 #include "intel/ctl_functions.inc"
             },
         .signatures = kSignatures,
-        // Those that no adapter calls: whatever the caller's words are.
+        // For the functions that no backend calls, all words that the caller may have passed are recorded.
         .otherSignature = Signature{gputune::test::kMaxWords},
     });
     return core;

@@ -1,11 +1,11 @@
-// The scripted NVAPI library: one export, which hands out the other functions by identifier. Each identifier asked for
-// is a call of "nvapi_QueryInterface" with that one argument. A hidden function is one whose identifier it does not
-// know.
+// The scripted NVAPI library: one export, nvapi_QueryInterface, which returns the other functions' addresses by
+// identifier. Asking for an identifier is recorded as a call with this one argument. For a hidden function it returns
+// null.
 #include "Outside.h"
 #include "ScriptedCore.h"
 
-// Name, identifier and signature of what the library hands out; entered by hand from the published interface. The two
-// hooks are there only when a test shows them.
+// Name, identifier and signature of each function, entered by hand from the published interface. The two hooks are
+// hidden until a test calls Show.
 #define NVAPI_FUNCTIONS(FUNCTION)                                  \
     FUNCTION(NvAPI_Initialize, 0x0150E828, {0})                    \
     FUNCTION(InitializeWithMode, 0xAD298D3F, {1})                  \

@@ -105,18 +105,18 @@ std::vector<int> Joined(std::vector<int> codes, More const&... more) {
     return codes;
 }
 
-// -1 and the like, in every vendor's case.
-std::vector<int> const kAnybodys = {-1, INT_MIN, INT_MAX};
+// For every vendor.
+std::vector<int> const kExtremeCodes = {-1, INT_MIN, INT_MAX};
 
 // 1 to 4 are warnings.
-std::vector<int> const kAdlCodes = Joined(Range(-21, -2), Range(1, 4), std::vector{-100}, kAnybodys);
+std::vector<int> const kAdlCodes = Joined(Range(-21, -2), Range(1, 4), std::vector{-100}, kExtremeCodes);
 
 std::vector<int> const kControlCodes =
     Joined(Range(0x40000000, 0x40000010), std::vector{0x40000015, 0x40000019, 0x4000001A, 0x4000FFFF, 1},
-           Range(0x44000001, 0x44000008), kAnybodys);
+           Range(0x44000001, 0x44000008), kExtremeCodes);
 
 // 1 is no published status.
-std::vector<int> const kNvapiCodes = Joined(Range(-14, -2), Range(-140, -100), std::vector{1}, kAnybodys);
+std::vector<int> const kNvapiCodes = Joined(Range(-14, -2), Range(-140, -100), std::vector{1}, kExtremeCodes);
 
 template <class Item>
 std::vector<Item> const& Of(std::map<std::string_view, std::vector<Item>> const& items, char const* entryPoint) {

@@ -1,23 +1,18 @@
-// What the library promises to threads, under ThreadSanitizer, thousands of times: NVAPI is loaded and initialised
-// once, its functions may be called from any thread, a driver's threads may ask for memory, and the log is made once.
-// The operating system is FakeSystem and the functions below.
+// Under ThreadSanitizer, thousands of times: NVAPI is loaded and initialised once, its functions may be called from any
+// thread, a driver's threads may ask for memory, and the log is made once. The operating system is FakeSystem and the
+// functions below.
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
 
 #include "AllAtOnce.h"
 #include "FakeSystem.h"
-#include "amd/AdlMemory.h"
-#include "fake_libraries.h"
+#include "amd/adl_memory.h"
 #include "log/DebugLog.h"
 #include "nvidia/Nvapi.h"
-#include "platform/Mutex.h"
 #include "platform/library.h"
-#include "platform/memory.h"
-#include "platform/text.h"
 
 namespace gputune {
 
@@ -33,27 +28,6 @@ void UnloadLibrary(LibraryHandle library) {
 
 void* FindSymbol(LibraryHandle library, char const* name) {
     return test::FindInFakeLibrary(library, name).value_or(nullptr);
-}
-
-void Mutex::lock() {
-    std::atomic_ref state(state_);
-    while (state.exchange(this) != nullptr) {
-        state.wait(this);
-    }
-}
-
-void Mutex::unlock() {
-    std::atomic_ref state(state_);
-    state.store(nullptr);
-    state.notify_one();
-}
-
-std::size_t ReadableBytes(void const* /*address*/) {
-    return static_cast<std::size_t>(-1);
-}
-
-std::string ToNarrow(std::wstring_view text) {
-    return {text.begin(), text.end()};
 }
 
 }  // namespace platform
@@ -117,7 +91,7 @@ void* Query(std::uint32_t identifier) {
 void NvapiIsInitialisedOnce(AllAtOnce& threads) {
     for (int round = 0; round < 10000; ++round) {
         TheSystem() = {};
-        // A thread that meets the load tries again at once.
+        // A thread that waits for another one's load tries again at once.
         TheSystem().inSleep = [](std::uint32_t) { std::this_thread::yield(); };
         TheSystem().libraries[L"nvapi.dll"].entryPoints["nvapi_QueryInterface"] = reinterpret_cast<void*>(&Query);
         g_initializations = g_calls = g_hooks = 0;
@@ -130,7 +104,7 @@ void NvapiIsInitialisedOnce(AllAtOnce& threads) {
             succeeded += status == 0 ? 1 : 0;
             gaveUp += status == -1 ? 1 : 0;
         });
-        // Ten waits that are none may not be enough.
+        // A thread tries ten times, which without waiting may not be enough.
         Expect(succeeded + gaveUp == kThreads, "a call failed for another reason than that it waited too long");
         Expect(g_initializations == 1, "NVAPI was not initialised once");
         Expect(TheSystem().libraries[L"nvapi.dll"].loads == 1, "NVAPI was not loaded once");

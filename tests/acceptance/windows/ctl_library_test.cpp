@@ -7,17 +7,16 @@
 
 #include "../ctl_client.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
 
 // A copy of the scripted library in this test's directory: its full path.
 std::wstring CopyOfTheLibrary() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(::GetModuleHandleW(L"ControlLib32.dll"), path, MAX_PATH);
     auto const copy = std::filesystem::current_path() / "AnotherControlLib.dll";
-    std::filesystem::copy_file(std::wstring(path, length), copy);
+    std::filesystem::copy_file(sim::ModulePath(::GetModuleHandleW(L"ControlLib32.dll")), copy);
     return copy.wstring();
 }
 

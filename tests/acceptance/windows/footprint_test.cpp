@@ -5,8 +5,8 @@
 #include <clocale>
 #include <ostream>
 
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

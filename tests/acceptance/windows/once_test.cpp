@@ -10,7 +10,8 @@
 
 #include "AllAtOnce.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
@@ -19,9 +20,7 @@ constexpr int kThreads = 8;
 
 // Beside the scripted libraries, one folder further.
 HMODULE LoadCountingVendor(wchar_t const* name) {
-    wchar_t path[MAX_PATH];
-    std::filesystem::path const program = std::wstring(path, ::GetModuleFileNameW(nullptr, path, MAX_PATH));
-    HMODULE const module = ::LoadLibraryW((program.parent_path() / "counting" / name).c_str());
+    HMODULE const module = ::LoadLibraryW((sim::ModulePath().parent_path() / "counting" / name).c_str());
     EXPECT_NE(module, nullptr);
     return module;
 }
@@ -34,10 +33,9 @@ Function Find(HMODULE module, char const* name) {
 }
 
 std::wstring PathOfUnloadedLibrary() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH);
+    auto const path = sim::ModulePath(LibraryUnderTest());
     ::FreeLibrary(LibraryUnderTest());
-    return {path, length};
+    return path;
 }
 
 std::atomic<int> g_opened = 0;

@@ -8,8 +8,9 @@
 #include <stdexcept>
 
 #include "ImportHook.h"
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
@@ -18,9 +19,7 @@ namespace {
 class Guest {
 public:
     explicit Guest(char const* file) {
-        wchar_t path[MAX_PATH];
-        std::filesystem::path const program = std::wstring(path, ::GetModuleFileNameW(nullptr, path, MAX_PATH));
-        auto const guest = program.parent_path() / "shared-runtime" / file;
+        auto const guest = sim::ModulePath().parent_path() / "shared-runtime" / file;
         // What it needs is found beside it, not beside the host.
         module_ = ::LoadLibraryExW(guest.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
         if (module_ == nullptr) {

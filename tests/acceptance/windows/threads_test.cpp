@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "AllAtOnce.h"
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
@@ -56,13 +57,12 @@ TEST(Threads, OlderThanEachOfSeveralLoadsMayCallItWhereItThrowsInside) {
     AllAtOnce threads(kThreads);
     Machine machine = BoardWithoutUsableIdentifier();
     machine.InstallCaptions();
-    wchar_t path[MAX_PATH];
-    ASSERT_NE(::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH), 0U);
+    auto const path = sim::ModulePath(LibraryUnderTest());
     ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
         ASSERT_EQ(::GetModuleHandleW(L"gputune.dll"), nullptr);
-        HMODULE const library = ::LoadLibraryW(path);
+        HMODULE const library = ::LoadLibraryW(path.c_str());
         Exports const api = FindExports(library);
         ASSERT_TRUE(api.InitVGAHelper(GPUTUNE_LOG_NONE));
         std::atomic<int> answers = 0;

@@ -12,9 +12,10 @@
 
 #include "ChildProcess.h"
 #include "ImportHook.h"
-#include "WindowsMachine.h"
 #include "boards.h"
 #include "intel_board.h"
+#include "machine_windows.h"
+#include "sim/host/module_path.h"
 
 namespace gputune::test {
 namespace {
@@ -45,12 +46,6 @@ DWORD OpenHandles() {
     DWORD count = 0;
     EXPECT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &count));
     return count;
-}
-
-std::wstring LibraryPath() {
-    wchar_t path[MAX_PATH];
-    DWORD const length = ::GetModuleFileNameW(LibraryUnderTest(), path, MAX_PATH);
-    return {path, length};
 }
 
 bool IsLoaded() {
@@ -142,7 +137,7 @@ TEST(Unload, LeavesAControlLibraryThatOnlyTheHostOpened) {
 TEST(Unload, AndLoadAgainStartsAfresh) {
     CountFaults();
     Machine machine = OverdriveNBoard();
-    std::wstring const path = LibraryPath();
+    std::wstring const path = sim::ModulePath(LibraryUnderTest());
     ASSERT_TRUE(machine.Init());
     ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
     DWORD handles = 0;

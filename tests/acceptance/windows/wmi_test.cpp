@@ -7,8 +7,8 @@
 #include <functional>
 
 #include "ImportHook.h"
-#include "WindowsMachine.h"
 #include "boards.h"
+#include "machine_windows.h"
 
 namespace gputune::test {
 namespace {

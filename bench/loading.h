@@ -1,0 +1,41 @@
+// Libraries that a benchmark loads. Everything here throws when it fails: the figures of an incomplete machine would be
+// worth nothing.
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "sim/host/module_path.h"
+
+namespace gputune::bench {
+
+inline HMODULE Load(std::filesystem::path const& path) {
+    HMODULE const module = ::LoadLibraryW(path.c_str());
+    if (module == nullptr) {
+        throw std::runtime_error("cannot load " + path.string());
+    }
+    return module;
+}
+
+// A library in the folder of the program.
+inline HMODULE LoadOwn(std::wstring const& file) {
+    return Load(sim::ModulePath().parent_path() / file);
+}
+
+inline HMODULE LoadLibraryUnderTest() {
+    return Load(sim::ModulePath().parent_path().parent_path() / "bin" / "gputune.dll");
+}
+
+template <class Function>
+Function Find(HMODULE module, char const* name) {
+    auto* const address = reinterpret_cast<void*>(::GetProcAddress(module, name));
+    if (address == nullptr) {
+        throw std::runtime_error(std::string("no export ") + name);
+    }
+    return reinterpret_cast<Function>(address);
+}
+
+}  // namespace gputune::bench

@@ -1,0 +1,130 @@
+#include "tool/system/Files.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+
+#include "tool/system/Utf8.h"
+#include "tool/values/Errors.h"
+
+namespace gputune::tool {
+
+namespace {
+
+constexpr char const* kExistsAlready = " exists already: choose another name, or replace it with --force.";
+
+// The system's last error.
+[[noreturn]] void Fail(std::string const& path) {
+    throw ToolError(path + ": " + SystemMessage(GetLastError()) + ".");
+}
+
+struct CloseFile {
+    void operator()(void* handle) const { CloseHandle(handle); }
+};
+
+using Handle = std::unique_ptr<void, CloseFile>;
+
+// Null when the system refuses.
+Handle Open(std::string const& path, DWORD access, DWORD sharing, DWORD disposition) {
+    HANDLE const handle = CreateFileW(WideFromUtf8(path).c_str(), access, sharing | FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                      nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+}
+
+}  // namespace
+
+std::wstring ProgramDirectory() {
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+        DWORD const length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0) {
+            throw ToolError("Cannot find the program's directory: " + SystemMessage(GetLastError()) + ".");
+        }
+        if (length < path.size()) {
+            path.resize(length);
+            break;
+        }
+        path.resize(path.size() * 2);
+    }
+    return path.substr(0, path.find_last_of(L"\\/") + 1);
+}
+
+std::string ReadTextFile(std::string const& path, std::size_t enough) {
+    Handle const file = Open(path, GENERIC_READ, FILE_SHARE_WRITE, OPEN_EXISTING);
+    if (file == nullptr) {
+        Fail(path);
+    }
+    std::string text;
+    std::array<char, 64 * 1024> block;
+    while (text.size() <= enough) {
+        DWORD read = 0;
+        if (!ReadFile(file.get(), block.data(), static_cast<DWORD>(block.size()), &read, nullptr)) {
+            Fail(path);
+        }
+        if (read == 0) {
+            break;
+        }
+        text.append(block.data(), read);
+    }
+    return text;
+}
+
+bool IsSameFile(std::string const& one, std::string const& other) {
+    Handle const files[] = {Open(one, 0, FILE_SHARE_WRITE, OPEN_EXISTING),
+                            Open(other, 0, FILE_SHARE_WRITE, OPEN_EXISTING)};
+    BY_HANDLE_FILE_INFORMATION information[2]{};
+    return files[0] != nullptr && files[1] != nullptr && GetFileInformationByHandle(files[0].get(), &information[0]) &&
+           GetFileInformationByHandle(files[1].get(), &information[1]) &&
+           information[0].dwVolumeSerialNumber == information[1].dwVolumeSerialNumber &&
+           information[0].nFileIndexHigh == information[1].nFileIndexHigh &&
+           information[0].nFileIndexLow == information[1].nFileIndexLow;
+}
+
+OutputFile::OutputFile(std::string const& path, Existing existing, std::string const& shown)
+    : shown_(shown.empty() ? path : shown),
+      handle_(Open(path, GENERIC_WRITE, 0, existing == Existing::Replace ? CREATE_ALWAYS : CREATE_NEW).release()) {
+    if (handle_ == nullptr) {
+        if (GetLastError() == ERROR_FILE_EXISTS) {
+            throw ToolError(shown_ + kExistsAlready);
+        }
+        Fail(shown_);
+    }
+}
+
+void OutputFile::Write(std::string_view text) {
+    while (!text.empty()) {
+        DWORD written = 0;
+        auto const part = static_cast<DWORD>(std::min<std::size_t>(text.size(), 1U << 20U));
+        if (!WriteFile(handle_.get(), text.data(), part, &written, nullptr) || written == 0) {
+            Fail(shown_);
+        }
+        text.remove_prefix(written);
+    }
+}
+
+void OutputFile::Close::operator()(void* handle) const {
+    CloseHandle(handle);
+}
+
+void WriteWholeFile(std::string const& path, std::string_view text, Existing existing) {
+    std::wstring const name = WideFromUtf8(path);
+    if (existing == Existing::Keep && GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        throw ToolError(path + kExistsAlready);
+    }
+    std::string const partPath = path + ".part";
+    std::wstring const part = WideFromUtf8(partPath);
+    try {
+        OutputFile(partPath, Existing::Replace, path).Write(text);
+    } catch (ToolError const&) {
+        DeleteFileW(part.c_str());
+        throw;
+    }
+    if (!MoveFileExW(part.c_str(), name.c_str(), existing == Existing::Replace ? MOVEFILE_REPLACE_EXISTING : 0)) {
+        DWORD const error = GetLastError();
+        DeleteFileW(part.c_str());
+        throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? kExistsAlready : ": " + SystemMessage(error) + "."));
+    }
+}
+
+}  // namespace gputune::tool
