@@ -14,6 +14,7 @@
 // Under Windows every library is a DLL of its own: only plain data may cross this interface.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -86,11 +87,21 @@ protected:
     ~ScriptedLibrary() = default;
 };
 
+// A handle that a vendor's library hands out and is given back. Of a row of handles each is one more than the last.
+enum class Handle : std::uintptr_t {};
+
+constexpr Handle operator+(Handle first, int position) {
+    return Handle{static_cast<std::uintptr_t>(first) + static_cast<std::uintptr_t>(position)};
+}
+
 // The name to give orders for, when they are only for the calls of an entry point that have this first argument.
 inline std::string For(std::string const& entryPoint, int firstArgument) {
     char text[16];
     std::snprintf(text, sizeof text, "@%X", static_cast<unsigned>(firstArgument));
     return entryPoint + text;
+}
+inline std::string For(std::string const& entryPoint, Handle handle) {
+    return For(entryPoint, static_cast<int>(handle));
 }
 
 }  // namespace gputune::test
