@@ -27,9 +27,7 @@ test::Machine Board(unsigned choice) {
             return test::OverdriveNBoard();
         case 1: {
             test::Machine machine = test::Overdrive8Board(kEveryCapability);
-            machine.Write("ADL2_Adapter_AdapterInfoX3_Get", 2, test::Ints({1}));
-            machine.Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3,
-                             test::Patched(test::Bytes(1572), 536, test::Text("\\\\.\\DISPLAY1")));
+            test::OrderDisplays(machine, {"\\\\.\\DISPLAY1"});
             return machine;
         }
         case 2: {

@@ -66,15 +66,8 @@ struct Identity {
 };
 
 Identity Identify(std::string const& udid) {
-    constexpr std::size_t kUdid = 8;
-    constexpr std::size_t kName = 280;
-    test::Bytes list = test::AdapterList({{.index = 5, .udid = "", .bus = 3, .name = "", .displayName = ""}});
-    std::copy_n(udid.begin(), 256, list.begin() + kUdid);
-    std::copy_n(udid.begin(), 256, list.begin() + kName);  // a name without a terminator, too
-
     test::Machine machine(test::Machine::Library::AmdNewer);
-    machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 2, test::Ints({1}));
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3, list);
+    test::OrderAdapters(machine, {{.udid = udid, .name = udid}});  // a name without an end, too
     amd::ADL adl;
     Require(adl.IsValid(), "the binding opens");
     amd::OD8Helper adapter(adl);

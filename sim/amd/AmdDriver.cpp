@@ -50,8 +50,6 @@ AmdDriver::AmdDriver(Board board) : board_(std::move(board)) {
     }
 }
 
-AmdDriver::~AmdDriver() = default;
-
 Adapter const* AmdDriver::FindAdapter(int index) const {
     auto const found = std::find_if(board_.amd.adapters.begin(), board_.amd.adapters.end(),
                                     [&](Adapter const& adapter) { return adapter.index == index; });

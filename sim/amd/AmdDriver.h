@@ -19,7 +19,6 @@ namespace gputune::sim {
 class AmdDriver final : public BoardDriver {
 public:
     explicit AmdDriver(Board board);
-    ~AmdDriver() override;
 
     AmdBoard const& Description() const { return board_.amd; }
     Adapter const* FindAdapter(int index) const;

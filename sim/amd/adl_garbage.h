@@ -34,9 +34,9 @@ inline void Garble(amd::ADLMemoryInfo& record, Garbage garbage) {
 }
 // Only the levels, which follow the record.
 template <>
-inline void Garble(amd::ADLODNPerformanceLevelsX2& table, Garbage garbage) {
-    auto const levels = static_cast<std::size_t>(table.iNumberOfPerformanceLevels);
-    GarbleInts(&table + 1, levels * sizeof(amd::ADLODNPerformanceLevelX2), garbage);
+inline void Garble(amd::ADLODNPerformanceLevelsX2& record, Garbage garbage) {
+    auto const levels = static_cast<std::size_t>(record.iNumberOfPerformanceLevels);
+    GarbleInts(&record + 1, levels * sizeof(amd::ADLODNPerformanceLevelX2), garbage);
 }
 template <>
 inline void Garble(amd::ADLODNCapabilitiesX2& record, Garbage garbage) {

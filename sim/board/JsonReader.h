@@ -92,8 +92,6 @@ public:
     // Throws for the first unknown key; the message names a known one that is similar.
     void Finish() const;
 
-    JsonValue const& Value() const { return object_; }
-
 private:
     [[noreturn]] void FailUnknown(std::string const& key) const;
     [[noreturn]] void FailMistyped(std::string const& key, std::string const& meant) const;

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "gputune_sim.h"
 #include "sim/board/BoardFile.h"
 #include "sim/standin/wide_text.h"
-#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
 
@@ -66,40 +66,26 @@ void LoadBoard(HMODULE module, char const* load, std::string const& argument) {
 
 }  // namespace
 
-struct SimulatedMachine::State {
-    WmiStandIn wmi;
-    HMODULE library = nullptr;
-
-    State(Board const& board, std::wstring const& simDirectory, char const* load, std::string const& argument) {
-        wmi.SetCaptions(ToCaptions(board));
-        if (board.vendor != Vendor::None) {
-            library = LoadStandIn(board, simDirectory);
-            LoadBoard(library, load, argument);
-        }
+// load: the stand-in's function that loads the board, which takes the argument.
+SimulatedMachine::SimulatedMachine(Board const& board, std::wstring const& simDirectory, char const* load,
+                                   std::string const& argument) {
+    wmi_->SetCaptions(ToCaptions(board));
+    if (board.vendor != Vendor::None) {
+        library_ = LoadStandIn(board, simDirectory);
+        LoadBoard(library_, load, argument);
     }
-};
+}
 
 SimulatedMachine SimulatedMachine::FromFile(std::string const& boardFile, std::wstring const& simDirectory) {
-    return SimulatedMachine(
-        std::make_unique<State>(ReadBoardFile(boardFile), simDirectory, "GputuneSim_LoadBoard", boardFile));
+    return {ReadBoardFile(boardFile), simDirectory, "GputuneSim_LoadBoard", boardFile};
 }
 
 SimulatedMachine SimulatedMachine::FromText(std::string const& boardJson, std::wstring const& simDirectory) {
-    return SimulatedMachine(std::make_unique<State>(ReadBoardText(boardJson, "board"), simDirectory,
-                                                    "GputuneSim_LoadBoardText", boardJson));
+    return {ReadBoardText(boardJson, "board"), simDirectory, "GputuneSim_LoadBoardText", boardJson};
 }
-
-SimulatedMachine::SimulatedMachine(std::unique_ptr<State> state) : state_(std::move(state)) {}
-SimulatedMachine::SimulatedMachine(SimulatedMachine&&) noexcept = default;
-SimulatedMachine& SimulatedMachine::operator=(SimulatedMachine&&) noexcept = default;
-SimulatedMachine::~SimulatedMachine() = default;
 
 void* SimulatedMachine::Symbol(char const* name) const {
-    return state_->library != nullptr ? reinterpret_cast<void*>(::GetProcAddress(state_->library, name)) : nullptr;
-}
-
-WmiStandIn& SimulatedMachine::Wmi() const {
-    return state_->wmi;
+    return library_ != nullptr ? reinterpret_cast<void*>(::GetProcAddress(library_, name)) : nullptr;
 }
 
 }  // namespace gputune::sim

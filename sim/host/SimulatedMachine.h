@@ -6,11 +6,10 @@
 #include <memory>
 #include <string>
 
-#include "gputune_sim.h"
+#include "sim/board/Board.h"
+#include "sim/wmi/WmiStandIn.h"
 
 namespace gputune::sim {
-
-class WmiStandIn;
 
 class SimulatedMachine {
 public:
@@ -19,20 +18,15 @@ public:
     static SimulatedMachine FromFile(std::string const& boardFile, std::wstring const& simDirectory);
     static SimulatedMachine FromText(std::string const& boardJson, std::wstring const& simDirectory);
 
-    SimulatedMachine(SimulatedMachine&&) noexcept;
-    SimulatedMachine& operator=(SimulatedMachine&&) noexcept;
-    ~SimulatedMachine();  // ends the WMI stand-in; the stand-in library stays loaded
-
     // An export of the stand-in library, null when it has none of that name or the board has no vendor library.
     void* Symbol(char const* name) const;
 
-    // The WMI locator that returns the board's captions (sim/wmi/WmiStandIn.h). It lives as long as the machine.
-    WmiStandIn& Wmi() const;
-
 private:
-    struct State;
-    explicit SimulatedMachine(std::unique_ptr<State>);
-    std::unique_ptr<State> state_;
+    SimulatedMachine(Board const& board, std::wstring const& simDirectory, char const* load,
+                     std::string const& argument);
+
+    std::unique_ptr<WmiStandIn> wmi_ = std::make_unique<WmiStandIn>();
+    HMODULE library_ = nullptr;  // stays loaded
 };
 
 }  // namespace gputune::sim

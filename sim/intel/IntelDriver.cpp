@@ -36,8 +36,6 @@ IntelDriver::IntelDriver(Board board) : board_(std::move(board)) {
     }
 }
 
-IntelDriver::~IntelDriver() = default;
-
 std::vector<intel::ctl_device_adapter_handle_t> IntelDriver::Devices() const {
     std::vector<intel::ctl_device_adapter_handle_t> handles;
     for (auto const& unit : units_) {

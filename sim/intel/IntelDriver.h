@@ -19,7 +19,6 @@ namespace gputune::sim {
 class IntelDriver final : public BoardDriver {
 public:
     explicit IntelDriver(Board board);
-    ~IntelDriver() override;
 
     // In the board's order, with null handles where the board has them. A handle is a number and points to nothing. The
     // devices in the same position of two boards have the same handle.

@@ -29,8 +29,6 @@ NvidiaDriver::NvidiaDriver(Board board) : board_(std::move(board)) {
     }
 }
 
-NvidiaDriver::~NvidiaDriver() = default;
-
 std::vector<nvidia::NvPhysicalGpuHandle> NvidiaDriver::Gpus() const {
     std::vector<nvidia::NvPhysicalGpuHandle> handles;
     for (std::size_t i = 0; i < models_.size(); ++i) {

@@ -16,7 +16,6 @@ namespace gputune::sim {
 class NvidiaDriver final : public BoardDriver {
 public:
     explicit NvidiaDriver(Board board);
-    ~NvidiaDriver() override;
 
     NvidiaBoard const& Description() const { return board_.nvidia; }
 

@@ -56,12 +56,12 @@ void Garble(Record& record, Garbage garbage) {
     GarbleIntsFrom(&record, record, garbage);
 }
 template <>
-inline void Garble(float& value, Garbage garbage) {
-    value = garbage == Garbage::ExtremeValues ? FLT_MAX : value;
+inline void Garble(float& record, Garbage garbage) {
+    record = garbage == Garbage::ExtremeValues ? FLT_MAX : record;
 }
 template <>
-inline void Garble(double& value, Garbage garbage) {
-    value = garbage == Garbage::ExtremeValues ? DBL_MAX : value;
+inline void Garble(double& record, Garbage garbage) {
+    record = garbage == Garbage::ExtremeValues ? DBL_MAX : record;
 }
 
 }  // namespace gputune::sim

@@ -32,21 +32,21 @@ std::optional<PerformanceLevels> PerformanceLevels::Create(int levelCount, int m
 }
 
 std::optional<PerformanceLevels> PerformanceLevels::Copy() const {
-    auto copy = Create(capacity_, table_->iMode);
+    auto copy = Create(m_Capacity, m_Table->iMode);
     if (copy) {
-        std::memcpy(copy->table_.get(), table_.get(), Size(capacity_));
+        std::memcpy(copy->m_Table.get(), m_Table.get(), Size(m_Capacity));
     }
     return copy;
 }
 
 ADLODNPerformanceLevelsX2* PerformanceLevels::Record() {
-    table_->iSize = std::clamp(table_->iSize, 0, static_cast<int>(Size(capacity_)));
-    table_->iNumberOfPerformanceLevels = static_cast<int>(Counted());
-    return table_.get();
+    m_Table->iSize = std::clamp(m_Table->iSize, 0, static_cast<int>(Size(m_Capacity)));
+    m_Table->iNumberOfPerformanceLevels = static_cast<int>(Counted());
+    return m_Table.get();
 }
 
 std::size_t PerformanceLevels::Counted() const {
-    return static_cast<std::size_t>(std::clamp(table_->iNumberOfPerformanceLevels, 0, capacity_));
+    return static_cast<std::size_t>(std::clamp(m_Table->iNumberOfPerformanceLevels, 0, m_Capacity));
 }
 
 std::span<ADLODNPerformanceLevelX2> PerformanceLevels::Levels() {
@@ -54,13 +54,13 @@ std::span<ADLODNPerformanceLevelX2> PerformanceLevels::Levels() {
 }
 
 ADLODNPerformanceLevelX2 const* PerformanceLevels::At(int position) const {
-    return position >= 0 && position < capacity_ ? First() + position : nullptr;
+    return position >= 0 && position < m_Capacity ? First() + position : nullptr;
 }
 
 int PerformanceLevels::CountLeadingClocks() const {
     ADLODNPerformanceLevelX2 const* const first = First();
     return static_cast<int>(
-        std::find_if(first, first + capacity_, [](auto const& level) { return level.iClock == 0; }) - first);
+        std::find_if(first, first + m_Capacity, [](auto const& level) { return level.iClock == 0; }) - first);
 }
 
 }  // namespace gputune::amd

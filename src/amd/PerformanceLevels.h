@@ -26,7 +26,7 @@ public:
     // because ADL believes them.
     ADLODNPerformanceLevelsX2* Record();
 
-    void SetMode(int mode) { table_->iMode = mode; }
+    void SetMode(int mode) { m_Table->iMode = mode; }
 
     // The levels that the head counts, never more than the block holds, whatever ADL wrote into the head.
     std::span<ADLODNPerformanceLevelX2> Levels();
@@ -42,13 +42,13 @@ private:
         void operator()(void* block) const { std::free(block); }
     };
 
-    PerformanceLevels(ADLODNPerformanceLevelsX2* table, int capacity) : table_(table), capacity_(capacity) {}
+    PerformanceLevels(ADLODNPerformanceLevelsX2* table, int capacity) : m_Table(table), m_Capacity(capacity) {}
 
-    ADLODNPerformanceLevelX2* First() const { return reinterpret_cast<ADLODNPerformanceLevelX2*>(table_.get() + 1); }
+    ADLODNPerformanceLevelX2* First() const { return reinterpret_cast<ADLODNPerformanceLevelX2*>(m_Table.get() + 1); }
     std::size_t Counted() const;
 
-    std::unique_ptr<ADLODNPerformanceLevelsX2, Free> table_;
-    int capacity_;
+    std::unique_ptr<ADLODNPerformanceLevelsX2, Free> m_Table;
+    int m_Capacity;
 };
 
 }  // namespace gputune::amd

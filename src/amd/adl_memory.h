@@ -25,24 +25,24 @@ template <class Record>
 class AdlList {
 public:
     AdlList() = default;
-    ~AdlList() { ReleaseFromAdl(records_); }
+    ~AdlList() { ReleaseFromAdl(m_Records); }
     AdlList(AdlList const&) = delete;
     AdlList& operator=(AdlList const&) = delete;
 
     // Where ADL stores the address of the list.
-    Record** Out() { return &records_; }
+    Record** Out() { return &m_Records; }
 
     std::span<Record const> First(int count) const {
-        if (records_ == nullptr || count <= 0) {
+        if (m_Records == nullptr || count <= 0) {
             return {};
         }
-        std::size_t const held = SizeOfAdlBlock(records_) / sizeof(Record);
-        std::size_t const wanted = static_cast<std::size_t>(count);
-        return {records_, wanted < held ? wanted : held};
+        std::size_t const held = SizeOfAdlBlock(m_Records) / sizeof(Record);
+        auto const wanted = static_cast<std::size_t>(count);
+        return {m_Records, wanted < held ? wanted : held};
     }
 
 private:
-    Record* records_ = nullptr;
+    Record* m_Records = nullptr;
 };
 
 }  // namespace gputune::amd

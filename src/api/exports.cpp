@@ -5,15 +5,36 @@
 // operation does not write keeps what the caller had there.
 #include <concepts>
 #include <cstring>
+#include <exception>
+#include <string_view>
 #include <type_traits>
 
-#include "api/boundary.h"
+#include "api/current_adapter.h"
+#include "log/DebugLog.h"
 
 namespace {
 
+namespace log = gputune::log;
 using gputune::IVideoAdapter;
 using gputune::api::CurrentAdapter;
-using gputune::api::OnAdapter;
+
+// The boundary between hosts and the library: no call without an adapter, no exception to a host built by another
+// compiler. Runs `operation` on the current adapter. Without one nothing happens; an exception ends here, with a log
+// entry under the exported function's tag.
+template <class Operation>
+void OnAdapter(char const* exportTag, Operation&& operation) noexcept {
+    IVideoAdapter* const adapter = CurrentAdapter();
+    if (adapter == nullptr) {
+        return;
+    }
+    try {
+        operation(*adapter);
+    } catch (std::exception const& error) {
+        log::Entry(log::Tag{exportTag}, std::string_view(error.what()));
+    } catch (...) {
+        log::Entry(log::Tag{exportTag}, "unknown exception");
+    }
+}
 
 // False, or -1, without an adapter and when the operation has thrown.
 template <auto Operation, class... Args>

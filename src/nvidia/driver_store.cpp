@@ -43,7 +43,7 @@ public:
         : name_(name), store_(systemDirectory + kStore) {}
 
     std::wstring Run() {
-        for (std::wstring const& key : Subkeys(kDisplayClass)) {
+        for (std::wstring const& key : TextsOf(platform::ReadMachineSubkeys(kDisplayClass))) {
             if (IsAdapterKey(key)) {
                 std::wstring found = SearchAdapter(std::wstring(kDisplayClass) + L"\\" + key);
                 if (!found.empty()) {
@@ -99,13 +99,10 @@ private:
     }
 
     std::vector<std::wstring> Texts(std::wstring const& key, wchar_t const* value) {
-        platform::RegistryAnswer answer = platform::ReadMachineTexts(key, value);
-        Succeeded(answer.error);
-        return std::move(answer.texts);
+        return TextsOf(platform::ReadMachineTexts(key, value));
     }
 
-    std::vector<std::wstring> Subkeys(wchar_t const* key) {
-        platform::RegistryAnswer answer = platform::ReadMachineSubkeys(key);
+    std::vector<std::wstring> TextsOf(platform::RegistryAnswer answer) {
         Succeeded(answer.error);
         return std::move(answer.texts);
     }

@@ -25,85 +25,52 @@ Lines BindingLog(Lines const& lines) {
     return binding;
 }
 
-Lines Joined(Lines lines, Lines const& more) {
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-}
-
-// One record for each index, on bus 3.
-Bytes Adapters(std::vector<int> const& indices) {
-    std::vector<AdapterRecord> records;
-    for (int const index : indices) {
-        records.push_back({.index = index, .udid = "", .bus = 3, .name = "", .displayName = ""});
-    }
-    return AdapterList(records);
-}
-
-// A machine whose list holds these adapters; its Active_Get is still to be scripted, but for status 1 from boards.h.
-Machine OverdriveNBoardWith(std::vector<int> const& indices) {
-    Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 2, Ints({static_cast<int>(indices.size())}));
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3, Adapters(indices));
-    return machine;
-}
-
 // Indices 4 and 6, both active.
 Machine TwoAdapters() {
-    return OverdriveNBoardWith({4, 6});
+    Machine machine = OverdriveNBoard();
+    OrderAdapters(machine, {{.index = 4}, {.index = 6}});
+    return machine;
 }
 
 Lines const kNewerLoaded = {"[ADL::InitADL()] x64 dll loaded ... atiadlxx.dll"};
 Lines const kFailed = {"[ADL::ADL()] Initialize ADL ... failed"};
+Lines const kOverdriveN = {"[ADL::GetSdkVersionSupported()] ... 7", "[GetAmdApiType(ADL&)] ... OD7"};
+Lines const kOverdrive8 = {"[ADL::GetSdkVersionSupported()] ... 8", "[GetAmdApiType(ADL&)] ... OD8"};
+
+Lines Active(int active, int count) {
+    return {"[ADL::InitADL()] Number of adapters available ... " + std::to_string(count),
+            "[ADL::InitADL()] number of active adapter ... " + std::to_string(active),
+            "[ADL::InitADL()] ... ADL initialization successful"};
+}
 
 TEST(AdlBinding, OpensTheNewerLibraryStepByStep) {
     Machine machine = OverdriveNBoard();
     ASSERT_TRUE(machine.Init());
 
-    EXPECT_EQ(BindingLog(machine.TakeLog()), Lines({
-                                                 "[ADL::InitADL()] x64 dll loaded ... atiadlxx.dll",
-                                                 "[ADL::InitADL()] Number of adapters available ... 1",
-                                                 "[ADL::InitADL()] number of active adapter ... 1",
-                                                 "[ADL::InitADL()] ... ADL initialization successful",
-                                                 "[ADL::GetSdkVersionSupported()] ... 7",
-                                                 "[GetAmdApiType(ADL&)] ... OD7",
-                                             }));
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(1, 1) + kOverdriveN);
     EXPECT_EQ(machine.Api().GetVendorInfo(), kAmdOverdriveN);
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 5);
 
     std::vector<Call> const calls = machine.TakeCalls();
     ASSERT_GE(calls.size(), 4U);
 
+    // The arguments of the creation, one by one: it has no context yet.
     EXPECT_EQ(calls[0].entryPoint, "ADL2_Main_ControlX2_Create");
     EXPECT_NE(calls[0].args[0], 0) << "allocation callback";
     EXPECT_EQ(calls[0].args[1], 0) << "every adapter";
     EXPECT_NE(calls[0].args[2], 0) << "where the context goes";
     EXPECT_EQ(calls[0].args[3], 1) << "locked threading model";
 
-    EXPECT_EQ(calls[1].entryPoint, "ADL2_Adapter_AdapterInfoX4_Get");
-    EXPECT_EQ(calls[1].args[0], kContext);
-    EXPECT_EQ(calls[1].args[1], -1);
-
-    EXPECT_EQ(calls[2].entryPoint, "ADL2_Adapter_Active_Get");
-    EXPECT_EQ(calls[2].args[0], kContext);
-    EXPECT_EQ(calls[2].args[1], 5);
-    EXPECT_EQ(calls[2].record, Ints({-1})) << "the status starts as unknown";
-
-    EXPECT_EQ(calls[3].entryPoint, "ADL2_Overdrive_Caps");
-    EXPECT_EQ(calls[3].args[0], kContext);
-    EXPECT_EQ(calls[3].args[1], 5);
+    EXPECT_EQ(calls[2].record, BytesOf(ActiveStatus{-1})) << "starts as unknown";
+    EXPECT_EQ(Lines({DescribeAmdCall(calls[1]), DescribeAmdCall(calls[2]), DescribeAmdCall(calls[3])}),
+              Lines({"Adapter_AdapterInfoX4_Get -1", "Adapter_Active_Get 5", "Overdrive_Caps 5"}));
 }
 
 TEST(AdlBinding, OlderLibraryIsTheSecondChoice) {
     Machine machine = AmdBoard(8, Machine::Library::AmdOlder);
     ASSERT_TRUE(machine.Init());
-    EXPECT_EQ(BindingLog(machine.TakeLog()), Lines({
-                                                 "[ADL::InitADL()] x86 dll loaded ... atiadlxy.dll",
-                                                 "[ADL::InitADL()] Number of adapters available ... 1",
-                                                 "[ADL::InitADL()] number of active adapter ... 1",
-                                                 "[ADL::InitADL()] ... ADL initialization successful",
-                                                 "[ADL::GetSdkVersionSupported()] ... 8",
-                                                 "[GetAmdApiType(ADL&)] ... OD8",
-                                             }));
+    EXPECT_EQ(BindingLog(machine.TakeLog()),
+              Lines{"[ADL::InitADL()] x86 dll loaded ... atiadlxy.dll"} + Active(1, 1) + kOverdrive8);
     EXPECT_EQ(machine.Api().GetVendorInfo(), kAmdOverdrive8);
 }
 
@@ -137,31 +104,17 @@ void PrintTo(OpeningCase const& opening, std::ostream* out) {
     *out << opening.name;
 }
 
-Lines const kNoContext = Joined({"[ADL::InitADL()] ... ADL2_Main_ControlX2_Create failed"}, kFailed);
+Lines const kNoContext = Lines{"[ADL::InitADL()] ... ADL2_Main_ControlX2_Create failed"} + kFailed;
+Lines const kNoCount = {"[ADL::InitADL()] ... Unable to get Adapter count"};
 
 Lines NoAdapter(bool failed, int count) {
-    Lines lines;
-    if (failed) {
-        lines.push_back("[ADL::InitADL()] ... Unable to get Adapter count");
-    }
-    lines.push_back("[ADL::InitADL()] Number of adapters available ... " + std::to_string(count));
-    lines.push_back("[ADL::InitADL()] ... No available adapter");
-    return Joined(lines, kFailed);
+    return (failed ? kNoCount : Lines()) +
+           Lines{"[ADL::InitADL()] Number of adapters available ... " + std::to_string(count),
+                 "[ADL::InitADL()] ... No available adapter"} +
+           kFailed;
 }
 
-Lines OneActive(int count) {
-    return {"[ADL::InitADL()] Number of adapters available ... " + std::to_string(count),
-            "[ADL::InitADL()] number of active adapter ... 1", "[ADL::InitADL()] ... ADL initialization successful"};
-}
-
-void Count(Machine& machine, int count) {
-    machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 2, Ints({count}));
-}
-
-// The callback gives no block of 0 bytes.
-void NullList(Machine& machine) {
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3, {});
-}
+Bytes const kOneAdapter = AdapterList({{}});
 
 std::vector<OpeningCase> const kOpenings = {
     {"FailingContext", [](Machine& m) { m.Result("ADL2_Main_ControlX2_Create", -1); }, kNoContext, false, 0},
@@ -169,24 +122,20 @@ std::vector<OpeningCase> const kOpenings = {
     {"MissingAdapterInfo", [](Machine& m) { m.Hide("ADL2_Adapter_AdapterInfoX4_Get"); }, NoAdapter(true, -1), false, 0},
     {"FailingAdapterInfoWithoutAnAnswer",
      [](Machine& m) {
-         Count(m, -1);
-         NullList(m);
+         OrderAdapters(m, -1, Bytes{});
          m.Result("ADL2_Adapter_AdapterInfoX4_Get", -1);
      },
      NoAdapter(true, -1), false, 0},
     {"FailingAdapterInfoWithAListCarriesOn", [](Machine& m) { m.Result("ADL2_Adapter_AdapterInfoX4_Get", -1); },
-     Joined({"[ADL::InitADL()] ... Unable to get Adapter count"}, OneActive(1)), true, 1},
-    {"NegativeCount", [](Machine& m) { Count(m, -2); }, NoAdapter(true, -2), false, 0},
-    {"NoAdapters", [](Machine& m) { Count(m, 0); }, NoAdapter(false, 0), false, 0},
-    {"CountWithoutList",
-     [](Machine& m) {
-         Count(m, 3);
-         NullList(m);
-     },
-     NoAdapter(false, 3), false, 0},
-    {"HugeCountWithAShortList", [](Machine& m) { Count(m, INT_MAX); }, OneActive(INT_MAX), true, 1},
-    {"CountWhoseByteSizeWrapsAround", [](Machine& m) { Count(m, 0x10000000); }, OneActive(0x10000000), true, 1},
-    {"ListShorterThanARecord", [](Machine& m) { m.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3, Bytes(1579)); },
+     kNoCount + Active(1, 1), true, 1},
+    {"NegativeCount", [](Machine& m) { OrderAdapters(m, -2, kOneAdapter); }, NoAdapter(true, -2), false, 0},
+    {"NoAdapters", [](Machine& m) { OrderAdapters(m, 0, kOneAdapter); }, NoAdapter(false, 0), false, 0},
+    {"CountWithoutList", [](Machine& m) { OrderAdapters(m, 3, Bytes{}); }, NoAdapter(false, 3), false, 0},
+    {"HugeCountWithAShortList", [](Machine& m) { OrderAdapters(m, INT_MAX, kOneAdapter); }, Active(1, INT_MAX), true,
+     1},
+    {"CountWhoseByteSizeWrapsAround", [](Machine& m) { OrderAdapters(m, 0x10000000, kOneAdapter); },
+     Active(1, 0x10000000), true, 1},
+    {"ListShorterThanARecord", [](Machine& m) { OrderAdapters(m, 1, Bytes(kOneAdapter.size() - 1)); },
      NoAdapter(false, 1), false, 0},
 };
 
@@ -199,11 +148,8 @@ TEST_P(AdlOpening, LogsAndDecides) {
 
     EXPECT_EQ(machine.Init(), opening.opens);
 
-    Lines expected = Joined(kNewerLoaded, opening.log);
-    if (opening.opens) {
-        expected = Joined(expected, {"[ADL::GetSdkVersionSupported()] ... 7", "[GetAmdApiType(ADL&)] ... OD7"});
-    }
-    EXPECT_EQ(BindingLog(machine.TakeLog()), expected);
+    Lines const version = opening.opens ? kOverdriveN : Lines();
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + opening.log + version);
     EXPECT_EQ(machine.CountOf("ADL2_Adapter_Active_Get"), opening.activeQueries);
     EXPECT_EQ(machine.CountOf("ADL2_Overdrive_Caps"), opening.opens ? 1 : 0);
     EXPECT_EQ(machine.Api().GetVendorInfo(), opening.opens ? kAmdOverdriveN : kAmdWithoutApi);
@@ -213,17 +159,13 @@ TEST_P(AdlOpening, LogsAndDecides) {
     EXPECT_EQ(machine.Init(), opening.opens);
     EXPECT_EQ(machine.CountOf("ADL2_Main_ControlX2_Create"), 0);
     EXPECT_EQ(machine.CountOf("ADL2_Adapter_AdapterInfoX4_Get"), 0);
-    Lines again;
-    if (opening.opens) {
-        again = {"[ADL::GetSdkVersionSupported()] ... 7", "[GetAmdApiType(ADL&)] ... OD7"};
-    }
-    EXPECT_EQ(BindingLog(machine.TakeLog()), again);
+    EXPECT_EQ(BindingLog(machine.TakeLog()), version);
 }
 
 INSTANTIATE_TEST_SUITE_P(Answers, AdlOpening, testing::ValuesIn(kOpenings),
                          [](auto const& given) { return given.param.name; });
 
-// The versions that the library reports one after the other. Supported and enabled do not matter.
+// The versions that the library reports one after the other, as neither supported nor enabled: that does not matter.
 TEST(AdlGeneration, OnlyVersionsSevenAndEightAreKnown) {
     struct Case {
         int version;
@@ -236,14 +178,13 @@ TEST(AdlGeneration, OnlyVersionsSevenAndEightAreKnown) {
         {9, {"[ADL::GetSdkVersionSupported()] ... 9", "[GetAmdApiType(ADL&)] ... UNKNOWN"}, false, kAmdWithoutApi},
         {0, {"[ADL::GetSdkVersionSupported()] ... 0", "[GetAmdApiType(ADL&)] ... UNKNOWN"}, false, kAmdWithoutApi},
         {-1, {"[ADL::GetSdkVersionSupported()] ... -1", "[GetAmdApiType(ADL&)] ... UNKNOWN"}, false, kAmdWithoutApi},
-        {7, {"[ADL::GetSdkVersionSupported()] ... 7", "[GetAmdApiType(ADL&)] ... OD7"}, true, kAmdOverdriveN},
-        {8, {"[ADL::GetSdkVersionSupported()] ... 8", "[GetAmdApiType(ADL&)] ... OD8"}, true, kAmdOverdrive8},
+        {7, kOverdriveN, true, kAmdOverdriveN},
+        {8, kOverdrive8, true, kAmdOverdrive8},
     };
     Machine machine = AmdBoard(0);
     for (Case const& known : cases) {
         SCOPED_TRACE(known.version);
-        machine.Write("ADL2_Overdrive_Caps", 2, Ints({0})).Write("ADL2_Overdrive_Caps", 3, Ints({0}));
-        machine.Write("ADL2_Overdrive_Caps", 4, Ints({known.version}));
+        machine.Reports(OverdriveVersion{known.version});
         EXPECT_EQ(machine.Init(), known.ok);
         Lines const log = machine.TakeLog();
         Lines binding = BindingLog(log);
@@ -253,15 +194,14 @@ TEST(AdlGeneration, OnlyVersionsSevenAndEightAreKnown) {
     }
 }
 
+Lines const kUnknown = {"[ADL::GetSdkVersionSupported()] ... ADL2_Overdrive_Caps failed",
+                        "[GetAmdApiType(ADL&)] ... UNKNOWN"};
+
 TEST(AdlGeneration, FailingQueryIsAnUnknownGeneration) {
     Machine machine = AmdBoard(7);
     machine.Result("ADL2_Overdrive_Caps", -8);
     EXPECT_FALSE(machine.Init());
-    Lines const expected = {"[ADL::GetSdkVersionSupported()] ... ADL2_Overdrive_Caps failed",
-                            "[GetAmdApiType(ADL&)] ... UNKNOWN"};
-    Lines const log = BindingLog(machine.TakeLog());
-    ASSERT_EQ(log.size(), 6U);
-    EXPECT_EQ(Lines(log.begin() + 4, log.end()), expected);
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(1, 1) + kUnknown);
     EXPECT_EQ(machine.Api().GetVendorInfo(), kAmdWithoutApi);
 }
 
@@ -269,17 +209,12 @@ TEST(AdlGeneration, MissingQueryIsAnUnknownGeneration) {
     Machine machine = AmdBoard(7);
     machine.Hide("ADL2_Overdrive_Caps");
     EXPECT_FALSE(machine.Init());
-    Lines const expected = {"[ADL::GetSdkVersionSupported()] ... ADL2_Overdrive_Caps failed",
-                            "[GetAmdApiType(ADL&)] ... UNKNOWN"};
-    Lines const log = BindingLog(machine.TakeLog());
-    ASSERT_EQ(log.size(), 6U);
-    EXPECT_EQ(Lines(log.begin() + 4, log.end()), expected);
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(1, 1) + kUnknown);
 }
 
 TEST(AdlGeneration, UnknownGenerationLeavesTheAdapterInUse) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
-    machine.Write("ADL2_Overdrive_Caps", 4, Ints({6}));
+    Machine machine = OverdriveNBoard().Started();
+    machine.Reports(OverdriveVersion{6});
 
     EXPECT_FALSE(machine.Init());
 
@@ -289,33 +224,25 @@ TEST(AdlGeneration, UnknownGenerationLeavesTheAdapterInUse) {
 
 TEST(AdlAdapters, StatusExactlyOneMakesAnAdapterActive) {
     constexpr char const* kActive = "ADL2_Adapter_Active_Get";
-    Machine machine = OverdriveNBoardWith({7, 4, 9, 8, 3, 6, 4});
-    machine.Write(kActive, 2, Ints({0}));                                    // 7: inactive
-    machine.Then(kActive).Write(kActive, 2, Ints({1}));                      // 4: active
-    machine.Then(kActive).Write(kActive, 2, Ints({1})).Result(kActive, -1);  // 9: the query fails
-    machine.Then(kActive);                                                   // 8: nothing is written
-    machine.Then(kActive).Write(kActive, 2, Ints({2}));                      // 3: not exactly 1
-    machine.Then(kActive).Write(kActive, 2, Ints({1}));                      // 6: active
-    machine.Then(kActive).Write(kActive, 2, Ints({1}));                      // 4 once more: counts again
+    Machine machine = OverdriveNBoard();
+    OrderAdapters(machine,
+                  {{.index = 7}, {.index = 4}, {.index = 9}, {.index = 8}, {.index = 3}, {.index = 6}, {.index = 4}});
+    machine.Reports(ActiveStatus{0});                                    // 7: inactive
+    machine.Then(kActive).Reports(ActiveStatus{1});                      // 4: active
+    machine.Then(kActive).Reports(ActiveStatus{1}).Result(kActive, -1);  // 9: the query fails
+    machine.Then(kActive);                                               // 8: nothing is written
+    machine.Then(kActive).Reports(ActiveStatus{2});                      // 3: not exactly 1
+    machine.Then(kActive).Reports(ActiveStatus{1});                      // 6: active
+    machine.Then(kActive).Reports(ActiveStatus{1});                      // 4 once more: counts again
     ASSERT_TRUE(machine.Init());
 
-    EXPECT_EQ(BindingLog(machine.TakeLog()), Lines({
-                                                 "[ADL::InitADL()] x64 dll loaded ... atiadlxx.dll",
-                                                 "[ADL::InitADL()] Number of adapters available ... 7",
-                                                 "[ADL::InitADL()] number of active adapter ... 3",
-                                                 "[ADL::InitADL()] ... ADL initialization successful",
-                                                 "[ADL::GetSdkVersionSupported()] ... 7",
-                                                 "[GetAmdApiType(ADL&)] ... OD7",
-                                             }));
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(3, 7) + kOverdriveN);
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 4);
-    std::vector<int> asked;
-    for (Call const& call : machine.TakeCalls()) {
-        if (call.entryPoint == kActive) {
-            asked.push_back(call.args[1]);
-            EXPECT_EQ(call.record, Ints({-1}));
-        }
-    }
-    EXPECT_EQ(asked, std::vector<int>({7, 4, 9, 8, 3, 6, 4}));
+    Lines asked = TakeAmdTraffic(machine);
+    std::erase_if(asked, [](std::string const& line) { return !line.starts_with("Adapter_Active_Get"); });
+    EXPECT_EQ(asked,
+              Lines({"Adapter_Active_Get 7", "Adapter_Active_Get 4", "Adapter_Active_Get 9", "Adapter_Active_Get 8",
+                     "Adapter_Active_Get 3", "Adapter_Active_Get 6", "Adapter_Active_Get 4"}));
 
     EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(7));
     EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(9));
@@ -326,16 +253,11 @@ TEST(AdlAdapters, StatusExactlyOneMakesAnAdapterActive) {
 
 TEST(AdlAdapters, NoneActiveOpensAllTheSame) {
     Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_Adapter_Active_Get", 2, Ints({0}));
+    machine.Reports(ActiveStatus{0});
     ASSERT_TRUE(machine.Init());
 
-    Lines const expected = {"[ADL::InitADL()] Number of adapters available ... 1",
-                            "[ADL::InitADL()] number of active adapter ... 0",
-                            "[ADL::InitADL()] ... ADL initialization successful"};
-    Lines const log = BindingLog(machine.TakeLog());
-    ASSERT_EQ(log.size(), 6U);
-    EXPECT_EQ(Lines(log.begin() + 1, log.begin() + 4), expected);
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive_Caps").args[1], -1);
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(0, 1) + kOverdriveN);
+    EXPECT_EQ(AdapterOf(machine.LastCall("ADL2_Overdrive_Caps")), -1);
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), -1);
 
     for (int const index : {-1, 0, 5}) {
@@ -350,16 +272,12 @@ TEST(AdlAdapters, MissingStatusQueryLeavesNoneActive) {
     Machine machine = OverdriveNBoard();
     machine.Hide("ADL2_Adapter_Active_Get");
     ASSERT_TRUE(machine.Init());
-    Lines const log = BindingLog(machine.TakeLog());
-    ASSERT_EQ(log.size(), 6U);
-    EXPECT_EQ(log[2], "[ADL::InitADL()] number of active adapter ... 0");
-    EXPECT_EQ(log[3], "[ADL::InitADL()] ... ADL initialization successful");
+    EXPECT_EQ(BindingLog(machine.TakeLog()), kNewerLoaded + Active(0, 1) + kOverdriveN);
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), -1);
 }
 
 TEST(AdlSelection, LogsEachOutcome) {
-    Machine machine = TwoAdapters();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = TwoAdapters().Started();
     Exports const& api = machine.Api();
     EXPECT_EQ(api.GetActiveAdapterIndex(), 4);
 
@@ -382,11 +300,8 @@ TEST(AdlSelection, LogsEachOutcome) {
 }
 
 TEST(AdlSelection, LaterCallsGoToTheChosenAdapterWithTheRangesOfTheFirst) {
-    Machine machine = TwoAdapters();
-    ASSERT_TRUE(machine.InitAndForget());
-    std::vector<int> other = OverdriveNCapabilities();
-    other[capability::kPower + 2] = 77;
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(other));
+    Machine machine = TwoAdapters().Started();
+    machine.Reports(Capabilities{.power = {.minimum = -50, .maximum = 77}});
 
     ASSERT_TRUE(machine.Api().SetActiveAdapterIndex(6));
     machine.Api().FetchHwmValues();
@@ -399,24 +314,20 @@ TEST(AdlSelection, LaterCallsGoToTheChosenAdapterWithTheRangesOfTheFirst) {
     std::vector<Call> const calls = machine.TakeCalls();
     ASSERT_GT(calls.size(), 10U);
     for (Call const& call : calls) {
-        EXPECT_EQ(call.args[0], kContext) << call.entryPoint;
-        EXPECT_EQ(call.args[1], 6) << call.entryPoint;
+        EXPECT_EQ(AdapterOf(call), 6) << call.entryPoint;
     }
 }
 
 TEST(AdlSelection, SurvivesANewInitialisationWhichReadsTheChosenAdapter) {
-    Machine machine = TwoAdapters();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = TwoAdapters().Started();
     ASSERT_TRUE(machine.Api().SetActiveAdapterIndex(6));
-    std::vector<int> other = OverdriveNCapabilities();
-    other[capability::kPower + 2] = 77;
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(other));
+    machine.Reports(Capabilities{.power = {.minimum = -50, .maximum = 77}});
 
     ASSERT_TRUE(machine.Init());
 
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 6);
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive_Caps").args[1], 6);
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_CapabilitiesX2_Get").args[1], 6);
+    EXPECT_EQ(AdapterOf(machine.LastCall("ADL2_Overdrive_Caps")), 6);
+    EXPECT_EQ(AdapterOf(machine.LastCall("ADL2_OverdriveN_CapabilitiesX2_Get")), 6);
     EXPECT_EQ(machine.Api().GetPowerLimitSetting().Max, 77);
 }
 

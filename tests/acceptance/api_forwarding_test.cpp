@@ -16,8 +16,7 @@ struct Forwarding {
 };
 
 TEST(ApiForwarding, EachExportReachesItsOperation) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     std::vector<Forwarding> const table = {
         {"SetActiveAdapterIndex", [](auto& api) { EXPECT_TRUE(api.SetActiveAdapterIndex(5)); },
          "[ADL::SetActiveAdapterIndex()] ... already using the specified adapter index"},
@@ -53,8 +52,7 @@ TEST(ApiForwarding, EachExportReachesItsOperation) {
 }
 
 TEST(ApiForwarding, EachGetterReachesItsOperation) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     Exports const& api = machine.Api();
 
     EXPECT_EQ(api.GetActiveAdapterIndex(), 5);
@@ -95,31 +93,27 @@ TEST(ApiForwarding, EachGetterReachesItsOperation) {
 }
 
 TEST(ApiForwarding, ArgumentsArePassedThroughInTheirOrder) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     Exports const& api = machine.Api();
 
     EXPECT_TRUE(api.SetFanSpeed(40));
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive5_FanSpeed_Set").Int(8), 40);
+    EXPECT_EQ(machine.Sent<FanSpeed>().speed, 40);
 
     EXPECT_TRUE(api.SetPowerLimit(80, -7));
-    Call const limit = machine.LastCall("ADL2_OverdriveN_PowerLimit_Set");
-    EXPECT_EQ(limit.Int(4), -7);
-    EXPECT_EQ(limit.Int(8), 80);
+    EXPECT_EQ(machine.Sent<PowerLimits>().power, -7);
+    EXPECT_EQ(machine.Sent<PowerLimits>().temperature, 80);
 
     // The voltages are taken as they are, for every level but the lowest.
     EXPECT_TRUE(api.SetPerformanceUser(0, 1101, 0, 902));
-    constexpr std::size_t kSecondLevelVoltage = 12 + 16 + 4;
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_SystemClocksX2_Set").Int(kSecondLevelVoltage), 1101);
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_MemoryClocksX2_Set").Int(kSecondLevelVoltage), 902);
+    EXPECT_EQ(machine.Sent<EngineLevels>().levels.at(1).voltage, 1101);
+    EXPECT_EQ(machine.Sent<MemoryLevels>().levels.at(1).voltage, 902);
 }
 
 TEST(ApiForwarding, ArgumentsAreNotCheckedByTheExport) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     Exports const& api = machine.Api();
     EXPECT_TRUE(api.SetFanSpeed(1000));
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive5_FanSpeed_Set").Int(8), 1000);
+    EXPECT_EQ(machine.Sent<FanSpeed>().speed, 1000);
     EXPECT_TRUE(api.SetFanSpeed(INT_MIN));
     EXPECT_EQ(machine.CountOf("ADL2_Overdrive5_FanSpeedToDefault_Set"), 1);
     machine.TakeLog();
@@ -129,35 +123,27 @@ TEST(ApiForwarding, ArgumentsAreNotCheckedByTheExport) {
 }
 
 TEST(ApiForwarding, ResultsArePassedThrough) {
-    Machine machine = OverdriveNBoard();
-    machine.Result("ADL2_OverdriveN_PowerLimit_Set", -1);
-    machine.Then("ADL2_OverdriveN_PowerLimit_Set");
-    ASSERT_TRUE(machine.Init());
+    Machine machine =
+        OverdriveNBoard().Result("ADL2_OverdriveN_PowerLimit_Set", -1).Then("ADL2_OverdriveN_PowerLimit_Set").Started();
     EXPECT_FALSE(machine.Api().SetPowerLimit(75, 0));
     EXPECT_TRUE(machine.Api().SetPowerLimit(75, 0));
 }
 
 TEST(ApiForwarding, FanCurveOfAnOverdrive8BoardReachesItsOperation) {
     constexpr int kFanCurve = 0x2000;
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Started();
     FanTablePoint const curve[5] = {{200, 190}, {221, 211}, {242, 232}, {263, 253}, {284, 274}};
     EXPECT_TRUE(machine.Api().SetFanSpeedTable(curve, 5));
     EXPECT_EQ(machine.TakeLog().front(), "[OD8Helper::SetFanSpeedTable(arr,int)] ... Begin");
-    // Value, requested and reset of each setting, behind the count; the first curve speed is setting 20.
-    Call const set = machine.LastCall("ADL2_Overdrive8_Setting_Set");
-    EXPECT_EQ(set.Int(4 + 20 * 12), 200);
-    EXPECT_EQ(set.Int(4 + 28 * 12), 284);
+    EXPECT_EQ(machine.Sent<SettingRequest>().settings[setting::kFirstFanSpeed].value, 200);
+    EXPECT_EQ(machine.Sent<SettingRequest>().settings[setting::kLastFanSpeed].value, 284);
     EXPECT_FALSE(machine.Api().SetFanSpeedTable(curve, 0));
     EXPECT_FALSE(machine.Api().SetFanSpeedTable(nullptr, 5));
 }
 
 TEST(ApiForwarding, ConversionErrorEndsAtTheExportWithALogEntry) {
     Machine machine = OverdriveNBoard();
-    machine.Allocate(
-        "ADL2_Adapter_AdapterInfoX4_Get", 3,
-        AdapterList(
-            {{.index = 5, .udid = "PCI_VEN_1002&SUBSYS_E4571002&REV", .bus = 3, .name = "Name", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "PCI_VEN_1002&SUBSYS_E4571002&REV", .name = "Name"}});
     ASSERT_TRUE(machine.InitAndForget());
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(info.SubsystemId, 0U);

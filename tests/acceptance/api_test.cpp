@@ -74,15 +74,13 @@ TEST(Api, AfterAFailedStartNothingIsAvailable) {
 // ---- The start ----
 
 TEST(Api, VendorInfoTellsBackendAndVendor) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.Init());
+    Machine machine = OverdriveNBoard().Started();
     EXPECT_EQ(machine.Api().GetVendorInfo(), kOverdriveN);
     EXPECT_TRUE(machine.Api().IsInitOk());
 }
 
 TEST(Api, VendorInfoOfOverdrive8) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.Init());
+    Machine machine = Overdrive8Board(0).Started();
     EXPECT_EQ(machine.Api().GetVendorInfo(), kOverdrive8);
     EXPECT_TRUE(machine.Api().IsInitOk());
 }
@@ -117,7 +115,7 @@ TEST(Api, VendorInfoWithoutTheAmdLibraryIsTheVendorAlone) {
 
 TEST(Api, UnknownOverdriveVersionsAreRefused) {
     Machine machine = AmdBoard(6);
-    machine.Then("ADL2_Overdrive_Caps").Write("ADL2_Overdrive_Caps", 4, Ints({9}));
+    machine.Then("ADL2_Overdrive_Caps").Reports(OverdriveVersion{9});
     machine.Then("ADL2_Overdrive_Caps").Result("ADL2_Overdrive_Caps", -1);
     for (char const* what : {"6", "9", "failing"}) {
         SCOPED_TRACE(what);
@@ -152,9 +150,7 @@ TEST(Api, StartSucceedsThoughTheAdapterCannotBeOpened) {
 }
 
 TEST(Api, FailedSecondStartLeavesTheAdapterInUse) {
-    Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
-    ASSERT_TRUE(machine.Init());
+    Machine machine = OverdriveNBoard().Reports(Temperature{.millidegrees = 65500}).Started();
     machine.Api().FetchHwmValues();
 
     machine.Captions({L"Intel(R) UHD Graphics 770"});
@@ -166,10 +162,11 @@ TEST(Api, FailedSecondStartLeavesTheAdapterInUse) {
 }
 
 TEST(Api, SecondStartReplacesTheAdapterAndKeepsTheBinding) {
-    Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
-    machine.Then("ADL2_Overdrive_Caps").Write("ADL2_Overdrive_Caps", 4, Ints({8}));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard()
+                          .Reports(Temperature{.millidegrees = 65500})
+                          .Then("ADL2_Overdrive_Caps")
+                          .Reports(OverdriveVersion{8})
+                          .Started();
     machine.Api().FetchHwmValues();
     machine.TakeCalls();
 
@@ -188,8 +185,7 @@ TEST(Api, SecondStartReplacesTheAdapterAndKeepsTheBinding) {
 }
 
 TEST(Api, SecondStartReadsTheBoardAgain) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     EXPECT_TRUE(machine.Api().IsInitOk());
     machine.Then("ADL2_OverdriveN_CapabilitiesX2_Get").Result("ADL2_OverdriveN_CapabilitiesX2_Get", -1);
     EXPECT_TRUE(machine.Init());
@@ -210,8 +206,7 @@ void ExpectHwmValue(HwmValue const& entry, double value, std::string const& name
 }
 
 TEST(Api, HwmValuesBeforeAFetchWereNeverRead) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     for (int key = 0; key <= 20; ++key) {
         SCOPED_TRACE(key);
         ExpectHwmValue(machine.Api().GetHwmValue(key), -1.0, "", false);
@@ -221,8 +216,7 @@ TEST(Api, HwmValuesBeforeAFetchWereNeverRead) {
 }
 
 TEST(Api, HwmValueOfAnotherKeyIsAllZero) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     machine.Api().FetchHwmValues();
     for (int const key : {-1, 21, 22, 256, INT_MAX, INT_MIN}) {
         SCOPED_TRACE(key);
@@ -232,11 +226,9 @@ TEST(Api, HwmValueOfAnotherKeyIsAllZero) {
 
 TEST(Api, HwmValuesAfterAFetchAreTheReadingsAndStay) {
     Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_PerformanceStatus_Get", 2, Ints({136650, 200000, 0, 0, 0, 0, 97}));
-    machine.Write("ADL2_OverdriveN_FanControl_Get", 2, Ints({0, 0, 0, 1600}));
-    machine.Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({1234}));
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
-    machine.Write("ADL2_OverdriveN_PowerLimit_Get", 2, Ints({0, -10, 75}));
+    machine.Reports(PerformanceStatus{.coreClock = 136650, .memoryClock = 200000, .activity = 97});
+    machine.Reports(FanControl{.currentSpeed = 1600}).Reports(MemoryUsage{.megabytes = 1234});
+    machine.Reports(Temperature{.millidegrees = 65500}).Reports(PowerLimits{.power = -10, .temperature = 75});
     ASSERT_TRUE(machine.Init());
     machine.Api().FetchHwmValues();
     machine.TakeCalls();

@@ -133,7 +133,7 @@ TEST(CtlCallersState, IsPreservedByTheFunctionsWithBehaviourOfTheirOwn) {
                            {"ctlInit", Number(&init)},
                            {"ctlInit", Number(&init)},
                            {"ctlSetRuntimePath", Number(&path)},
-                           {"ctlClose", kIntelApi}};
+                           {"ctlClose", static_cast<int>(kIntelApi)}};
         for (auto const& step : steps) {
             SCOPED_TRACE(step.name);
             int const words[8] = {step.first, Number(&handle), 3, 4, 5, 6, 7, 8};

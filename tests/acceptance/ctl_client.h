@@ -13,13 +13,6 @@ inline int Number(void const* pointer) {
     return static_cast<int>(reinterpret_cast<std::uintptr_t>(pointer));
 }
 
-// ctl_init_args_t: size, version, application version, flags, supported version, application identifier.
-struct InitArgs {
-    std::uint32_t words[9] = {36, 0, 0x00010001, 1, 0, 0, 0, 0, 0};
-
-    explicit InitArgs(std::uint32_t applicationVersion = 0x00010001) { words[2] = applicationVersion; }
-};
-
 // ctl_runtime_path_args_t: size, version, identifier, the path at 24, device and revision.
 struct PathArgs {
     std::uint32_t words[8] = {32, 0, 0xA0A0A0A0, 0xB0B0B0B0, 0xC0C0C0C0, 0xD0D0D0D0, 0, 0x12345678};
@@ -33,7 +26,7 @@ inline int Init(Machine& machine, InitArgs args = InitArgs()) {
     return machine.Ctl("ctlInit", &args, &handle);
 }
 
-inline int Close(Machine& machine, int handle = kIntelApi) {
+inline int Close(Machine& machine, Handle handle = kIntelApi) {
     return machine.Ctl("ctlClose", handle);
 }
 

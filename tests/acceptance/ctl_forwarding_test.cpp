@@ -150,7 +150,7 @@ TEST(CtlForwarding, DoublesPassBitByBit) {
         for (double const value : {0.1, -123.456, -0.0, 1e300, 5e-324, std::numeric_limits<double>::infinity()}) {
             EXPECT_EQ(machine.Ctl(name, kDevice, value), 0);
             Call const call = machine.LastCall(name);
-            EXPECT_EQ(call.args.at(0), kDevice);
+            EXPECT_EQ(call.HandleArgument(0), kDevice);
             double const received = call.DoubleArgument(1);
             EXPECT_EQ(std::memcmp(&received, &value, sizeof value), 0) << received << " for " << value;
         }

@@ -8,9 +8,9 @@ namespace {
 
 TEST(CtlInit, LoadsTheLibraryFromTheSystemDirectoryAndCallsItsOwn) {
     Machine machine = ControlLibrary();
-    machine.Write("ctlInit", 1, Ints({kIntelApi}));
+    machine.Reports(ApiHandle{kIntelApi});
     InitArgs args;
-    int handle = 0;
+    Handle handle{};
     EXPECT_EQ(machine.Ctl("ctlInit", &args, &handle), 0);
     EXPECT_EQ(handle, kIntelApi);
     ExpectLoads(machine, {kName});
@@ -98,12 +98,12 @@ TEST(CtlClose, PassesTheHandleAndUnloads) {
     Machine machine = ControlLibrary();
     ASSERT_EQ(Init(machine), 0);
     machine.TakeCalls();
-    EXPECT_EQ(Close(machine, 0x1234), 0);
+    EXPECT_EQ(Close(machine, Handle{0x1234}), 0);
     EXPECT_EQ(machine.UnloadCount(), 1);
     std::vector<Call> const calls = machine.TakeCalls();
     ASSERT_EQ(calls.size(), 1U);
     EXPECT_EQ(calls[0].entryPoint, "ctlClose");
-    EXPECT_EQ(calls[0].args, std::vector<int>({0x1234}));
+    EXPECT_EQ(calls[0].HandleArgument(0), Handle{0x1234});
 
     // Whoever else still has a handle.
     EXPECT_EQ(machine.Ctl("ctlEnumFans", 1, 0, 0), kNotInitialized);

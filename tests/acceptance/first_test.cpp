@@ -6,8 +6,7 @@
 using namespace gputune::test;
 
 TEST(FirstTest, PercentageForTheFanReachesTheBoard) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     EXPECT_TRUE(machine.Api().SetFanSpeed(50));
-    EXPECT_EQ(machine.LastCall("ADL2_Overdrive5_FanSpeed_Set").record, Ints({16, 1, 50, 1}));
+    EXPECT_EQ(machine.Sent<FanSpeed>(), (FanSpeed{.type = kPercent, .speed = 50, .flags = kUserDefined}));
 }

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include "overdrive8_traffic.h"
@@ -18,57 +17,29 @@ std::string const kList = "ADL2_Adapter_AdapterInfoX3_Get";
 std::string const kMetrics = "ADL2_Adapter_FrameMetrics_Get";
 constexpr int kNoSource = -1;  // all ones
 
-Bytes Float(float value) {
-    Bytes bytes(sizeof value);
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
-}
-
-// Records of 1,572 bytes, eight less than those of the newer list.
-Bytes Displays(std::vector<std::string> const& names) {
-    Bytes list;
-    for (std::string const& name : names) {
-        Bytes record(1572);
-        record = Patched(record, 0, Ints({1572, 40}));
-        record = Patched(record, 536, Bytes(name.begin(), name.end()));
-        list.insert(list.end(), record.begin(), record.end());
-    }
-    return list;
-}
-
 Lines Names(Lines const& names) {
     return Entries(kTag + " dispDeviceName", names);
 }
 
-// What the measurement was asked about.
-int Source(Machine& machine) {
-    Call const call = machine.LastCall(kMetrics);
-    EXPECT_EQ(call.args.at(0), kContext);
-    EXPECT_EQ(call.args.at(1), 5);
-    EXPECT_EQ(call.Int(0), 0);  // the rate before the call
-    return call.args.at(2);
+void ExpectMeasured(Machine& machine, int source) {
+    EXPECT_EQ(DescribeAmdCall(machine.LastCall(kMetrics)), "Adapter_FrameMetrics_Get 5 #" + std::to_string(source));
 }
 
 TEST(FrameRate, WithoutAListAsksAboutNoSource) {
     Machine machine = Overdrive8Board(0);
-    machine.Write(kList, 2, Ints({7}));
-    machine.Write(kMetrics, 3, Float(59.9F));
+    OrderDisplays(machine, 7, Bytes());
+    machine.Reports(FrameRate{59.9F});
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.Api().GetFrameRate(), 59);
     EXPECT_EQ(machine.TakeLog(), Lines({"[OD8Helper::GetFrameRate()] numAdapters ... 0",
                                         "[OD8Helper::GetFrameRate()] current fps ... 59.900002"}));
-    Call const list = machine.LastCall(kList);
-    EXPECT_EQ(list.args.at(0), kContext);
-    EXPECT_EQ(list.args.at(1), 5);
-    EXPECT_EQ(Source(machine), kNoSource);
-    EXPECT_EQ(machine.TakeCallNames(), Lines({kList, kMetrics}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Adapter_AdapterInfoX3_Get 5", "Adapter_FrameMetrics_Get 5 #-1"}));
 }
 
 TEST(FrameRate, LooksAtEveryNameWhateverTheListCallReturned) {
     Machine machine = Overdrive8Board(0);
-    machine.Write(kList, 2, Ints({3}));
-    machine.Allocate(kList, 3, Displays({"\\\\.\\NOWHERE1", "", "\\\\.\\NOWHERE2"}));
-    machine.Write(kMetrics, 3, Float(144.0F));
+    OrderDisplays(machine, {"\\\\.\\NOWHERE1", "", "\\\\.\\NOWHERE2"});
+    machine.Reports(FrameRate{144.0F});
     ASSERT_TRUE(machine.InitAndForget());
     for (int const result : {0, -1, 1}) {
         SCOPED_TRACE(result);
@@ -77,14 +48,15 @@ TEST(FrameRate, LooksAtEveryNameWhateverTheListCallReturned) {
         EXPECT_EQ(machine.TakeLog(), Entries(kTag + " numAdapters", {"3"}) +
                                          Names({"\\\\.\\NOWHERE1", "", "\\\\.\\NOWHERE2"}) +
                                          Entries(kTag + " current fps", {"144.000000"}));
-        EXPECT_EQ(Source(machine), kNoSource);
+        ExpectMeasured(machine, kNoSource);
     }
 }
 
 TEST(FrameRate, ReadsNoRecordThatIsNotThere) {
-    Bytes const two = Displays({"\\\\.\\NOWHERE1", "\\\\.\\NOWHERE2"});
+    // Bytes, as lists break off anywhere.
+    Bytes const two = DisplayList({"\\\\.\\NOWHERE1", "\\\\.\\NOWHERE2"});
     Bytes oneAndAPiece = two;
-    oneAndAPiece.resize(2 * 1572 - 1);
+    oneAndAPiece.pop_back();
     struct Row {
         int count;
         Bytes list;
@@ -101,25 +73,23 @@ TEST(FrameRate, ReadsNoRecordThatIsNotThere) {
         {2, oneAndAPiece, {"\\\\.\\NOWHERE1"}},
         {5, Bytes(100), {}},
     };
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     machine.Api().GetFrameRate();
     machine.TakeLog();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.count);
-        machine.Then(kList).Write(kList, 2, Ints({row.count})).Allocate(kList, 3, row.list);
+        OrderDisplays(machine.Then(kList), row.count, row.list);
         EXPECT_EQ(machine.Api().GetFrameRate(), 0);
         EXPECT_EQ(machine.TakeLog(), Entries(kTag + " numAdapters", {std::to_string(row.count)}) + Names(row.names) +
                                          Entries(kTag + " current fps", {"0.000000"}));
-        EXPECT_EQ(Source(machine), kNoSource);
+        ExpectMeasured(machine, kNoSource);
     }
 }
 
 TEST(FrameRate, ReadsANameToTheEndOfItsField) {
     std::string const full(256, 'd');
     Machine machine = Overdrive8Board(0);
-    // What stands behind it is no zero.
-    machine.Write(kList, 2, Ints({1})).Allocate(kList, 3, Patched(Displays({full}), 792, Text("behind")));
+    OrderDisplays(machine, {full});  // what stands behind it is no zero
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.Api().GetFrameRate(), 0);
     EXPECT_EQ(machine.TakeLog(),
@@ -147,23 +117,20 @@ TEST(FrameRate, IsTruncatedTowardZero) {
         {std::numeric_limits<float>::infinity(), -1, "inf"},
         {-std::numeric_limits<float>::infinity(), -1, "-inf"},
     };
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.logged);
-        machine.Write(kMetrics, 3, Float(row.measured));
+        machine.Reports(FrameRate{row.measured});
         EXPECT_EQ(machine.Api().GetFrameRate(), row.result);
         EXPECT_EQ(machine.TakeLog(),
                   Entries(kTag + " numAdapters", {"0"}) + Entries(kTag + " current fps", {row.logged}));
     }
-    machine.Write(kMetrics, 3, Float(std::numeric_limits<float>::quiet_NaN()));
+    machine.Reports(FrameRate{std::numeric_limits<float>::quiet_NaN()});
     EXPECT_EQ(machine.Api().GetFrameRate(), -1);
 }
 
 TEST(FrameRate, ThatCannotBeReadIsNotAvailable) {
-    Machine machine = Overdrive8Board(0);
-    machine.Write(kMetrics, 3, Float(59.9F));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Reports(FrameRate{59.9F}).Started();
     for (int const result : {-1, 1}) {
         machine.Result(kMetrics, result);
         EXPECT_EQ(machine.Api().GetFrameRate(), -1);
@@ -172,19 +139,14 @@ TEST(FrameRate, ThatCannotBeReadIsNotAvailable) {
 }
 
 TEST(FrameRate, WithoutTheListEntryPointAsksAboutNoSource) {
-    Machine machine = Overdrive8Board(0);
-    machine.Hide(kList);
-    machine.Write(kMetrics, 3, Float(30.0F));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Hide(kList).Reports(FrameRate{30.0F}).Started();
     EXPECT_EQ(machine.Api().GetFrameRate(), 30);
     EXPECT_EQ(machine.TakeLog(), Entries(kTag + " numAdapters", {"0"}) + Entries(kTag + " current fps", {"30.000000"}));
-    EXPECT_EQ(Source(machine), kNoSource);
+    ExpectMeasured(machine, kNoSource);
 }
 
 TEST(FrameRate, WithoutTheMeasurementsEntryPointIsNotAvailable) {
-    Machine machine = Overdrive8Board(0);
-    machine.Hide(kMetrics);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Hide(kMetrics).Started();
     EXPECT_EQ(machine.Api().GetFrameRate(), -1);
     EXPECT_EQ(machine.TakeLog(), Entries(kTag + " numAdapters", {"0"}));
 }
@@ -207,23 +169,19 @@ TEST(FrameRate, IsThatOfTheFirstDisplayThatOpens) {
         {0xFFFFFFFE, {"\\\\.\\DISPLAY7"}, {"\\\\.\\DISPLAY7"}, -2},
     };
     SetDisplay(L"\\\\.\\DISPLAY8", 12);
-    Machine machine = Overdrive8Board(0);
-    machine.Write(kMetrics, 3, Float(75.5F));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Reports(FrameRate{75.5F}).Started();
     machine.Api().GetFrameRate();
     machine.TakeLog();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.asked);
         SetDisplay(L"\\\\.\\DISPLAY7", row.source);
-        machine.Then(kList)
-            .Write(kList, 2, Ints({static_cast<int>(row.names.size())}))
-            .Allocate(kList, 3, Displays(row.names));
+        OrderDisplays(machine.Then(kList), row.names);
         EXPECT_EQ(machine.Api().GetFrameRate(), 75);
         EXPECT_EQ(machine.TakeLog(), Entries(kTag + " numAdapters", {std::to_string(row.names.size())}) +
                                          Names(row.looked) +
                                          Entries(kTag + " D3DKMTOpenAdapterFromGdiDisplayName", {"0"}) +
                                          Entries(kTag + " current fps", {"75.500000"}));
-        EXPECT_EQ(Source(machine), row.asked);
+        ExpectMeasured(machine, row.asked);
     }
     // A display that opened does not help a measurement that fails.
     machine.Result(kMetrics, -1);

@@ -12,11 +12,10 @@ constexpr int kMost = 1024;
 constexpr int kGarbage[] = {kMost + 1, 0x10000, 0x01000000, 0x0FFFFFFF, INT_MAX, INT_MIN, -1};
 
 TEST(IgclCounts, TooManyFansAreNotWalked) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     for (int const count : kGarbage) {
         SCOPED_TRACE(count);
-        machine.Write("ctlEnumFans", 1, Ints({count}));
+        OrderFanList(machine, count);
         EXPECT_FALSE(machine.Api().SetFanSpeed(40));
         EXPECT_EQ(machine.TakeCallNames(), Lines({"ctlEnumFans"}));
         EXPECT_EQ(machine.TakeLog(), Lines({"[IGCLHelper::SetFanSpeed(int)] ... begin",
@@ -28,8 +27,8 @@ TEST(IgclCounts, TooManyFansAreNotWalked) {
 
 TEST(IgclCounts, TheMostFansAreAllSet) {
     Machine machine = IntelBoard();
-    machine.Write("ctlEnumFans", 1, Ints({kMost}));
-    machine.Write("ctlFanGetProperties", 1, Ints({1}), 8);  // those without properties of their own: fixed speed
+    OrderFanList(machine, kMost);
+    OrderModeOfOtherFans(machine, FixedFan().modes);
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
     EXPECT_EQ(machine.CountOf("ctlFanSetFixedSpeedMode"), kMost);
@@ -39,7 +38,7 @@ TEST(IgclCounts, TooManyDevicesAreNotWalked) {
     Machine machine = IntelBoard();
     for (int const count : kGarbage) {
         SCOPED_TRACE(count);
-        machine.Write("ctlEnumerateDevices", 1, Ints({count}));
+        OrderDeviceList(machine, count);
         EXPECT_TRUE(machine.Init());
         EXPECT_FALSE(machine.Api().IsInitOk());
         EXPECT_EQ(machine.CountOf("ctlEnumerateDevices"), 1);

@@ -32,25 +32,22 @@ TEST(IgclDump, EachOverclockFlagIsReadWhereItStands) {
     TakeDumps(machine);
     for (Flag const& flag : kOverclockFlags) {
         SCOPED_TRACE(flag.label);
-        machine.Then("ctlOverclockGetProperties").Write("ctlOverclockGetProperties", 1, {1}, flag.offset);
+        OrderOverclockByte(machine.Then("ctlOverclockGetProperties"), flag.offset);
         EXPECT_EQ(TakeDumps(machine), Joined({OverclockDump(Flags(kOverclockLabels, {flag.label})),
                                               TelemetryDump(Flags(kTelemetryLabels, {}))}));
     }
 }
 
 TEST(IgclDump, ReferenceFollowsARelativeControlThatHasOne) {
-    std::pair<std::size_t, int> const controls[] = {
-        {1, oc::kGpuFrequency}, {2, oc::kGpuVoltage}, {3, oc::kVramFrequency}, {4, oc::kVramVoltage}};
     Machine machine = IntelBoard();
-    for (auto const& [position, offset] : controls) {
-        machine.Write("ctlOverclockGetProperties", 1, {1, 1}, offset + oc::kRelative);
-        machine.Write("ctlOverclockGetProperties", 1, Doubles({1000.5 * static_cast<double>(position)}),
-                      offset + oc::kReferenceValue);
+    double value = 0;
+    for (int const control : {oc::kGpuFrequency, oc::kGpuVoltage, oc::kVramFrequency, oc::kVramVoltage}) {
+        value += 1000.5;
+        OrderControl(machine, control, {.relative = 1, .reference = 1, .referenceValue = value});
     }
     // These have none to print.
-    for (int const offset : {oc::kPowerLimit, oc::kTemperatureLimit}) {
-        machine.Write("ctlOverclockGetProperties", 1, {1, 1, 1}, offset);
-        machine.Write("ctlOverclockGetProperties", 1, Doubles({99}), offset + oc::kReferenceValue);
+    for (int const control : {oc::kPowerLimit, oc::kTemperatureLimit}) {
+        OrderControl(machine, control, {.supported = 1, .relative = 1, .reference = 1, .referenceValue = 99});
     }
     EXPECT_EQ(
         TakeDumps(machine),
@@ -65,20 +62,20 @@ TEST(IgclDump, ReferenceFollowsARelativeControlThatHasOne) {
 
 TEST(IgclDump, RelativeOrReferenceAloneIsNotEnough) {
     Machine machine = IntelBoard();
-    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kGpuFrequency + oc::kRelative);
-    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kGpuVoltage + oc::kReference);
-    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramFrequency + oc::kReference);
-    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramVoltage + oc::kRelative);
+    OrderControl(machine, oc::kGpuFrequency, {.relative = 1});
+    OrderControl(machine, oc::kGpuVoltage, {.reference = 1});
+    OrderControl(machine, oc::kVramFrequency, {.reference = 1});
+    OrderControl(machine, oc::kVramVoltage, {.relative = 1});
     EXPECT_EQ(TakeDumps(machine), kDumps);
 }
 
 TEST(IgclDump, AnyByteButZeroIsTrue) {
     Machine machine = IntelBoard();
     for (Flag const& flag : kOverclockFlags) {
-        machine.Write("ctlOverclockGetProperties", 1, {0x80}, flag.offset);
+        OrderOverclockByte(machine, flag.offset, 0x80);
     }
-    machine.Write("ctlOverclockGetProperties", 1, {2, 0xFF}, oc::kGpuVoltage + oc::kRelative);
-    machine.Write("ctlPowerTelemetryGet", 1, {0xFE}, telemetry::kFanSpeed);
+    OrderControl(machine, oc::kGpuVoltage, {.supported = 0x80, .relative = 2, .reference = 0xFF});
+    OrderTelemetryByte(machine, telemetry::kFanSpeed, 0xFE);
     Lines overclock = Flags(kOverclockLabels, kOverclockLabels);
     overclock.insert(overclock.begin() + 3, "  - reference value ... 0.000000");
     EXPECT_EQ(TakeDumps(machine),
@@ -108,7 +105,7 @@ TEST(IgclDump, EachTelemetryFlagIsReadWhereItStands) {
     TakeDumps(machine);
     for (Flag const& flag : flags) {
         SCOPED_TRACE(flag.label);
-        machine.Then("ctlPowerTelemetryGet").Write("ctlPowerTelemetryGet", 1, {1}, flag.offset);
+        OrderTelemetryByte(machine.Then("ctlPowerTelemetryGet"), flag.offset);
         EXPECT_EQ(TakeDumps(machine), Joined({OverclockDump(Flags(kOverclockLabels, {})),
                                               TelemetryDump(Flags(kTelemetryLabels, {flag.label}))}));
     }
@@ -116,7 +113,7 @@ TEST(IgclDump, EachTelemetryFlagIsReadWhereItStands) {
     machine.Then("ctlPowerTelemetryGet");
     for (int const offset :
          {200, 201, 202, 203, 204, 376, 377, 378, 379, 380, 384, 408, 416, 440, 712, 736, 760, 784}) {
-        machine.Write("ctlPowerTelemetryGet", 1, {1}, offset);
+        OrderTelemetryByte(machine, offset);
     }
     EXPECT_EQ(TakeDumps(machine), kDumps);
 }
@@ -124,7 +121,7 @@ TEST(IgclDump, EachTelemetryFlagIsReadWhereItStands) {
 TEST(IgclDump, FailingPropertiesAreReportedAndPrintedAsTheyAre) {
     Machine machine = IntelBoard();
     machine.Result("ctlOverclockGetProperties", kFailure);
-    machine.Write("ctlOverclockGetProperties", 1, {1}, oc::kVramVoltage);
+    OrderControl(machine, oc::kVramVoltage, {.supported = 1});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()),
@@ -138,7 +135,7 @@ TEST(IgclDump, FailingPropertiesAreReportedAndPrintedAsTheyAre) {
 TEST(IgclDump, FailingTelemetryLeavesTheFeaturesOut) {
     Machine machine = IntelBoard();
     machine.Result("ctlPowerTelemetryGet", kFailure);
-    machine.Write("ctlPowerTelemetryGet", 1, {1}, telemetry::kTimeStamp);
+    OrderItem(machine, telemetry::kTimeStamp, 1);
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()),
@@ -211,8 +208,7 @@ TEST(IgclResults, EveryCodeHasItsText) {
         {0x80000000, "[Unknown Error]"},
         {0xFFFFFFFF, "[Unknown Error]"},
     };
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     for (auto const& [code, text] : texts) {
         int const result = static_cast<int>(code);
         machine.Then("ctlPowerTelemetryGet").Result("ctlPowerTelemetryGet", result);

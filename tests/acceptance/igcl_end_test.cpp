@@ -8,8 +8,7 @@ namespace {
 // ---- The end ----
 
 TEST(IgclEnd, SecondStartClosesWhatTheNewAdapterStandsOn) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     machine.TakeLoads();
 
     ASSERT_TRUE(machine.Init());
@@ -39,17 +38,14 @@ TEST(IgclEnd, SecondStartClosesWhatTheNewAdapterStandsOn) {
 }
 
 TEST(IgclEnd, FailingCloseLeavesTheNewAdapterItsLibrary) {
-    Machine machine = IntelBoard();
-    machine.Result("ctlClose", kFailure);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Result("ctlClose", kFailure).Started();
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.UnloadCount(), 0);
     EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
 }
 
 TEST(IgclEnd, FailedStartLeavesTheAdapterItsLibrary) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     machine.Captions({L"Intel(R) UHD Graphics 770"});
     EXPECT_FALSE(machine.Init());
     EXPECT_EQ(machine.TakeCallNames(), Lines{});
@@ -57,9 +53,8 @@ TEST(IgclEnd, FailedStartLeavesTheAdapterItsLibrary) {
 }
 
 TEST(IgclEnd, AnotherVendorsAdapterTakesItsPlace) {
-    Machine machine = OverdriveNBoard();
-    machine.Add(Machine::Library::Intel).Captions({L"Intel(R) Arc(TM) A770 Graphics"});
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        OverdriveNBoard().Add(Machine::Library::Intel).Captions({L"Intel(R) Arc(TM) A770 Graphics"}).Started();
     EXPECT_EQ(machine.Api().GetVendorInfo(), kIntelVendorInfo);
     machine.Captions({L"AMD Radeon RX 580 Series"});
     ASSERT_TRUE(machine.Init());
@@ -116,29 +111,26 @@ TEST(IgclUnopened, WithoutTheLibrarySurvivesEveryCall) {
 }
 
 TEST(IgclUnopened, AfterAFailingInitSurvivesEveryCall) {
-    Machine machine = IntelBoard();
-    machine.Result("ctlInit", kFailure);
-    ASSERT_TRUE(machine.Init());
+    Machine machine = IntelBoard().Result("ctlInit", kFailure).Started();
     ExpectToSurvive(machine);
 }
 
 TEST(IgclUnopened, AfterAFailingEnumerationSurvivesEveryCall) {
-    Machine machine = IntelBoard();
-    machine.Then("ctlEnumerateDevices").Result("ctlEnumerateDevices", kFailure);
-    machine.Result("ctlClose", kFailure);
-    ASSERT_TRUE(machine.Init());
+    Machine machine = IntelBoard()
+                          .Then("ctlEnumerateDevices")
+                          .Result("ctlEnumerateDevices", kFailure)
+                          .Result("ctlClose", kFailure)
+                          .Started();
     ExpectToSurvive(machine);
 }
 
 TEST(IgclUnopened, WithoutDevicesSurvivesEveryCall) {
-    Machine machine = IntelBoard({});
-    ASSERT_TRUE(machine.Init());
+    Machine machine = IntelBoard({}).Started();
     ExpectToSurvive(machine);
 }
 
 TEST(IgclUnopened, WithNullHandlesAloneSurvivesEveryCall) {
-    Machine machine = IntelBoard({Null()});
-    ASSERT_TRUE(machine.Init());
+    Machine machine = IntelBoard({Null()}).Started();
     ExpectToSurvive(machine);
 }
 

@@ -28,11 +28,10 @@ TEST(IgclFanCurve, PointsAreSentInOrderAndReadBack) {
                       {kTable + " plan set temp/speed ... 40/30", kTable + " plan set temp/speed ... 60/55",
                        kTable + " plan set temp/speed ... 90/100", kTable + " fan table ... set"},
                       ReadBack(kTable, "2", "4", {"40/30/1", "60/55/1", "90/100/1"})}));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record,
-              SpeedTable(3, {CurvePoint(kCurve[0]), CurvePoint(kCurve[1]), CurvePoint(kCurve[2])}));
-    EXPECT_EQ(machine.LastCall("ctlFanGetConfig").record, SizedRecord(936));
+    EXPECT_EQ(machine.Sent<SpeedTable>(),
+              Curve(3, {CurvePoint(kCurve[0]), CurvePoint(kCurve[1]), CurvePoint(kCurve[2])}));
     EXPECT_EQ(TakeIntelTraffic(machine),
-              Lines({"ctlEnumFans DE0000", "ctlEnumFans DE0000", "ctlFanGetProperties FA0000",
+              Lines({"ctlEnumFans DE0000: count", "ctlEnumFans DE0000: room for 1", "ctlFanGetProperties FA0000",
                      "ctlFanSetSpeedTableMode FA0000", "ctlFanGetConfig FA0000"}));
 }
 
@@ -45,8 +44,8 @@ TEST(IgclFanCurve, ValuesAreNotJudged) {
                                          PlanLines(points),
                                          {kTable + " fan table ... set"},
                                          ZeroReadBack(kTable, 3)}));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record,
-              SpeedTable(3, {CurvePoint(points[0]), CurvePoint(points[1]), CurvePoint(points[2])}));
+    EXPECT_EQ(machine.Sent<SpeedTable>(),
+              Curve(3, {CurvePoint(points[0]), CurvePoint(points[1]), CurvePoint(points[2])}));
 }
 
 TEST(IgclFanCurve, AnotherNumberOfPointsIsRefusedBeforeAnyFanIsTouched) {
@@ -148,14 +147,14 @@ TEST(IgclFanCurve, FailingReadBackShowsZerosAndIsSuccess) {
 
 TEST(IgclFanCurve, AllThirtyTwoPointsAreSent) {
     std::vector<FanTablePoint> points;
-    std::vector<std::vector<int>> sent;
+    std::vector<SpeedPoint> sent;
     for (int j = 0; j < 32; ++j) {
         points.push_back({2 * j, 3 * j});
         sent.push_back(CurvePoint(points.back()));
     }
     Machine machine = RunningBoard({TableFan(32)});
     EXPECT_TRUE(machine.Api().SetFanSpeedTable(points.data(), 32));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record, SpeedTable(32, sent));
+    EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(32, sent));
     EXPECT_EQ(machine.TakeLog(), Joined({Begin(kTable, 1),
                                          FanLines(kTable, 0, TableFan(32)),
                                          PlanLines(points),
@@ -166,7 +165,7 @@ TEST(IgclFanCurve, AllThirtyTwoPointsAreSent) {
 TEST(IgclFanCurve, MorePointsThanTheRecordHoldsAreCut) {
     // On the heap, and no more than is read.
     std::vector<FanTablePoint> points;
-    std::vector<std::vector<int>> sent;
+    std::vector<SpeedPoint> sent;
     for (int j = 0; j < 32; ++j) {
         points.push_back({j, 100 - j});
         sent.push_back(CurvePoint(points.back()));
@@ -176,7 +175,7 @@ TEST(IgclFanCurve, MorePointsThanTheRecordHoldsAreCut) {
         SCOPED_TRACE(count);
         OrderFans(machine, {TableFan(count)});
         EXPECT_TRUE(machine.Api().SetFanSpeedTable(points.data(), count));
-        EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record, SpeedTable(32, sent));
+        EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(32, sent));
         EXPECT_EQ(machine.TakeLog(), Joined({Begin(kTable, 1),
                                              FanLines(kTable, 0, TableFan(count)),
                                              PlanLines(points),
@@ -191,7 +190,7 @@ TEST(IgclFanCurve, WithoutPointsTheCurveIsEmpty) {
         SCOPED_TRACE(count);
         OrderFans(machine, {TableFan(count)});
         EXPECT_TRUE(machine.Api().SetFanSpeedTable(nullptr, count));
-        EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record, SpeedTable(count, {}));
+        EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(count, {}));
         EXPECT_EQ(machine.TakeLog(), Joined({Begin(kTable, 1),
                                              FanLines(kTable, 0, TableFan(count)),
                                              {kTable + " fan table ... set"},

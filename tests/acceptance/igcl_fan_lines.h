@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "intel_board.h"
 
 namespace gputune::test {
@@ -16,8 +18,7 @@ inline std::string const kUnknownModes = "[IGCLHelper::SetFanSpeed(int)] ?????";
 inline Machine RunningBoard(std::vector<FanProperties> const& fans) {
     Machine machine = IntelBoard();
     OrderFans(machine, fans);
-    EXPECT_TRUE(machine.InitAndForget());
-    return machine;
+    return machine.Started();
 }
 
 inline Lines Begin(std::string const& tag, unsigned fans) {
@@ -48,35 +49,21 @@ inline Lines ZeroReadBack(std::string const& tag, std::size_t nodes) {
     return ReadBack(tag, "0", "0", Lines(nodes, "0/0/0"));
 }
 
-// ctl_fan_speed_table_t. A point: size 28, version, temperature, then size, version, speed and units of its speed.
-inline Bytes SpeedTable(int count, std::vector<std::vector<int>> const& points) {
-    Bytes table = Patched(Bytes(908), 0, Ints({908, 0, count}));
-    for (std::size_t j = 0; j < points.size(); ++j) {
-        table = Patched(table, 12 + 28 * j, Ints(points[j]));
-    }
+// A curve of these points, whose number may be another than their number.
+inline SpeedTable Curve(int count, std::vector<SpeedPoint> const& points) {
+    SpeedTable table{.count = count};
+    std::copy(points.begin(), points.end(), table.points);
     return table;
 }
 
 // One point of SetFanSpeed: at 0 degrees, without the inner size, deliberately.
-inline std::vector<int> FlatPoint(int speed) {
-    return {28, 0, 0, 0, 0, speed, 1};
+inline SpeedPoint FlatPoint(int speed) {
+    return {.size = 28, .speed = speed, .units = 1};
 }
 
 // One point of SetFanSpeedTable.
-inline std::vector<int> CurvePoint(FanTablePoint const& point) {
-    return {28, 0, point.FanTemperature, 16, 0, point.FanSpeed, 1};
-}
-
-// What ctlFanGetConfig writes: mode, then at 36 the number of nodes, and from 40 on the nodes.
-inline void OrderConfig(Machine& machine, int mode, int count, std::vector<std::vector<int>> const& nodes) {
-    machine.Write("ctlFanGetConfig", 1, Ints({mode}), 8);
-    machine.Write("ctlFanGetConfig", 1, Ints({count}), 36);
-    int offset = 40;
-    for (std::vector<int> const& node : nodes) {
-        machine.Write("ctlFanGetConfig", 1, Ints({node.at(0)}), offset + 8);
-        machine.Write("ctlFanGetConfig", 1, Ints({node.at(1), node.at(2)}), offset + 20);
-        offset += 28;
-    }
+inline SpeedPoint CurvePoint(FanTablePoint const& point) {
+    return {.size = 28, .temperature = point.FanTemperature, .speedSize = 16, .speed = point.FanSpeed, .units = 1};
 }
 
 }  // namespace gputune::test

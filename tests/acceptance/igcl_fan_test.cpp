@@ -37,12 +37,7 @@ TEST_P(IgclFans, NoneAreAFailureThatReportsSuccess) {
     EXPECT_EQ(machine.TakeLog(),
               Lines({GetParam().tag + " ... begin",
                      ErrorLine(GetParam().tag + " Fan component not supported", 0, "[CTL_RESULT_SUCCESS]")}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 1U);
-    EXPECT_EQ(calls[0].entryPoint, "ctlEnumFans");
-    EXPECT_EQ(calls[0].args.at(0), kDevice);
-    EXPECT_EQ(calls[0].args.at(2), 0) << "the count alone";
-    EXPECT_EQ(calls[0].record, Ints({0}));
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlEnumFans DE0000: count"}));
 }
 
 TEST_P(IgclFans, FailingCountEndsIt) {
@@ -67,11 +62,7 @@ TEST_P(IgclFans, FailingListEndsIt) {
     machine.Then("ctlEnumFans").Result("ctlEnumFans", kFailure);
     EXPECT_FALSE(GetParam().run(machine));
     EXPECT_EQ(machine.TakeLog(), Joined({Begin(GetParam().tag, 2), {FailureLine(GetParam().tag + " ctlEnumFans")}}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_EQ(calls[1].args.at(0), kDevice);
-    EXPECT_NE(calls[1].args.at(2), 0);
-    EXPECT_EQ(calls[1].record, Ints({2})) << "room for that many";
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlEnumFans DE0000: count", "ctlEnumFans DE0000: room for 2"}));
 }
 
 TEST_P(IgclFans, FanWithoutPropertiesIsLeftOut) {
@@ -87,7 +78,7 @@ TEST_P(IgclFans, FanWithoutPropertiesIsLeftOut) {
     EXPECT_EQ(Lines(log.begin(), log.begin() + static_cast<std::ptrdiff_t>(expected.size())), expected);
     for (Call const& call : machine.TakeCalls()) {
         if (call.entryPoint.starts_with("ctlFan") && call.entryPoint != "ctlFanGetProperties") {
-            EXPECT_EQ(call.args.at(0), kFan + 1) << call.entryPoint;
+            EXPECT_EQ(call.HandleArgument(0), kFan + 1) << call.entryPoint;
         }
     }
 }
@@ -95,16 +86,12 @@ TEST_P(IgclFans, FanWithoutPropertiesIsLeftOut) {
 TEST_P(IgclFans, EachFanIsAskedWithAFreshRecord) {
     Machine machine = RunningBoard({TableFan(2), FixedFan(), TableFan(2)});
     GetParam().run(machine);
-    int asked = 0;
-    for (Call const& call : machine.TakeCalls()) {
-        if (call.entryPoint == "ctlFanGetProperties") {
-            EXPECT_EQ(call.args.at(0), kFan + asked);
-            EXPECT_EQ(call.record, SizedRecord(24));
-            ++asked;
-        }
-    }
+    Lines asked = TakeIntelTraffic(machine);
+    std::erase_if(asked, [](std::string const& line) { return !line.starts_with("ctlFanGetProperties"); });
+    Lines expected = {"ctlFanGetProperties FA0000", "ctlFanGetProperties FA0001", "ctlFanGetProperties FA0002"};
     // A curve does not come past the fan that takes another number of points.
-    EXPECT_EQ(asked, GetParam().tag == kTable ? 2 : 3);
+    expected.resize(GetParam().tag == kTable ? 2 : 3);
+    EXPECT_EQ(asked, expected);
 }
 
 TEST_P(IgclFans, NumbersOfTheFanAreDecimalWithTheirSigns) {
@@ -126,32 +113,32 @@ TEST_P(IgclFans, CountThatGrowsIsNotFollowedBeyondTheRoom) {
     for (int const grown : {2, 1000, INT_MAX, -1}) {
         SCOPED_TRACE(grown);
         // The first call says one fan, the second these.
-        machine.Then("ctlEnumFans").Write("ctlEnumFans", 1, Ints({grown})).Write("ctlEnumFans", 2, Ints({kFan}));
+        OrderFanList(machine.Then("ctlEnumFans"), grown, {kFan});
         EXPECT_TRUE(GetParam().run(machine));
         EXPECT_EQ(machine.TakeLog()[1], GetParam().tag + " Number of Fan Handles ... 1");
         EXPECT_EQ(machine.CountOf("ctlFanGetProperties"), 1);
         machine.TakeCalls();
-        machine.Then("ctlEnumFans").Write("ctlEnumFans", 1, Ints({1}));
+        OrderFanList(machine.Then("ctlEnumFans"), 1);
     }
 }
 
 TEST_P(IgclFans, CountThatShrinksLeavesTheFansThatWereWritten) {
     Machine machine = RunningBoard({TableFan(2), TableFan(2), TableFan(2)});
-    machine.Then("ctlEnumFans").Write("ctlEnumFans", 1, Ints({1})).Write("ctlEnumFans", 2, Ints({kFan}));
+    OrderFanList(machine.Then("ctlEnumFans"), 1, {kFan});
     EXPECT_TRUE(GetParam().run(machine));
     for (Call const& call : machine.TakeCalls()) {
         if (call.entryPoint == "ctlFanGetProperties") {
-            EXPECT_TRUE(call.args.at(0) == kFan || call.args.at(0) == 0) << call.args.at(0);
+            EXPECT_TRUE(call.HandleArgument(0) == kFan || call.HandleArgument(0) == Handle{})
+                << DescribeIntelCall(call);
         }
     }
 }
 
 TEST_P(IgclFans, CountBeyondAllMemoryIsAFailure) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     for (int const count : {-1, INT_MAX, 0x40000000, 0x40000001}) {
         SCOPED_TRACE(count);
-        machine.Write("ctlEnumFans", 1, Ints({count}));
+        OrderFanList(machine, count);
         EXPECT_FALSE(GetParam().run(machine));
         EXPECT_EQ(machine.CountOf("ctlFanGetProperties"), 0);
         machine.Then("ctlEnumFans");
@@ -160,8 +147,8 @@ TEST_P(IgclFans, CountBeyondAllMemoryIsAFailure) {
 
 TEST_P(IgclFans, NullHandlesArePassedOnAtMost) {
     Machine machine = RunningBoard({TableFan(2), TableFan(2)});
-    machine.Write("ctlEnumFans", 2, Ints({0, 0}));
-    machine.Result(For("ctlFanGetProperties", 0), kFailure);
+    OrderFanList(machine, 2, {Handle{}, Handle{}});
+    machine.Result(For("ctlFanGetProperties", Handle{}), kFailure);
     GetParam().run(machine);
     for (std::string const& name : machine.TakeCallNames()) {
         EXPECT_TRUE(name == "ctlEnumFans" || name == "ctlFanGetProperties") << name;
@@ -182,8 +169,8 @@ TEST(IgclFanSpeed, FixedModeIsSentThePercent) {
                   Joined({Begin(kSpeed, 1),
                           FanLines(kSpeed, 0, FixedFan()),
                           {kSpeed + " ctlFanSetFixedSpeedMode ... set to " + std::to_string(percent)}}));
-        EXPECT_EQ(machine.LastCall("ctlFanSetFixedSpeedMode").record, Ints({16, 0, percent, 1}));
-        EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlEnumFans DE0000", "ctlEnumFans DE0000",
+        EXPECT_EQ(machine.Sent<FixedSpeed>(), FixedSpeed{.speed = percent});
+        EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlEnumFans DE0000: count", "ctlEnumFans DE0000: room for 1",
                                                     "ctlFanGetProperties FA0000", "ctlFanSetFixedSpeedMode FA0000"}));
     }
 }
@@ -207,11 +194,9 @@ TEST(IgclFanSpeed, TableModeIsSentAFlatCurveAndReadBack) {
                                          FanLines(kSpeed, 0, TableFan(3)),
                                          {kSpeed + " ctlFanSetSpeedTableMode ... set to 40"},
                                          ReadBack(kSpeed, "2", "5", {"20/30/1", "4294967295/-5/0", "90/100/-2"})}));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record,
-              SpeedTable(3, {FlatPoint(40), FlatPoint(40), FlatPoint(40)}));
-    EXPECT_EQ(machine.LastCall("ctlFanGetConfig").record, SizedRecord(936));
+    EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(3, {FlatPoint(40), FlatPoint(40), FlatPoint(40)}));
     EXPECT_EQ(TakeIntelTraffic(machine),
-              Lines({"ctlEnumFans DE0000", "ctlEnumFans DE0000", "ctlFanGetProperties FA0000",
+              Lines({"ctlEnumFans DE0000: count", "ctlEnumFans DE0000: room for 1", "ctlFanGetProperties FA0000",
                      "ctlFanSetSpeedTableMode FA0000", "ctlFanGetConfig FA0000"}));
 }
 
@@ -224,7 +209,7 @@ TEST(IgclFanSpeed, RefusedCurveIsReadBackAllTheSame) {
                                          FanLines(kSpeed, 0, TableFan(1)),
                                          {FailureLine(kSpeed + " ctlFanSetSpeedTableMode")},
                                          ReadBack(kSpeed, "-1", "-2", {"1/2/3"})}));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record, SpeedTable(1, {FlatPoint(150)}));
+    EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(1, {FlatPoint(150)}));
 }
 
 TEST(IgclFanSpeed, FailingReadBackShowsZeros) {
@@ -240,10 +225,9 @@ TEST(IgclFanSpeed, FailingReadBackShowsZeros) {
 
 TEST(IgclFanSpeed, AllThirtyTwoPointsAreSent) {
     Machine machine = RunningBoard({TableFan(32)});
-    OrderConfig(machine, 2, 32, std::vector<std::vector<int>>(32, {7, 8, 9}));
+    OrderConfig(machine, 2, 32, std::vector<FanNode>(32, {7, 8, 9}));
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
-    EXPECT_EQ(machine.LastCall("ctlFanSetSpeedTableMode").record,
-              SpeedTable(32, std::vector<std::vector<int>>(32, FlatPoint(40))));
+    EXPECT_EQ(machine.Sent<SpeedTable>(), Curve(32, std::vector<SpeedPoint>(32, FlatPoint(40))));
     EXPECT_EQ(machine.TakeLog(), Joined({Begin(kSpeed, 1),
                                          FanLines(kSpeed, 0, TableFan(32)),
                                          {kSpeed + " ctlFanSetSpeedTableMode ... set to 40"},
@@ -263,13 +247,7 @@ TEST(IgclFanSpeed, WithoutPointsTheCurveIsEmpty) {
                            ReadBack(kSpeed, "2", "1", {})});
     }
     EXPECT_EQ(machine.TakeLog(), expected);
-    std::vector<Bytes> sent;
-    for (Call const& call : machine.TakeCalls()) {
-        if (call.entryPoint == "ctlFanSetSpeedTableMode") {
-            sent.push_back(call.record);
-        }
-    }
-    EXPECT_EQ(sent, std::vector<Bytes>({SpeedTable(0, {}), SpeedTable(-1, {}), SpeedTable(INT_MIN, {})}));
+    EXPECT_EQ(machine.AllSent<SpeedTable>(), std::vector({Curve(0, {}), Curve(-1, {}), Curve(INT_MIN, {})}));
 }
 
 TEST(IgclFanSpeed, OtherModesAreLeftAlone) {
@@ -307,7 +285,7 @@ TEST(IgclFanSpeed, FansOfDifferentKindsAreEachSentTheirOwn) {
 TEST(IgclFanSpeed, MorePointsThanTheRecordHoldsAreCut) {
     std::vector<FanProperties> const fans = {TableFan(33), TableFan(1000), TableFan(INT_MAX)};
     Machine machine = RunningBoard(fans);
-    OrderConfig(machine, 2, INT_MAX, std::vector<std::vector<int>>(32, {7, 8, 9}));
+    OrderConfig(machine, 2, INT_MAX, std::vector<FanNode>(32, {7, 8, 9}));
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
     Lines expected = Begin(kSpeed, 3);
     for (unsigned i = 0; i < fans.size(); ++i) {
@@ -317,14 +295,7 @@ TEST(IgclFanSpeed, MorePointsThanTheRecordHoldsAreCut) {
                            ReadBack(kSpeed, "2", std::to_string(INT_MAX), Lines(32, "7/8/9"))});
     }
     EXPECT_EQ(machine.TakeLog(), expected);
-    int sent = 0;
-    for (Call const& call : machine.TakeCalls()) {
-        if (call.entryPoint == "ctlFanSetSpeedTableMode") {
-            EXPECT_EQ(call.record, SpeedTable(32, std::vector<std::vector<int>>(32, FlatPoint(40))));
-            ++sent;
-        }
-    }
-    EXPECT_EQ(sent, 3);
+    EXPECT_EQ(machine.AllSent<SpeedTable>(), std::vector(3, Curve(32, std::vector<SpeedPoint>(32, FlatPoint(40)))));
 }
 
 // ---- Back to the driver's control ----
@@ -343,7 +314,7 @@ TEST(IgclFanDefault, NegativeSpeedGivesEveryFanBack) {
                                              FanLines(kDefault, 2, unknown),
                                              {kDefault + " fan handle #2 ... set to default"}}));
         EXPECT_EQ(TakeIntelTraffic(machine),
-                  Lines({"ctlEnumFans DE0000", "ctlEnumFans DE0000", "ctlFanGetProperties FA0000",
+                  Lines({"ctlEnumFans DE0000: count", "ctlEnumFans DE0000: room for 3", "ctlFanGetProperties FA0000",
                          "ctlFanSetDefaultMode FA0000", "ctlFanGetProperties FA0001", "ctlFanSetDefaultMode FA0001",
                          "ctlFanGetProperties FA0002", "ctlFanSetDefaultMode FA0002"}));
     }

@@ -58,34 +58,12 @@ TEST(IgclInit, OpensTheBoardStepByStep) {
                   "[PrintProperties()] <<<<<<< HWM features",
               }));
 
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 6U);
-    EXPECT_EQ(calls[0].entryPoint, "ctlInit");
-    // Size, version, application version 1.1, flags for Level Zero, room for the supported version, no identifier.
-    EXPECT_EQ(calls[0].record, Ints({36, 0, 0x00010001, 1, 0, 0, 0, 0, 0}));
-
-    EXPECT_EQ(calls[1].entryPoint, "ctlEnumerateDevices");
-    EXPECT_EQ(calls[1].args.at(0), kIntelApi);
-    EXPECT_EQ(calls[1].args.at(2), 0) << "the count alone";
-    EXPECT_EQ(calls[1].record, Ints({0}));
-
-    EXPECT_EQ(calls[2].entryPoint, "ctlEnumerateDevices");
-    EXPECT_EQ(calls[2].args.at(0), kIntelApi);
-    EXPECT_NE(calls[2].args.at(2), 0);
-    EXPECT_EQ(calls[2].record, Ints({1})) << "room for that many";
-
-    EXPECT_EQ(calls[3].entryPoint, "ctlGetDeviceProperties");
-    EXPECT_EQ(calls[3].args.at(0), kDevice);
-    EXPECT_NE(calls[3].Int(8), 0) << "where the LUID goes";
-    EXPECT_EQ(Patched(calls[3].record, 8, Ints({0})), Patched(SizedRecord(312), 12, Ints({8})));
-
-    EXPECT_EQ(calls[4].entryPoint, "ctlOverclockGetProperties");
-    EXPECT_EQ(calls[4].args.at(0), kDevice);
-    EXPECT_EQ(calls[4].record, SizedRecord(296));
-
-    EXPECT_EQ(calls[5].entryPoint, "ctlPowerTelemetryGet");
-    EXPECT_EQ(calls[5].args.at(0), kDevice);
-    EXPECT_EQ(calls[5].record, SizedRecord(808));
+    // Application version 1.1, flags for Level Zero, room for the supported version, no identifier.
+    EXPECT_EQ(machine.LastCall("ctlInit").As<InitArgs>(), InitArgs(0x00010001));
+    EXPECT_EQ(
+        TakeIntelTraffic(machine),
+        Lines({"ctlInit", "ctlEnumerateDevices A91000: count", "ctlEnumerateDevices A91000: room for 1",
+               "ctlGetDeviceProperties DE0000", "ctlOverclockGetProperties DE0000", "ctlPowerTelemetryGet DE0000"}));
 }
 
 TEST(IgclInit, WithoutTheControlLibraryNothingIsLogged) {
@@ -109,8 +87,7 @@ TEST(IgclInit, FailingInitEndsItSilently) {
 }
 
 TEST(IgclInit, EveryResultButZeroIsAFailure) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.Init());
+    Machine machine = IntelBoard().Started();
     for (int const result : {1, -1, INT_MIN}) {
         SCOPED_TRACE(result);
         machine.Then("ctlInit").Result("ctlInit", result);
@@ -124,7 +101,7 @@ TEST(IgclInit, LibraryWithoutInitIsUsedAllTheSame) {
     machine.Hide("ctlInit");
     EXPECT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
-    EXPECT_EQ(machine.LastCall("ctlEnumerateDevices").args.at(0), 0) << "no handle was handed out";
+    EXPECT_EQ(machine.LastCall("ctlEnumerateDevices").HandleArgument(0), Handle{}) << "no handle was handed out";
 }
 
 // ---- Enumeration ----
@@ -135,7 +112,7 @@ TEST(IgclInit, FailingFirstEnumerationClosesTheLibrary) {
     EXPECT_TRUE(machine.Init());
     EXPECT_FALSE(machine.Api().IsInitOk());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()), Lines({FailureLine(kEnumerationTag)}));
-    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlInit", "ctlEnumerateDevices A91000", "ctlClose A91000"}));
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlInit", "ctlEnumerateDevices A91000: count", "ctlClose A91000"}));
     EXPECT_EQ(machine.UnloadCount(), 1);
 }
 
@@ -145,8 +122,8 @@ TEST(IgclInit, FailingSecondEnumerationClosesTheLibrary) {
     EXPECT_TRUE(machine.Init());
     EXPECT_FALSE(machine.Api().IsInitOk());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()), Lines({ErrorLine(kEnumerationTag, -1, "[Unknown Error]")}));
-    EXPECT_EQ(TakeIntelTraffic(machine),
-              Lines({"ctlInit", "ctlEnumerateDevices A91000", "ctlEnumerateDevices A91000", "ctlClose A91000"}));
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlInit", "ctlEnumerateDevices A91000: count",
+                                                "ctlEnumerateDevices A91000: room for 1", "ctlClose A91000"}));
     EXPECT_EQ(machine.UnloadCount(), 1);
 }
 
@@ -201,10 +178,11 @@ TEST(IgclInit, FirstGraphicsDeviceIsTheActiveOne) {
                       {kTag + " Adapter ID ... 17", kTag + " Adapter ID ... 0"},  // another vendor's: no more than this
                       DeviceLines(devices[4]),
                       kSelected}));
-    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlInit", "ctlEnumerateDevices A91000", "ctlEnumerateDevices A91000",
-                                                "ctlGetDeviceProperties DE0001", "ctlGetDeviceProperties DE0002",
-                                                "ctlGetDeviceProperties DE0003", "ctlGetDeviceProperties DE0004",
-                                                "ctlOverclockGetProperties DE0003", "ctlPowerTelemetryGet DE0003"}));
+    EXPECT_EQ(
+        TakeIntelTraffic(machine),
+        Lines({"ctlInit", "ctlEnumerateDevices A91000: count", "ctlEnumerateDevices A91000: room for 5",
+               "ctlGetDeviceProperties DE0001", "ctlGetDeviceProperties DE0002", "ctlGetDeviceProperties DE0003",
+               "ctlGetDeviceProperties DE0004", "ctlOverclockGetProperties DE0003", "ctlPowerTelemetryGet DE0003"}));
 }
 
 TEST(IgclInit, NumbersOfTheDeviceAreUnsignedButForTheHighWord) {
@@ -226,16 +204,9 @@ TEST(IgclInit, NumbersOfTheDeviceAreUnsignedButForTheHighWord) {
 TEST(IgclInit, EachDeviceIsAskedWithAFreshRecord) {
     Machine machine = IntelBoard(Devices({{.name = std::string(90, 'n')}, {.name = "second"}}));
     ASSERT_TRUE(machine.Init());
-    int asked = 0;
-    for (Call const& call : machine.TakeCalls()) {
-        if (call.entryPoint == "ctlGetDeviceProperties") {
-            EXPECT_EQ(call.args.at(0), kDevice + asked);
-            EXPECT_NE(call.Int(8), 0);
-            EXPECT_EQ(Patched(call.record, 8, Ints({0})), Patched(SizedRecord(312), 12, Ints({8})));
-            ++asked;
-        }
-    }
-    EXPECT_EQ(asked, 2);
+    Lines asked = TakeIntelTraffic(machine);
+    std::erase_if(asked, [](std::string const& line) { return !line.starts_with("ctlGetDeviceProperties"); });
+    EXPECT_EQ(asked, Lines({"ctlGetDeviceProperties DE0000", "ctlGetDeviceProperties DE0001"}));
 }
 
 TEST(IgclInit, FailingPropertiesEndTheEnumeration) {
@@ -269,6 +240,7 @@ TEST(IgclInit, FailingPropertiesOfTheFirstDeviceLeaveNone) {
 TEST(IgclInit, NameWithoutATerminatorEndsWithItsField) {
     Machine machine = IntelBoard();
     std::string const properties = For("ctlGetDeviceProperties", kDevice);
+    // Bytes, over the field and behind it.
     machine.Write(properties, 1, Bytes(100, 'n'), 80);
     machine.Write(properties, 1, Bytes(132, 'x'), 180);  // whatever follows
     ASSERT_TRUE(machine.Init());
@@ -280,9 +252,7 @@ TEST(IgclInit, CountThatGrowsIsNotFollowedBeyondTheRoom) {
     for (int const grown : {2, 1000, INT_MAX, -1}) {
         SCOPED_TRACE(grown);
         // The first call says one device, the second these.
-        machine.Then("ctlEnumerateDevices")
-            .Write("ctlEnumerateDevices", 1, Ints({grown}))
-            .Write("ctlEnumerateDevices", 2, Ints({kDevice}));
+        OrderDeviceList(machine.Then("ctlEnumerateDevices"), grown, {kDevice});
         ASSERT_TRUE(machine.Init());
         EXPECT_TRUE(machine.Api().IsInitOk());
         EXPECT_EQ(WithoutDetection(machine.TakeLog()), Joined({DeviceLines({}), kSelected}));
@@ -290,15 +260,13 @@ TEST(IgclInit, CountThatGrowsIsNotFollowedBeyondTheRoom) {
         EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(1));
         machine.TakeCalls();
         machine.TakeLog();
-        machine.Then("ctlEnumerateDevices").Write("ctlEnumerateDevices", 1, Ints({1}));
+        OrderDeviceList(machine.Then("ctlEnumerateDevices"), 1);
     }
 }
 
 TEST(IgclInit, CountThatShrinksLeavesTheDevicesThatWereWritten) {
     Machine machine = IntelBoard(Devices({{}, {}, {}}));
-    machine.Then("ctlEnumerateDevices")
-        .Write("ctlEnumerateDevices", 1, Ints({1}))
-        .Write("ctlEnumerateDevices", 2, Ints({kDevice}));
+    OrderDeviceList(machine.Then("ctlEnumerateDevices"), 1, {kDevice});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(machine.CountOf("ctlGetDeviceProperties"), 1);
@@ -309,7 +277,7 @@ TEST(IgclInit, CountThatShrinksLeavesTheDevicesThatWereWritten) {
 TEST(IgclInit, HandlesThatAreNotWrittenAreNone) {
     Machine machine(Machine::Library::Intel);
     machine.Captions({L"Intel(R) Arc(TM) A770 Graphics"});
-    machine.Write("ctlEnumerateDevices", 1, Ints({50}));
+    OrderDeviceList(machine, 50);
     ASSERT_TRUE(machine.Init());
     EXPECT_FALSE(machine.Api().IsInitOk());
     EXPECT_EQ(machine.CountOf("ctlGetDeviceProperties"), 0);
@@ -322,7 +290,7 @@ TEST(IgclInit, CountBeyondAllMemoryClosesTheLibrary) {
     int closed = 0;
     for (int const count : {-1, INT_MAX, 0x40000000, 0x40000001}) {
         SCOPED_TRACE(count);
-        machine.Write("ctlEnumerateDevices", 1, Ints({count}));
+        OrderDeviceList(machine, count);
         ASSERT_TRUE(machine.Init());
         EXPECT_FALSE(machine.Api().IsInitOk());
         EXPECT_EQ(WithoutDetection(machine.TakeLog()), Lines({kTag + " ... malloc memory for hDevices failed"}));

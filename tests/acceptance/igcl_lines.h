@@ -84,7 +84,7 @@ inline Lines const kSelected = Joined({kRetrieved, kDumps});
 
 inline std::vector<IntelDevice> Devices(std::vector<IntelDevice> devices) {
     for (std::size_t index = 0; index < devices.size(); ++index) {
-        if (devices[index].handle != 0) {
+        if (devices[index].handle != Handle{}) {
             devices[index].handle = kDevice + static_cast<int>(index);
         }
     }
@@ -92,7 +92,7 @@ inline std::vector<IntelDevice> Devices(std::vector<IntelDevice> devices) {
 }
 
 inline IntelDevice Null() {
-    return {.handle = 0};
+    return {.handle = Handle{}};
 }
 
 inline IntelDevice OfType(int type) {

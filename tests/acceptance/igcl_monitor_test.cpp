@@ -15,7 +15,7 @@ std::string const kBegin = "[IGCLHelper::FetchHwmValues()] ... begin";
 std::string const kFailureTag = "[IGCLHelper::FetchHwmTelemetry()] ctlPowerTelemetryGet";  // deliberate
 
 struct Reading {
-    int offset;
+    int item;
     int key;
     char const* name;
     double value;
@@ -30,17 +30,9 @@ Reading const kReadings[] = {
     {telemetry::kFanSpeed, 6, "Fan Speed(RPM)", 1450},
 };
 
-// An item is supported, with this value; its units and its type are of no interest.
-void OrderItem(Machine& machine, int offset, double value, int type = 9) {
-    machine.Write(kTelemetry, 1, {1}, offset);
-    machine.Write(kTelemetry, 1, Ints({3}), offset + telemetry::kUnits);
-    machine.Write(kTelemetry, 1, Ints({type}), offset + telemetry::kType);
-    machine.Write(kTelemetry, 1, Doubles({value}), offset + telemetry::kValue);
-}
-
 void OrderReadings(Machine& machine) {
     for (Reading const& reading : kReadings) {
-        OrderItem(machine, reading.offset, reading.value);
+        OrderItem(machine, reading.item, reading.value);
     }
 }
 
@@ -77,16 +69,12 @@ TEST(IgclMonitor, SixReadingsAreTakenAsTheyAre) {
 
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 1U);
-    EXPECT_EQ(calls[0].entryPoint, kTelemetry);
-    EXPECT_EQ(calls[0].args.at(0), kDevice);
-    EXPECT_EQ(calls[0].record, SizedRecord(808));
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlPowerTelemetryGet DE0000"}));
     ExpectReadings(machine);
 
     // Once more the same.
     machine.Api().FetchHwmValues();
-    EXPECT_EQ(machine.LastCall(kTelemetry).record, SizedRecord(808));
+    EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlPowerTelemetryGet DE0000"}));
     ExpectReadings(machine);
 }
 
@@ -94,7 +82,7 @@ TEST(IgclMonitor, NothingSupportedLeavesTheTableAsItWas) {
     Machine machine = IntelBoard();
     // Values without their flags.
     for (Reading const& reading : kReadings) {
-        machine.Write(kTelemetry, 1, Doubles({reading.value}), reading.offset + telemetry::kValue);
+        OrderItem(machine, reading.item, {.supported = 0, .value = reading.value});
     }
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().FetchHwmValues();
@@ -109,15 +97,14 @@ TEST(IgclMonitor, NothingSupportedLeavesTheTableAsItWas) {
 }
 
 TEST(IgclMonitor, EachItemIsTakenByItself) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     double value = 10;
     std::vector<double> expected(8, -1.0);
     for (Reading const& reading : kReadings) {
         SCOPED_TRACE(reading.name);
         machine.Then(kTelemetry);
         value += 1.5;
-        OrderItem(machine, reading.offset, value);
+        OrderItem(machine, reading.item, value);
         machine.Api().FetchHwmValues();
         expected.at(static_cast<std::size_t>(reading.key)) = value;
         for (int key = 0; key < 8; ++key) {
@@ -128,11 +115,11 @@ TEST(IgclMonitor, EachItemIsTakenByItself) {
 
 TEST(IgclMonitor, OtherItemsGoNowhere) {
     Machine machine = IntelBoard();
-    for (int const offset :
+    for (int const item :
          {telemetry::kTimeStamp, telemetry::kGpuEnergy, telemetry::kGpuVoltage, telemetry::kRenderActivity,
           telemetry::kMediaActivity, telemetry::kVramEnergy, telemetry::kVramVoltage, telemetry::kVramEffectiveClock,
           telemetry::kVramRead, telemetry::kVramWrite, telemetry::kCardEnergy, 416, 440, 712, 736, 760, 784}) {
-        OrderItem(machine, offset, 5);
+        OrderItem(machine, item, 5);
     }
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().FetchHwmValues();
@@ -140,8 +127,7 @@ TEST(IgclMonitor, OtherItemsGoNowhere) {
 }
 
 TEST(IgclMonitor, AnyValueIsTakenZeroAsWell) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     for (double const value : {0.0, -0.0, -40.0, 1e300, 5e-324, std::numeric_limits<double>::infinity()}) {
         SCOPED_TRACE(value);
         machine.Then(kTelemetry);
@@ -153,12 +139,11 @@ TEST(IgclMonitor, AnyValueIsTakenZeroAsWell) {
 
 // The eight bytes are a double whatever the item says they are.
 TEST(IgclMonitor, TypeOfAnItemIsNotLookedAt) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     for (int const type : {0, 1, 5, 7, 8, 10, -1}) {
         SCOPED_TRACE(type);
         machine.Then(kTelemetry);
-        OrderItem(machine, telemetry::kFanSpeed, 1000.0 + type, type);
+        OrderItem(machine, telemetry::kFanSpeed, {.type = type, .value = 1000.0 + type});
         machine.Api().FetchHwmValues();
         ExpectEntry(machine, 6, 1000.0 + type, "Fan Speed(RPM)", true);
     }
@@ -166,8 +151,7 @@ TEST(IgclMonitor, TypeOfAnItemIsNotLookedAt) {
 
 TEST(IgclMonitor, AnyByteButZeroIsSupported) {
     Machine machine = IntelBoard();
-    OrderItem(machine, telemetry::kGpuTemperature, 50);
-    machine.Write(kTelemetry, 1, {0x80}, telemetry::kGpuTemperature);
+    OrderItem(machine, telemetry::kGpuTemperature, {.supported = 0x80, .value = 50});
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().FetchHwmValues();
     ExpectEntry(machine, 2, 50, "GPU Temperature", true);
@@ -182,7 +166,7 @@ TEST(IgclMonitor, FailureLeavesTheTableAsItWas) {
 
     machine.Then(kTelemetry).Result(kTelemetry, kFailure);
     for (Reading const& reading : kReadings) {
-        OrderItem(machine, reading.offset, 99);
+        OrderItem(machine, reading.item, 99);
     }
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, FailureLine(kFailureTag)}));
@@ -190,9 +174,7 @@ TEST(IgclMonitor, FailureLeavesTheTableAsItWas) {
 }
 
 TEST(IgclMonitor, MissingFunctionCountsAsNotInitialized) {
-    Machine machine = IntelBoard();
-    machine.Hide(kTelemetry);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Hide(kTelemetry).Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, NotInitializedLine(kFailureTag)}));
     ExpectNeverRead(machine, {0, 1, 2, 4, 6, 7});

@@ -21,8 +21,7 @@ Machine FourDevices() {
 }
 
 TEST(IgclSelection, AnotherGraphicsDeviceIsReadAndPrinted) {
-    Machine machine = FourDevices();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = FourDevices().Started();
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 1);
     EXPECT_TRUE(machine.Api().SetActiveAdapterIndex(3));
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 3);
@@ -35,32 +34,30 @@ TEST(IgclSelection, AnotherGraphicsDeviceIsReadAndPrinted) {
     machine.Api().FetchHwmValues();
     for (Call const& call : machine.TakeCalls()) {
         if (!call.entryPoint.starts_with("ctlFan")) {
-            EXPECT_EQ(call.args.at(0), kDevice + 3) << call.entryPoint;
+            EXPECT_EQ(call.HandleArgument(0), kDevice + 3) << call.entryPoint;
         }
     }
 }
 
 TEST(IgclSelection, RecordIsClearedBeforeItIsReadAgain) {
     Machine machine = FourDevices();
-    machine.Write("ctlOverclockGetProperties", 1, Bytes(288, 0xFF), 8);
+    machine.Write("ctlOverclockGetProperties", 1, Bytes(288, 0xFF), 8);  // all controls
     ASSERT_TRUE(machine.InitAndForget());
     machine.Then("ctlOverclockGetProperties");
     ASSERT_TRUE(machine.Api().SetActiveAdapterIndex(3));
-    EXPECT_EQ(machine.LastCall("ctlOverclockGetProperties").record, SizedRecord(296));
+    EXPECT_EQ(DescribeIntelCall(machine.LastCall("ctlOverclockGetProperties")), "ctlOverclockGetProperties DE0003");
     EXPECT_EQ(machine.TakeLog(), Joined({{Selecting("adapter index selected")}, kSelected}));
 }
 
 TEST(IgclSelection, TheActiveOneIsNotReadAgain) {
-    Machine machine = FourDevices();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = FourDevices().Started();
     EXPECT_TRUE(machine.Api().SetActiveAdapterIndex(1));
     EXPECT_EQ(machine.TakeLog(), Lines({Selecting("already using the specified adapter index")}));
     EXPECT_EQ(machine.TakeCallNames(), Lines{});
 }
 
 TEST(IgclSelection, OutOfRangeIsRefused) {
-    Machine machine = FourDevices();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = FourDevices().Started();
     for (int const index : {-1, 4, 5, INT_MIN, INT_MAX}) {
         SCOPED_TRACE(index);
         EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(index));
@@ -71,8 +68,7 @@ TEST(IgclSelection, OutOfRangeIsRefused) {
 }
 
 TEST(IgclSelection, PositionsWithoutGraphicsAreNotFound) {
-    Machine machine = FourDevices();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = FourDevices().Started();
     for (int const index : {0, 2}) {
         SCOPED_TRACE(index);
         EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(index));
@@ -83,8 +79,7 @@ TEST(IgclSelection, PositionsWithoutGraphicsAreNotFound) {
 }
 
 TEST(IgclSelection, SucceedsThoughThePropertiesCannotBeRead) {
-    Machine machine = FourDevices();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = FourDevices().Started();
     machine.Then("ctlOverclockGetProperties").Result("ctlOverclockGetProperties", kFailure);
     machine.Then("ctlPowerTelemetryGet").Result("ctlPowerTelemetryGet", kFailure);
     EXPECT_TRUE(machine.Api().SetActiveAdapterIndex(3));
@@ -101,8 +96,7 @@ TEST(IgclSelection, SucceedsThoughThePropertiesCannotBeRead) {
 // ---- Fixed answers ----
 
 TEST(IgclAnswers, WhatIsNotOfferedIsZeroOrFalse) {
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     Exports const& api = machine.Api();
     VgaInfo const info = api.GetVGAInfo();
     EXPECT_TRUE(IsAllZero(&info, sizeof info));

@@ -16,13 +16,7 @@ std::string const kUser = "[IGCLHelper::SetPerformanceUser()]";
 
 // Running, with the power limit at 200 W.
 Machine RunningBoard() {
-    Machine machine = IntelBoard();
-    EXPECT_TRUE(machine.InitAndForget());
-    return machine;
-}
-
-void OrderDefaultLimit(Machine& machine, double watts) {
-    machine.Write("ctlOverclockGetProperties", 1, Doubles({watts}), oc::kPowerLimit + oc::kDefault);
+    return IntelBoard().Started();
 }
 
 Lines DefaultLog(std::string const& watts) {
@@ -33,15 +27,14 @@ Lines DefaultLog(std::string const& watts) {
 
 TEST(IgclPowerLimit, IsAnOffsetFromTheDefaultInPercent) {
     Machine machine = RunningBoard();
-    machine.Write("ctlOverclockPowerLimitGet", 1, Doubles({230000}));
+    machine.Reports(SustainedLimit{.milliwatts = 230000});
     EXPECT_TRUE(machine.Api().SetPowerLimit(80, 15));
     EXPECT_EQ(machine.TakeLog(),
               Lines({"[IGCLHelper::SetPowerLimit(int,int)] ... begin",
                      "[IGCLHelper::SetPowerLimit(int,int)] Power limit ... set to 230.000000 W",
                      "[IGCLHelper::SetPowerLimit(int,int)] (verify) Current Sustained Power Limit Percent ... "
                      "15.000000 %"}));
-    EXPECT_EQ(machine.LastCall("ctlOverclockGetProperties").record, SizedRecord(296));
-    EXPECT_NE(machine.LastCall("ctlOverclockPowerLimitGet").args.at(1), 0);
+    EXPECT_NE(machine.LastCall("ctlOverclockPowerLimitGet").HandleArgument(1), Handle{});
     EXPECT_EQ(TakeIntelTraffic(machine),
               Lines({"ctlOverclockGetProperties DE0000", "ctlOverclockPowerLimitSet DE0000 230000.000",
                      "ctlOverclockPowerLimitGet DE0000"}));
@@ -67,7 +60,7 @@ TEST(IgclPowerLimit, TemperatureIsNotUsed) {
     for (int const temperature : {0, -1, 50, INT_MIN, INT_MAX}) {
         SCOPED_TRACE(temperature);
         EXPECT_TRUE(machine.Api().SetPowerLimit(temperature, 10));
-        EXPECT_DOUBLE_EQ(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), 220000.0);
+        EXPECT_DOUBLE_EQ(SentValue(machine, "ctlOverclockPowerLimitSet"), 220000.0);
     }
 }
 
@@ -90,7 +83,7 @@ TEST(IgclPowerLimit, IsNotJudged) {
     for (auto const& row : rows) {
         SCOPED_TRACE(row.percent);
         EXPECT_TRUE(machine.Api().SetPowerLimit(0, row.percent));
-        EXPECT_NEAR(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), row.milliwatts,
+        EXPECT_NEAR(SentValue(machine, "ctlOverclockPowerLimitSet"), row.milliwatts,
                     std::fabs(row.milliwatts) * 1e-12 + 1e-9);
         EXPECT_EQ(machine.TakeLog().at(1), kLimit + " Power limit ... set to " + row.watts + " W");
     }
@@ -100,9 +93,9 @@ TEST(IgclPowerLimit, FractionsOfPercentAndWattsAreKept) {
     Machine machine = IntelBoard();
     OrderDefaultLimit(machine, 189.5);
     ASSERT_TRUE(machine.InitAndForget());
-    machine.Write("ctlOverclockPowerLimitGet", 1, Doubles({100000.25}));
+    machine.Reports(SustainedLimit{.milliwatts = 100000.25});
     EXPECT_TRUE(machine.Api().SetPowerLimit(0, 7));
-    EXPECT_NEAR(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), 202765.0, 1e-6);
+    EXPECT_NEAR(SentValue(machine, "ctlOverclockPowerLimitSet"), 202765.0, 1e-6);
     // 100.00025 W of 189.5 W.
     EXPECT_EQ(machine.TakeLog(), Lines({kLimit + " ... begin", kLimit + " Power limit ... set to 202.765000 W",
                                         kLimit + " (verify) Current Sustained Power Limit Percent ... -47.229420 %"}));
@@ -112,10 +105,10 @@ TEST(IgclPowerLimit, PropertiesAreReadAfreshEachTime) {
     Machine machine = RunningBoard();
     OrderDefaultLimit(machine, 100);
     EXPECT_TRUE(machine.Api().SetPowerLimit(0, 10));
-    EXPECT_DOUBLE_EQ(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), 110000.0);
+    EXPECT_DOUBLE_EQ(SentValue(machine, "ctlOverclockPowerLimitSet"), 110000.0);
     OrderDefaultLimit(machine, 50);
     EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
-    EXPECT_EQ(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), 50000.0);
+    EXPECT_EQ(SentValue(machine, "ctlOverclockPowerLimitSet"), 50000.0);
 }
 
 TEST(IgclPowerLimit, ReadBackOfADefaultOfNothingSurvives) {
@@ -123,7 +116,7 @@ TEST(IgclPowerLimit, ReadBackOfADefaultOfNothingSurvives) {
     OrderDefaultLimit(machine, 0);
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_TRUE(machine.Api().SetPowerLimit(0, 10));
-    EXPECT_EQ(machine.LastCall("ctlOverclockPowerLimitSet").DoubleArgument(1), 0.0);
+    EXPECT_EQ(SentValue(machine, "ctlOverclockPowerLimitSet"), 0.0);
     OrderDefaultLimit(machine, std::numeric_limits<double>::infinity());
     EXPECT_TRUE(machine.Api().SetPowerLimit(0, 10));
     OrderDefaultLimit(machine, 1e308);
@@ -178,7 +171,6 @@ TEST(IgclPowerLimitDefault, SendsTheDefaultInMilliwatts) {
     Machine machine = RunningBoard();
     EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
     EXPECT_EQ(machine.TakeLog(), DefaultLog("200.000000"));
-    EXPECT_EQ(machine.LastCall("ctlOverclockGetProperties").record, SizedRecord(296));
     EXPECT_EQ(TakeIntelTraffic(machine),
               Lines({"ctlOverclockGetProperties DE0000", "ctlOverclockPowerLimitSet DE0000 200000.000"}));
 }
@@ -202,10 +194,8 @@ TEST(IgclPowerLimitDefault, FailuresEndIt) {
 // The GPU's offset reads 1.5 before and 2.25 after it is set, the memory's 30.5 and 40.25.
 Machine BoardWithOffsets() {
     Machine machine = RunningBoard();
-    machine.Write("ctlOverclockGpuFrequencyOffsetGet", 1, Doubles({1.5}));
-    machine.Then("ctlOverclockGpuFrequencyOffsetGet").Write("ctlOverclockGpuFrequencyOffsetGet", 1, Doubles({2.25}));
-    machine.Write("ctlOverclockVramFrequencyOffsetGet", 1, Doubles({30.5}));
-    machine.Then("ctlOverclockVramFrequencyOffsetGet").Write("ctlOverclockVramFrequencyOffsetGet", 1, Doubles({40.25}));
+    machine.Reports(GpuOffset{1.5}).Then("ctlOverclockGpuFrequencyOffsetGet").Reports(GpuOffset{2.25});
+    machine.Reports(VramOffset{30.5}).Then("ctlOverclockVramFrequencyOffsetGet").Reports(VramOffset{40.25});
     return machine;
 }
 
@@ -232,10 +222,9 @@ TEST(IgclClocks, AnyOffsetIsSentZeroAsWell) {
     for (int const offset : {0, -1, INT_MAX, INT_MIN}) {
         SCOPED_TRACE(offset);
         EXPECT_TRUE(machine.Api().SetPerformanceUser(offset, 0, offset, 0));
-        EXPECT_EQ(machine.LastCall("ctlOverclockGpuFrequencyOffsetSet").DoubleArgument(1), offset);
-        EXPECT_EQ(machine.LastCall("ctlOverclockVramFrequencyOffsetSet").DoubleArgument(1), offset);
-        EXPECT_FALSE(std::signbit(machine.LastCall("ctlOverclockVramFrequencyOffsetSet").DoubleArgument(1)) &&
-                     offset == 0);
+        EXPECT_EQ(SentValue(machine, "ctlOverclockGpuFrequencyOffsetSet"), offset);
+        EXPECT_EQ(SentValue(machine, "ctlOverclockVramFrequencyOffsetSet"), offset);
+        EXPECT_FALSE(std::signbit(SentValue(machine, "ctlOverclockVramFrequencyOffsetSet")) && offset == 0);
     }
 }
 
@@ -279,7 +268,8 @@ TEST_P(IgclClockStep, FailureEndsIt) {
     // Responses of their own for calls with the device come before the general ones.
     std::string const own = For(entryPoint, kDevice);
     if (step.call == 2) {
-        machine.Write(own, 1, Doubles({entryPoint.find("Gpu") != std::string::npos ? 1.5 : 30.5})).Then(own);
+        double const first = entryPoint == GpuOffset::kReadBy.entryPoint ? 1.5 : 30.5;
+        machine.Write(own, GpuOffset::kReadBy.argument, BytesOf(first)).Then(own);
     }
     machine.Result(own, kFailure);
     EXPECT_FALSE(machine.Api().SetPerformanceUser(100, 1, -50, 2));

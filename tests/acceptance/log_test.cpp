@@ -123,8 +123,7 @@ TEST(Log, FileGrowsWithEveryCall) {
 
 TEST(Log, EntryWithAnEmptyMessageEndsBehindTheSeparator) {
     Machine machine = OverdriveNBoard();
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "", .bus = -3, .name = "", .displayName = ""}}));
+    OrderAdapters(machine, {{.bus = -3}});
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().GetVGAInfo();
     EXPECT_EQ(machine.TakeLog(), Lines({
@@ -140,8 +139,7 @@ TEST(Log, LongLinesAreWrittenWhole) {
     std::wstring const caption(4000, L'c');
     Machine machine = OverdriveNBoard();
     machine.Captions({L"Radeon RX", caption});
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = name, .bus = 3, .name = name, .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = name, .name = name}});
     ASSERT_TRUE(machine.Init());
     Lines const init = machine.TakeLog();
     ASSERT_GT(init.size(), 3U);
@@ -153,8 +151,7 @@ TEST(Log, LongLinesAreWrittenWhole) {
 
 TEST(Log, PercentSignsInTextsAreText) {
     Machine machine = OverdriveNBoard();
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "%s%n", .bus = 3, .name = "%d %s %n", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "%s%n", .name = "%d %s %n"}});
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().GetVGAInfo();
     Lines const lines = machine.TakeLog();
@@ -167,7 +164,7 @@ TEST(Log, PercentSignsInTextsAreText) {
 void ExpectResultsWithoutAFile(int logMode, bool printsLog) {
     std::filesystem::create_directory("debug.log");
     Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
+    machine.Reports(Temperature{.millidegrees = 65500});
 
     std::string const printed = StandardOutputOf([&] {
         EXPECT_TRUE(machine.Init(logMode));

@@ -21,9 +21,7 @@ Lines const kOpened = {Tagged("", "begin"), Tagged("NvAPI_Initialize", "successf
                        Tagged("NVAPI Version", "NVidia Complete Version 1.10")};
 
 Lines Opened(Lines const& rest) {
-    Lines lines = kOpened;
-    lines.insert(lines.end(), rest.begin(), rest.end());
-    return lines;
+    return kOpened + rest;
 }
 
 std::string Name(int gpu) {
@@ -43,33 +41,11 @@ TEST(NvapiInit, LogsTheVersionAndTheGpus) {
 TEST(NvapiInit, CallsInTheirOrder) {
     Machine machine = NvidiaBoard(2);
     machine.Init();
-    struct {
-        char const* name;
-        std::vector<int> args;
-    } const expected[] = {
-        {"nvapi_QueryInterface", {static_cast<int>(0xAD298D3F)}},
-        {"nvapi_QueryInterface", {0x0150E828}},
-        {"NvAPI_Initialize", {}},
-        {"nvapi_QueryInterface", {0x33C7358C}},
-        {"nvapi_QueryInterface", {0x593E8644}},
-        {"nvapi_QueryInterface", {0x01053FA5}},
-        {"NvAPI_GetInterfaceVersionString", {}},
-        {"nvapi_QueryInterface", {static_cast<int>(0xE5AC921F)}},
-        {"NvAPI_EnumPhysicalGPUs", {}},
-        {"nvapi_QueryInterface", {static_cast<int>(0xCEEE8E9F)}},
-        {"NvAPI_GPU_GetFullName", {kGpu}},
-        {"NvAPI_GPU_GetFullName", {kGpu + 1}},
-    };
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), std::size(expected));
-    for (std::size_t index = 0; index < calls.size(); ++index) {
-        SCOPED_TRACE(index);
-        EXPECT_EQ(calls[index].entryPoint, expected[index].name);
-        ASSERT_GE(calls[index].args.size(), expected[index].args.size());
-        if (!expected[index].args.empty()) {
-            EXPECT_EQ(calls[index].args[0], expected[index].args[0]);
-        }
-    }
+    EXPECT_EQ(machine.TakeTraffic(DescribeNvidiaCall),
+              Lines({"nvapi_QueryInterface AD298D3F", "nvapi_QueryInterface 150E828", "NvAPI_Initialize",
+                     "nvapi_QueryInterface 33C7358C", "nvapi_QueryInterface 593E8644", "nvapi_QueryInterface 1053FA5",
+                     "NvAPI_GetInterfaceVersionString", "nvapi_QueryInterface E5AC921F", "NvAPI_EnumPhysicalGPUs",
+                     "nvapi_QueryInterface CEEE8E9F", "NvAPI_GPU_GetFullName 600000", "NvAPI_GPU_GetFullName 600001"}));
 }
 
 TEST(NvapiInit, WithoutTheLibraryTheBoardIsKnownButNotOpened) {
@@ -102,7 +78,7 @@ TEST(NvapiInit, LibraryThatInitialisesAtTheSecondTryTellsWhyNotAtTheFirst) {
     machine.Result("NvAPI_Initialize", -6).Then("NvAPI_Initialize");
     EXPECT_EQ(InitLog(machine), Lines({Tagged("", "begin"), Tagged("NvAPI_Initialize", "error: NVAPI_-6")}));
     EXPECT_FALSE(machine.Api().IsInitOk());
-    EXPECT_EQ(machine.LastCall("NvAPI_GetErrorMessage").args[0], -6);
+    EXPECT_EQ(DescribeNvidiaCall(machine.LastCall("NvAPI_GetErrorMessage")), "NvAPI_GetErrorMessage -6");
     EXPECT_EQ(machine.CountOf("NvAPI_EnumPhysicalGPUs"), 0);
 
     // The next start finds it open.
@@ -128,9 +104,8 @@ TEST(NvapiInit, LibraryWithoutAnInitialiseFunctionIsNotOpened) {
 }
 
 TEST(NvapiInit, SecondStartListsAgainInTheLibraryThatIsOpen) {
-    Machine machine = NvidiaBoard(1);
-    ASSERT_TRUE(machine.InitAndForget());
-    machine.Then("NvAPI_EnumPhysicalGPUs").Write("NvAPI_EnumPhysicalGPUs", 1, Ints({0}));
+    Machine machine = NvidiaBoard(1).Started();
+    machine.Then("NvAPI_EnumPhysicalGPUs").Reports(GpuCount{0});
     EXPECT_EQ(InitLog(machine), Opened({Tagged("Total physical gpu count", "0")}));
     EXPECT_EQ(machine.TakeCallNames(),
               std::vector<std::string>({"NvAPI_GetInterfaceVersionString", "NvAPI_EnumPhysicalGPUs"}));
@@ -175,7 +150,7 @@ TEST(NvapiInit, ListThatTheLibraryDoesNotHaveEndsTheStart) {
     machine.Hide("NvAPI_EnumPhysicalGPUs");
     EXPECT_EQ(InitLog(machine), Opened({Tagged("nNvAPI_EnumPhysicalGPUs", "error: NVAPI_-3")}));
     EXPECT_FALSE(machine.Api().IsInitOk());
-    EXPECT_EQ(machine.LastCall("NvAPI_GetErrorMessage").args[0], -3);
+    EXPECT_EQ(DescribeNvidiaCall(machine.LastCall("NvAPI_GetErrorMessage")), "NvAPI_GetErrorMessage -3");
 
     // Asked for again as long as it is missing.
     machine.Show("NvAPI_EnumPhysicalGPUs");
@@ -208,13 +183,13 @@ TEST(NvapiInit, CountBeyondTheHandlesIsLoggedButNotBelieved) {
     Machine machine = NvidiaBoard(64);
     for (auto const& row : rows) {
         SCOPED_TRACE(row.logged);
-        machine.Write("NvAPI_EnumPhysicalGPUs", 1, Ints({row.count}));
+        machine.Reports(GpuCount{row.count});
         machine.TakeCalls();
         Lines const log = InitLog(machine);
         ASSERT_EQ(log.size(), 4U + 64U);
         EXPECT_EQ(log[3], Tagged("Total physical gpu count", row.logged));
         EXPECT_EQ(machine.CountOf("NvAPI_GPU_GetFullName"), 64);
-        EXPECT_EQ(machine.LastCall("NvAPI_GPU_GetFullName").args[0], kGpu + 63);
+        EXPECT_EQ(machine.LastCall("NvAPI_GPU_GetFullName").HandleArgument(0), kGpu + 63);
         EXPECT_TRUE(machine.Api().IsInitOk());
     }
 }
@@ -244,7 +219,7 @@ TEST(NvapiInit, NamesThatCannotBeReadDoNotStopTheStart) {
 
 TEST(NvapiInit, NameThatIsNotWrittenIsNotTheOneBefore) {
     Machine machine = NvidiaBoard(2);
-    machine.Write("NvAPI_EnumPhysicalGPUs", 0, Ints({kGpu, 0x7777}));
+    OrderGpus(machine, {kGpu, Handle{0x7777}});
     EXPECT_EQ(InitLog(machine),
               Opened({Tagged("Total physical gpu count", "2"), Name(0), Tagged("GPU full name #1", "")}));
 }
@@ -252,12 +227,12 @@ TEST(NvapiInit, NameThatIsNotWrittenIsNotTheOneBefore) {
 TEST(NvapiInit, TextsWithoutATerminatorEndWithTheirBuffer) {
     Machine machine = NvidiaBoard(1);
     std::string const full(64, 'x');
-    Bytes const bytes(full.begin(), full.end());
+    Bytes const bytes(full.begin(), full.end());  // all that the buffers hold
     machine.Write("NvAPI_GetInterfaceVersionString", 0, bytes);
     machine.Write("NvAPI_GPU_GetFullName", 1, bytes);
-    machine.Write("NvAPI_EnumPhysicalGPUs", 0, Ints({0x7777}));
-    machine.Result("NvAPI_GPU_GetFullName", -1);
     machine.Write("NvAPI_GetErrorMessage", 1, bytes);
+    OrderGpus(machine, {Handle{0x7777}});
+    machine.Result("NvAPI_GPU_GetFullName", -1);
     EXPECT_EQ(InitLog(machine),
               Lines({Tagged("", "begin"), Tagged("NvAPI_Initialize", "successfully"), Tagged("NVAPI Version", full),
                      Tagged("Total physical gpu count", "1"), Tagged("GPU full name #0", full),
@@ -273,12 +248,12 @@ TEST(NvapiInit, FailureWithoutATextIsEmptyAndNotTheOneBefore) {
     machine.Result(For("NvAPI_GPU_GetFullName", kGpu + 1), -7);
     // A failing text function may still write.
     machine.Result(For("NvAPI_GPU_GetFullName", kGpu + 2), -8);
-    machine.Write(For("NvAPI_GetErrorMessage", -8), 1, Text("eight"));
+    OrderErrorTexts(machine, {-8});
     machine.Result(For("NvAPI_GetErrorMessage", -8), -1);
     EXPECT_EQ(InitLog(machine), Opened({Tagged("Total physical gpu count", "3"), Name(0),
                                         Tagged("NvAPI_GPU_GetFullName #0", "error: NVAPI_-5"), Name(1),
                                         Tagged("NvAPI_GPU_GetFullName #1", "error: "), Name(2),
-                                        Tagged("NvAPI_GPU_GetFullName #2", "error: eight")}));
+                                        Tagged("NvAPI_GPU_GetFullName #2", "error: NVAPI_-8")}));
 }
 
 TEST(NvapiInit, WithoutTheTextFunctionFailuresHaveNoText) {
@@ -293,26 +268,15 @@ TEST(NvapiInit, WithoutTheTextFunctionFailuresHaveNoText) {
 TEST(NvapiInit, HooksSurroundEachCall) {
     Machine machine = NvidiaBoard(1);
     machine.Show("BeforeCallHook").Show("AfterCallHook");
-    machine.Write("BeforeCallHook", 1, Ints({0x11, 0x22}));
+    machine.Reports(HookState{11, 22});
     machine.Result("NvAPI_GetInterfaceVersionString", -4);
     machine.Init();
-    std::vector<Call> calls = machine.TakeCalls();
-    std::erase_if(calls, [](Call const& call) { return call.entryPoint == "nvapi_QueryInterface"; });
-    std::vector<std::string> names;
-    for (Call const& call : calls) {
-        names.push_back(call.entryPoint);
-    }
-    ASSERT_EQ(names,
-              std::vector<std::string>({"NvAPI_Initialize", "BeforeCallHook", "NvAPI_GetInterfaceVersionString",
-                                        "AfterCallHook", "BeforeCallHook", "NvAPI_EnumPhysicalGPUs", "AfterCallHook",
-                                        "BeforeCallHook", "NvAPI_GPU_GetFullName", "AfterCallHook"}));
-    EXPECT_EQ(calls[1].args[0], 0x01053FA5);
-    EXPECT_EQ(calls[1].record, Bytes(8, 0));
-    EXPECT_EQ(calls[3].args, std::vector<int>({0x01053FA5, 0x11, 0x22, -4}));
-    EXPECT_EQ(calls[4].args[0], static_cast<int>(0xE5AC921F));
-    EXPECT_EQ(calls[4].record, Bytes(8, 0));
-    EXPECT_EQ(calls[6].args, std::vector<int>({static_cast<int>(0xE5AC921F), 0x11, 0x22, 0}));
-    EXPECT_EQ(calls[9].args, std::vector<int>({static_cast<int>(0xCEEE8E9F), 0x11, 0x22, 0}));
+    Lines traffic = machine.TakeTraffic(DescribeNvidiaCall);
+    std::erase_if(traffic, [](std::string const& line) { return line.starts_with("nvapi_QueryInterface"); });
+    EXPECT_EQ(traffic, Lines({"NvAPI_Initialize", "BeforeCallHook 1053FA5", "NvAPI_GetInterfaceVersionString",
+                              "AfterCallHook 1053FA5 11 22 -4", "BeforeCallHook E5AC921F", "NvAPI_EnumPhysicalGPUs",
+                              "AfterCallHook E5AC921F 11 22 0", "BeforeCallHook CEEE8E9F",
+                              "NvAPI_GPU_GetFullName 600000", "AfterCallHook CEEE8E9F 11 22 0"}));
 }
 
 void ExpectNotCalledAlone(char const* hook) {
@@ -370,16 +334,13 @@ void ExpectFixedAnswers(Machine& machine) {
 }
 
 TEST(NvapiInit, SettingsAreFixedAnswersWithoutACallOrALine) {
-    Machine machine = NvidiaBoard(2);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = NvidiaBoard(2).Started();
     ASSERT_TRUE(machine.Api().IsInitOk());
     ExpectFixedAnswers(machine);
 }
 
 TEST(NvapiInit, SettingsAreTheSameWhenNothingIsOpen) {
-    Machine machine = NvidiaBoard(2);
-    machine.Result("NvAPI_Initialize", -6);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = NvidiaBoard(2).Result("NvAPI_Initialize", -6).Started();
     ASSERT_FALSE(machine.Api().IsInitOk());
     ExpectFixedAnswers(machine);
 }

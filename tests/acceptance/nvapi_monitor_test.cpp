@@ -53,16 +53,13 @@ TEST(NvapiMonitor, FirstSensorIsTheTemperatureAndAllAreLogged) {
 }
 
 TEST(NvapiMonitor, AsksForAllSensorsInVersionTwo) {
-    Machine machine = NvidiaBoard(1);
-    machine.InitAndForget();
+    Machine machine = NvidiaBoard(1).Started();
     machine.Api().FetchHwmValues();
-    Call const call = machine.LastCall(kThermal);
-    EXPECT_EQ(call.args[0], kGpu);
-    EXPECT_EQ(call.args[1], 15);
-    EXPECT_EQ(call.record, Patched(Bytes(68, 0), 0, Ints({0x00020044})));
-    EXPECT_EQ(machine.TakeCallNames(), std::vector<std::string>({"nvapi_QueryInterface", kThermal}));
+    EXPECT_EQ(machine.Asked<ThermalSettings>(), ThermalSettings());
+    EXPECT_EQ(machine.TakeTraffic(DescribeNvidiaCall),
+              Lines({"nvapi_QueryInterface E3640A56", "NvAPI_GPU_GetThermalSettings 600000 #15"}));
     machine.Api().FetchHwmValues();
-    EXPECT_EQ(machine.TakeCallNames(), std::vector<std::string>({kThermal}));
+    EXPECT_EQ(machine.TakeTraffic(DescribeNvidiaCall), Lines({"NvAPI_GPU_GetThermalSettings 600000 #15"}));
 }
 
 TEST(NvapiMonitor, SecondGpuIsOnlyLogged) {
@@ -92,9 +89,9 @@ TEST(NvapiMonitor, GpusShareOneRecord) {
     OrderSensors(machine, 0, 2, {{1, 2, 3, 61, 4}, {5, 6, 7, 62, 8}});
     machine.InitAndForget();
     Lines const log = Fetch(machine);
-    EXPECT_EQ(machine.LastCall(kThermal).args[0], kGpu + 1);
-    EXPECT_EQ(machine.LastCall(kThermal).record,
-              Patched(Bytes(68, 0), 0, Ints({0x00020044, 2, 1, 2, 3, 61, 4, 5, 6, 7, 62, 8})));
+    EXPECT_EQ(machine.LastCall(kThermal).HandleArgument(0), kGpu + 1);
+    EXPECT_EQ(machine.Asked<ThermalSettings>(),
+              (ThermalSettings{.count = 2, .sensors = {{1, 2, 3, 61, 4}, {5, 6, 7, 62, 8}}}));
     // What the second GPU's library does not write is the first one's.
     ASSERT_EQ(log.size(), 13U);
     EXPECT_EQ(Lines(log.begin() + 8, log.end()),
@@ -104,7 +101,7 @@ TEST(NvapiMonitor, GpusShareOneRecord) {
     machine.Api().FetchHwmValues();
     std::vector<Call> const calls = machine.TakeCalls();
     ASSERT_GE(calls.size(), 2U);
-    EXPECT_EQ(calls[calls.size() - 2].record, Patched(Bytes(68, 0), 0, Ints({0x00020044})));
+    EXPECT_EQ(calls[calls.size() - 2].As<ThermalSettings>(), ThermalSettings());
 }
 
 TEST(NvapiMonitor, CountOfSensorsIsLoggedButNotBelievedBeyondThree) {
@@ -120,8 +117,7 @@ TEST(NvapiMonitor, CountOfSensorsIsLoggedButNotBelievedBeyondThree) {
                       {1000000, "1000000", 3},
                       {INT_MIN, "2147483648", 3},
                       {-1, "4294967295", 3}};
-    Machine machine = NvidiaBoard(1);
-    machine.InitAndForget();
+    Machine machine = NvidiaBoard(1).Started();
     for (auto const& row : rows) {
         SCOPED_TRACE(row.logged);
         OrderSensors(machine, 0, row.count, {{1, 0, 0, 51, 1}, {1, 0, 0, 52, 2}, {1, 0, 0, 53, 3}});
@@ -146,8 +142,7 @@ TEST(NvapiMonitor, TemperaturesAndTargetsAreSigned) {
 }
 
 TEST(NvapiMonitor, NoGpuLogsTheBeginning) {
-    Machine machine = NvidiaBoard(0);
-    machine.InitAndForget();
+    Machine machine = NvidiaBoard(0).Started();
     EXPECT_EQ(Fetch(machine), Lines({Tagged("", "begin")}));
     EXPECT_EQ(machine.TakeCallNames(), std::vector<std::string>{});
     ExpectNoReadingBut(machine, -1);
@@ -155,13 +150,13 @@ TEST(NvapiMonitor, NoGpuLogsTheBeginning) {
 
 TEST(NvapiMonitor, AllHandlesThereIsRoomForAreRead) {
     Machine machine = NvidiaBoard(64);
-    machine.Write("NvAPI_EnumPhysicalGPUs", 1, Ints({-1}));
+    machine.Reports(GpuCount{-1});
     machine.InitAndForget();
     Lines const log = Fetch(machine);
     ASSERT_EQ(log.size(), 1U + 64U * 2U);
     EXPECT_EQ(log[127], Gpu(63));
     EXPECT_EQ(machine.CountOf(kThermal), 64);
-    EXPECT_EQ(machine.LastCall(kThermal).args[0], kGpu + 63);
+    EXPECT_EQ(machine.LastCall(kThermal).HandleArgument(0), kGpu + 63);
 }
 
 // ---- Failures ----
@@ -175,7 +170,7 @@ TEST(NvapiMonitor, FailingFirstGpuEndsTheFetch) {
     machine.InitAndForget();
     EXPECT_EQ(Fetch(machine), Lines({Tagged("", "begin"), Tagged(kThermal, "error: NVAPI_-104")}));
     EXPECT_EQ(machine.CountOf(kThermal), 1);
-    EXPECT_EQ(machine.LastCall("NvAPI_GetErrorMessage").args[0], -104);
+    EXPECT_EQ(DescribeNvidiaCall(machine.LastCall("NvAPI_GetErrorMessage")), "NvAPI_GetErrorMessage -104");
     ExpectNoReadingBut(machine, -1);
 }
 

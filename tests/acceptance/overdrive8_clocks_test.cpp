@@ -18,7 +18,7 @@ std::string const kSameButCurve = " 1=13 2=23 3=33 4=43 5=53";
 struct Row {
     std::string name;
     int capabilities;
-    std::vector<std::pair<std::size_t, int>> changes;  // of the current settings
+    std::vector<std::pair<int, int>> changes;  // of the current settings
     int gpuClock;
     int memClock;
     Lines log;
@@ -26,12 +26,11 @@ struct Row {
 };
 
 void Check(std::vector<Row> const& rows) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
         BecomeBoardWith(machine, row.capabilities);
-        OrderCurrent(machine, With(Overdrive8Current(), row.changes));
+        BecomeCurrent(machine, With(Overdrive8Current(), row.changes));
         // The voltages have no say.
         EXPECT_EQ(machine.Api().SetPerformanceUser(row.gpuClock, 1100, row.memClock, -5), row.log == kOk);
         EXPECT_EQ(machine.TakeLog(), row.log);
@@ -39,7 +38,7 @@ void Check(std::vector<Row> const& rows) {
         for (std::string const& request : row.requests) {
             traffic.push_back("Setting_Set 5:" + request);
         }
-        EXPECT_EQ(TakeTraffic(machine), traffic);
+        EXPECT_EQ(TakeAmdTraffic(machine), traffic);
     }
 }
 
@@ -60,11 +59,23 @@ TEST(Overdrive8UserClocks, OnABoardWithACurveMoveItsTopAlong) {
          900,
          kOk,
          {" 0=63" + kSameButCurve + " 6=63 7=73 8=83"}},
-        {"same clock", gpu, {{0, 63}}, 63, 900, sameGpu, {}},
-        {"same clock, same memory", gpu, {{0, 63}}, 63, 83, sameGpu, {}},
-        {"same clocks", both, {{0, 63}}, 63, 83, sameBoth, {}},
-        {"same clock, new memory", both, {{0, 63}}, 63, 900, kOk, {" 0=63" + kSameButCurve + " 6=63 7=73 8=900"}},
-        {"optimized power", both | kOptimized, {{36, 0}}, 9, 9, kOk, {" 0=9" + kSameButCurve + " 6=9 7=73 8=9"}},
+        {"same clock", gpu, {{setting::kGpuMaximum, 63}}, 63, 900, sameGpu, {}},
+        {"same clock, same memory", gpu, {{setting::kGpuMaximum, 63}}, 63, 83, sameGpu, {}},
+        {"same clocks", both, {{setting::kGpuMaximum, 63}}, 63, 83, sameBoth, {}},
+        {"same clock, new memory",
+         both,
+         {{setting::kGpuMaximum, 63}},
+         63,
+         900,
+         kOk,
+         {" 0=63" + kSameButCurve + " 6=63 7=73 8=900"}},
+        {"optimized power",
+         both | kOptimized,
+         {{setting::kPowerMode, 0}},
+         9,
+         9,
+         kOk,
+         {" 0=9" + kSameButCurve + " 6=9 7=73 8=9"}},
         {"out of every range",
          both,
          {},
@@ -88,11 +99,17 @@ TEST(Overdrive8UserClocks, OnABoardWithoutACurveSetTheMaximum) {
         {"same clock", gpu, {}, 3, 900, sameGpu, {}},
         {"same clocks", both, {}, 3, 83, sameBoth, {}},
         {"same clock, new memory", both, {}, 3, 900, kOk, {" 0=3" + kSame + " 8=900"}},
-        {"the top of a curve does not count", gpu, {{6, 1400}}, 3, 900, sameGpu, {}},
+        {"the top of a curve does not count", gpu, {{setting::kCurveTop, 1400}}, 3, 900, sameGpu, {}},
         {"manual mode", both | kOptimized, {}, 1400, 900, kOk, {" 0=1400" + kSame + " 8=900"}},
-        {"optimized power", both | kOptimized, {{36, 2}}, 1400, 900, kOk, {" 36=3", " 0=1400" + kSame + " 8=900"}},
-        {"optimized power, same clocks", both | kOptimized, {{36, 2}}, 3, 83, sameBoth, {" 36=3"}},
-        {"mode not under control", both, {{36, 2}}, 1400, 900, kOk, {" 0=1400" + kSame + " 8=900"}},
+        {"optimized power",
+         both | kOptimized,
+         {{setting::kPowerMode, 2}},
+         1400,
+         900,
+         kOk,
+         {" 36=3", " 0=1400" + kSame + " 8=900"}},
+        {"optimized power, same clocks", both | kOptimized, {{setting::kPowerMode, 2}}, 3, 83, sameBoth, {" 36=3"}},
+        {"mode not under control", both, {{setting::kPowerMode, 2}}, 1400, 900, kOk, {" 0=1400" + kSame + " 8=900"}},
     });
 }
 
@@ -102,14 +119,12 @@ TEST(Overdrive8UserClocks, WithoutClockLimitsAreRefused) {
         {"nothing", 0, {}, 1400, 900, refused, {}},
         {"a curve alone", kCurve | kMemory, {}, 1400, 900, refused, {}},
         {"memory alone", kMemory, {}, 3, 900, refused, {}},
-        {"optimized power", kMemory | kPower | kOptimized, {{36, 0}}, 1400, 900, refused, {}},
+        {"optimized power", kMemory | kPower | kOptimized, {{setting::kPowerMode, 0}}, 1400, 900, refused, {}},
     });
 }
 
 TEST(Overdrive8UserClocks, ReportTheDriversRefusal) {
-    Machine machine = Overdrive8Board(0);
-    machine.Result("ADL2_Overdrive8_Setting_Set", 1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Result("ADL2_Overdrive8_Setting_Set", 1).Started();
     Lines const failed = Entries(kTag, {"ADL2_Overdrive8_Setting_Set failed"});
     for (int const capabilities : {kLimits, kLimits | kMemory, kLimits | kCurve, kLimits | kCurve | kMemory}) {
         SCOPED_TRACE(capabilities);
@@ -118,26 +133,27 @@ TEST(Overdrive8UserClocks, ReportTheDriversRefusal) {
         EXPECT_EQ(machine.TakeLog(), failed);
     }
     BecomeBoardWith(machine, kLimits | kOptimized);
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 0}}));
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"Fail to reset Optimized Power mode to Manual"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
 }
 
 TEST(Overdrive8UserClocks, ReportARefusalBehindTheSwitchToManual) {
-    Machine machine = Overdrive8Board(kLimits | kOptimized);
-    machine.Then("ADL2_Overdrive8_Setting_Set").Result("ADL2_Overdrive8_Setting_Set", -1);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));
+    Machine machine = Overdrive8Board(kLimits | kOptimized)
+                          .Then("ADL2_Overdrive8_Setting_Set")
+                          .Result("ADL2_Overdrive8_Setting_Set", -1)
+                          .Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 0}}));
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"ADL2_Overdrive8_Setting_Set failed"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3", "Setting_Set 5: 0=1400" + kSame + " 8=83"}));
+    EXPECT_EQ(TakeAmdTraffic(machine),
+              Lines({kRead, "Setting_Set 5: 36=3", "Setting_Set 5: 0=1400" + kSame + " 8=83"}));
 }
 
 TEST(Overdrive8UserClocks, WithoutTheCurrentSettingsAreNotSet) {
     Lines const tooFew = Entries(kTag, {"too few current settings"});
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     struct Need {
         int capabilities;
         std::size_t needed;
@@ -147,14 +163,14 @@ TEST(Overdrive8UserClocks, WithoutTheCurrentSettingsAreNotSet) {
                             Need{kLimits | kCurve | kMemory | kOptimized, 9}}) {
         SCOPED_TRACE(row.capabilities);
         BecomeBoardWith(machine, row.capabilities);
-        OrderCurrent(machine, First(Overdrive8Current(), row.needed - 1));
+        BecomeCurrent(machine, First(Overdrive8Current(), row.needed - 1));
         EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
         EXPECT_EQ(machine.TakeLog(), tooFew);
         machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
         EXPECT_FALSE(machine.Api().SetPerformanceUser(0, 0, 0, 0));
         EXPECT_EQ(machine.TakeLog(), kCurrentFailed);
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
-        OrderCurrent(machine, First(With(Overdrive8Current(), {{36, 3}}), row.needed));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, kRead}));
+        BecomeCurrent(machine, First(With(Overdrive8Current(), {{setting::kPowerMode, 3}}), row.needed));
         EXPECT_TRUE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
         machine.TakeLog();
         machine.TakeCalls();
@@ -163,12 +179,13 @@ TEST(Overdrive8UserClocks, WithoutTheCurrentSettingsAreNotSet) {
 
 // A table of zeros where the library has no entry point that would tell.
 TEST(Overdrive8UserClocks, WithoutAnyEntryPointForTheCurrentSettingsStartFromZeros) {
-    Machine machine = Overdrive8Board(kLimits);
-    machine.Hide("ADL2_Overdrive8_Current_SettingX2_Get").Hide("ADL2_Overdrive8_Current_Setting_Get");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits)
+                          .Hide("ADL2_Overdrive8_Current_SettingX2_Get")
+                          .Hide("ADL2_Overdrive8_Current_Setting_Get")
+                          .Started();
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), kOk);
-    EXPECT_EQ(TakeTraffic(machine), Lines({"Setting_Set 5: 0=1400 1=0 2=0 3=0 4=0 5=0 6=0 7=0 8=0"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Setting_Set 5: 0=1400 1=0 2=0 3=0 4=0 5=0 6=0 7=0 8=0"}));
 }
 
 // 39 settings, the power limit (9) with its own range.
@@ -179,13 +196,12 @@ std::string const kAllReset =
     "31=315! 32=325! 33=335! 34=345! 35=355! 36=365! 37=375! 38=385!";
 
 TEST(Overdrive8DefaultClocks, ResetEverySetting) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     for (int const capabilities : {0, kLimits | kCurve | kMemory | kPower | kFanCurve | kOptimized}) {
         BecomeBoardWith(machine, capabilities);
         EXPECT_TRUE(machine.Api().SetPerformanceDefault());
         EXPECT_EQ(machine.TakeLog(), Entries(kDefaultTag, {"begin", "Reset all settings OK"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5:" + kAllReset}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5:" + kAllReset}));
     }
     for (int const result : {-1, 1}) {
         machine.Result("ADL2_Overdrive8_Setting_Set", result);
@@ -199,16 +215,14 @@ TEST(Overdrive8DefaultClocks, ResetEverySetting) {
 }
 
 TEST(Overdrive8Clocks, FailWithoutTheDriversSetter) {
-    Machine machine = Overdrive8Board(kLimits | kCurve);
-    machine.Hide("ADL2_Overdrive8_Setting_Set");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits | kCurve).Hide("ADL2_Overdrive8_Setting_Set").Started();
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"ADL2_Overdrive8_Setting_Set failed"}));
     EXPECT_FALSE(machine.Api().SetPerformanceDefault());
     EXPECT_EQ(machine.TakeLog(), Entries(kDefaultTag, {"begin", "Reset all settings failed"}));
 
     BecomeBoardWith(machine, kLimits | kOptimized);
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 0}}));
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"Fail to reset Optimized Power mode to Manual"}));
 }
@@ -246,18 +260,16 @@ TEST(Overdrive8Requests, SayThatTheAnswerHasRoomFor39SettingsWhateverWasRead) {
         machine.Api().SetPerformanceUser(1400, 0, 900, 0);
         machine.Api().SetPerformanceDefault();
     };
-    Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, First(With(Overdrive8Current(), {{9, 4}}), 29));
+    Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve).Started();
+    BecomeCurrent(machine, First(With(Overdrive8Current(), {{setting::kPower, 4}}), 29));
     CountOfTheAnswer const newer(machine.Scripted());
     sendEverything(machine);
     EXPECT_EQ(newer.Counts(), std::vector<int>(7, 39));
 
     machine.Hide("ADL2_Overdrive8_Current_SettingX2_Get");
-    machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Ints(With(Overdrive8Current(), {{9, 4}})), 4);
     for (int const count : {27, 0, -1, INT_MAX}) {
         SCOPED_TRACE(count);
-        machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Ints({count}));
+        OrderOlderCurrent(machine, count, With(Overdrive8Current(), {{setting::kPower, 4}}));
         CountOfTheAnswer const older(machine.Scripted());
         sendEverything(machine);
         EXPECT_EQ(older.Counts(), std::vector<int>(7, 39));
@@ -265,11 +277,11 @@ TEST(Overdrive8Requests, SayThatTheAnswerHasRoomFor39SettingsWhateverWasRead) {
 }
 
 TEST(Overdrive8Requests, HaveRoomForTheSettingsThatTheDriverAnswersWith) {
-    // 160 bytes; one more is found by the sanitizer.
-    Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve | kOptimized);
-    machine.Write("ADL2_Overdrive8_Setting_Set", 3, Bytes(160, 0xEE));
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{9, 4}, {36, 0}}));
+    // The whole record, in bytes; one more is found by the sanitizer.
+    Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve | kOptimized)
+                          .Write("ADL2_Overdrive8_Setting_Set", 3, Bytes(160, 0xEE))
+                          .Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPower, 4}, {setting::kPowerMode, 0}}));
     FanTablePoint const table[5] = {};
     EXPECT_TRUE(machine.Api().SetFanSpeed(204));
     EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
@@ -279,9 +291,9 @@ TEST(Overdrive8Requests, HaveRoomForTheSettingsThatTheDriverAnswersWith) {
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1400, 0, 900, 0));
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
     // What the driver answers with is not what a later request starts from.
-    TakeTraffic(machine);
+    TakeAmdTraffic(machine);
     EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 9=0!"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 9=0!"}));
 }
 
 }  // namespace

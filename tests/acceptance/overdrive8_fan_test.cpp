@@ -43,13 +43,12 @@ TEST(Overdrive8FanSpeed, FlattensTheCurveAndSetsWhatTheBoardCan) {
         BecomeBoardWith(machine, row.capabilities);
         EXPECT_TRUE(machine.Api().SetFanSpeed(204));
         EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, row.messages));
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5:" + row.request}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5:" + row.request}));
     }
 }
 
 TEST(Overdrive8FanSpeed, IsBoundByTheFirstPointOfTheCurve) {
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Started();
     for (int const percent : {0, 100, 199, 210, INT_MAX}) {
         SCOPED_TRACE(percent);
         EXPECT_FALSE(machine.Api().SetFanSpeed(percent));
@@ -59,21 +58,19 @@ TEST(Overdrive8FanSpeed, IsBoundByTheFirstPointOfTheCurve) {
     for (int const percent : {200, 209}) {
         SCOPED_TRACE(percent);
         EXPECT_TRUE(machine.Api().SetFanSpeed(percent));
-        EXPECT_EQ(machine.LastCall("ADL2_Overdrive8_Setting_Set").Int(4 + 12 * 28), percent);
+        EXPECT_EQ(machine.Sent<SettingRequest>().settings[setting::kLastFanSpeed].value, percent);
     }
 }
 
 TEST(Overdrive8FanSpeed, WithoutAFanCurveIsRefused) {
-    Machine machine = Overdrive8Board(0xFFFF & ~kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0xFFFF & ~kFanCurve).Started();
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "ADL_OD8_FAN_CURVE not supported"}));
     EXPECT_EQ(machine.CountOf("ADL2_Overdrive8_Setting_Set"), 0);
 }
 
 TEST(Overdrive8FanSpeed, ReportsTheDriversRefusal) {
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Started();
     for (int const result : {-1, 1, INT_MIN}) {
         SCOPED_TRACE(result);
         machine.Result("ADL2_Overdrive8_Setting_Set", result);
@@ -89,36 +86,34 @@ TEST(Overdrive8FanSpeed, ReportsTheDriversRefusal) {
 }
 
 TEST(Overdrive8FanSpeed, WithoutTheCurrentTemperaturesIsNotSet) {
-    Machine machine = Overdrive8Board(kFanCurve | kZeroRpm);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve | kZeroRpm).Started();
     // The curve's last temperature is setting 27, its last setting 28.
-    OrderCurrent(machine, First(Overdrive8Current(), 28));
+    BecomeCurrent(machine, First(Overdrive8Current(), 28));
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "plan set ZeroRPM off", "too few current settings"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead}));
 
     machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "plan set ZeroRPM off"}) + kCurrentFailed);
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead}));
     // A curve brings its own temperatures.
     FanTablePoint const table[5] = {};
     EXPECT_TRUE(machine.Api().SetFanSpeedTable(table, 5));
 }
 
 TEST(Overdrive8FanSpeed, WithoutTheModeIsNotSetAndStillReset) {
-    Machine machine = Overdrive8Board(kFanCurve | kOptimized);
-    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        Overdrive8Board(kFanCurve | kOptimized).Result("ADL2_Overdrive8_Current_SettingX2_Get", -1).Started();
     Lines const unread = Entries(kSpeedTag, {"Begin"}) + kCurrentFailed;
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), unread);
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead}));
 
     EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
     EXPECT_EQ(machine.TakeLog(), unread + Entries(kDefaultTag, {"plan reset fan curve"}) + kCurrentFailed +
                                      Entries(kDefaultTag, {"Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, "Setting_Set 5:" + kCurveReset}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, kRead, "Setting_Set 5:" + kCurveReset}));
 }
 
 TEST(Overdrive8Fan, WithoutTheRangesIsResetAlone) {
@@ -127,7 +122,7 @@ TEST(Overdrive8Fan, WithoutTheRangesIsResetAlone) {
     FanTablePoint const table[5] = {};
     for (int const count : {20, 11, 0, -1}) {
         SCOPED_TRACE(count);
-        machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 3, Ints({count}));
+        machine.Reports(RangeCount{count});
         ASSERT_TRUE(machine.InitAndForget());
         EXPECT_FALSE(machine.Api().SetFanSpeed(0));
         EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "ADL_OD8_FAN_CURVE not supported"}));
@@ -136,50 +131,47 @@ TEST(Overdrive8Fan, WithoutTheRangesIsResetAlone) {
         EXPECT_EQ(machine.CountOf("ADL2_Overdrive8_Setting_Set"), 0);
         // With the reset mark the driver takes its own default. The target temperature goes without.
         EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
-        Call const call = machine.LastCall("ADL2_Overdrive8_Setting_Set");
-        EXPECT_EQ(call.Int(4 + 12 * 20 + 8), 1);
-        EXPECT_EQ(call.Int(4 + 12 * 12 + 4), count > 12 ? 1 : 0);
+        SettingRequest const request = machine.Sent<SettingRequest>();
+        EXPECT_EQ(request.settings[setting::kFirstFanSpeed].reset, 1);
+        EXPECT_EQ(request.settings[setting::kTargetTemperature].requested, count > 12 ? 1 : 0);
         machine.TakeLog();
         machine.TakeCalls();
     }
 }
 
 TEST(Overdrive8FanSpeed, FirstTakesTheBoardOutOfOptimizedPower) {
-    Machine machine = Overdrive8Board(kFanCurve | kOptimized);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve | kOptimized).Started();
 
     // Manual already: nothing to send.
     EXPECT_TRUE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin"}) + kManual + Entries(kSpeedTag, {"Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, "Setting_Set 5:" + kFlat}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, kRead, "Setting_Set 5:" + kFlat}));
 
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 2}}));
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 2}}));
     EXPECT_TRUE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin"}) + kManual + Entries(kSpeedTag, {"Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3", kRead, "Setting_Set 5:" + kFlat}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3", kRead, "Setting_Set 5:" + kFlat}));
 
     // Also on the way to automatic control, and before the board turns out to have no curve.
     EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
     EXPECT_EQ(machine.TakeLog(),
               Entries(kSpeedTag, {"Begin"}) + kManual + Entries(kDefaultTag, {"plan reset fan curve", "Success"}));
-    EXPECT_EQ(TakeTraffic(machine).front(), kRead);
+    EXPECT_EQ(TakeAmdTraffic(machine).front(), kRead);
     BecomeBoardWith(machine, kOptimized);
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(),
               Entries(kSpeedTag, {"Begin"}) + kManual + Entries(kSpeedTag, {"ADL_OD8_FAN_CURVE not supported"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
 }
 
 TEST(Overdrive8FanSpeed, StopsWhenTheBoardStaysInOptimizedPower) {
-    Machine machine = Overdrive8Board(kFanCurve | kOptimized);
-    machine.Result("ADL2_Overdrive8_Setting_Set", 1);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));
+    Machine machine = Overdrive8Board(kFanCurve | kOptimized).Result("ADL2_Overdrive8_Setting_Set", 1).Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 0}}));
     for (int const percent : {204, -1, 5}) {
         SCOPED_TRACE(percent);
         EXPECT_FALSE(machine.Api().SetFanSpeed(percent));
         EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin"}) + kManualFailed);
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 36=3"}));
     }
 }
 
@@ -208,7 +200,7 @@ TEST(Overdrive8FanDefault, ResetsWhatTheBoardCan) {
         for (int const percent : {-1, INT_MIN}) {
             EXPECT_TRUE(machine.Api().SetFanSpeed(percent));
             EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin"}) + Entries(kDefaultTag, row.messages));
-            EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5:" + row.request}));
+            EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5:" + row.request}));
         }
     }
 }
@@ -231,20 +223,18 @@ Lines const kTableLog = {
 };
 
 TEST(Overdrive8FanTable, SendsFivePointsWhateverTheCount) {
-    Machine machine = Overdrive8Board(kFanCurve | kOptimized | kTarget);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 0}}));  // the mode is not touched
+    Machine machine = Overdrive8Board(kFanCurve | kOptimized | kTarget).Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 0}}));  // the mode is not touched
     for (int const count : {1, 4, 5, 6, INT_MAX}) {
         SCOPED_TRACE(count);
         EXPECT_TRUE(machine.Api().SetFanSpeedTable(kTable, count));
         EXPECT_EQ(machine.TakeLog(), kTableLog + Entries(kTableTag, {"Success"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines({"Setting_Set 5:" + kTableRequest}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Setting_Set 5:" + kTableRequest}));
     }
 }
 
 TEST(Overdrive8FanTable, WithoutATableIsRefused) {
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Started();
     struct Row {
         FanTablePoint const* table;
         int count;
@@ -254,14 +244,20 @@ TEST(Overdrive8FanTable, WithoutATableIsRefused) {
         EXPECT_FALSE(machine.Api().SetFanSpeedTable(row.table, row.count));
         EXPECT_EQ(machine.TakeLog(), Entries(kTableTag, {"Begin", "pass in node not valid"}));
     }
-    EXPECT_EQ(TakeTraffic(machine), Lines());
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines());
 
     BecomeBoardWith(machine, 0xFFFF & ~kFanCurve);
     EXPECT_FALSE(machine.Api().SetFanSpeedTable(kTable, 5));
     EXPECT_EQ(machine.TakeLog(), Entries(kTableTag, {"Begin", "fan curve not supported"}));
     EXPECT_FALSE(machine.Api().SetFanSpeedTable(nullptr, 5));
     EXPECT_EQ(machine.TakeLog(), Entries(kTableTag, {"Begin", "pass in node not valid"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines());
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines());
+}
+
+// Minimum and maximum of the minimum speed and of the acoustic limit.
+std::vector<SettingRange> LimitRanges(std::pair<int, int> minSpeed, std::pair<int, int> acoustic) {
+    return WithRange({setting::kAcousticLimit, acoustic.first, acoustic.second, 115},
+                     WithRange({setting::kFanMinimum, minSpeed.first, minSpeed.second, 105}));
 }
 
 // A range in percent takes the end point's speed, one in RPM that share of its maximum; both stay within the range.
@@ -283,46 +279,36 @@ TEST(Overdrive8FanTable, LetsTheLimitsFollowTheEndsOfTheCurve) {
         {both, {0, 101}, {0, 101}, " 10=20 11=90"},  // 20.2 and 90.9
         {both, {0, 0}, {0, 0}, " 10=0 11=0"},
     };
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.request);
-        // A range's minimum stands at 1 + 4 k, its maximum behind it.
-        BecomeBoardWith(machine, kFanCurve | row.capabilities,
-                        With(Overdrive8Ranges(), {{41, row.minSpeed.first},
-                                                  {42, row.minSpeed.second},
-                                                  {45, row.acoustic.first},
-                                                  {46, row.acoustic.second}}));
+        BecomeBoardWith(machine, kFanCurve | row.capabilities, LimitRanges(row.minSpeed, row.acoustic));
         EXPECT_TRUE(machine.Api().SetFanSpeedTable(kTable, 5));
         EXPECT_EQ(machine.TakeLog(), kTableLog + Entries(kTableTag, {"Success"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines({"Setting_Set 5:" + row.request + kTableRequest}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Setting_Set 5:" + row.request + kTableRequest}));
     }
     // Speeds beyond all sense reach the driver as they are, the limits as the ends of their ranges.
     FanTablePoint const wild[5] = {{INT_MIN, INT_MAX}, {-1, -1}, {0, 0}, {0, 0}, {INT_MAX, INT_MIN}};
     BecomeBoardWith(machine, kFanCurve | both);
     for (auto const& range : {std::pair(0, 100), std::pair(400, INT_MAX)}) {
-        BecomeBoardWith(machine, kFanCurve | both,
-                        With(Overdrive8Ranges(), {{41, range.first}, {42, range.second}, {45, 0}, {46, range.second}}));
+        BecomeBoardWith(machine, kFanCurve | both, LimitRanges(range, {0, range.second}));
         EXPECT_TRUE(machine.Api().SetFanSpeedTable(wild, 5));
         EXPECT_EQ(
-            TakeTraffic(machine),
+            TakeAmdTraffic(machine),
             Lines({"Setting_Set 5: 10=" + std::to_string(range.first) + " 11=" + std::to_string(range.second) +
                    " 19=2147483647 20=-2147483648 21=-1 22=-1 23=0 24=0 25=0 26=0 27=-2147483648 28=2147483647"}));
     }
 }
 
 TEST(Overdrive8FanTable, SwitchesZeroRpmOff) {
-    Machine machine = Overdrive8Board(kFanCurve | kZeroRpm);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve | kZeroRpm).Started();
     EXPECT_TRUE(machine.Api().SetFanSpeedTable(kTable, 5));
     EXPECT_EQ(machine.TakeLog(), kTableLog + Entries(kTableTag, {"plan set ZeroRPM off", "Success"}));
-    EXPECT_EQ(TakeTraffic(machine), Lines({"Setting_Set 5: 15=0" + kTableRequest}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Setting_Set 5: 15=0" + kTableRequest}));
 }
 
 TEST(Overdrive8Fan, FailsWithoutTheDriversSetter) {
-    Machine machine = Overdrive8Board(kFanCurve);
-    machine.Hide("ADL2_Overdrive8_Setting_Set");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Hide("ADL2_Overdrive8_Setting_Set").Started();
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin", "Failed"}));
     EXPECT_FALSE(machine.Api().SetFanSpeed(-1));
@@ -332,7 +318,7 @@ TEST(Overdrive8Fan, FailsWithoutTheDriversSetter) {
     EXPECT_EQ(machine.TakeLog(), kTableLog + Entries(kTableTag, {"Failed"}));
 
     BecomeBoardWith(machine, kFanCurve | kOptimized);
-    OrderCurrent(machine, With(Overdrive8Current(), {{36, 1}}));
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPowerMode, 1}}));
     EXPECT_FALSE(machine.Api().SetFanSpeed(204));
     EXPECT_EQ(machine.TakeLog(), Entries(kSpeedTag, {"Begin"}) + kManualFailed);
 }

@@ -27,14 +27,14 @@ constexpr int kValid = static_cast<int>(0xCDCDCD01);
 constexpr int kInvalid = static_cast<int>(0xCDCDCD00);
 
 TEST(Overdrive8PowerLimitSetting, NeedsNoFlag) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{9, -7}}));
+    Machine machine = Overdrive8Board(0).Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPower, -7}}));
     for (int const capabilities : {0, kPower, -1}) {
-        BecomeBoardWith(machine, capabilities, With(Overdrive8Ranges(), {{39, 2}}));
+        BecomeBoardWith(machine, capabilities,
+                        WithRange({.feature = setting::kPower, .minimum = -20, .maximum = 20, .standard = 2}));
         EXPECT_EQ(Answer(machine.Api().GetPowerLimitSetting), (std::vector<int>{kValid, 2, 20, -20, -7}));
         EXPECT_EQ(machine.TakeLog(), Lines());
-        EXPECT_EQ(TakeTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
     }
 }
 
@@ -69,11 +69,10 @@ TEST(Overdrive8GpuClockSetting, ComesFromTheSettingsOfTheBoardsKind) {
 }
 
 TEST(Overdrive8MemClockSetting, HasNoVoltages) {
-    Machine machine = Overdrive8Board(kMemory);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kMemory).Started();
     EXPECT_EQ(Answer(machine.Api().GetMemClockSetting), (std::vector<int>{kValid, 85, -1, 89, 80, -1, -1, 83, -1}));
     EXPECT_EQ(machine.TakeLog(), Lines());
-    EXPECT_EQ(TakeTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
 
     for (int const capabilities : {0, 0x7FFFFFFF & ~kMemory}) {
         BecomeBoardWith(machine, capabilities);
@@ -85,8 +84,7 @@ TEST(Overdrive8MemClockSetting, HasNoVoltages) {
 }
 
 TEST(Overdrive8FanSetting, IsTheCurveOrOnePoint) {
-    Machine machine = Overdrive8Board(kFanCurve);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kFanCurve).Started();
     std::vector<int> expected(402, kUntouched);
     expected[0] = kValid;
     expected[1] = 5;
@@ -100,7 +98,7 @@ TEST(Overdrive8FanSetting, IsTheCurveOrOnePoint) {
     std::copy(points.begin(), points.end(), expected.begin() + 2);
     EXPECT_EQ(Answer(machine.Api().GetFanSetting), expected);
     EXPECT_EQ(machine.TakeLog(), Lines());
-    EXPECT_EQ(TakeTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
 
     // Without the curve: the minimum speed and the target temperature, flags for them or not.
     for (int const capabilities : {0, kMinSpeed | kTarget, 0x7FFFFFFF & ~kFanCurve}) {
@@ -117,9 +115,8 @@ TEST(Overdrive8FanSetting, IsTheCurveOrOnePoint) {
 }
 
 TEST(Overdrive8Getters, ShowTheRangesAloneWhereTheCurrentValuesCannotBeRead) {
-    Machine machine = Overdrive8Board(kLimits | kMemory | kFanCurve);
-    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        Overdrive8Board(kLimits | kMemory | kFanCurve).Result("ADL2_Overdrive8_Current_SettingX2_Get", -1).Started();
     EXPECT_EQ(Answer(machine.Api().GetPowerLimitSetting), (std::vector<int>{kValid, 0, 20, -20, -1}));
     EXPECT_EQ(Answer(machine.Api().GetGpuClockSetting), (std::vector<int>{kValid, 5, 375, 9, 10, 379, 370, -1, -1}));
     EXPECT_EQ(Answer(machine.Api().GetMemClockSetting), (std::vector<int>{kValid, 85, -1, 89, 80, -1, -1, -1, -1}));

@@ -24,23 +24,8 @@ std::map<int, double> Readings(Machine& machine) {
     return readings;
 }
 
-// A PMLOG record: sensors with their supported mark and value, 8 bytes each from offset 4 on.
-struct Sensor {
-    std::size_t id;
-    int supported;
-    int value;
-};
-Bytes Sensors(std::vector<Sensor> const& sensors) {
-    Bytes data(2052);
-    for (Sensor const& sensor : sensors) {
-        data = Patched(data, 4 + 8 * sensor.id, Ints({sensor.supported, sensor.value}));
-    }
-    return data;
-}
-
 TEST(Overdrive8Monitor, StoresEverySensorUnderItsKey) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     EXPECT_EQ(Readings(machine), (std::map<int, double>{}));
     machine.Api().FetchHwmValues();
 
@@ -64,30 +49,25 @@ TEST(Overdrive8Monitor, StoresEverySensorUnderItsKey) {
     EXPECT_STREQ(machine.Api().GetHwmValue(7).Name, "GPU Load");
     EXPECT_STREQ(machine.Api().GetHwmValue(13).Name, "Memory Usage");
 
-    EXPECT_EQ(machine.LastCall("ADL2_New_QueryPMLogData_Get").record, Bytes(2052));
-    EXPECT_EQ(machine.LastCall("ADL2_Adapter_VRAMUsage_Get").Int(0), 0);
-    EXPECT_EQ(TakeTraffic(machine),
+    EXPECT_EQ(TakeAmdTraffic(machine),
               Lines({"New_QueryPMLogData_Get 5", "Adapter_VRAMUsage_Get 5", "Adapter_MemoryInfo_Get 5"}));
 }
 
 TEST(Overdrive8Monitor, KeepsTheLastReadingOfASensorThatIsGone) {
     Machine machine = Overdrive8Board(0);
-    machine.Then("ADL2_New_QueryPMLogData_Get");
-    machine.Write("ADL2_New_QueryPMLogData_Get", 2, SensorData());
+    machine.Then("ADL2_New_QueryPMLogData_Get").Reports(BoardSensors());
     // Any mark but 0 is support; values are stored as they are; other sensors have no key.
-    machine.Then("ADL2_New_QueryPMLogData_Get");
-    machine.Write("ADL2_New_QueryPMLogData_Get", 2,
-                  Sensors({{0, 1, 5},
-                           {1, 0, 777},
-                           {2, -1, -40},
-                           {3, 1, 5},
-                           {8, 0, 99},
-                           {9, 1, 5},
-                           {14, 2, INT_MAX},
-                           {19, INT_MIN, INT_MIN},
-                           {27, 1, 0},
-                           {28, 1, 5},
-                           {255, 1, 5}}));
+    SensorLog log;
+    log.sensors[sensor::kGpuClock] = {.supported = 0, .value = 777};
+    log.sensors[sensor::kMemoryClock] = {.supported = -1, .value = -40};
+    log.sensors[sensor::kTemperature] = {.supported = 0, .value = 99};
+    log.sensors[sensor::kFanSpeed] = {.supported = 2, .value = INT_MAX};
+    log.sensors[sensor::kLoad] = {.supported = INT_MIN, .value = INT_MIN};
+    log.sensors[sensor::kHotSpot] = {.supported = 1, .value = 0};
+    for (int const other : {0, 3, 9, 28, 255}) {
+        log.sensors[other] = {.supported = 1, .value = 5};
+    }
+    machine.Then("ADL2_New_QueryPMLogData_Get").Reports(log);
     ASSERT_TRUE(machine.InitAndForget());
     machine.Api().FetchHwmValues();
     machine.TakeLog();
@@ -106,29 +86,26 @@ TEST(Overdrive8Monitor, KeepsTheLastReadingOfASensorThatIsGone) {
 }
 
 TEST(Overdrive8Monitor, WithoutSensorsStillReadsTheMemory) {
-    Machine machine = Overdrive8Board(0);
-    machine.Write("ADL2_New_QueryPMLogData_Get", 2, Bytes(2052));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Reports(SensorLog{}).Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Entries(kTag + " memory size", {"8192"}) + Entries(kTag + " vram usage", {"1000"}));
     EXPECT_EQ(Readings(machine), (std::map<int, double>{{13, 1000}}));
 }
 
 TEST(Overdrive8Monitor, ChangesNothingWhenTheSensorsCannotBeRead) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     for (int const result : {-1, 1}) {
         machine.Result("ADL2_New_QueryPMLogData_Get", result);
         machine.Api().FetchHwmValues();
         EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"ADL2_New_QueryPMLogData_Get failed"}));
         EXPECT_EQ(Readings(machine), (std::map<int, double>{}));
-        EXPECT_EQ(TakeTraffic(machine), Lines({"New_QueryPMLogData_Get 5"}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"New_QueryPMLogData_Get 5"}));
     }
     // Readings there were stay.
     machine.Result("ADL2_New_QueryPMLogData_Get", 0);
     machine.Api().FetchHwmValues();
     std::map<int, double> const before = Readings(machine);
-    machine.Result("ADL2_New_QueryPMLogData_Get", -1).Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({7}));
+    machine.Result("ADL2_New_QueryPMLogData_Get", -1).Reports(MemoryUsage{.megabytes = 7});
     machine.Api().FetchHwmValues();
     EXPECT_EQ(Readings(machine), before);
 }
@@ -144,7 +121,7 @@ TEST(Overdrive8Monitor, WithoutTheSensorEntryPointReportsFailure) {
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Entries(kTag, {"ADL2_New_QueryPMLogData_Get failed"}));
     EXPECT_EQ(Readings(machine), (std::map<int, double>{}));
-    EXPECT_EQ(TakeTraffic(machine), Lines());
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines());
 }
 
 TEST(Overdrive8Monitor, JudgesTheMemoryUsageByTheMemorysSize) {
@@ -179,18 +156,11 @@ TEST(Overdrive8Monitor, JudgesTheMemoryUsageByTheMemorysSize) {
         {0, INT_MAX, 0, 2251799812636672, numbers("2147483647", "2147483647"), 2147483647.0},
         {0, 5, 0, INT64_MIN, numbers("-8796093022208", "5") + Lines{tooMuch}, 0},
     };
-    Machine machine = Overdrive8Board(0);
-    machine.Write("ADL2_New_QueryPMLogData_Get", 2, Bytes(2052));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Reports(SensorLog{}).Started();
     for (Row const& row : rows) {
         SCOPED_TRACE(std::to_string(row.usage) + " MB of " + std::to_string(row.size) + " bytes");
-        machine.Result("ADL2_Adapter_VRAMUsage_Get", row.usageResult);
-        machine.Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({row.usage}));
-        machine.Result("ADL2_Adapter_MemoryInfo_Get", row.sizeResult);
-        // With the whole record behind the size, 272 bytes in all.
-        machine.Write("ADL2_Adapter_MemoryInfo_Get", 2,
-                      Patched(Bytes(272, 0xEE), 0,
-                              Ints({static_cast<int>(row.size & 0xFFFFFFFF), static_cast<int>(row.size >> 32)})));
+        machine.Result("ADL2_Adapter_VRAMUsage_Get", row.usageResult).Reports(MemoryUsage{row.usage});
+        machine.Result("ADL2_Adapter_MemoryInfo_Get", row.sizeResult).Reports(MemorySize{.bytes = row.size});
         machine.Api().FetchHwmValues();
         EXPECT_EQ(machine.TakeLog(), row.log);
         EXPECT_EQ(Readings(machine), (std::map<int, double>{{13, row.stored}}));
@@ -198,8 +168,7 @@ TEST(Overdrive8Monitor, JudgesTheMemoryUsageByTheMemorysSize) {
 }
 
 TEST(Overdrive8Monitor, AFailedMemoryReadingReplacesTheLastOne) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.Api().GetHwmValue(13).Value, 1000.0);
     machine.Then("ADL2_Adapter_VRAMUsage_Get").Result("ADL2_Adapter_VRAMUsage_Get", -1);
@@ -209,18 +178,14 @@ TEST(Overdrive8Monitor, AFailedMemoryReadingReplacesTheLastOne) {
 }
 
 TEST(Overdrive8Monitor, WithoutTheUsageEntryPointStoresZero) {
-    Machine machine = Overdrive8Board(0);
-    machine.Hide("ADL2_Adapter_VRAMUsage_Get");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Hide("ADL2_Adapter_VRAMUsage_Get").Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog().back(), kTag + " PMLOG_TEMPERATURE_HOTSPOT ... 74");
     EXPECT_EQ(Readings(machine).at(13), 0.0);
 }
 
 TEST(Overdrive8Monitor, WithoutTheSizeEntryPointStoresTheUsage) {
-    Machine machine = Overdrive8Board(0);
-    machine.Hide("ADL2_Adapter_MemoryInfo_Get");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Hide("ADL2_Adapter_MemoryInfo_Get").Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog().back(), kTag + " PMLOG_TEMPERATURE_HOTSPOT ... 74");
     EXPECT_EQ(Readings(machine).at(13), 1000.0);

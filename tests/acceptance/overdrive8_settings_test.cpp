@@ -47,10 +47,10 @@ Lines StartLog(Machine& machine) {
 // The defaults of the 39 captured ranges, read off the request that resets them all.
 std::vector<int> CapturedDefaults(Machine& machine) {
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
-    Call const call = machine.LastCall("ADL2_Overdrive8_Setting_Set");
+    SettingRequest const request = machine.Sent<SettingRequest>();
     std::vector<int> defaults;
-    for (std::size_t k = 0; k < 39; ++k) {
-        defaults.push_back(call.Int(4 + 12 * k));
+    for (SettingRequest::Setting const& sent : request.settings) {
+        defaults.push_back(sent.value);
     }
     machine.TakeCalls();
     machine.TakeLog();
@@ -68,11 +68,6 @@ std::vector<int> FirstDefaults(std::size_t count) {
     return defaults;
 }
 
-Bytes First(Bytes bytes, std::size_t size) {
-    bytes.resize(size);
-    return bytes;
-}
-
 TEST(Overdrive8Start, ReadsRangesThenSensors) {
     Machine machine = Overdrive8Board(kLimits | kPower | kFanCurve);
     ASSERT_TRUE(machine.Init());
@@ -82,16 +77,7 @@ TEST(Overdrive8Start, ReadsRangesThenSensors) {
     EXPECT_EQ(StartLog(machine), Unsupported({"2", "4", "16", "32", "64", "128", "256", "512", "1024", "2048", "4096",
                                               "16384", "32768", "65536", "131072", "262144"}) +
                                      kSensors);
-
-    Call const ranges = machine.LastCall(kInitX2);
-    EXPECT_EQ(ranges.args.at(0), kContext);
-    EXPECT_EQ(ranges.args.at(1), 5);
-    EXPECT_EQ(ranges.Int(0), 39);
-    Call const sensors = machine.LastCall(kPmLog);
-    EXPECT_EQ(sensors.args.at(0), kContext);
-    EXPECT_EQ(sensors.args.at(1), 5);
-    EXPECT_EQ(sensors.record, Bytes(2052));
-    Lines const traffic = TakeTraffic(machine);
+    Lines const traffic = TakeAmdTraffic(machine);
     ASSERT_GE(traffic.size(), 2U);
     EXPECT_EQ(Lines(traffic.end() - 2, traffic.end()), Lines({"Init_SettingX2_Get 5", "New_QueryPMLogData_Get 5"}));
     EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(39));
@@ -113,7 +99,7 @@ TEST(Overdrive8Start, ListsTheNineteenFlagsThatAreNotThere) {
     Machine machine = Overdrive8Board(0);
     for (Row const& row : rows) {
         SCOPED_TRACE(row.capabilities);
-        machine.Write(kInitX2, 2, Ints({row.capabilities}));
+        machine.Reports(FeatureFlags{row.capabilities});
         ASSERT_TRUE(machine.Init());
         EXPECT_EQ(StartLog(machine), Unsupported(row.flags) + kSensors);
     }
@@ -121,7 +107,7 @@ TEST(Overdrive8Start, ListsTheNineteenFlagsThatAreNotThere) {
 
 TEST(Overdrive8Start, ListsTheSensorsUpToFortyFive) {
     struct Row {
-        std::vector<std::size_t> supported;
+        std::vector<int> supported;
         int mark;
         Lines listed;
     };
@@ -134,11 +120,11 @@ TEST(Overdrive8Start, ListsTheSensorsUpToFortyFive) {
     };
     Machine machine = Overdrive8Board(0x7FFFF);
     for (Row const& row : rows) {
-        Bytes data(2052);
-        for (std::size_t const id : row.supported) {
-            data = Patched(data, 4 + 8 * id, Ints({row.mark}));
+        SensorLog log;
+        for (int const id : row.supported) {
+            log.sensors[id].supported = row.mark;
         }
-        machine.Write(kPmLog, 2, data);
+        machine.Reports(log);
         ASSERT_TRUE(machine.Init());
         EXPECT_EQ(StartLog(machine), Unsupported({}) + Lines{">>> Supported PMLOG sensor type"} + row.listed +
                                          Lines{"<<< Supported PMLOG sensor type"});
@@ -154,10 +140,11 @@ TEST(Overdrive8Start, ListsTheSensorsUpToFortyFive) {
 }
 
 TEST(Overdrive8Ranges, AreCopiedAsFarAsCountAndListReach) {
-    Bytes const list = Ints(Overdrive8Ranges());
-    std::vector<int> longer = Overdrive8Ranges();
+    // Bytes, as lists break off anywhere.
+    Bytes const list = BytesOf(Overdrive8Ranges());
+    std::vector<SettingRange> longer = Overdrive8Ranges();
     for (int setting = 39; setting < 45; ++setting) {
-        longer.insert(longer.end(), {setting, 7777, 7777, 7777});
+        longer.push_back({setting, 7777, 7777, 7777});
     }
     struct Row {
         std::string name;
@@ -169,7 +156,7 @@ TEST(Overdrive8Ranges, AreCopiedAsFarAsCountAndListReach) {
     };
     Row const rows[] = {
         {"39", 0, 39, list, true, 39},
-        {"45", 0, 45, Ints(longer), true, 39},
+        {"45", 0, 45, BytesOf(longer), true, 39},
         {"45 of which 39 are there", 0, 45, list, true, 39},
         {"INT_MAX", 0, INT_MAX, list, true, 39},
         {"12", 0, 12, list, true, 12},
@@ -190,7 +177,7 @@ TEST(Overdrive8Ranges, AreCopiedAsFarAsCountAndListReach) {
         {"a failure with a negative count", -1, -1, list, false, 0},
     };
     Machine machine = AmdBoard(8);
-    machine.Write(kPmLog, 2, SensorData());
+    machine.Reports(BoardSensors());
     bool first = true;
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
@@ -198,10 +185,7 @@ TEST(Overdrive8Ranges, AreCopiedAsFarAsCountAndListReach) {
             machine.Then(kInitX2);
         }
         first = false;
-        machine.Result(kInitX2, row.result).Write(kInitX2, 2, Ints({0x7FFFF})).Write(kInitX2, 3, Ints({row.count}));
-        if (!row.list.empty()) {
-            machine.Allocate(kInitX2, 4, row.list);
-        }
+        OrderRanges(machine.Result(kInitX2, row.result), 0x7FFFF, row.count, row.list);
         ASSERT_TRUE(machine.Init());
         EXPECT_TRUE(machine.Api().IsInitOk());
         EXPECT_EQ(StartLog(machine),
@@ -223,9 +207,7 @@ TEST(Overdrive8Ranges, FailingAreNotAskedForInTheOlderWay) {
 
 // After a failure at the start the board has no features and no ranges, for good.
 TEST(Overdrive8Ranges, FailingLeaveABoardOfZeros) {
-    Machine machine = Overdrive8Board(0x7FFFF);
-    machine.Result(kInitX2, -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0x7FFFF).Result(kInitX2, -1).Started();
     machine.Result(kInitX2, 0);
     EXPECT_TRUE(machine.Api().IsInitOk());
 
@@ -266,24 +248,22 @@ TEST(Overdrive8Ranges, OfAnOlderLibraryAreTakenAsTheyCome) {
     Machine machine = AmdBoard(8);
     machine.Hide(kInitX2);
     // A count that the library makes up does not matter.
-    Bytes const record = Patched(Ints({INT_MAX, kPower | kLimits}), 8, Ints(Overdrive8Ranges()));
-    machine.Write(kInitOlder, 2, record).Write(kPmLog, 2, SensorData());
+    OrderOlderRanges(machine, INT_MAX, kPower | kLimits, Overdrive8Ranges());
+    machine.Reports(BoardSensors());
     ASSERT_TRUE(machine.Init());
     Lines const log = StartLog(machine);
     EXPECT_EQ(log.front(), ">>> Unsupported feature flags");
     EXPECT_EQ(log.size(), 2 + 17 + kSensors.size());
-    Call const call = machine.LastCall(kInitOlder);
-    EXPECT_EQ(call.args.at(0), kContext);
-    EXPECT_EQ(call.args.at(1), 5);
-    EXPECT_EQ(call.record, Patched(Bytes(632), 0, Ints({39})));
+    EXPECT_EQ(DescribeAmdCall(machine.LastCall(kInitOlder)), "Init_Setting_Get 5");
     EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(39));
 
     // What a failing call has written does not count: a board of zeros.
-    machine.Then(kInitOlder).Result(kInitOlder, -1).Write(kInitOlder, 2, First(record, 8 + 10 * 16));
+    OrderOlderRanges(machine.Then(kInitOlder).Result(kInitOlder, -1), INT_MAX, kPower | kLimits,
+                     First(Overdrive8Ranges(), 10));
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(StartLog(machine).front(),
               "[OD8Helper::GetInitSetting()] ... ADL2_Overdrive8_Init_Setting_Get is failed");
-    EXPECT_EQ(machine.LastCall(kInitOlder).record, Patched(Bytes(632), 0, Ints({39})));
+    EXPECT_EQ(DescribeAmdCall(machine.LastCall(kInitOlder)), "Init_Setting_Get 5");
     EXPECT_EQ(CapturedDefaults(machine), FirstDefaults(0));
     EXPECT_FALSE(machine.Api().SetPowerLimit(75, 10));
     EXPECT_EQ(machine.Api().GetPowerLimitSetting().Max, 0);
@@ -304,7 +284,8 @@ TEST(Overdrive8Ranges, WithoutAnyEntryPointAreZerosAndNoFailure) {
 }
 
 TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
-    Bytes const list = Ints(Overdrive8Current());
+    // Bytes, as lists break off anywhere.
+    Bytes const list = BytesOf(Overdrive8Current());
     std::vector<int> longer = Overdrive8Current();
     longer.insert(longer.end(), {7, 7, 7, 7, 7, 7});
     // Seen through: setting 9 (power), 8 (memory clock), 10 and 12 (fan), 0 and 37 (GPU clock).
@@ -321,7 +302,7 @@ TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
     std::vector<int> const all = {0, 83, 103, 123, 3, 373};
     Row const rows[] = {
         {"39", 0, 39, list, true, all},
-        {"45", 0, 45, Ints(longer), true, all},
+        {"45", 0, 45, BytesOf(longer), true, all},
         {"INT_MAX", 0, INT_MAX, list, true, all},
         {"38", 0, 38, list, true, all},
         {"37", 0, 37, list, true, {0, 83, 103, 123, 3, 0}},
@@ -338,18 +319,13 @@ TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
         {"a failure with a list", -1, 39, list, false, unknown},
         {"a warning", 1, 39, list, false, unknown},
     };
-    Machine machine = Overdrive8Board(kLimits | kMemory);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits | kMemory).Started();
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        BeginCurrent(machine);
-        machine.Result(kCurrentX2, row.result).Write(kCurrentX2, 2, Ints({row.count}));
-        if (!row.list.empty()) {
-            machine.Allocate(kCurrentX2, 3, row.list);
-        }
+        OrderCurrent(BeginCurrent(machine).Result(kCurrentX2, row.result), row.count, row.list);
         PowerLimitSetting const power = machine.Api().GetPowerLimitSetting();
         EXPECT_EQ(machine.TakeLog(), row.success ? Lines() : kCurrentFailed);
-        EXPECT_EQ(TakeTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Current_SettingX2_Get 5"}));
         FanPoint const fan = machine.Api().GetFanSetting().Points[0];
         ClockSetting const gpu = machine.Api().GetGpuClockSetting();
         EXPECT_EQ((std::vector<int>{power.Current, machine.Api().GetMemClockSetting().CurrentClock, fan.CurrentSpeed,
@@ -361,31 +337,26 @@ TEST(Overdrive8Current, IsCopiedAsFarAsCountAndListReach) {
 TEST(Overdrive8Current, OfAnOlderLibraryIsTakenAsItComes) {
     Machine machine = Overdrive8Board(kLimits);
     machine.Hide(kCurrentX2);
-    machine.Write(kCurrentOlder, 2, Ints(With(Overdrive8Current(), {{9, 4}})), 4);
-    machine.Write(kCurrentOlder, 2, Ints({-1}));
+    OrderOlderCurrent(machine, -1, With(Overdrive8Current(), {{setting::kPower, 4}}));
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.Api().GetGpuClockSetting().CurrentVoltage, 373);
-    Call const call = machine.LastCall(kCurrentOlder);
-    EXPECT_EQ(call.args.at(0), kContext);
-    EXPECT_EQ(call.args.at(1), 5);
-    EXPECT_EQ(call.record, Patched(Bytes(160), 0, Ints({39})));
+    EXPECT_EQ(DescribeAmdCall(machine.LastCall(kCurrentOlder)), "Current_Setting_Get 5");
     EXPECT_EQ(machine.Api().GetPowerLimitSetting().Current, 4);
     EXPECT_EQ(machine.TakeLog(), Lines());
 
     // What a failing call has written does not count.
-    machine.Then(kCurrentOlder).Result(kCurrentOlder, 1).Write(kCurrentOlder, 2, Bytes(160, 0x11));
+    OrderOlderCurrent(machine.Then(kCurrentOlder).Result(kCurrentOlder, 1), 39, std::vector<int>(39, 11));
     EXPECT_EQ(machine.Api().GetPowerLimitSetting().Current, -1);
     EXPECT_EQ(machine.TakeLog(),
               Lines({"[OD8Helper::GetCurrentSetting()] ... ADL2_Overdrive8_Current_Setting_Get is failed"}));
 }
 
 TEST(Overdrive8Selection, TurnsEveryLaterCallToTheOtherAdapterAndKeepsTheRanges) {
-    Machine machine = BoardListedAs(
-        AdapterList({{2, "A&SUBSYS_00000001&", 1, "First", ""}, {7, "A&SUBSYS_00000002&", 9, "Second", ""}}), 2);
-    machine.Write(kInitX2, 2, Ints({kFanCurve | kPower | kLimits | kMemory}));
-    machine.Allocate(kInitX2, 4, Ints(Overdrive8Ranges()));
-    machine.Allocate(kCurrentX2, 3, Ints(With(Overdrive8Current(), {{9, 4}})));
-    machine.Write(kPmLog, 2, SensorData());
+    Machine machine = BoardListedAs({{.index = 2, .udid = "A&SUBSYS_00000001&", .bus = 1, .name = "First"},
+                                     {.index = 7, .udid = "A&SUBSYS_00000002&", .bus = 9, .name = "Second"}});
+    OrderRanges(machine, kFanCurve | kPower | kLimits | kMemory, Overdrive8Ranges());
+    OrderCurrent(machine, With(Overdrive8Current(), {{setting::kPower, 4}}));
+    machine.Reports(BoardSensors());
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 2);
     EXPECT_FALSE(machine.Api().SetActiveAdapterIndex(3));
@@ -406,7 +377,7 @@ TEST(Overdrive8Selection, TurnsEveryLaterCallToTheOtherAdapterAndKeepsTheRanges)
     std::vector<Call> const calls = machine.TakeCalls();
     EXPECT_EQ(calls.size(), 16U);
     for (Call const& call : calls) {
-        EXPECT_EQ(call.args.at(1), 7) << call.entryPoint;
+        EXPECT_EQ(AdapterOf(call), 7) << call.entryPoint;
         EXPECT_NE(call.entryPoint, kInitX2);
     }
     // The identity is the first adapter's whichever is selected.
@@ -445,9 +416,9 @@ TEST(Overdrive8Lists, AreReleasedOnEveryPath) {
         machine.Api().GetPowerLimitSetting();
         machine.Api().GetFrameRate();
         machine.Then(kInitX2).Then(kCurrentX2).Then(kAdapters);
-        machine.Result(kInitX2, row.result).Write(kInitX2, 3, Ints({row.count})).Allocate(kInitX2, 4, list);
-        machine.Result(kCurrentX2, row.result).Write(kCurrentX2, 2, Ints({row.count})).Allocate(kCurrentX2, 3, list);
-        machine.Result(kAdapters, row.result).Write(kAdapters, 2, Ints({row.count})).Allocate(kAdapters, 3, list);
+        OrderRanges(machine.Result(kInitX2, row.result), 0, row.count, list);
+        OrderCurrent(machine.Result(kCurrentX2, row.result), row.count, list);
+        OrderDisplays(machine.Result(kAdapters, row.result), row.count, list);
         static int const hooks = __sanitizer_install_malloc_and_free_hooks(NoteAllocation, NoteRelease);
         ASSERT_NE(hooks, 0);
         g_marked = {};
@@ -479,8 +450,7 @@ class Overdrive8Identity : public testing::TestWithParam<Identity> {};
 
 TEST_P(Overdrive8Identity, FollowsTheDeviceIdentifier) {
     std::string const& udid = GetParam().udid;
-    Machine machine = BoardListedAs(Patched(AdapterList({{0, "", 3, "Radeon RX 6800", ""}}), 8,
-                                            Bytes(udid.begin(), udid.end())));  // 256 characters leave no terminator
+    Machine machine = BoardListedAs({{.udid = udid, .name = "Radeon RX 6800"}});  // 256 characters: no terminator
     ASSERT_TRUE(machine.InitAndForget());
 
     VgaInfo const info = machine.Api().GetVGAInfo();
@@ -524,9 +494,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Overdrive8Name, IsBoundToItsField) {
     std::string const full(256, 'n');
-    Machine machine =
-        BoardListedAs(Patched(AdapterList({{0, "", -1, "", "behind"}}), 280, Bytes(full.begin(), full.end())));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardListedAs({{.bus = -1, .name = full, .displayName = "behind"}}).Started();
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(std::string(info.AdapterName), full.substr(1));
     EXPECT_EQ(info.BusNumber, -1);

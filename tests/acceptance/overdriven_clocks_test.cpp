@@ -2,50 +2,48 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <functional>
 
 #include "boards.h"
 
 namespace gputune::test {
 namespace {
 
-constexpr char const* kCapabilities = "ADL2_OverdriveN_CapabilitiesX2_Get";
 constexpr char const* kEngineGet = "ADL2_OverdriveN_SystemClocksX2_Get";
 constexpr char const* kEngineSet = "ADL2_OverdriveN_SystemClocksX2_Set";
 constexpr char const* kMemoryGet = "ADL2_OverdriveN_MemoryClocksX2_Get";
 constexpr char const* kMemorySet = "ADL2_OverdriveN_MemoryClocksX2_Set";
-constexpr int kHead = 12;
 
 // Clock, voltage, enabled and control of each current level; none equal to a default.
-std::vector<int> const kCurrentEngine = {31000, 760, 7, 71, 91000, 860, 8, 81, 130099, 1100, 9, 91};
-std::vector<int> const kCurrentMemory = {32000, 770, 4, 41, 101000, 810, 5, 51, 190000, 920, 6, 61};
+EngineLevels const kCurrentEngine = {.levels = {{31000, 760, 7, 71}, {91000, 860, 8, 81}, {130099, 1100, 9, 91}}};
+MemoryLevels const kCurrentMemory = {.levels = {{32000, 770, 4, 41}, {101000, 810, 5, 51}, {190000, 920, 6, 61}}};
 
-// OverdriveNBoard, initialised with its defaults: engine 30000/750, 90000/850, 136600/1150; memory 30000/750,
-// 100000/800, 200000/950. From here on it reads the current levels above.
+EngineLevels const kDefaultEngine = {.mode = kModeDefault, .levels = {{30000, 750}, {90000, 850}, {136600, 1150}}};
+MemoryLevels const kDefaultMemory = {.mode = kModeDefault, .levels = {{30000, 750}, {100000, 800}, {200000, 950}}};
+
+// The current levels, with this clock and voltage for all but the lowest. Enabled is 3 for the engine, 1 for the
+// memory.
+EngineLevels EngineAt(int clock, int voltage) {
+    return {.mode = kModeManual, .levels = {{31000, 760, 7, 71}, {clock, voltage, 3, 81}, {clock, voltage, 3, 91}}};
+}
+MemoryLevels MemoryAt(int clock, int voltage) {
+    return {.mode = kModeManual, .levels = {{32000, 770, 4, 41}, {clock, voltage, 1, 51}, {clock, voltage, 1, 61}}};
+}
+
+constexpr char const* kEngineIsRead = "OverdriveN_SystemClocksX2_Get 5: mode 0, 3 levels";
+constexpr char const* kEngineIsWritten = "OverdriveN_SystemClocksX2_Set 5";
+constexpr char const* kMemoryIsRead = "OverdriveN_MemoryClocksX2_Get 5: mode 0, 3 levels";
+constexpr char const* kMemoryIsWritten = "OverdriveN_MemoryClocksX2_Set 5";
+
+// OverdriveNBoard, initialised with its defaults. From here on it reads the current levels above.
 Machine RunningBoard() {
-    Machine machine = OverdriveNBoard();
-    EXPECT_TRUE(machine.InitAndForget());
-    machine.Write(kEngineGet, 2, Ints(kCurrentEngine), kHead).Write(kMemoryGet, 2, Ints(kCurrentMemory), kHead);
+    Machine machine = OverdriveNBoard().Started();
+    machine.Reports(kCurrentEngine).Reports(kCurrentMemory);
     return machine;
 }
 
-// A table of levels of four fields each, whose head counts them.
-Bytes Table(int mode, std::vector<int> const& levels) {
-    int const bytes = static_cast<int>(4 * levels.size());
-    return Patched(Ints({kHead + bytes, mode, bytes / 16}), kHead, Ints(levels));
-}
-
 Lines Read(Lines const& before, Lines const& after) {
-    Lines lines = before;
-    lines.insert(lines.end(),
-                 {"[OD7Helper::GetClockInfo(obj)] ... begin", "[OD7Helper::GetClockInfo(obj)] ... get ok"});
-    lines.insert(lines.end(), after.begin(), after.end());
-    return lines;
-}
-
-Lines operator+(Lines lines, Lines const& more) {
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
+    return before + Lines{"[OD7Helper::GetClockInfo(obj)] ... begin", "[OD7Helper::GetClockInfo(obj)] ... get ok"} +
+           after;
 }
 
 Lines const kUser = {"[OD7Helper::SetPerformanceUser(int,int,int,int,bool)] ... begin"};
@@ -60,7 +58,10 @@ Lines const kEnginePlan = {
     "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... 1.043478",
     "[OD7Helper::SetGpuClock(int,int)] ... plan gpu clock: 150000, gpu voltage: 1200",
 };
-Lines const kEngineIsSet = {"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... set"};
+Lines EngineWrite(std::string const& message) {
+    return {"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... " + message};
+}
+Lines const kEngineIsSet = EngineWrite("set");
 
 // 2100 MHz at 1000 mV.
 Lines const kMemoryPlan = {
@@ -70,31 +71,24 @@ Lines const kMemoryPlan = {
     "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 1.052632",
     "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 210000, mem voltage: 1000",
 };
-Lines const kMemoryIsSet = {"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... set"};
+Lines MemoryWrite(std::string const& message) {
+    return {"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... " + message};
+}
+Lines const kMemoryIsSet = MemoryWrite("set");
+
+// Up to the first write, and up to the second.
+Lines const kUpToEngine = Read(kUser + kEngineBegin, kEnginePlan);
+Lines const kUpToMemory = kUpToEngine + kEngineIsSet + Read(kMemoryBegin, kMemoryPlan);
 
 TEST(OverdriveNUserClocks, AllLevelsButTheLowestGetWhatIsAsked) {
     Machine machine = RunningBoard();
 
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
 
-    EXPECT_EQ(machine.TakeLog(),
-              Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + Read(kMemoryBegin, kMemoryPlan + kMemoryIsSet));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 4U);
-    for (Call const& call : calls) {
-        EXPECT_EQ(call.args[0], kContext);
-        EXPECT_EQ(call.args[1], 5);
-    }
-    Bytes const asked = Patched(Bytes(60), 0, Ints({60, 0, 3}));  // mode 0: current values
-    EXPECT_EQ(calls[0].entryPoint, kEngineGet);
-    EXPECT_EQ(calls[0].record, asked);
-    EXPECT_EQ(calls[1].entryPoint, kEngineSet);
-    EXPECT_EQ(calls[1].record, Table(3, {31000, 760, 7, 71, 150000, 1200, 3, 81, 150000, 1200, 3, 91}));
-    EXPECT_EQ(calls[2].entryPoint, kMemoryGet);
-    EXPECT_EQ(calls[2].record, asked);
-    EXPECT_EQ(calls[3].entryPoint, kMemorySet);
-    // Enabled 1 here, 3 above.
-    EXPECT_EQ(calls[3].record, Table(3, {32000, 770, 4, 41, 210000, 1000, 1, 51, 210000, 1000, 1, 61}));
+    EXPECT_EQ(machine.TakeLog(), kUpToMemory + kMemoryIsSet);
+    EXPECT_EQ(machine.Sent<EngineLevels>(), EngineAt(150000, 1200));
+    EXPECT_EQ(machine.Sent<MemoryLevels>(), MemoryAt(210000, 1000));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kEngineIsRead, kEngineIsWritten, kMemoryIsRead, kMemoryIsWritten}));
 }
 
 TEST(OverdriveNUserClocks, ZeroKeepsTheCurrentTopLevel) {
@@ -122,19 +116,15 @@ TEST(OverdriveNUserClocks, ZeroKeepsTheCurrentTopLevel) {
     };
     EXPECT_EQ(machine.TakeLog(),
               Read(kUser + kEngineBegin, engine + kEngineIsSet) + Read(kMemoryBegin, memory + kMemoryIsSet));
-    EXPECT_EQ(machine.LastCall(kEngineSet).record,
-              Table(3, {31000, 760, 7, 71, 130000, 1100, 3, 81, 130000, 1100, 3, 91}));
-    EXPECT_EQ(machine.LastCall(kMemorySet).record,
-              Table(3, {32000, 770, 4, 41, 190000, 920, 1, 51, 190000, 920, 1, 61}));
+    EXPECT_EQ(machine.Sent<EngineLevels>(), EngineAt(130000, 1100));
+    EXPECT_EQ(machine.Sent<MemoryLevels>(), MemoryAt(190000, 920));
 }
 
 TEST(OverdriveNUserClocks, ClocksAndVoltagesAreKeptIndependently) {
     Machine machine = RunningBoard();
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 0, 0, 1000));
-    EXPECT_EQ(machine.LastCall(kEngineSet).record,
-              Table(3, {31000, 760, 7, 71, 150000, 1100, 3, 81, 150000, 1100, 3, 91}));
-    EXPECT_EQ(machine.LastCall(kMemorySet).record,
-              Table(3, {32000, 770, 4, 41, 190000, 1000, 1, 51, 190000, 1000, 1, 61}));
+    EXPECT_EQ(machine.Sent<EngineLevels>(), EngineAt(150000, 1100));
+    EXPECT_EQ(machine.Sent<MemoryLevels>(), MemoryAt(190000, 1000));
 }
 
 // The detour over the ratio in single precision comes out one unit low for some values.
@@ -161,20 +151,15 @@ TEST(OverdriveNUserClocks, PlanIsTruncatedFromSinglePrecision) {
         EXPECT_EQ(log[7], "[OD7Helper::SetGpuClock(int,int)] fGpuOVRatio ... " + known.ratios[1]);
         EXPECT_EQ(log[15], "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... " + known.ratios[2]);
         EXPECT_EQ(log[16], "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... " + known.ratios[3]);
-        Call const engine = machine.LastCall(kEngineSet);
-        EXPECT_EQ(engine.Int(kHead + 16), known.sent[0]);
-        EXPECT_EQ(engine.Int(kHead + 20), known.sent[1]);
-        Call const memory = machine.LastCall(kMemorySet);
-        EXPECT_EQ(memory.Int(kHead + 32), known.sent[2]);
-        EXPECT_EQ(memory.Int(kHead + 36), known.sent[3]);
+        EXPECT_EQ(machine.Sent<EngineLevels>(), EngineAt(known.sent[0], known.sent[1]));
+        EXPECT_EQ(machine.Sent<MemoryLevels>(), MemoryAt(known.sent[2], known.sent[3]));
     }
 }
 
 // 16,777,299 has no single-precision number of its own: its neighbour is 167,773 MHz.
 TEST(OverdriveNUserClocks, DefaultClockIsDividedInSinglePrecision) {
-    Machine machine = OverdriveNBoard();
-    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {16777299, 1150}}), kHead);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        OverdriveNBoard().Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {16777299, 1150}}}).Started();
     EXPECT_TRUE(machine.Api().SetPerformanceUser(0, 1150, 2000, 950));
     Lines const log = machine.TakeLog();
     ASSERT_EQ(log.size(), 20U);
@@ -185,30 +170,29 @@ TEST(OverdriveNUserClocks, DefaultClockIsDividedInSinglePrecision) {
 
 TEST(OverdriveNUserClocks, LevelsWithoutClockStayAsTheyAre) {
     Machine machine = OverdriveNBoard();
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    capabilities[capability::kLevels] = 4;
-    machine.Write(kCapabilities, 2, Ints(capabilities));
-    Bytes const levels = Levels({{30000, 750}, {90000, 850}, {120000, 1000}, {136600, 1150}});
-    machine.Write(kEngineGet, 2, levels, kHead).Write(kMemoryGet, 2, levels, kHead);
+    machine.Reports(Capabilities{.levels = 4});
+    std::vector<Level> levels = {{30000, 750}, {90000, 850}, {120000, 1000}, {136600, 1150}};
+    machine.Reports(EngineLevels{.levels = levels}).Reports(MemoryLevels{.levels = levels});
     ASSERT_TRUE(machine.InitAndForget());
-    std::vector<int> const current = {0, 760, 7, 71, 91000, 860, 8, 81, 0, 1000, 9, 91, 130000, 1100, 6, 61};
-    machine.Write(kEngineGet, 2, Ints(current), kHead).Write(kMemoryGet, 2, Ints(current), kHead);
+    levels = {{0, 760, 7, 71}, {91000, 860, 8, 81}, {0, 1000, 9, 91}, {130000, 1100, 6, 61}};
+    machine.Reports(EngineLevels{.levels = levels}).Reports(MemoryLevels{.levels = levels});
 
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 0, 1500, 0));
 
-    EXPECT_EQ(machine.LastCall(kEngineSet).record,
-              Table(3, {0, 760, 7, 71, 150000, 1100, 3, 81, 0, 1000, 9, 91, 150000, 1100, 3, 61}));
-    EXPECT_EQ(machine.LastCall(kMemorySet).record,
-              Table(3, {0, 760, 7, 71, 150000, 1100, 1, 81, 0, 1000, 9, 91, 150000, 1100, 1, 61}));
+    levels[1] = {150000, 1100, 3, 81};
+    levels[3] = {150000, 1100, 3, 61};
+    EXPECT_EQ(machine.Sent<EngineLevels>(), (EngineLevels{.mode = kModeManual, .levels = levels}));
+    levels[1].enabled = levels[3].enabled = 1;
+    EXPECT_EQ(machine.Sent<MemoryLevels>(), (MemoryLevels{.mode = kModeManual, .levels = levels}));
 }
 
 // The top level is the last one with a default clock; the levels behind it are set all the same.
 TEST(OverdriveNUserClocks, TopLevelIsTheLastWithADefaultClock) {
-    Machine machine = OverdriveNBoard();
-    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {0, 1150}}), kHead);
-    machine.Write(kMemoryGet, 2, Levels({{100000, 800}, {0, 0}, {0, 0}}), kHead);
-    ASSERT_TRUE(machine.InitAndForget());
-    machine.Write(kEngineGet, 2, Ints(kCurrentEngine), kHead).Write(kMemoryGet, 2, Ints(kCurrentMemory), kHead);
+    Machine machine = OverdriveNBoard()
+                          .Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {0, 1150}}})
+                          .Reports(MemoryLevels{.levels = {{100000, 800}, {}, {}}})
+                          .Started();
+    machine.Reports(kCurrentEngine).Reports(kCurrentMemory);
 
     EXPECT_TRUE(machine.Api().SetPerformanceUser(0, 0, 0, 0));
 
@@ -222,13 +206,14 @@ TEST(OverdriveNUserClocks, TopLevelIsTheLastWithADefaultClock) {
     EXPECT_EQ(log[16], "[OD7Helper::SetMemoryClock(int,int)] iMemVoltage == 0 ... use current: 770");
     EXPECT_EQ(log[17], "[OD7Helper::SetMemoryClock(int,int)] nDefaultClock ... 1000");
     EXPECT_EQ(log[18], "[OD7Helper::SetMemoryClock(int,int)] nDefaultVoltage ... 800");
-    EXPECT_EQ(machine.LastCall(kEngineSet).Int(kHead + 16), machine.LastCall(kEngineSet).Int(kHead + 32));
+    EngineLevels const sent = machine.Sent<EngineLevels>();
+    EXPECT_EQ(sent.levels[1].clock, sent.levels[2].clock);
 }
 
 TEST(OverdriveNUserClocks, WithoutADefaultWhatIsAskedIsSent) {
     Machine machine = OverdriveNBoard();
-    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {99, 0}}), kHead);  // below 1 MHz, 0 mV
-    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {90000, 850}, {50, 0}}), kHead);
+    machine.Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {99, 0}}});  // below 1 MHz, 0 mV
+    machine.Reports(MemoryLevels{.levels = {{30000, 750}, {90000, 850}, {50, 0}}});
     ASSERT_TRUE(machine.InitAndForget());
 
     EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
@@ -249,8 +234,8 @@ TEST(OverdriveNUserClocks, WithoutADefaultWhatIsAskedIsSent) {
     };
     EXPECT_EQ(machine.TakeLog(),
               Read(kUser + kEngineBegin, engine + kEngineIsSet) + Read(kMemoryBegin, memory + kMemoryIsSet));
-    EXPECT_EQ(machine.LastCall(kEngineSet).record,
-              Table(3, {30000, 750, 1, 0, 150000, 1200, 3, 0, 150000, 1200, 3, 0}));
+    EXPECT_EQ(machine.Sent<EngineLevels>(),
+              (EngineLevels{.mode = kModeManual, .levels = {{30000, 750}, {150000, 1200, 3}, {150000, 1200, 3}}}));
 }
 
 // In the driver's unit, of 10 kHz.
@@ -282,32 +267,31 @@ TEST(OverdriveNUserClocks, ValuesBeyondAnIntAreNotSent) {
 TEST(OverdriveNUserClocks, LevelsAreCountedByTheHeadWithinTheTable) {
     struct Case {
         int head;
-        int changed;  // levels
-        int sent;     // head
+        std::size_t changed;  // levels
+        int sent;             // head
     };
     std::vector<Case> const cases = {{2, 1, 2},       {1, 0, 1}, {0, 0, 0},          {-1, 0, 0},
                                      {INT_MIN, 0, 0}, {4, 2, 3}, {0x10000000, 2, 3}, {INT_MAX, 2, 3}};
     Machine machine = RunningBoard();
     for (Case const& known : cases) {
         SCOPED_TRACE(known.head);
-        machine.Write(kEngineGet, 2, Ints({known.head}), 8).Write(kMemoryGet, 2, Ints({known.head}), 8);
+        OrderLevelCounts(machine, known.head);
         EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
-        Call const engine = machine.LastCall(kEngineSet);
-        EXPECT_EQ(engine.Int(4), 3);
-        EXPECT_EQ(engine.Int(8), known.sent);
-        EXPECT_EQ(engine.Int(kHead), 31000);
-        EXPECT_EQ(engine.Int(kHead + 16), known.changed >= 1 ? 150000 : 91000);
-        EXPECT_EQ(engine.Int(kHead + 32), known.changed >= 2 ? 150000 : 130099);
-        Call const memory = machine.LastCall(kMemorySet);
-        EXPECT_EQ(memory.Int(8), known.sent);
-        EXPECT_EQ(memory.Int(kHead + 16), known.changed >= 1 ? 210000 : 101000);
-        EXPECT_EQ(memory.Int(kHead + 32), known.changed >= 2 ? 210000 : 190000);
+        auto engine = EngineAt(150000, 1200);
+        auto memory = MemoryAt(210000, 1000);
+        engine.count = memory.count = known.sent;
+        for (std::size_t level = 2; level > known.changed; --level) {
+            engine.levels[level] = kCurrentEngine.levels[level];
+            memory.levels[level] = kCurrentMemory.levels[level];
+        }
+        EXPECT_EQ(machine.Sent<EngineLevels>(), engine);
+        EXPECT_EQ(machine.Sent<MemoryLevels>(), memory);
     }
 }
 
 // A driver takes the size for the truth, also when the number in it is garbage of its own.
 TEST(OverdriveNUserClocks, SizeNeverLeadsBeyondTheTable) {
-    constexpr int kTable = kHead + 3 * 16;
+    constexpr int kTable = 12 + 3 * 16;  // the head and three levels
     struct Case {
         int written;
         std::size_t sent;
@@ -316,7 +300,7 @@ TEST(OverdriveNUserClocks, SizeNeverLeadsBeyondTheTable) {
     for (auto const& [written, sent] :
          {Case{INT_MAX, kTable}, Case{kTable + 1, kTable}, Case{kTable, kTable}, Case{28, 28}, Case{-1, 0}}) {
         SCOPED_TRACE(written);
-        machine.Write(kEngineGet, 2, Ints({written})).Write(kMemoryGet, 2, Ints({written}));
+        OrderTableSizes(machine, written);
         EXPECT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
         EXPECT_EQ(machine.LastCall(kEngineSet).record.size(), sent);
         EXPECT_EQ(machine.LastCall(kMemorySet).record.size(), sent);
@@ -324,8 +308,7 @@ TEST(OverdriveNUserClocks, SizeNeverLeadsBeyondTheTable) {
 }
 
 TEST(OverdriveNUserClocks, WithoutAnyLevelNothingIsSet) {
-    Machine machine = AmdBoard(7);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = AmdBoard(7).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
     EXPECT_EQ(machine.TakeLog(),
               Read(kUser + kEngineBegin, {"[OD7Helper::SetGpuClock(int,int)] ... no performance level"}));
@@ -333,19 +316,18 @@ TEST(OverdriveNUserClocks, WithoutAnyLevelNothingIsSet) {
 }
 
 TEST(OverdriveNUserClocks, WithoutMemoryLevelsTheEngineIsSet) {
-    Machine machine = OverdriveNBoard();
-    machine.Write(kMemoryGet, 2, Levels({{0, 0}, {100000, 800}, {200000, 950}}), kHead);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Reports(MemoryLevels{.levels = {{}, {100000, 800}, {200000, 950}}}).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
     EXPECT_EQ(machine.TakeLog(),
-              Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
+              kUpToEngine + kEngineIsSet +
                   Read(kMemoryBegin, {"[OD7Helper::SetMemoryClock(int,int)] ... no performance level"}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet, kEngineSet, kMemoryGet}));
 }
 
 struct FailureCase {
     char const* name;
-    std::function<void(Machine&)> order;
+    char const* entryPoint;  // that returns
+    int result;
     Lines log;
     Lines calls;
 };
@@ -359,38 +341,29 @@ Lines const kEngineReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_
 Lines const kMemoryReadFails = {"[OD7Helper::GetClockInfo(obj)] ADL2_OverdriveN_MemoryClocksX2_Get ... failed: -3"};
 
 std::vector<FailureCase> const kUserFailures = {
-    {"EngineReadFails",
-     [](Machine& m) { m.Result(kEngineGet, -3); },
-     kUser + kEngineBegin + kReadBegin + kEngineReadFails,
-     {kEngineGet}},
-    {"EngineWriteFails",
-     [](Machine& m) { m.Result(kEngineSet, 9); },
-     Read(kUser + kEngineBegin,
-          kEnginePlan + Lines{"[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... failed: 9"}),
-     {kEngineGet, kEngineSet}},
+    {"EngineReadFails", kEngineGet, -3, kUser + kEngineBegin + kReadBegin + kEngineReadFails, {kEngineGet}},
+    {"EngineWriteFails", kEngineSet, 9, kUpToEngine + EngineWrite("failed: 9"), {kEngineGet, kEngineSet}},
     {"MemoryReadFails",
-     [](Machine& m) { m.Result(kMemoryGet, -3); },
-     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + kMemoryBegin + kReadBegin + kMemoryReadFails,
+     kMemoryGet,
+     -3,
+     kUpToEngine + kEngineIsSet + kMemoryBegin + kReadBegin + kMemoryReadFails,
      {kEngineGet, kEngineSet, kMemoryGet}},
     {"MemoryWriteFails",
-     [](Machine& m) { m.Result(kMemorySet, -1); },
-     Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) +
-         Read(kMemoryBegin,
-              kMemoryPlan +
-                  Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... failed: -1"}),
+     kMemorySet,
+     -1,
+     kUpToMemory + MemoryWrite("failed: -1"),
      {kEngineGet, kEngineSet, kMemoryGet, kMemorySet}},
 };
 
 void RunFailures(std::vector<FailureCase> const& failures, bool (*operation)(Exports const&)) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     for (FailureCase const& failure : failures) {
         SCOPED_TRACE(failure.name);
-        failure.order(machine);
+        machine.Result(failure.entryPoint, failure.result);
         EXPECT_FALSE(operation(machine.Api()));
         EXPECT_EQ(machine.TakeLog(), failure.log);
         EXPECT_EQ(machine.TakeCallNames(), failure.calls);
-        machine.Result(kEngineGet, 0).Result(kEngineSet, 0).Result(kMemoryGet, 0).Result(kMemorySet, 0);
+        machine.Result(failure.entryPoint, 0);
     }
 }
 
@@ -406,11 +379,9 @@ TEST(OverdriveNUserClocks, FailureStopsThere) {
     RunFailures(kUserFailures, SetUser);
 }
 
-// A failure behind a success, which takes a machine of its own.
+// A failure of the second call, which takes a machine of its own.
 void RunFailure(FailureCase const& failure, bool (*operation)(Exports const&)) {
-    Machine machine = OverdriveNBoard();
-    failure.order(machine);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Then(failure.entryPoint).Result(failure.entryPoint, failure.result).Started();
     EXPECT_FALSE(operation(machine.Api()));
     EXPECT_EQ(machine.TakeLog(), failure.log);
     EXPECT_EQ(machine.TakeCallNames(), failure.calls);
@@ -441,27 +412,16 @@ TEST(OverdriveNDefaultClocks, ClocksAloneThenWholeTables) {
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
 
     EXPECT_EQ(machine.TakeLog(), Read(kDefaultBegin, kEngineRestored) + Read({}, kMemoryRestored));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 8U);
-    for (Call const& call : calls) {
-        EXPECT_EQ(call.args[0], kContext);
-        EXPECT_EQ(call.args[1], 5);
-    }
-    Bytes const asked = Patched(Bytes(60), 0, Ints({60, 0, 3}));
-    EXPECT_EQ(calls[0].entryPoint, kPowerGet);
-    EXPECT_EQ(calls[1].entryPoint, kPowerSet);
-    EXPECT_EQ(calls[2].entryPoint, kEngineGet);
-    EXPECT_EQ(calls[2].record, asked);
-    EXPECT_EQ(calls[3].entryPoint, kEngineSet);
-    EXPECT_EQ(calls[3].record, Table(3, {31000, 760, 7, 71, 90000, 860, 8, 81, 136600, 1100, 9, 91}));
-    EXPECT_EQ(calls[4].entryPoint, kEngineSet);
-    EXPECT_EQ(calls[4].record, Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0}));
-    EXPECT_EQ(calls[5].entryPoint, kMemoryGet);
-    EXPECT_EQ(calls[5].record, asked);
-    EXPECT_EQ(calls[6].entryPoint, kMemorySet);
-    EXPECT_EQ(calls[6].record, Table(3, {32000, 770, 4, 41, 100000, 810, 5, 51, 200000, 920, 6, 61}));
-    EXPECT_EQ(calls[7].entryPoint, kMemorySet);
-    EXPECT_EQ(calls[7].record, Table(1, {30000, 750, 1, 0, 100000, 800, 1, 0, 200000, 950, 1, 0}));
+    // The defaults' clocks above the lowest.
+    EngineLevels const engine = {.mode = kModeManual,
+                                 .levels = {{31000, 760, 7, 71}, {90000, 860, 8, 81}, {136600, 1100, 9, 91}}};
+    MemoryLevels const memory = {.mode = kModeManual,
+                                 .levels = {{32000, 770, 4, 41}, {100000, 810, 5, 51}, {200000, 920, 6, 61}}};
+    EXPECT_EQ(machine.AllSent<EngineLevels>(), std::vector({engine, kDefaultEngine}));
+    EXPECT_EQ(machine.AllSent<MemoryLevels>(), std::vector({memory, kDefaultMemory}));
+    EXPECT_EQ(TakeAmdTraffic(machine),
+              Lines({"OverdriveN_PowerLimit_Get 5", "OverdriveN_PowerLimit_Set 5", kEngineIsRead, kEngineIsWritten,
+                     kEngineIsWritten, kMemoryIsRead, kMemoryIsWritten, kMemoryIsWritten}));
 }
 
 TEST(OverdriveNDefaultClocks, FailingPowerLimitDoesNotMatter) {
@@ -480,67 +440,72 @@ TEST(OverdriveNDefaultClocks, UserClocksDoNotChangeTheDefaults) {
     ASSERT_TRUE(machine.Api().SetPerformanceUser(1500, 1200, 2100, 1000));
     ASSERT_TRUE(machine.Api().SetPerformanceDefault());
     ASSERT_TRUE(machine.Api().SetPerformanceDefault());
-    EXPECT_EQ(machine.LastCall(kEngineSet).record, Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0}));
-    EXPECT_EQ(machine.LastCall(kMemorySet).record, Table(1, {30000, 750, 1, 0, 100000, 800, 1, 0, 200000, 950, 1, 0}));
+    EXPECT_EQ(machine.Sent<EngineLevels>(), kDefaultEngine);
+    EXPECT_EQ(machine.Sent<MemoryLevels>(), kDefaultMemory);
 }
 
 TEST(OverdriveNDefaultClocks, LevelsAreCountedByTheHeadWithinTheTable) {
     Machine machine = RunningBoard();
     for (int const head : {INT_MAX, 0x10000000, 4, 1, 0, -1}) {
         SCOPED_TRACE(head);
-        machine.Write(kEngineGet, 2, Ints({head}), 8).Write(kMemoryGet, 2, Ints({head}), 8);
+        OrderLevelCounts(machine, head);
         machine.TakeCalls();
         EXPECT_TRUE(machine.Api().SetPerformanceDefault());
-        std::vector<Call> const calls = machine.TakeCalls();
-        ASSERT_EQ(calls.size(), 8U);
-        EXPECT_EQ(calls[3].Int(kHead), 31000);
-        EXPECT_EQ(calls[3].Int(kHead + 32), head > 1 ? 136600 : 130099);
-        EXPECT_EQ(calls[6].Int(kHead + 32), head > 1 ? 200000 : 190000);
+        auto const engine = machine.AllSent<EngineLevels>();
+        auto const memory = machine.AllSent<MemoryLevels>();
+        ASSERT_EQ(machine.TakeCalls().size(), 8U);
+        EXPECT_EQ(engine[0].levels[0].clock, 31000);
+        EXPECT_EQ(engine[0].levels[2].clock, head > 1 ? 136600 : 130099);
+        EXPECT_EQ(memory[0].levels[2].clock, head > 1 ? 200000 : 190000);
     }
 }
 
 TEST(OverdriveNDefaultClocks, WithoutLevelsTheHeadsAreWritten) {
-    Machine machine = AmdBoard(7);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = AmdBoard(7).Started();
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 8U);
-    EXPECT_EQ(calls[3].record, Ints({12, 3, 0}));
-    EXPECT_EQ(calls[4].record, Ints({12, 1, 0}));
-    EXPECT_EQ(calls[6].record, Ints({12, 3, 0}));
-    EXPECT_EQ(calls[7].record, Ints({12, 1, 0}));
+    EXPECT_EQ(machine.AllSent<EngineLevels>(),
+              std::vector({EngineLevels{.mode = kModeManual}, EngineLevels{.mode = kModeDefault}}));
+    EXPECT_EQ(machine.AllSent<MemoryLevels>(),
+              std::vector({MemoryLevels{.mode = kModeManual}, MemoryLevels{.mode = kModeDefault}}));
+    EXPECT_EQ(machine.TakeCalls().size(), 8U);
 }
 
 class OverdriveNDefaultClocksFailure : public testing::TestWithParam<FailureCase> {};
 
 std::vector<FailureCase> const kDefaultFailures = {
     {"EngineReadFails",
-     [](Machine& m) { m.Result(kEngineGet, -3); },
+     kEngineGet,
+     -3,
      kDefaultBegin + kReadBegin + kEngineReadFails +
          Lines{"[OD7Helper::SetPerformanceDefault()] pCurrentGpuClockStruct ... null ptr"},
      {kPowerGet, kPowerSet, kEngineGet}},
     {"EngineClocksFail",
-     [](Machine& m) { m.Result(kEngineSet, -1); },
+     kEngineSet,
+     -1,
      Read(kDefaultBegin, {Engine("failed: -1")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet}},
     {"MemoryReadFails",
-     [](Machine& m) { m.Result(kMemoryGet, -3); },
+     kMemoryGet,
+     -3,
      Read(kDefaultBegin, kEngineRestored) + kReadBegin + kMemoryReadFails +
          Lines{"[OD7Helper::SetPerformanceDefault()] pCurrentMemClockStruct ... null ptr"},
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet}},
     {"MemoryClocksFail",
-     [](Machine& m) { m.Result(kMemorySet, -1); },
+     kMemorySet,
+     -1,
      Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("failed: -1")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet, kMemorySet}},
 };
 
 std::vector<FailureCase> const kDefaultFailuresAlone = {
     {"EngineTableFails",
-     [](Machine& m) { m.Then(kEngineSet).Result(kEngineSet, -2); },
+     kEngineSet,
+     -2,
      Read(kDefaultBegin, {Engine("set gpu clock default"), Engine("failed: -2")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet}},
     {"MemoryTableFails",
-     [](Machine& m) { m.Then(kMemorySet).Result(kMemorySet, 5); },
+     kMemorySet,
+     5,
      Read(kDefaultBegin, kEngineRestored) + Read({}, {Memory("set memory clock default"), Memory("failed: 5")}),
      {kPowerGet, kPowerSet, kEngineGet, kEngineSet, kEngineSet, kMemoryGet, kMemorySet, kMemorySet}},
 };
@@ -557,14 +522,10 @@ INSTANTIATE_TEST_SUITE_P(When, OverdriveNDefaultClocksFailure, testing::ValuesIn
                          [](auto const& given) { return given.param.name; });
 
 TEST(OverdriveNMissingWrite, OfTheEngineStopsBothOperations) {
-    Machine machine = OverdriveNBoard();
-    machine.Hide(kEngineSet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Hide(kEngineSet).Started();
 
     EXPECT_FALSE(SetUser(machine.Api()));
-    Lines expected = Read(kUser + kEngineBegin, kEnginePlan);
-    expected.push_back("[OD7Helper::SetGpuClock(int,int)] ADL2_OverdriveN_SystemClocksX2_Set ... null ptr");
-    EXPECT_EQ(machine.TakeLog(), expected);
+    EXPECT_EQ(machine.TakeLog(), kUpToEngine + EngineWrite("null ptr"));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet}));
 
     EXPECT_FALSE(SetDefault(machine.Api()));
@@ -573,14 +534,10 @@ TEST(OverdriveNMissingWrite, OfTheEngineStopsBothOperations) {
 }
 
 TEST(OverdriveNMissingWrite, OfTheMemoryStopsBothOperations) {
-    Machine machine = OverdriveNBoard();
-    machine.Hide(kMemorySet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Hide(kMemorySet).Started();
 
     EXPECT_FALSE(SetUser(machine.Api()));
-    Lines expected = Read(kUser + kEngineBegin, kEnginePlan + kEngineIsSet) + Read(kMemoryBegin, kMemoryPlan);
-    expected.push_back("[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... null ptr");
-    EXPECT_EQ(machine.TakeLog(), expected);
+    EXPECT_EQ(machine.TakeLog(), kUpToMemory + MemoryWrite("null ptr"));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kEngineGet, kEngineSet, kMemoryGet}));
 
     EXPECT_FALSE(SetDefault(machine.Api()));
@@ -604,12 +561,7 @@ TEST(OverdriveNClockSettings, EngineIsTheRangesAndTheCurrentTopLevel) {
     EXPECT_EQ(setting.CurrentVoltage, 1100);
     // The same answer serves the current and the default table here.
     EXPECT_EQ(machine.TakeLog(), Read(Read({}, {}), {"vddc default ... 1150", "vddc perfapi ... 1100"}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_EQ(calls[0].entryPoint, kEngineGet);
-    EXPECT_EQ(calls[0].record, Patched(Bytes(60), 0, Ints({60, 0, 3})));
-    EXPECT_EQ(calls[1].entryPoint, kEngineGet);
-    EXPECT_EQ(calls[1].record, Patched(Bytes(60), 0, Ints({60, 1, 3})));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kEngineIsRead, "OverdriveN_SystemClocksX2_Get 5: mode 1, 3 levels"}));
 }
 
 TEST(OverdriveNClockSettings, MemoryHasNoVoltages) {
@@ -627,24 +579,16 @@ TEST(OverdriveNClockSettings, MemoryHasNoVoltages) {
     EXPECT_EQ(setting.CurrentClock, 1900);
     EXPECT_EQ(setting.CurrentVoltage, -1);
     EXPECT_EQ(machine.TakeLog(), Read({}, {}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 1U);
-    EXPECT_EQ(calls[0].entryPoint, kMemoryGet);
-    EXPECT_EQ(calls[0].record, Patched(Bytes(60), 0, Ints({60, 0, 3})));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({kMemoryIsRead}));
 }
 
 TEST(OverdriveNClockSettings, ClocksAreTruncatedTowardZero) {
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    for (std::size_t const range : {capability::kEngineClock, capability::kMemoryClock}) {
-        capabilities[range + 1] = -199;   // minimum
-        capabilities[range + 2] = 20199;  // maximum
-        capabilities[range + 4] = 99;     // default
-    }
-    Machine machine = OverdriveNBoard();
-    machine.Write(kCapabilities, 2, Ints(capabilities));
-    machine.Write(kEngineGet, 2, Levels({{1, 1}, {1, 1}, {-250, -3}}), kHead);
-    machine.Write(kMemoryGet, 2, Levels({{1, 1}, {1, 1}, {-350, -4}}), kHead);
-    ASSERT_TRUE(machine.Init());
+    constexpr Range kRange = {.minimum = -199, .maximum = 20199, .standard = 99};
+    Machine machine = OverdriveNBoard()
+                          .Reports(Capabilities{.engineClock = kRange, .memoryClock = kRange})
+                          .Reports(EngineLevels{.levels = {{1, 1}, {1, 1}, {-250, -3}}})
+                          .Reports(MemoryLevels{.levels = {{1, 1}, {1, 1}, {-350, -4}}})
+                          .Started();
     ClockSetting const engine = machine.Api().GetGpuClockSetting();
     EXPECT_EQ(engine.MinClock, -1);
     EXPECT_EQ(engine.MaxClock, 201);
@@ -660,20 +604,20 @@ TEST(OverdriveNClockSettings, ClocksAreTruncatedTowardZero) {
 
 TEST(OverdriveNClockSettings, EngineLevelsIndexTheMemoryTable) {
     Machine machine = OverdriveNBoard();
-    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {100000, 800}, {0, 0}}), kHead);
+    machine.Reports(MemoryLevels{.levels = {{30000, 750}, {100000, 800}, {}}});
     ASSERT_TRUE(machine.Init());  // three engine levels, two memory levels
-    machine.Write(kMemoryGet, 2, Levels({{30000, 750}, {100000, 800}, {77700, 0}}), kHead);
+    machine.Reports(MemoryLevels{.levels = {{30000, 750}, {100000, 800}, {77700, 0}}});
     EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 777);
 
-    machine.Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {0, 0}}), kHead);
+    machine.Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {}}});
     ASSERT_TRUE(machine.Init());  // two engine levels, three memory levels
     EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 1000);
 }
 
 TEST(OverdriveNClockSettings, DefaultTableIsReadForDiagnosisAlone) {
     Machine machine = OverdriveNBoard();
-    machine.Then(kEngineGet).Write(kEngineGet, 2, Ints(kCurrentEngine), kHead);  // the second read: current
-    machine.Then(kEngineGet).Write(kEngineGet, 2, Levels({{30000, 750}, {90000, 850}, {136600, 1234}}), kHead);
+    machine.Then(kEngineGet).Reports(kCurrentEngine);  // the second read: current
+    machine.Then(kEngineGet).Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {136600, 1234}}});
     ASSERT_TRUE(machine.InitAndForget());
     ClockSetting const setting = machine.Api().GetGpuClockSetting();
     EXPECT_EQ(setting.CurrentVoltage, 1100);
@@ -701,8 +645,7 @@ TEST(OverdriveNClockSettings, UnreadableTablesLeaveTheCurrentValuesUnavailable) 
 }
 
 TEST(OverdriveNClockSettings, WithoutAnyLevelTheCurrentValuesAreUnavailable) {
-    Machine machine = AmdBoard(7);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = AmdBoard(7).Started();
     ClockSetting const engine = machine.Api().GetGpuClockSetting();
     EXPECT_TRUE(engine.Valid);
     EXPECT_EQ(engine.CurrentClock, -1);
@@ -715,25 +658,25 @@ TEST(OverdriveNDefaultClocks, StayWhatWasReadWhateverTheDriverWritesIntoTheirTab
     Machine machine = RunningBoard();
     auto const thenSpoil = [&](int result) {
         machine.Then(kEngineSet).Result(kEngineSet, result);
-        machine.Write(kEngineSet, 2, Bytes(4, 0x7F), 4).Write(kEngineSet, 2, Bytes(48, 0x7F), kHead).Then(kEngineSet);
+        // The mode, and behind the size and the count all levels: bytes, as no driver is expected to write there.
+        machine.Write(kEngineSet, 2, Bytes(4, 0x7F), 4).Write(kEngineSet, 2, Bytes(48, 0x7F), 12).Then(kEngineSet);
     };
-    Bytes const defaults = Table(1, {30000, 750, 1, 0, 90000, 850, 1, 0, 136600, 1150, 1, 0});
     // The second call of each operation has the table.
     thenSpoil(0);
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
-    EXPECT_EQ(machine.LastCall(kEngineSet).record, defaults);
+    EXPECT_EQ(machine.Sent<EngineLevels>(), kDefaultEngine);
     machine.Then(kEngineSet).Then(kEngineSet);
     thenSpoil(-1);
     EXPECT_FALSE(machine.Api().SetPerformanceDefault());
     EXPECT_TRUE(machine.Api().SetPerformanceDefault());
-    EXPECT_EQ(machine.LastCall(kEngineSet).record, defaults);
+    EXPECT_EQ(machine.Sent<EngineLevels>(), kDefaultEngine);
 }
 
 TEST(OverdriveNClockSettings, HeadOfTheDriverDoesNotHideTheTopLevel) {
     Machine machine = RunningBoard();
     for (int const head : {INT_MAX, 0, -1}) {
-        machine.Write(kEngineGet, 2, Ints({head}), 8).Write(kMemoryGet, 2, Ints({head}), 8);
+        OrderLevelCounts(machine, head);
         EXPECT_EQ(machine.Api().GetGpuClockSetting().CurrentClock, 1300);
         EXPECT_EQ(machine.Api().GetMemClockSetting().CurrentClock, 1900);
     }

@@ -14,7 +14,6 @@ constexpr char const* kOd5Set = "ADL2_Overdrive5_FanSpeed_Set";
 constexpr char const* kOd5Reset = "ADL2_Overdrive5_FanSpeedToDefault_Set";
 constexpr char const* kOdnGet = "ADL2_OverdriveN_FanControl_Get";
 constexpr char const* kOdnSet = "ADL2_OverdriveN_FanControl_Set";
-constexpr char const* kThermal = "ADL2_Overdrive5_ThermalDevices_Enum";
 constexpr char const* kBegin = "[OD7Helper::SetFanSpeed(int)] ... begin";
 constexpr char const* kOd5 = "[OD7Helper::SetOD5FanSpeed(int)] ";
 constexpr char const* kOdn = "[OD7Helper::SetODNFanSpeed(int)] ";
@@ -31,85 +30,83 @@ std::string OdnLine(std::string const& entryPoint, std::string const& message) {
     return kOdn + entryPoint + " ... " + message;
 }
 
-// A board whose thermal controllers are these records: size, domain, domain index, flags.
-Machine BoardWithControllers(std::vector<std::vector<int>> const& controllers) {
+Machine BoardWithControllers(std::vector<ThermalController> const& controllers) {
     Machine machine = AmdBoard(7);
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(OverdriveNCapabilities()));
-    for (std::vector<int> const& controller : controllers) {
-        machine.Write(kThermal, 3, Ints(controller)).Then(kThermal);
-    }
-    machine.Result(kThermal, -100);
+    machine.Reports(Capabilities{});
+    OrderThermalControllers(machine, controllers);
     return machine;
 }
 
-// Only the OverdriveN way is left; the fan control record reads 11, 12, ... 18.
+// What it reads.
+FanControl const kControl = Numbered<FanControl>(11);
+
+// Manual, with this target and minimum; the rest as read.
+FanControl ManualAt(int rpm) {
+    FanControl control = kControl;
+    control.mode = kModeManual;
+    control.targetSpeed = control.minimumLimit = rpm;
+    return control;
+}
+
+FanControl Automatic() {
+    FanControl control = kControl;
+    control.mode = kModeAutomatic;
+    return control;
+}
+
+// Only the OverdriveN way is left.
 Machine BoardWithoutControllers() {
     Machine machine = BoardWithControllers({});
-    machine.Write(kOdnGet, 2, Ints({11, 12, 13, 14, 15, 16, 17, 18}));
+    machine.Reports(kControl);
     return machine;
+}
+
+FanSpeed Percent(int percent) {
+    return {.type = kPercent, .speed = percent, .flags = kUserDefined};
 }
 
 Lines const kOdnOnly = {kBegin, "[OD7Helper::SetOD5FanSpeed(int)] ... ThermalControllers is empty",
                         "[OD7Helper::SetODNFanSpeed(int)] ... begin"};
 
-Lines AfterOdnBegin(Lines const& more) {
-    Lines lines = kOdnOnly;
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-}
-
 TEST(OverdriveNFan, PercentGoesToTheController) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
 
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
 
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, Controller(0), Od5Line(kOd5Set, "set")}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 1U);
-    EXPECT_EQ(calls[0].entryPoint, kOd5Set);
-    EXPECT_EQ(calls[0].args[0], kContext);
-    EXPECT_EQ(calls[0].args[1], 5);
-    EXPECT_EQ(calls[0].args[2], 0);
-    EXPECT_EQ(calls[0].record, Ints({16, 1, 40, 1}));  // size, percent, speed, user-defined
+    EXPECT_EQ(machine.Sent<FanSpeed>(), Percent(40));
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Overdrive5_FanSpeed_Set 5 #0"}));
 }
 
 TEST(OverdriveNFan, NegativeReturnsTheControllerToItsDefault) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     for (int const percent : {-1, INT_MIN}) {
         SCOPED_TRACE(percent);
         EXPECT_TRUE(machine.Api().SetFanSpeed(percent));
         EXPECT_EQ(machine.TakeLog(), Lines({kBegin, Controller(0), Od5Line(kOd5Reset, "set")}));
-        std::vector<Call> const calls = machine.TakeCalls();
-        ASSERT_EQ(calls.size(), 1U);
-        EXPECT_EQ(calls[0].entryPoint, kOd5Reset);
-        EXPECT_EQ(calls[0].args, std::vector<int>({kContext, 5, 0}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Overdrive5_FanSpeedToDefault_Set 5 #0"}));
     }
 }
 
 TEST(OverdriveNFan, ControllerIsNotCheckedAgainstHundredPercentNorAgainstZero) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     for (int const percent : {0, 100, 250, INT_MAX}) {
         SCOPED_TRACE(percent);
         EXPECT_TRUE(machine.Api().SetFanSpeed(percent));
-        EXPECT_EQ(machine.LastCall(kOd5Set).record, Ints({16, 1, percent, 1}));
+        EXPECT_EQ(machine.Sent<FanSpeed>(), Percent(percent));
     }
 }
 
 TEST(OverdriveNFan, ControllersAreNumberedByPosition) {
-    Machine machine = BoardWithControllers({{16, 2, 0, 0}, {16, 1, 8, 0}, {16, 2, 1, 0}, {16, 1, 9, 0}});
+    Machine machine =
+        BoardWithControllers({{.domain = 2, .index = 0}, {.index = 8}, {.domain = 2, .index = 1}, {.index = 9}});
     ASSERT_TRUE(machine.InitAndForget());
 
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
 
     EXPECT_EQ(machine.TakeLog(),
               Lines({kBegin, Controller(0), Od5Line(kOd5Set, "set"), Controller(1), Od5Line(kOd5Set, "set")}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_EQ(calls[0].args[2], 0);
-    EXPECT_EQ(calls[1].args[2], 1);
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Overdrive5_FanSpeed_Set 5 #0", "Overdrive5_FanSpeed_Set 5 #1"}));
 }
 
 TEST(OverdriveNFan, OneControllerOfTwoIsSuccess) {
@@ -120,7 +117,7 @@ TEST(OverdriveNFan, OneControllerOfTwoIsSuccess) {
         int second;
     };
     std::vector<Case> const cases = {{-1, kOd5Reset, -5, 0}, {40, kOd5Set, 0, 3}};
-    Machine machine = BoardWithControllers({{16, 1, 0, 0}, {16, 1, 1, 0}});
+    Machine machine = BoardWithControllers({{.index = 0}, {.index = 1}});
     for (Case const& known : cases) {
         machine.Result(known.entryPoint, known.first).Then(known.entryPoint).Result(known.entryPoint, known.second);
     }
@@ -137,33 +134,21 @@ TEST(OverdriveNFan, OneControllerOfTwoIsSuccess) {
 }
 
 TEST(OverdriveNFan, FailureOfEveryControllerLeadsToTheOverdriveNWay) {
-    Machine machine = BoardWithControllers({{16, 1, 0, 0}, {16, 1, 1, 0}});
-    machine.Write(kOdnGet, 2, Ints({11, 12, 13, 14, 15, 16, 17, 18}));
-    machine.Result(kOd5Set, -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        BoardWithControllers({{.index = 0}, {.index = 1}}).Reports(kControl).Result(kOd5Set, -1).Started();
 
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
 
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, Controller(0), Od5Line(kOd5Set, "failed: -1"), Controller(1),
                                         Od5Line(kOd5Set, "failed: -1"), "[OD7Helper::SetODNFanSpeed(int)] ... begin",
                                         "[OD7Helper::SetODNFanSpeed(int)] ADL2_OverdriveN_FanControl_Set ... set"}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 4U);
-    EXPECT_EQ(calls[2].entryPoint, kOdnGet);
-    EXPECT_EQ(calls[2].args[0], kContext);
-    EXPECT_EQ(calls[2].args[1], 5);
-    EXPECT_EQ(calls[2].record, Bytes(32));
-    EXPECT_EQ(calls[3].entryPoint, kOdnSet);
-    EXPECT_EQ(calls[3].args[0], kContext);
-    EXPECT_EQ(calls[3].args[1], 5);
-    // Manual; target and minimum 40 percent of 3,300 RPM; the rest as read.
-    EXPECT_EQ(calls[3].record, Ints({3, 12, 13, 14, 1320, 16, 17, 1320}));
+    EXPECT_EQ(machine.Sent<FanControl>(), ManualAt(1320));  // 40 percent of 3,300
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"Overdrive5_FanSpeed_Set 5 #0", "Overdrive5_FanSpeed_Set 5 #1",
+                                              "OverdriveN_FanControl_Get 5", "OverdriveN_FanControl_Set 5"}));
 }
 
 TEST(OverdriveNFan, MissingControllerFunctionsLeadToTheOverdriveNWay) {
-    Machine machine = OverdriveNBoard();
-    machine.Hide(kOd5Set).Hide(kOd5Reset);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Hide(kOd5Set).Hide(kOd5Reset).Started();
 
     EXPECT_TRUE(machine.Api().SetFanSpeed(40));
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, Controller(0), Od5Line(kOd5Set, "null ptr"),
@@ -174,20 +159,18 @@ TEST(OverdriveNFan, MissingControllerFunctionsLeadToTheOverdriveNWay) {
 }
 
 TEST(OverdriveNFan, NegativeOnTheOverdriveNWayChangesTheModeAlone) {
-    Machine machine = BoardWithoutControllers();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Started();
     EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
-    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({OdnLine(kOdnSet, "set")}));
-    EXPECT_EQ(machine.LastCall(kOdnSet).record, Ints({2, 12, 13, 14, 15, 16, 17, 18}));
+    EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({OdnLine(kOdnSet, "set")}));
+    EXPECT_EQ(machine.Sent<FanControl>(), Automatic());
 }
 
 TEST(OverdriveNFan, ZeroPercentCommandsOnePercent) {
-    Machine machine = BoardWithoutControllers();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Started();
     EXPECT_TRUE(machine.Api().SetFanSpeed(0));
-    EXPECT_EQ(machine.LastCall(kOdnSet).record, Ints({3, 12, 13, 14, 33, 16, 17, 33}));
+    EXPECT_EQ(machine.Sent<FanControl>(), ManualAt(33));
     EXPECT_TRUE(machine.Api().SetFanSpeed(1));
-    EXPECT_EQ(machine.LastCall(kOdnSet).record, Ints({3, 12, 13, 14, 33, 16, 17, 33}));
+    EXPECT_EQ(machine.Sent<FanControl>(), ManualAt(33));
 }
 
 // In single precision 13 / 100 x 3300 is 428.99997, where 429 would be exact; 29 / 100 x 3300 comes out exact, where
@@ -221,14 +204,10 @@ TEST(OverdriveNFan, SpeedIsTruncatedFromSinglePrecision) {
     Machine machine = BoardWithoutControllers();
     for (Case const& known : cases) {
         SCOPED_TRACE(std::to_string(known.percent) + " percent of " + std::to_string(known.maximum));
-        std::vector<int> capabilities = OverdriveNCapabilities();
-        capabilities[capability::kFanSpeed + 2] = known.maximum;
-        machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
+        machine.Reports(Capabilities{.fanSpeed = {.minimum = 400, .maximum = known.maximum}});
         ASSERT_TRUE(machine.Init());
         EXPECT_TRUE(machine.Api().SetFanSpeed(known.percent));
-        Call const call = machine.LastCall(kOdnSet);
-        EXPECT_EQ(call.Int(16), known.speed);
-        EXPECT_EQ(call.Int(28), known.speed);
+        EXPECT_EQ(machine.Sent<FanControl>(), ManualAt(known.speed));
     }
 }
 
@@ -236,69 +215,60 @@ TEST(OverdriveNFan, WithoutARangeIsNotGivenATarget) {
     Machine machine = BoardWithoutControllers();
     for (int const maximum : {0, -1, -2999, INT_MIN}) {
         SCOPED_TRACE(maximum);
-        std::vector<int> capabilities = OverdriveNCapabilities();
-        capabilities[capability::kFanSpeed + 2] = maximum;
-        machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
+        machine.Reports(Capabilities{.fanSpeed = {.minimum = 400, .maximum = maximum}});
         ASSERT_TRUE(machine.InitAndForget());
         for (int const percent : {0, 40, 100}) {
             EXPECT_FALSE(machine.Api().SetFanSpeed(percent));
-            EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({"[OD7Helper::SetODNFanSpeed(int)] ... no fan speed range"}));
+            EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({"[OD7Helper::SetODNFanSpeed(int)] ... no fan speed range"}));
         }
         EXPECT_EQ(machine.CountOf(kOdnSet), 0);
         // The way back needs none.
         EXPECT_TRUE(machine.Api().SetFanSpeed(-1));
-        EXPECT_EQ(machine.LastCall(kOdnSet).record, Ints({2, 12, 13, 14, 15, 16, 17, 18}));
+        EXPECT_EQ(machine.Sent<FanControl>(), Automatic());
         machine.TakeLog();
         machine.TakeCalls();
     }
 }
 
 TEST(OverdriveNFan, SpeedThatNoIntHoldsIsRefused) {
-    Machine machine = BoardWithoutControllers();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Started();
     EXPECT_FALSE(machine.Api().SetFanSpeed(INT_MAX));
-    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({"[OD7Helper::SetODNFanSpeed(int)] ... fan speed out of range"}));
+    EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({"[OD7Helper::SetODNFanSpeed(int)] ... fan speed out of range"}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kOdnGet}));
 }
 
 TEST(OverdriveNFan, MissingReadOfTheFanControlFails) {
-    Machine machine = BoardWithoutControllers();
-    machine.Hide(kOdnGet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Hide(kOdnGet).Started();
     for (int const percent : {40, -1}) {
         EXPECT_FALSE(machine.Api().SetFanSpeed(percent));
-        EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({OdnLine(kOdnGet, "null ptr")}));
+        EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({OdnLine(kOdnGet, "null ptr")}));
     }
     EXPECT_EQ(machine.TakeCalls().size(), 0U);
 }
 
 TEST(OverdriveNFan, MissingWriteOfTheFanControlFails) {
-    Machine machine = BoardWithoutControllers();
-    machine.Hide(kOdnSet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Hide(kOdnSet).Started();
     EXPECT_FALSE(machine.Api().SetFanSpeed(40));
-    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({OdnLine(kOdnSet, "null ptr")}));
+    EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({OdnLine(kOdnSet, "null ptr")}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kOdnGet}));
 }
 
 TEST(OverdriveNFan, FailingReadOrWriteOfTheFanControlFails) {
-    Machine machine = BoardWithoutControllers();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutControllers().Started();
 
     machine.Result(kOdnSet, 2);
     EXPECT_FALSE(machine.Api().SetFanSpeed(40));
-    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({OdnLine(kOdnSet, "failed: 2")}));
+    EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({OdnLine(kOdnSet, "failed: 2")}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kOdnGet, kOdnSet}));
 
     machine.Result(kOdnGet, -8);
     EXPECT_FALSE(machine.Api().SetFanSpeed(40));
-    EXPECT_EQ(machine.TakeLog(), AfterOdnBegin({OdnLine(kOdnGet, "failed: -8")}));
+    EXPECT_EQ(machine.TakeLog(), kOdnOnly + Lines({OdnLine(kOdnGet, "failed: -8")}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kOdnGet}));
 }
 
 TEST(OverdriveNFan, CurvesAreNotOffered) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     FanTablePoint const points[5] = {{20, 30}, {30, 50}, {40, 60}, {60, 70}, {90, 80}};
     Lines const expected = {"[OD7Helper::SetFanSpeedTable(obj,int)] ... begin",
                             "[OD7Helper::SetFanSpeedTable(obj,int)] ... *** NOT IMPLEMENT YET ***"};
@@ -312,8 +282,7 @@ TEST(OverdriveNFan, CurvesAreNotOffered) {
 }
 
 TEST(OverdriveNFan, SettingHasOnePointThatKeepsTheCallersValues) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     // The record is built in the storage itself, so what it held before shows where nothing is written.
     alignas(FanSetting) unsigned char storage[sizeof(FanSetting)];
     std::memset(storage, 0x5A, sizeof storage);

@@ -8,25 +8,10 @@
 namespace gputune::test {
 namespace {
 
-constexpr char const* kList = "ADL2_Adapter_AdapterInfoX4_Get";
-constexpr std::size_t kUdid = 8;  // offsets in a record of the list
-constexpr std::size_t kBus = 264;
-constexpr std::size_t kName = 280;
-
-Machine BoardWith(Bytes const& list) {
+Machine BoardWith(std::vector<AdapterRecord> const& adapters) {
     Machine machine = OverdriveNBoard();
-    machine.Write(kList, 2, Ints({static_cast<int>(list.size() / 1580)}));
-    machine.Allocate(kList, 3, list);
+    OrderAdapters(machine, adapters);
     return machine;
-}
-
-Bytes Record(std::string const& udid) {
-    return AdapterList({{.index = 5, .udid = udid, .bus = 3, .name = "Board", .displayName = ""}});
-}
-
-// Characters without a terminator.
-Bytes Characters(std::string const& text) {
-    return Bytes(text.begin(), text.end());
 }
 
 Lines IdentityLog(std::string const& udid, std::string const& found) {
@@ -35,8 +20,7 @@ Lines IdentityLog(std::string const& udid, std::string const& found) {
 }
 
 TEST(OverdriveNIdentity, ReportsSubsystemNameAndBus) {
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
 
     VgaInfo const info = machine.Api().GetVGAInfo();
 
@@ -85,8 +69,7 @@ std::vector<IdentifierCase> const kIdentifiers = {
 class OverdriveNIdentifier : public testing::TestWithParam<IdentifierCase> {};
 
 TEST_P(OverdriveNIdentifier, IsReadFromTheUdid) {
-    Machine machine = BoardWith(Record(GetParam().udid));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWith({{.udid = GetParam().udid, .name = "Board"}}).Started();
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(info.SubsystemId, GetParam().subsystem);
     EXPECT_STREQ(info.AdapterName, "Board");
@@ -106,8 +89,7 @@ std::vector<IdentifierCase> const kMalformed = {
 class OverdriveNMalformedIdentifier : public testing::TestWithParam<IdentifierCase> {};
 
 TEST_P(OverdriveNMalformedIdentifier, LeavesNameAndBusFilled) {
-    Machine machine = BoardWith(Record(GetParam().udid));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWith({{.udid = GetParam().udid, .name = "Board"}}).Started();
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(info.SubsystemId, 0U);
     EXPECT_STREQ(info.AdapterName, "Board");
@@ -121,11 +103,9 @@ INSTANTIATE_TEST_SUITE_P(With, OverdriveNMalformedIdentifier, testing::ValuesIn(
                          [](auto const& given) { return given.param.name; });
 
 TEST(OverdriveNIdentity, IsTheFirstAdaptersWhateverIsChosen) {
-    Machine machine = BoardWith(AdapterList({
-        {.index = 5, .udid = "&SUBSYS_00000005", .bus = 3, .name = "First", .displayName = ""},
-        {.index = 9, .udid = "&SUBSYS_00000009", .bus = 7, .name = "Second", .displayName = ""},
-    }));
-    ASSERT_TRUE(machine.Init());
+    Machine machine = BoardWith({{.index = 5, .udid = "&SUBSYS_00000005", .bus = 3, .name = "First"},
+                                 {.index = 9, .udid = "&SUBSYS_00000009", .bus = 7, .name = "Second"}})
+                          .Started();
     ASSERT_TRUE(machine.Api().SetActiveAdapterIndex(9));
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(info.SubsystemId, 5U);
@@ -134,13 +114,12 @@ TEST(OverdriveNIdentity, IsTheFirstAdaptersWhateverIsChosen) {
 }
 
 TEST(OverdriveNIdentity, IsTheFirstAdaptersEvenWhenThatIsNotActive) {
-    Machine machine = BoardWith(AdapterList({
-        {.index = 5, .udid = "&SUBSYS_00000005", .bus = -1, .name = "First", .displayName = ""},
-        {.index = 9, .udid = "&SUBSYS_00000009", .bus = 7, .name = "Second", .displayName = ""},
-    }));
-    machine.Write("ADL2_Adapter_Active_Get", 2, Ints({0}));
-    machine.Then("ADL2_Adapter_Active_Get").Write("ADL2_Adapter_Active_Get", 2, Ints({1}));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWith({{.index = 5, .udid = "&SUBSYS_00000005", .bus = -1, .name = "First"},
+                                 {.index = 9, .udid = "&SUBSYS_00000009", .bus = 7, .name = "Second"}})
+                          .Reports(ActiveStatus{0})
+                          .Then("ADL2_Adapter_Active_Get")
+                          .Reports(ActiveStatus{1})
+                          .Started();
     EXPECT_EQ(machine.Api().GetActiveAdapterIndex(), 9);
     VgaInfo const info = machine.Api().GetVGAInfo();
     EXPECT_EQ(info.SubsystemId, 5U);
@@ -150,11 +129,8 @@ TEST(OverdriveNIdentity, IsTheFirstAdaptersEvenWhenThatIsNotActive) {
 
 TEST(OverdriveNIdentity, NameWithoutTerminatorIsCutAndTerminated) {
     std::string const full(256, 'N');
-    // What follows the name in the record must not be taken for a part of it.
-    Bytes record = Patched(Record(""), kName, Characters(full));
-    record = Patched(record, kName + 256, Characters("DISPLAY"));
-    Machine machine = BoardWith(record);
-    ASSERT_TRUE(machine.InitAndForget());
+    // The name of the display follows in the record and must not be taken for a part of it.
+    Machine machine = BoardWith({{.name = full, .displayName = "DISPLAY"}}).Started();
 
     VgaInfo const info = machine.Api().GetVGAInfo();
 
@@ -168,30 +144,25 @@ TEST(OverdriveNIdentity, NameWithoutTerminatorIsCutAndTerminated) {
 
 TEST(OverdriveNIdentity, LongestNameFits) {
     std::string const name(255, 'L');
-    Machine machine = BoardWith(Patched(Record(""), kName, Text(name)));
-    ASSERT_TRUE(machine.Init());
+    Machine machine = BoardWith({{.name = name}}).Started();
     EXPECT_EQ(std::string(machine.Api().GetVGAInfo().AdapterName), name);
 }
+
+constexpr int kFourDigits = 0x32303031;  // the characters "1002"
 
 // The digits at the very end of an identifier that fills its 256 bytes count; the bus number behind it, here made of
 // digits, does not.
 TEST(OverdriveNIdentity, UdidWithoutTerminatorEndsWithItsField) {
     std::string const filler(240, 'u');
     std::string const complete = filler + "&SUBSYS_0B361002";
-    Bytes record = Patched(Record(""), kUdid, Characters(complete));
-    record = Patched(record, kBus, Characters("1234"));
-    Machine machine = BoardWith(record);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWith({{.udid = complete, .bus = kFourDigits}}).Started();
     EXPECT_EQ(machine.Api().GetVGAInfo().SubsystemId, 0x0B361002U);
     EXPECT_EQ(machine.TakeLog()[0], "[OD7Helper::GetVGASubDeviceID()] UDID ... " + complete);
 }
 
 TEST(OverdriveNIdentity, DigitsDoNotRunIntoTheNextField) {
     std::string const cut = std::string(244, 'u') + "&SUBSYS_0B36";
-    Bytes record = Patched(Record(""), kUdid, Characters(cut));
-    record = Patched(record, kBus, Characters("1002"));
-    Machine machine = BoardWith(record);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWith({{.udid = cut, .bus = kFourDigits}}).Started();
     EXPECT_EQ(machine.Api().GetVGAInfo().SubsystemId, 0U);
     Lines const log = machine.TakeLog();
     ASSERT_EQ(log.size(), 4U);

@@ -14,33 +14,20 @@ constexpr char const* kCapabilities = "ADL2_OverdriveN_CapabilitiesX2_Get";
 constexpr char const* kEngine = "ADL2_OverdriveN_SystemClocksX2_Get";
 constexpr char const* kMemory = "ADL2_OverdriveN_MemoryClocksX2_Get";
 constexpr char const* kThermal = "ADL2_Overdrive5_ThermalDevices_Enum";
-constexpr int kHead = 12;
 constexpr std::uint64_t kAmdOverdriveN = (3ULL << 32) | 1;
 
 // What followed the choice of the generation.
-Lines AdapterLog(Machine& machine) {
-    Lines const lines = machine.TakeLog();
-    auto const chosen = std::find(lines.begin(), lines.end(), "[GetAmdApiType(ADL&)] ... OD7");
+Lines Behind(std::string const& choice, Lines const& lines) {
+    auto const chosen = std::find(lines.begin(), lines.end(), choice);
     return chosen == lines.end() ? Lines{"generation not chosen"} : Lines(chosen + 1, lines.end());
 }
 
-std::vector<Call> AdapterCalls(Machine& machine) {
-    std::vector<Call> calls = machine.TakeCalls();
-    auto const chosen = std::find_if(calls.begin(), calls.end(),
-                                     [](Call const& call) { return call.entryPoint == "ADL2_Overdrive_Caps"; });
-    return chosen == calls.end() ? std::vector<Call>{} : std::vector<Call>(chosen + 1, calls.end());
+Lines AdapterLog(Machine& machine) {
+    return Behind("[GetAmdApiType(ADL&)] ... OD7", machine.TakeLog());
 }
 
 void Levels(Machine& machine, int count) {
-    machine.Write(kCapabilities, 2, Ints({count}));
-}
-
-// Controllers with these thermal domains, then "no more data".
-void Thermal(Machine& machine, std::vector<int> const& domains) {
-    for (int const domain : domains) {
-        machine.Result(kThermal, 0).Write(kThermal, 3, Ints({16, domain, 0, 0})).Then(kThermal);
-    }
-    machine.Result(kThermal, -100);
+    machine.Reports(Capabilities{.levels = count});
 }
 
 Lines Log(int engineLevels, int memoryLevels, int controllers) {
@@ -63,28 +50,10 @@ TEST(OverdriveNInit, ReadsCapabilitiesThenBothTablesThenControllers) {
     EXPECT_EQ(machine.Api().GetVendorInfo(), kAmdOverdriveN);
     EXPECT_EQ(AdapterLog(machine), Log(3, 3, 1));
 
-    std::vector<Call> const calls = AdapterCalls(machine);
-    ASSERT_EQ(calls.size(), 5U);
-    for (Call const& call : calls) {
-        EXPECT_EQ(call.args[0], kContext);
-        EXPECT_EQ(call.args[1], 5);
-    }
-    EXPECT_EQ(calls[0].entryPoint, kCapabilities);
-    EXPECT_EQ(calls[0].record, Bytes(208));
-
-    // 12 + 3 x 16 bytes, default values, 3 levels, everything behind the head zero.
-    Bytes const table = Patched(Bytes(60), 0, Ints({60, 1, 3}));
-    EXPECT_EQ(calls[1].entryPoint, kEngine);
-    EXPECT_EQ(calls[1].record, table);
-    EXPECT_EQ(calls[2].entryPoint, kMemory);
-    EXPECT_EQ(calls[2].record, table);
-
-    EXPECT_EQ(calls[3].entryPoint, kThermal);
-    EXPECT_EQ(calls[3].args[2], 0);
-    EXPECT_EQ(calls[3].record, Ints({16, 0, 0, 0}));
-    EXPECT_EQ(calls[4].entryPoint, kThermal);
-    EXPECT_EQ(calls[4].args[2], 1);
-    EXPECT_EQ(calls[4].record, Ints({16, 0, 0, 0}));
+    EXPECT_EQ(Behind("Overdrive_Caps 5", TakeAmdTraffic(machine)),
+              Lines({"OverdriveN_CapabilitiesX2_Get 5", "OverdriveN_SystemClocksX2_Get 5: mode 1, 3 levels",
+                     "OverdriveN_MemoryClocksX2_Get 5: mode 1, 3 levels", "Overdrive5_ThermalDevices_Enum 5 #0",
+                     "Overdrive5_ThermalDevices_Enum 5 #1"}));
 }
 
 Lines NoTable(std::string const& count) {
@@ -163,8 +132,7 @@ TEST(OverdriveNInitFailure, IsLoggedAndLeavesAnAdapterThatIsNotOk) {
     Machine machine = OverdriveNBoard();
     for (Case const& known : cases) {
         SCOPED_TRACE(known.name);
-        machine.Result(kCapabilities, 0).Result(kEngine, 0).Result(kMemory, 0);
-        Levels(machine, 3);
+        machine.Result(kCapabilities, 0).Result(kEngine, 0).Result(kMemory, 0).Reports(Capabilities{});
         known.order(machine);
         EXPECT_TRUE(machine.Init()) << "an adapter of the right kind exists";
         EXPECT_FALSE(machine.Api().IsInitOk());
@@ -254,33 +222,30 @@ TEST(OverdriveNInitFailure, MissingThermalEnumerationLeavesTheClocksUsable) {
 
 TEST(OverdriveNInit, NoLevelsMakeTablesOfTheHeadAlone) {
     Machine machine = AmdBoard(7);  // capabilities all zero; nothing is written behind the heads
-    machine.Result(kThermal, -100);
+    OrderThermalControllers(machine, {});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(AdapterLog(machine), Log(0, 0, 0));
-    EXPECT_EQ(machine.LastCall(kEngine).record, Ints({12, 1, 0}));
-    EXPECT_EQ(machine.LastCall(kMemory).record, Ints({12, 1, 0}));
+    EXPECT_EQ(machine.Asked<EngineLevels>(), EngineLevels{.mode = kModeDefault});
+    EXPECT_EQ(machine.Asked<MemoryLevels>(), MemoryLevels{.mode = kModeDefault});
 }
 
 TEST(OverdriveNInit, LargestLevelCountGetsItsTables) {
     Machine machine = OverdriveNBoard();
-    Levels(machine, 65536);
-    constexpr int kLast = kHead + 65535 * 16;
-    machine.Write(kEngine, 2, Ints({1, 2, 3, 4}), kLast);  // the last level's four fields
+    machine.Reports(Capabilities{.levels = 65536});
+    machine.Reports(EngineLevels{.levels = std::vector<Level>(65536)}).Reports(EngineLevels{.levels = {{1}, {2}, {3}}});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(AdapterLog(machine), Log(3, 3, 1));
-    Call const read = machine.LastCall(kEngine);
-    EXPECT_EQ(read.Int(0), 1048588);  // 12 + 65,536 x 16
-    EXPECT_EQ(read.Int(8), 65536);
+    EXPECT_EQ(machine.Asked<EngineLevels>().size, 1048588);  // 12 + 65,536 x 16
+    EXPECT_EQ(machine.Asked<EngineLevels>().count, 65536);
 }
 
 TEST(OverdriveNInit, FirstLevelWithoutClockEndsTheCount) {
     Machine machine = OverdriveNBoard();
-    Levels(machine, 5);
-    machine.Write(kEngine, 2, test::Levels({{30000, 750}, {90000, 850}, {0, 1150}, {136600, 1150}, {140000, 1200}}),
-                  kHead);
-    machine.Write(kMemory, 2, test::Levels({{0, 750}, {100000, 800}, {200000, 950}, {0, 0}, {0, 0}}), kHead);
+    machine.Reports(Capabilities{.levels = 5});
+    machine.Reports(EngineLevels{.levels = {{30000, 750}, {90000, 850}, {0, 1150}, {136600, 1150}, {140000, 1200}}});
+    machine.Reports(MemoryLevels{.levels = {{0, 750}, {100000, 800}, {200000, 950}, {}, {}}});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(AdapterLog(machine), Log(2, 0, 1));
@@ -288,8 +253,9 @@ TEST(OverdriveNInit, FirstLevelWithoutClockEndsTheCount) {
 
 TEST(OverdriveNInit, LevelsCountByTheirClockAlone) {
     Machine machine = OverdriveNBoard();
-    // Clock, voltage, enabled, control: disabled, without voltage, and with a negative clock.
-    machine.Write(kEngine, 2, Ints({30000, 750, 0, 0, 90000, 0, 0, 0, -1, 1150, 0, 0}), kHead);
+    machine.Reports(EngineLevels{.levels = {{.clock = 30000, .voltage = 750, .enabled = 0},
+                                            {.clock = 90000, .voltage = 0, .enabled = 0},
+                                            {.clock = -1, .voltage = 1150, .enabled = 0}}});
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(AdapterLog(machine), Log(3, 3, 1));
 }
@@ -298,7 +264,7 @@ TEST(OverdriveNInit, CountInTheDriversHeadIsNotTrusted) {
     Machine machine = OverdriveNBoard();
     for (int const head : {INT_MAX, 0x10000000, 0, -1, INT_MIN}) {
         SCOPED_TRACE(head);
-        machine.Write(kEngine, 2, Ints({head}), 8).Write(kMemory, 2, Ints({head}), 8);
+        OrderLevelCounts(machine, head);
         ASSERT_TRUE(machine.Init());
         EXPECT_TRUE(machine.Api().IsInitOk());
         Lines const log = AdapterLog(machine);
@@ -310,18 +276,18 @@ TEST(OverdriveNInit, CountInTheDriversHeadIsNotTrusted) {
 
 TEST(OverdriveNThermal, ControllersOfOtherDomainsAreDropped) {
     Machine machine = OverdriveNBoard();  // brings one of domain 1
-    Thermal(machine, {2, 1, 0, -1});
+    OrderThermalControllers(machine, {{.domain = 2}, {.domain = 1}, {.domain = 0}, {.domain = -1}});
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(AdapterLog(machine), Log(3, 3, 2));
-    EXPECT_EQ(machine.LastCall(kThermal).args[2], 5);
+    EXPECT_EQ(TakeAmdTraffic(machine).back(), "Overdrive5_ThermalDevices_Enum 5 #5");
 }
 
 TEST(OverdriveNThermal, OtherResultCodesDoNotMatter) {
     Machine machine = AmdBoard(7);
-    machine.Result(kThermal, -1).Write(kThermal, 3, Ints({16, 1, 0, 0}));  // failed, but says GPU: kept
-    machine.Then(kThermal).Result(kThermal, -3);                           // failed and says nothing: dropped
-    machine.Then(kThermal).Result(kThermal, 1).Write(kThermal, 3, Ints({16, 1, 0, 0}));     // a warning: kept
-    machine.Then(kThermal).Result(kThermal, -100).Write(kThermal, 3, Ints({16, 1, 0, 0}));  // the end, whatever it says
+    machine.Result(kThermal, -1).Reports(ThermalController{});                   // failed, but says GPU: kept
+    machine.Then(kThermal).Result(kThermal, -3);                                 // failed and says nothing: dropped
+    machine.Then(kThermal).Result(kThermal, 1).Reports(ThermalController{});     // a warning: kept
+    machine.Then(kThermal).Result(kThermal, -100).Reports(ThermalController{});  // the end, whatever it says
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(AdapterLog(machine), Log(0, 0, 2));
     EXPECT_EQ(machine.CountOf(kThermal), 4);
@@ -329,13 +295,13 @@ TEST(OverdriveNThermal, OtherResultCodesDoNotMatter) {
 
 TEST(OverdriveNThermal, EnumerationWithoutEndStopsAfterTwoHundredAndFiftyFive) {
     Machine machine = AmdBoard(7);
-    machine.Write(kThermal, 3, Ints({16, 1, 0, 0}));
+    machine.Reports(ThermalController{});
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     EXPECT_EQ(AdapterLog(machine).back(),
               "[OD7Helper::InitAdapter()] ADL2_Overdrive5_ThermalDevices_Enum ... num of thermal controller: 255");
     EXPECT_EQ(machine.CountOf(kThermal), 255);
-    EXPECT_EQ(machine.LastCall(kThermal).args[2], 254);
+    EXPECT_EQ(TakeAmdTraffic(machine).back(), "Overdrive5_ThermalDevices_Enum 5 #254");
 }
 
 TEST(OverdriveNThermal, EnumerationWithoutEndOfOtherDomainsKeepsNone) {
@@ -348,9 +314,7 @@ TEST(OverdriveNThermal, EnumerationWithoutEndOfOtherDomainsKeepsNone) {
 }
 
 TEST(OverdriveNInit, NewInitialisationReplacesTheAdapter) {
-    Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Reports(Temperature{.millidegrees = 65500}).Started();
     machine.Api().FetchHwmValues();
     ASSERT_TRUE(machine.Api().GetHwmValue(GPUTUNE_HWM_GPU_TEMPERATURE).Valid);
     machine.Result(kCapabilities, -1);
@@ -368,18 +332,15 @@ TEST(OverdriveNInit, NewInitialisationReplacesTheAdapter) {
 // A driver that goes by what the board has and not by the table's head; the sanitizer sees where it writes.
 TEST(OverdriveNInit, DriverThatWritesMoreLevelsThanAskedHarmsNothing) {
     Machine machine = OverdriveNBoard();
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    capabilities[capability::kLevels] = 1;
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
-    Bytes const eight = test::Levels(std::vector<std::pair<int, int>>(8, {30000, 750}));
-    machine.Write("ADL2_OverdriveN_SystemClocksX2_Get", 2, eight, 12);
-    machine.Write("ADL2_OverdriveN_MemoryClocksX2_Get", 2, eight, 12);
+    std::vector<Level> const eight(8, {30000, 750});
+    machine.Reports(Capabilities{.levels = 1});
+    machine.Reports(EngineLevels{.levels = eight}).Reports(MemoryLevels{.levels = eight});
 
     ASSERT_TRUE(machine.Init());
     EXPECT_TRUE(machine.Api().IsInitOk());
     Lines const log = machine.TakeLog();
     EXPECT_EQ(std::count(log.begin(), log.end(), "[OD7Helper::InitAdapter()] m_MaxGpuLevels ... 1"), 1);
-    EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_MemoryClocksX2_Get").Int(0), 12 + 16);
+    EXPECT_EQ(machine.Asked<MemoryLevels>().size, 12 + 16);
 }
 
 }  // namespace

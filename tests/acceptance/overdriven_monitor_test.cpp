@@ -21,21 +21,22 @@ std::string Line(std::string const& entryPoint, std::string const& message) {
     return "[OD7Helper::FetchHwmValues()] " + entryPoint + " ... " + message;
 }
 
-void FanSpeed(Machine& machine, int rpm) {
-    machine.Write(kFan, 2, Ints({rpm}), 12);
+FanControl Turning(int rpm) {
+    auto control = Numbered<FanControl>(1);
+    control.currentSpeed = rpm;
+    return control;
 }
 
 // Every record is written in full, each field another number.
 Machine Board() {
     Machine machine = OverdriveNBoard();
-    machine.Write(
-        kStatus, 2,
-        Ints({134567, 200033, 103, 104, 105, 106, 97, 108, 109, 110, 111, 112, 113, 114, 115, 116, 117, 118}));
-    machine.Write(kFan, 2, Ints({1, 2, 3, 1450, 5, 6, 7, 8}));
-    machine.Write(kOd5Fan, 3, Ints({16, 2, 1777, 9}));
-    machine.Write(kMemory, 2, Ints({2345}));
-    machine.Write(kTemperature, 3, Ints({65123}));
-    machine.Write(kLimits, 2, Ints({1, -12, 85}));
+    auto status = Numbered<PerformanceStatus>(101);
+    status.coreClock = 134567;
+    status.memoryClock = 200033;
+    status.activity = 97;
+    machine.Reports(status).Reports(Turning(1450)).Reports(FanSpeed{.type = kRpm, .speed = 1777, .flags = 9});
+    machine.Reports(MemoryUsage{.megabytes = 2345}).Reports(Temperature{.millidegrees = 65123});
+    machine.Reports(PowerLimits{.mode = 1, .power = -12, .temperature = 85});
     return machine;
 }
 
@@ -79,36 +80,22 @@ double Rpm(Machine& machine) {
 }
 
 TEST(OverdriveNMonitor, FetchStoresEightReadings) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     ExpectReadings(machine, {});
 
     machine.Api().FetchHwmValues();
 
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin}));
     ExpectReadings(machine, kReadings);
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 5U);
-    for (Call const& call : calls) {
-        EXPECT_EQ(call.args[0], kContext);
-        EXPECT_EQ(call.args[1], 5);
-    }
-    EXPECT_EQ(calls[0].entryPoint, kStatus);
-    EXPECT_EQ(calls[0].record, Bytes(72));
-    EXPECT_EQ(calls[1].entryPoint, kFan);
-    EXPECT_EQ(calls[1].record, Bytes(32));
-    EXPECT_EQ(calls[2].entryPoint, kMemory);
-    EXPECT_EQ(calls[3].entryPoint, kTemperature);
-    EXPECT_EQ(calls[3].args[2], 1);
-    EXPECT_EQ(calls[4].entryPoint, kLimits);
-    EXPECT_EQ(calls[4].record, Bytes(12));
+    EXPECT_EQ(TakeAmdTraffic(machine),
+              Lines({"OverdriveN_PerformanceStatus_Get 5", "OverdriveN_FanControl_Get 5", "Adapter_VRAMUsage_Get 5",
+                     "OverdriveN_Temperature_Get 5 #1", "OverdriveN_PowerLimit_Get 5"}));
 }
 
 TEST(OverdriveNMonitor, TemperaturesAreThousandths) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.Init());
+    Machine machine = Board().Started();
     for (auto const& [millidegrees, degrees] : std::map<int, double>{{65500, 65.5}, {-1500, -1.5}, {0, 0.0}}) {
-        machine.Write(kTemperature, 3, Ints({millidegrees}));
+        machine.Reports(Temperature{millidegrees});
         machine.Api().FetchHwmValues();
         EXPECT_EQ(machine.Api().GetHwmValue(GPUTUNE_HWM_GPU_TEMPERATURE).Value, degrees);
     }
@@ -173,7 +160,7 @@ TEST(OverdriveNMonitor, EverythingFailingIsLoggedInOrderAndKeepsTheLastReadings)
         machine.Result(entryPoint, -1);
     }
     // What a failing call writes is not looked at.
-    machine.Write(kMemory, 2, Ints({1})).Write(kTemperature, 3, Ints({1})).Write(kOd5Fan, 3, Ints({16, 2, 1, 0}));
+    machine.Reports(MemoryUsage{1}).Reports(Temperature{1}).Reports(FanSpeed{.speed = 1});
 
     machine.Api().FetchHwmValues();
 
@@ -184,26 +171,20 @@ TEST(OverdriveNMonitor, EverythingFailingIsLoggedInOrderAndKeepsTheLastReadings)
 }
 
 TEST(OverdriveNMonitor, StandingFanIsAskedTheOverdrive5Way) {
-    Machine machine = Board();
-    FanSpeed(machine, 0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Reports(Turning(0)).Started();
 
     machine.Api().FetchHwmValues();
 
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin}));
     EXPECT_EQ(Rpm(machine), 1777.0);
-    EXPECT_EQ(machine.LastCall(kOd5Fan).args[0], kContext);
-    EXPECT_EQ(machine.LastCall(kOd5Fan).args[1], 5);
-    EXPECT_EQ(machine.LastCall(kOd5Fan).args[2], 0);
-    EXPECT_EQ(machine.LastCall(kOd5Fan).record, Ints({16, 2, 0, 0}));  // size, RPM
-    EXPECT_EQ(machine.TakeCallNames(), Lines({kStatus, kFan, kOd5Fan, kMemory, kTemperature, kLimits}));
+    EXPECT_EQ(machine.Asked<FanSpeed>(), FanSpeed{.type = kRpm});
+    EXPECT_EQ(TakeAmdTraffic(machine), Lines({"OverdriveN_PerformanceStatus_Get 5", "OverdriveN_FanControl_Get 5",
+                                              "Overdrive5_FanSpeed_Get 5 #0", "Adapter_VRAMUsage_Get 5",
+                                              "OverdriveN_Temperature_Get 5 #1", "OverdriveN_PowerLimit_Get 5"}));
 }
 
 TEST(OverdriveNMonitor, StandingFanReadsZeroWhenTheOverdrive5WayIsMissing) {
-    Machine machine = Board();
-    FanSpeed(machine, 0);
-    machine.Hide(kOd5Fan);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Reports(Turning(0)).Hide(kOd5Fan).Started();
     machine.Api().FetchHwmValues();
     EXPECT_EQ(machine.TakeLog(), Lines({kBegin, Line(kOd5Fan, "null ptr")}));
     EXPECT_TRUE(machine.Api().GetHwmValue(GPUTUNE_HWM_FAN_SPEED_RPM).Valid);
@@ -211,9 +192,7 @@ TEST(OverdriveNMonitor, StandingFanReadsZeroWhenTheOverdrive5WayIsMissing) {
 }
 
 TEST(OverdriveNMonitor, NinthEqualFanSpeedReadsZero) {
-    Machine machine = Board();
-    machine.Result(kOd5Fan, -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Result(kOd5Fan, -1).Started();
     for (int call = 1; call <= 12; ++call) {
         SCOPED_TRACE(call);
         machine.Api().FetchHwmValues();
@@ -221,7 +200,7 @@ TEST(OverdriveNMonitor, NinthEqualFanSpeedReadsZero) {
         EXPECT_EQ(machine.CountOf(kOd5Fan), call <= 8 ? 0 : call - 8);
     }
     // Any change is believed at once, and starts the count again.
-    FanSpeed(machine, 1451);
+    machine.Reports(Turning(1451));
     for (int call = 1; call <= 9; ++call) {
         SCOPED_TRACE(call);
         machine.Api().FetchHwmValues();
@@ -230,8 +209,7 @@ TEST(OverdriveNMonitor, NinthEqualFanSpeedReadsZero) {
 }
 
 TEST(OverdriveNMonitor, StuckFanReadingIsReplacedByTheOverdrive5Reading) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     for (int call = 1; call <= 10; ++call) {
         SCOPED_TRACE(call);
         machine.Api().FetchHwmValues();
@@ -241,21 +219,18 @@ TEST(OverdriveNMonitor, StuckFanReadingIsReplacedByTheOverdrive5Reading) {
 
 // 0 is what the adapter believes to have seen before the first reading, so eight zeros come before the first change.
 TEST(OverdriveNMonitor, FirstReadingOfZeroIsAlreadyARepetition) {
-    Machine machine = Board();
-    FanSpeed(machine, 0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Reports(Turning(0)).Started();
     for (int call = 1; call <= 9; ++call) {
         machine.Api().FetchHwmValues();
         EXPECT_EQ(machine.CountOf(kOd5Fan), call);
     }
-    FanSpeed(machine, 1450);
+    machine.Reports(Turning(1450));
     machine.Api().FetchHwmValues();
     EXPECT_EQ(Rpm(machine), 1450.0);
 }
 
 TEST(OverdriveNMonitor, FailedFanReadingDoesNotCount) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     for (int call = 1; call <= 8; ++call) {
         machine.Api().FetchHwmValues();
     }
@@ -269,9 +244,7 @@ TEST(OverdriveNMonitor, FailedFanReadingDoesNotCount) {
 }
 
 TEST(OverdriveNMonitor, RepetitionsAreCountedAcrossAdapterObjects) {
-    Machine machine = Board();
-    machine.Result(kOd5Fan, -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Result(kOd5Fan, -1).Started();
     for (int call = 1; call <= 5; ++call) {
         machine.Api().FetchHwmValues();
     }
@@ -284,8 +257,7 @@ TEST(OverdriveNMonitor, RepetitionsAreCountedAcrossAdapterObjects) {
 }
 
 TEST(OverdriveNMonitor, KeysOutsideTheTableAreAllZero) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.Init());
+    Machine machine = Board().Started();
     machine.Api().FetchHwmValues();
     HwmValue const zero{};
     for (int const key : {-1, 21, 1000}) {
@@ -295,8 +267,7 @@ TEST(OverdriveNMonitor, KeysOutsideTheTableAreAllZero) {
 }
 
 TEST(OverdriveNMonitor, FrameRateIsNotAvailable) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     EXPECT_EQ(machine.Api().GetFrameRate(), -1);
     EXPECT_EQ(machine.TakeCalls().size(), 0U);
     EXPECT_EQ(machine.TakeLog(), Lines{});

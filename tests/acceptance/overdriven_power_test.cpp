@@ -13,39 +13,29 @@ constexpr char const* kSet = "ADL2_OverdriveN_PowerLimit_Set";
 constexpr char const* kBegin = "[OD7Helper::SetPowerLimit(int,int)] ... begin";
 constexpr char const* kDefaultBegin = "[OD7Helper::SetPowerLimitDefault()] ... begin";
 
-// Its limits read mode 0, power 12 %, temperature 80 degrees.
 Machine Board() {
     Machine machine = OverdriveNBoard();
-    machine.Write(kGet, 2, Ints({0, 12, 80}));
+    machine.Reports(PowerLimits{.mode = kModeCurrent, .power = 12, .temperature = 80});
     return machine;
 }
+
+Lines const kReadAndWritten = {"OverdriveN_PowerLimit_Get 5", "OverdriveN_PowerLimit_Set 5"};
 
 Lines const kUpToPlan = {kBegin, "[OD7Helper::SetPowerLimit(int,int)] current power value ... max_temp: 80, power: 12",
                          "[OD7Helper::SetPowerLimit(int,int)] plan power value ... max_temp: 85, power: -20"};
 
 Lines Planned(std::string const& last) {
-    Lines lines = kUpToPlan;
-    lines.push_back("[OD7Helper::SetPowerLimit(int,int)] ADL2_OverdriveN_PowerLimit_Set ... " + last);
-    return lines;
+    return kUpToPlan + Lines{"[OD7Helper::SetPowerLimit(int,int)] ADL2_OverdriveN_PowerLimit_Set ... " + last};
 }
 
 TEST(OverdriveNPower, LimitsAreWrittenInManualMode) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
 
     EXPECT_TRUE(machine.Api().SetPowerLimit(85, -20));
 
     EXPECT_EQ(machine.TakeLog(), Planned("set"));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_EQ(calls[0].entryPoint, kGet);
-    EXPECT_EQ(calls[0].args[0], kContext);
-    EXPECT_EQ(calls[0].args[1], 5);
-    EXPECT_EQ(calls[0].record, Ints({0, 0, 0}));
-    EXPECT_EQ(calls[1].entryPoint, kSet);
-    EXPECT_EQ(calls[1].args[0], kContext);
-    EXPECT_EQ(calls[1].args[1], 5);
-    EXPECT_EQ(calls[1].record, Ints({3, -20, 85}));
+    EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeManual, .power = -20, .temperature = 85}));
+    EXPECT_EQ(TakeAmdTraffic(machine), kReadAndWritten);
 }
 
 TEST(OverdriveNPower, BothEndsOfTheRangesAreAllowed) {
@@ -53,12 +43,11 @@ TEST(OverdriveNPower, BothEndsOfTheRangesAreAllowed) {
         int temperature;
         int power;
     };
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     for (Case const known : {Case{50, -50}, Case{90, 50}, Case{50, 50}, Case{90, -50}}) {
         SCOPED_TRACE(std::to_string(known.temperature) + " " + std::to_string(known.power));
         EXPECT_TRUE(machine.Api().SetPowerLimit(known.temperature, known.power));
-        EXPECT_EQ(machine.LastCall(kSet).record, Ints({3, known.power, known.temperature}));
+        EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{kModeManual, known.power, known.temperature}));
     }
 }
 
@@ -75,8 +64,7 @@ TEST(OverdriveNPower, ValuesOutsideTheRangesAreRefusedBeforeAnyCall) {
         {INT_MIN, 0, kTemperature}, {75, -51, kPower},      {75, 51, kPower},       {75, INT_MAX, kPower},
         {75, INT_MIN, kPower},      {49, 51, kTemperature},  // the temperature is tested first
     };
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
     for (Case const& known : cases) {
         SCOPED_TRACE(std::to_string(known.temperature) + " " + std::to_string(known.power));
         EXPECT_FALSE(machine.Api().SetPowerLimit(known.temperature, known.power));
@@ -87,12 +75,7 @@ TEST(OverdriveNPower, ValuesOutsideTheRangesAreRefusedBeforeAnyCall) {
 }
 
 TEST(OverdriveNPower, EmptyRangeRefusesEverything) {
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    capabilities[capability::kPower + 1] = 10;   // minimum
-    capabilities[capability::kPower + 2] = -10;  // maximum
-    Machine machine = Board();
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Reports(Capabilities{.power = {.minimum = 10, .maximum = -10}}).Started();
     for (int const power : {-10, 0, 10}) {
         EXPECT_FALSE(machine.Api().SetPowerLimit(75, power));
         EXPECT_EQ(machine.TakeLog().back(),
@@ -101,8 +84,7 @@ TEST(OverdriveNPower, EmptyRangeRefusesEverything) {
 }
 
 TEST(OverdriveNPower, FailingReadOrWriteFails) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
 
     machine.Result(kSet, 4);
     EXPECT_FALSE(machine.Api().SetPowerLimit(85, -20));
@@ -117,9 +99,7 @@ TEST(OverdriveNPower, FailingReadOrWriteFails) {
 }
 
 TEST(OverdriveNPower, MissingReadIsRefusedByBoth) {
-    Machine machine = Board();
-    machine.Hide(kGet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Hide(kGet).Started();
     EXPECT_FALSE(machine.Api().SetPowerLimit(85, -20));
     EXPECT_EQ(machine.TakeLog(),
               Lines({kBegin, "[OD7Helper::SetPowerLimit(int,int)] ADL2_OverdriveN_PowerLimit_Get ... null ptr"}));
@@ -133,9 +113,7 @@ TEST(OverdriveNPower, MissingReadIsRefusedByBoth) {
 }
 
 TEST(OverdriveNPower, MissingWriteFailsAndIsSeenByTheDefaultBeforeTheRead) {
-    Machine machine = Board();
-    machine.Hide(kSet);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Hide(kSet).Started();
     EXPECT_FALSE(machine.Api().SetPowerLimit(85, -20));
     EXPECT_EQ(machine.TakeLog(), Planned("null ptr"));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kGet}));
@@ -148,29 +126,19 @@ TEST(OverdriveNPower, MissingWriteFailsAndIsSeenByTheDefaultBeforeTheRead) {
 }
 
 TEST(OverdriveNPower, DefaultWritesWhatWasReadInDefaultMode) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
 
     EXPECT_TRUE(machine.Api().SetPowerLimitDefault());
 
     EXPECT_EQ(
         machine.TakeLog(),
         Lines({kDefaultBegin, "[OD7Helper::SetPowerLimitDefault()] ADL2_OverdriveN_PowerLimit_Set ... set default"}));
-    std::vector<Call> const calls = machine.TakeCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_EQ(calls[0].entryPoint, kGet);
-    EXPECT_EQ(calls[0].args[0], kContext);
-    EXPECT_EQ(calls[0].args[1], 5);
-    EXPECT_EQ(calls[0].record, Ints({0, 0, 0}));
-    EXPECT_EQ(calls[1].entryPoint, kSet);
-    EXPECT_EQ(calls[1].args[0], kContext);
-    EXPECT_EQ(calls[1].args[1], 5);
-    EXPECT_EQ(calls[1].record, Ints({1, 12, 80}));
+    EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeDefault, .power = 12, .temperature = 80}));
+    EXPECT_EQ(TakeAmdTraffic(machine), kReadAndWritten);
 }
 
 TEST(OverdriveNPower, DefaultFailsWithItsReadOrItsWrite) {
-    Machine machine = Board();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Started();
 
     machine.Result(kSet, -2);
     EXPECT_FALSE(machine.Api().SetPowerLimitDefault());
@@ -188,13 +156,7 @@ TEST(OverdriveNPower, DefaultFailsWithItsReadOrItsWrite) {
 }
 
 TEST(OverdriveNPower, SettingIsTheRangeWithoutACurrentValue) {
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    capabilities[capability::kPower + 1] = -51;  // minimum
-    capabilities[capability::kPower + 2] = 52;   // maximum
-    capabilities[capability::kPower + 4] = 3;    // default
-    Machine machine = Board();
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(capabilities));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Board().Reports(Capabilities{.power = {.minimum = -51, .maximum = 52, .standard = 3}}).Started();
 
     PowerLimitSetting const setting = machine.Api().GetPowerLimitSetting();
 

@@ -8,7 +8,7 @@ namespace {
 
 TEST(FirstLight, OverdriveNBoardReportsItsTemperature) {
     Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
+    machine.Reports(Temperature{.millidegrees = 65500});
 
     ASSERT_TRUE(machine.Init());
     ASSERT_TRUE(machine.Api().IsInitOk());
@@ -21,8 +21,7 @@ TEST(FirstLight, OverdriveNBoardReportsItsTemperature) {
 }
 
 TEST(FirstLight, Overdrive8BoardReportsItsTemperature) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.Init());
+    Machine machine = Overdrive8Board(0).Started();
     ASSERT_TRUE(machine.Api().IsInitOk());
     machine.Api().FetchHwmValues();
 

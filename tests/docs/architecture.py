@@ -46,18 +46,21 @@ def check_picture(root, document, problems):
 
 def check_rooms(root, document, problems):
     with open(os.path.join(root, "tests", "include_rules", "check"), encoding="utf-8") as file:
-        allowed = {folder: set(names.split()) - {folder}
-                   for folder, names in re.findall(r"^    \[(\w+)\]='([\w ]*)'$", file.read(), re.MULTILINE)}
+        rules = re.findall(r"^    \[([\w/]+)\]='([\w ]*)'$", file.read(), re.MULTILINE)
+    # The rules name the rooms of the tool with their path, those of src/ without.
+    allowed = {folder if "/" in folder else f"src/{folder}": set(names.split()) - {os.path.basename(folder)}
+               for folder, names in rules}
     rooms = next(rows for _, _, rows in document.tables() if rows[0][0] == "folder")
     said = {}
     for folder, _, may_include in rooms[1:]:
-        match = re.fullmatch(r"`src/(\w+)/`", folder)
+        match = re.fullmatch(r"`((?:src|tool)/\w+)/`", folder)
         if match:
             said[match[1]] = set(re.findall(r"`(\w+)`", may_include))
-    folders, _ = actual_arrows(root)
-    for folder in sorted(folders):
+    folders = {os.path.dirname(os.path.relpath(path, root))
+               for tree in ("src", "tool") for path in glob.glob(os.path.join(root, tree, "*", "*.h"))}
+    for folder in sorted(folders | set(allowed)):
         if said.get(folder) != allowed.get(folder):
-            problems.add(document.path, f"src/{folder} may include {sorted(allowed.get(folder, []))}, "
+            problems.add(document.path, f"{folder} may include {sorted(allowed.get(folder, []))}, "
                                         f"and the table says {sorted(said.get(folder, []))}")
     return len(said)
 

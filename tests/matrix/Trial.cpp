@@ -16,6 +16,7 @@ std::string Trial::Try(Cell const& cell, Reference const& reference) {
         vendor_.PrepareForCalls(observed.calls);
     }
 
+    // The fault. A missing entry point or library is missing before the library under test starts.
     if (cell.IsFromStart()) {
         log_.Remove();
     }
@@ -30,7 +31,7 @@ std::string Trial::Try(Cell const& cell, Reference const& reference) {
     // The step with the fault: a promised answer, and the reason in the log.
     bool hasBackend = !isFirstStart;
     auto const run = [&] {
-        StepAnswer const answer = Do(*cell.step);
+        StepAnswer answer = Do(*cell.step);
         hasBackend = hasBackend || answer.success;
         return answer;
     };
@@ -99,7 +100,7 @@ Trial::Trial(Board const& board, test::Machine& machine, Surroundings& surroundi
 StepAnswer Trial::Do(Step const& step) {
     vendor_.BeginStep(step);
     surroundings_.CountAllocations();
-    StepAnswer const answer = Run(surroundings_.Api(), step);
+    StepAnswer answer = Run(surroundings_.Api(), step);
     Expect(vendor_.Unexplained().empty(), step.name + ": " + vendor_.Unexplained());
     return answer;
 }

@@ -1,5 +1,7 @@
 #include "matrix_boards.h"
 
+#include <numeric>
+
 #include "boards.h"
 #include "intel_board.h"
 #include "nvidia_board.h"
@@ -9,27 +11,20 @@ namespace gputune::matrix {
 
 namespace {
 
-using test::Bytes;
-using test::Doubles;
-using test::Ints;
 using test::Machine;
-using test::Patched;
 
 Machine OverdriveN(int fanSpeed) {
     Machine machine = test::AmdBoard(7);
-    constexpr int kLevels = 12;
-    machine.Write("ADL2_OverdriveN_CapabilitiesX2_Get", 2, Ints(test::OverdriveNCapabilities()));
-    machine.Write("ADL2_OverdriveN_SystemClocksX2_Get", 2, test::Levels({{30000, 750}, {90000, 850}, {136600, 1150}}),
-                  kLevels);
-    machine.Write("ADL2_OverdriveN_MemoryClocksX2_Get", 2, test::Levels({{30000, 750}, {100000, 800}, {200000, 950}}),
-                  kLevels);
-    machine.Write("ADL2_Overdrive5_ThermalDevices_Enum", 3, Ints({16, 1, 0, 0}));
-    machine.Write("ADL2_Overdrive5_FanSpeed_Get", 3, Ints({16, 2, 1450, 0}));
-    machine.Write("ADL2_OverdriveN_FanControl_Get", 2, Ints({11, 12, 13, fanSpeed, 1500, 70, 17, 400}));
-    machine.Write("ADL2_OverdriveN_PerformanceStatus_Get", 2, Ints({134000, 87500, 0, 0, 0, 0, 97}));
-    machine.Write("ADL2_OverdriveN_PowerLimit_Get", 2, Ints({0, 5, 80}));
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({61000}));
-    machine.Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({1000}));
+    machine.Reports(test::Capabilities{});
+    machine.Reports(test::EngineLevels{.levels = {{30000, 750}, {90000, 850}, {136600, 1150}}});
+    machine.Reports(test::MemoryLevels{.levels = {{30000, 750}, {100000, 800}, {200000, 950}}});
+    machine.Reports(test::ThermalController{});
+    machine.Reports(test::FanSpeed{.type = test::kRpm, .speed = 1450});
+    machine.Reports(test::FanControl{11, 12, 13, fanSpeed, 1500, 70, 17, 400});
+    machine.Reports(test::PerformanceStatus{.coreClock = 134000, .memoryClock = 87500, .activity = 97});
+    machine.Reports(test::PowerLimits{.mode = test::kModeCurrent, .power = 5, .temperature = 80});
+    machine.Reports(test::Temperature{.millidegrees = 61000});
+    machine.Reports(test::MemoryUsage{.megabytes = 1000});
     return machine;
 }
 
@@ -47,40 +42,33 @@ constexpr int kWithoutCurve = kEveryCapability & ~2;
 
 // No two numbers of a board's settings are the same, and none is 0, so that a value that is sent tells where it is
 // from.
-Bytes Ranges() {
-    std::vector<int> ranges;
-    for (int setting = 0; setting < 39; ++setting) {
-        ranges.insert(ranges.end(), {setting, 1 + setting, 2000 + setting, 1000 + setting});
+std::vector<test::SettingRange> Ranges() {
+    std::vector<test::SettingRange> ranges;
+    for (int setting = 0; setting < test::kSettings; ++setting) {
+        ranges.push_back({setting, 1 + setting, 2000 + setting, 1000 + setting});
     }
-    return Ints(ranges);
+    return ranges;
 }
 
-Bytes Current() {
-    std::vector<int> current;
-    for (int setting = 0; setting < 39; ++setting) {
-        current.push_back(500 + setting);
-    }
-    return Ints(current);
+std::vector<int> Current() {
+    std::vector<int> current(test::kSettings);
+    std::iota(current.begin(), current.end(), 500);
+    return current;
 }
 
 Machine Overdrive8WithoutTables() {
     Machine machine = test::AmdBoard(8);
-    machine.Write("ADL2_New_QueryPMLogData_Get", 2, test::SensorData());
-    machine.Write("ADL2_Adapter_VRAMUsage_Get", 2, Ints({1000}));
-    machine.Write("ADL2_Adapter_MemoryInfo_Get", 2, Ints({0, 2}));
-    machine.Write("ADL2_Adapter_AdapterInfoX3_Get", 2, Ints({1}));
-    machine.Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3, Patched(Bytes(1572), 536, test::Text("\\\\.\\DISPLAY1")));
-    machine.Write("ADL2_Adapter_FrameMetrics_Get", 3, Ints({0x42700000}));  // 60
+    machine.Reports(test::BoardSensors());
+    machine.Reports(test::MemoryUsage{.megabytes = 1000}).Reports(test::MemorySize{.bytes = 8192LL << 20});
+    test::OrderDisplays(machine, {"\\\\.\\DISPLAY1"});
+    machine.Reports(test::FrameRate{.perSecond = 60});
     return machine;
 }
 
 Machine Overdrive8(int capabilities) {
     Machine machine = Overdrive8WithoutTables();
-    machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 2, Ints({capabilities}));
-    machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 3, Ints({39}));
-    machine.Allocate("ADL2_Overdrive8_Init_SettingX2_Get", 4, Ranges());
-    machine.Write("ADL2_Overdrive8_Current_SettingX2_Get", 2, Ints({39}));
-    machine.Allocate("ADL2_Overdrive8_Current_SettingX2_Get", 3, Current());
+    test::OrderRanges(machine, capabilities, Ranges());
+    test::OrderCurrent(machine, Current());
     return machine;
 }
 
@@ -96,10 +84,8 @@ Machine Overdrive8WithoutCurve() {
 Machine Overdrive8WithOlderEntries() {
     Machine machine = Overdrive8WithoutTables();
     machine.Hide("ADL2_Overdrive8_Init_SettingX2_Get").Hide("ADL2_Overdrive8_Current_SettingX2_Get");
-    machine.Write("ADL2_Overdrive8_Init_Setting_Get", 2, Ints({39, kWithoutCurve}));
-    machine.Write("ADL2_Overdrive8_Init_Setting_Get", 2, Ranges(), 8);
-    machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Ints({39}));
-    machine.Write("ADL2_Overdrive8_Current_Setting_Get", 2, Current(), 4);
+    test::OrderOlderRanges(machine, test::kSettings, kWithoutCurve, Ranges());
+    test::OrderOlderCurrent(machine, test::kSettings, Current());
     return machine;
 }
 
@@ -110,14 +96,12 @@ Machine Intel() {
     double reading = 40.0;
     for (int const item : {telemetry::kGpuClock, telemetry::kGpuTemperature, telemetry::kGlobalActivity,
                            telemetry::kVramClock, telemetry::kVramTemperature, telemetry::kFanSpeed}) {
-        machine.Write("ctlPowerTelemetryGet", 1, {1}, item);
-        machine.Write("ctlPowerTelemetryGet", 1, Doubles({reading}), item + telemetry::kValue);
+        test::OrderItem(machine, item, reading);
         reading += 1.5;
     }
-    machine.Write("ctlOverclockPowerLimitGet", 1, Doubles({220000.0}));
-    machine.Write("ctlOverclockGpuFrequencyOffsetGet", 1, Doubles({25.0}));
-    machine.Write("ctlOverclockVramFrequencyOffsetGet", 1, Doubles({50.0}));
-    machine.Write("ctlFanGetConfig", 1, Ints({test::kCurvePoints}), 36);
+    machine.Reports(test::SustainedLimit{.milliwatts = 220000.0});
+    machine.Reports(test::GpuOffset{.megahertz = 25.0}).Reports(test::VramOffset{.megahertz = 50.0});
+    test::OrderConfig(machine, 0, test::kCurvePoints, {});
     return machine;
 }
 

@@ -101,7 +101,7 @@ public:
 
 private:
     template <class Work>
-    auto WithLibrary(Work const& work) {
+    auto WithLibrary(Work const& work) -> decltype(work()) {
         LoadedLibrary const library(path_);
         surroundings_.SetLibrary(&library);
         return work();

@@ -56,7 +56,7 @@ static int failures = 0;
 
 static double Number(uint32_t const* record, int offset) {
     double number;
-    memcpy(&number, (char const*)record + offset, sizeof number);
+    memcpy(&number, (char const*)record + offset, sizeof(number));
     return number;
 }
 
@@ -65,9 +65,9 @@ static int LoadBoard(char const* library, char const* board) {
     int (*load)(const char*, char*, int);
     char error[512] = "no GputuneSim_LoadBoard";
     HMODULE const module = LoadLibraryExA(library, NULL, LOAD_WITH_ALTERED_SEARCH_PATH);
-    FARPROC const found = module ? GetProcAddress(module, "GputuneSim_LoadBoard") : NULL;
-    memcpy(&load, &found, sizeof found);
-    if (!load || !load(board, error, sizeof error)) {
+    FARPROC const found = module != NULL ? GetProcAddress(module, "GputuneSim_LoadBoard") : NULL;
+    memcpy(&load, &found, sizeof(found));
+    if (load == NULL || !load(board, error, sizeof(error))) {
         printf("%s: %s\n", library, error);
         return 0;
     }
@@ -78,7 +78,7 @@ static Handle Open(void) {
     Handle api = NULL;
     uint32_t args[INIT_WORDS] = {32, 0, 0x00010001, 1};
     EXPECT(ctlInit(args, &api) == 0x40000010); /* not the record's size */
-    args[0] = sizeof args;
+    args[0] = sizeof(args);
     EXPECT(ctlInit(args, NULL) == 0x4000000E);
     EXPECT(ctlInit(args, &api) == 0);
     EXPECT(api != NULL);
@@ -90,7 +90,7 @@ static Handle OnlyDevice(Handle api) {
     uint32_t count = 0;
     Handle device = NULL;
     uint32_t luid[2] = {0, 0};
-    uint32_t properties[DEVICE_WORDS] = {sizeof properties, 0, (uint32_t)(uintptr_t)luid, sizeof luid};
+    uint32_t properties[DEVICE_WORDS] = {sizeof(properties), 0, (uint32_t)(uintptr_t)luid, sizeof(luid)};
     EXPECT(ctlEnumerateDevices(api, &count, NULL) == 0 && count == 1);
     EXPECT(ctlEnumerateDevices(api, &count, &device) == 0 && device != NULL);
     EXPECT(ctlGetDeviceProperties(NULL, properties) == 0x4000000D);
@@ -103,7 +103,7 @@ static Handle OnlyDevice(Handle api) {
 }
 
 static void Overclock(Handle device) {
-    uint32_t properties[OVERCLOCK_WORDS] = {sizeof properties};
+    uint32_t properties[OVERCLOCK_WORDS] = {sizeof(properties)};
     double value = 0;
     EXPECT(ctlOverclockGetProperties(device, properties) == 0);
     EXPECT(Number(properties, 200 + 32) == 190); /* the default power limit, in W */
@@ -119,9 +119,9 @@ static void Overclock(Handle device) {
 static void Fans(Handle device) {
     uint32_t count = 0;
     Handle fans[2] = {NULL, NULL};
-    uint32_t properties[FAN_WORDS] = {sizeof properties};
-    uint32_t table[TABLE_WORDS] = {sizeof table, 0, 2};
-    uint32_t config[CONFIG_WORDS] = {sizeof config};
+    uint32_t properties[FAN_WORDS] = {sizeof(properties)};
+    uint32_t table[TABLE_WORDS] = {sizeof(table), 0, 2};
+    uint32_t config[CONFIG_WORDS] = {sizeof(config)};
     int point;
     EXPECT(ctlEnumFans(device, &count, NULL) == 0 && count == 2);
     EXPECT(ctlEnumFans(device, &count, fans) == 0 && fans[0] != NULL && fans[1] != fans[0]);
@@ -129,7 +129,7 @@ static void Fans(Handle device) {
     EXPECT(properties[2] == 2 && properties[5] == 8); /* tables, of eight points */
     for (point = 0; point < 2; ++point) {
         uint32_t const words[7] = {28, 0, point ? 80 : 40, 16, 0, point ? 100 : 30, 1};
-        memcpy(table + 3 + 7 * point, words, sizeof words);
+        memcpy(table + 3 + 7 * point, words, sizeof(words));
     }
     EXPECT(ctlFanSetSpeedTableMode(fans[0], table) == 0);
     EXPECT(ctlFanGetConfig(fans[0], config) == 0);
@@ -140,7 +140,7 @@ static void Fans(Handle device) {
 }
 
 static void Telemetry(Handle device) {
-    uint32_t telemetry[TELEMETRY_WORDS] = {sizeof telemetry};
+    uint32_t telemetry[TELEMETRY_WORDS] = {sizeof(telemetry)};
     EXPECT(ctlPowerTelemetryGet(device, telemetry) == 0);
     EXPECT((telemetry[104 / 4] & 0xFF) == 1);
     EXPECT(Number(telemetry, 104 + 16) > 20 && Number(telemetry, 104 + 16) < 100); /* degrees Celsius */
@@ -148,7 +148,7 @@ static void Telemetry(Handle device) {
 
 int main(int argc, char** argv) {
     wchar_t path[MAX_PATH];
-    uint32_t request[PATH_WORDS] = {sizeof request, 0, 0, 0, 0, 0, (uint32_t)(uintptr_t)path};
+    uint32_t request[PATH_WORDS] = {sizeof(request), 0, 0, 0, 0, 0, (uint32_t)(uintptr_t)path};
     uint32_t count = 0;
     double temperature = 0;
     Handle api;
@@ -158,7 +158,7 @@ int main(int argc, char** argv) {
     }
     EXPECT(ctlEnumFans(NULL, &count, NULL) == 0x40000001);
     if (strcmp(argv[1], "by-path") == 0) {
-        uint32_t args[INIT_WORDS] = {sizeof args, 0, 0x00010001, 1};
+        uint32_t args[INIT_WORDS] = {sizeof(args), 0, 0x00010001, 1};
         EXPECT(ctlInit(args, &api) == 0x40000026); /* there is none of the usual name */
         MultiByteToWideChar(CP_UTF8, 0, argv[2], -1, path, MAX_PATH);
         EXPECT(ctlSetRuntimePath(request) == 0);

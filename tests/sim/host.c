@@ -11,7 +11,7 @@
 #define FIND(function, module, name)                          \
     do {                                                      \
         FARPROC const found = GetProcAddress((module), name); \
-        memcpy(&(function), &found, sizeof found);            \
+        memcpy(&(function), &found, sizeof(found));           \
     } while (0)
 
 int main(int argc, char** argv) {
@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     FIND(start, simulation, "GputuneSim_Start");
     FIND(stop, simulation, "GputuneSim_Stop");
     char error[512];
-    if (!start(argv[3], error, sizeof error)) {
+    if (!start(argv[3], error, sizeof(error))) {
         printf("%s\n", error);
         return 1;
     }

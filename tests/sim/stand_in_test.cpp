@@ -188,7 +188,7 @@ TEST_F(Nvapi, OrderedResultsComeFirst) {
     EXPECT_EQ(EnumGpus(gpus, count), -4) << "the ordered success did nothing";
 }
 
-TEST_F(Nvapi, CountsAndTextsAreSpoilt) {
+TEST_F(Nvapi, CountsAndTextsAreGarbled) {
     auto const fault = [](char const* entryPoint, char const* kind) {
         return NvidiaText(std::string(R"(, "faults": [{ "entryPoint": ")") + entryPoint + R"(", "garbage": ")" + kind +
                           R"(" }])");

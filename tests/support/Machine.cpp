@@ -8,31 +8,6 @@
 
 namespace gputune::test {
 
-namespace {
-
-template <class Value>
-Bytes BytesOf(std::vector<Value> const& values) {
-    Bytes bytes(values.size() * sizeof(Value));
-    if (!values.empty()) {
-        std::memcpy(bytes.data(), values.data(), bytes.size());
-    }
-    return bytes;
-}
-
-}  // namespace
-
-Bytes Ints(std::vector<int> const& values) {
-    return BytesOf(values);
-}
-
-Bytes Ints(std::initializer_list<int> values) {
-    return Ints(std::vector<int>(values));
-}
-
-Bytes Doubles(std::vector<double> const& values) {
-    return BytesOf(values);
-}
-
 Bytes Patched(Bytes bytes, std::size_t offset, Bytes const& patch) {
     bytes.resize(std::max(bytes.size(), offset + patch.size()));
     std::copy(patch.begin(), patch.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
@@ -60,6 +35,17 @@ double Call::DoubleArgument(std::size_t word) const {
     double value = 0;
     std::memcpy(&value, args.data() + word, sizeof value);
     return value;
+}
+
+Handle Call::HandleArgument(std::size_t argument) const {
+    return Handle{static_cast<unsigned>(args.at(argument))};
+}
+
+void Call::CopyRecord(void* target, std::size_t size) const {
+    if (size != record.size()) {
+        throw std::length_error(entryPoint + " has a record of " + std::to_string(record.size()) + " bytes");
+    }
+    std::memcpy(target, record.data(), size);
 }
 
 namespace {
@@ -161,6 +147,13 @@ bool Machine::InitAndForget() {
     return ok;
 }
 
+Machine Machine::Started() {
+    if (!InitAndForget()) {
+        throw std::runtime_error("the library under test did not start");
+    }
+    return std::move(*this);
+}
+
 Lines Machine::TakeLog() {
     // Binary, to see the line ends as they are; the text mode of the file writes the system's own.
     std::ifstream file("debug.log", std::ios::binary);
@@ -189,31 +182,38 @@ std::vector<Call> Machine::TakeCalls() {
     return calls;
 }
 
-std::vector<std::string> Machine::TakeCallNames() {
-    std::vector<std::string> names;
-    for (Call const& call : TakeCalls()) {
-        names.push_back(call.entryPoint);
+Lines Machine::TakeTraffic(std::string (*describe)(Call const&)) {
+    std::vector<Call> const calls = TakeCalls();
+    Lines lines(calls.size());
+    std::transform(calls.begin(), calls.end(), lines.begin(), describe);
+    return lines;
+}
+
+Lines Machine::TakeCallNames() {
+    return TakeTraffic([](Call const& call) { return call.entryPoint; });
+}
+
+std::vector<Call> Machine::CallsOf(std::string const& entryPoint) const {
+    ScriptedLibrary const& library = LibraryOf(entryPoint);
+    std::vector<Call> calls;
+    for (int index = 0; index < library.CallCount(); ++index) {
+        if (library.CallAt(index).entryPoint == entryPoint) {
+            calls.push_back(ToCall(library.CallAt(index)));
+        }
     }
-    return names;
+    return calls;
 }
 
 Call Machine::LastCall(std::string const& entryPoint) const {
-    ScriptedLibrary const& library = LibraryOf(entryPoint);
-    for (int index = library.CallCount(); index-- > 0;) {
-        if (library.CallAt(index).entryPoint == entryPoint) {
-            return ToCall(library.CallAt(index));
-        }
+    std::vector<Call> const calls = CallsOf(entryPoint);
+    if (calls.empty()) {
+        throw std::runtime_error(entryPoint + " was not called");
     }
-    throw std::runtime_error(entryPoint + " was not called");
+    return calls.back();
 }
 
 int Machine::CountOf(std::string const& entryPoint) const {
-    ScriptedLibrary const& library = LibraryOf(entryPoint);
-    int count = 0;
-    for (int index = 0; index < library.CallCount(); ++index) {
-        count += library.CallAt(index).entryPoint == entryPoint ? 1 : 0;
-    }
-    return count;
+    return static_cast<int>(CallsOf(entryPoint).size());
 }
 
 std::vector<LibraryLoad> Machine::TakeLoads() {
@@ -224,13 +224,20 @@ int Machine::UnloadCount() const {
     return host::UnloadCount();
 }
 
-void Machine::WriteProfile(std::string const& text) {
+Machine& Machine::WriteProfile(std::string const& text) {
     std::filesystem::create_directories(host::ProfilePath().parent_path());
     std::ofstream(host::ProfilePath(), std::ios::binary) << text;
+    return *this;
 }
 
-void Machine::RemoveProfile() {
+Machine& Machine::RemoveProfile() {
     std::filesystem::remove(host::ProfilePath());
+    return *this;
+}
+
+Lines operator+(Lines first, Lines const& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
 }
 
 std::string host::FileName(Machine::Library library) {

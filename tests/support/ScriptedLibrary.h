@@ -94,11 +94,21 @@ protected:
     ~ScriptedLibrary() = default;
 };
 
+// A handle that a vendor's library hands out and is given back. Of a row of handles each is one more than the last.
+enum class Handle : std::uintptr_t {};
+
+constexpr Handle operator+(Handle first, int position) {
+    return Handle{static_cast<std::uintptr_t>(first) + static_cast<std::uintptr_t>(position)};
+}
+
 // The name to give orders for, when they are only for the calls of an entry point that have this first argument.
 inline std::string For(std::string const& entryPoint, Word firstArgument) {
     char text[24];
     std::snprintf(text, sizeof text, "@%llX", static_cast<unsigned long long>(firstArgument));
     return entryPoint + text;
+}
+inline std::string For(std::string const& entryPoint, Handle handle) {
+    return For(entryPoint, static_cast<int>(handle));
 }
 
 }  // namespace gputune::test

@@ -20,9 +20,9 @@ std::string NotInitializedLine(std::string const& tag) {
 Machine IntelBoard(std::vector<IntelDevice> const& devices) {
     Machine machine(Machine::Library::Intel);
     machine.Captions({L"Intel(R) Arc(TM) A770 Graphics"});
-    machine.Write("ctlInit", 1, Ints({kIntelApi}));
+    machine.Reports(ApiHandle{});
 
-    std::vector<int> handles;
+    std::vector<Handle> handles;
     for (IntelDevice const& device : devices) {
         handles.push_back(device.handle);
         std::string const properties = For("ctlGetDeviceProperties", device.handle);
@@ -31,10 +31,8 @@ Machine IntelBoard(std::vector<IntelDevice> const& devices) {
         machine.Write(properties, 1, Ints({device.vendor, device.device, device.revision}), 56);
         machine.Write(properties, 1, Text(device.name), 80);
     }
-    machine.Write("ctlEnumerateDevices", 1, Ints({static_cast<int>(handles.size())}));
-    machine.Write("ctlEnumerateDevices", 2, Ints(handles));
-
-    machine.Write("ctlOverclockGetProperties", 1, Doubles({200.0}), oc::kPowerLimit + oc::kDefault);
+    OrderDeviceList(machine, static_cast<int>(handles.size()), handles);
+    OrderDefaultLimit(machine, 200);
     OrderFans(machine, {FixedFan()});
     return machine;
 }
@@ -48,37 +46,102 @@ FanProperties TableFan(int points) {
 }
 
 void OrderFans(Machine& machine, std::vector<FanProperties> const& fans) {
-    std::vector<int> handles;
+    std::vector<Handle> handles;
     for (FanProperties const& fan : fans) {
-        int const handle = kFan + static_cast<int>(handles.size());
+        Handle const handle = kFan + static_cast<int>(handles.size());
         std::string const properties = For("ctlFanGetProperties", handle);
         machine.Write(properties, 1, {fan.canControl}, 5);
         machine.Write(properties, 1, Ints({fan.modes, fan.units, fan.maxRpm, fan.maxPoints}), 8);
         handles.push_back(handle);
     }
-    machine.Write("ctlEnumFans", 1, Ints({static_cast<int>(handles.size())}));
-    machine.Write("ctlEnumFans", 2, Ints(handles));
+    OrderFanList(machine, static_cast<int>(handles.size()), handles);
 }
 
-Lines TakeIntelTraffic(Machine& machine) {
-    Lines lines;
-    for (Call const& call : machine.TakeCalls()) {
-        char text[100];
-        if (call.args.size() == 3 && call.entryPoint.ends_with("Set")) {
-            std::snprintf(text, sizeof text, "%s %X %.3f", call.entryPoint.c_str(),
-                          static_cast<unsigned>(call.args.at(0)), call.DoubleArgument(1));
-        } else if (call.entryPoint == "ctlInit") {
-            std::snprintf(text, sizeof text, "ctlInit");
-        } else {
-            std::snprintf(text, sizeof text, "%s %X", call.entryPoint.c_str(), static_cast<unsigned>(call.args.at(0)));
-        }
-        lines.push_back(text);
+void OrderModeOfOtherFans(Machine& machine, int modes) {
+    machine.Write("ctlFanGetProperties", 1, Ints({modes}), 8);
+}
+
+void OrderDeviceList(Machine& machine, int count, std::vector<Handle> const& handles) {
+    machine.Write("ctlEnumerateDevices", 1, Ints({count})).Write("ctlEnumerateDevices", 2, BytesOf(handles));
+}
+
+void OrderFanList(Machine& machine, int count, std::vector<Handle> const& handles) {
+    machine.Write("ctlEnumFans", 1, Ints({count})).Write("ctlEnumFans", 2, BytesOf(handles));
+}
+
+void OrderControl(Machine& machine, int control, OverclockControl const& properties) {
+    machine.Write("ctlOverclockGetProperties", 1, BytesOf(properties), control);
+}
+
+void OrderDefaultLimit(Machine& machine, double watts) {
+    OrderControl(machine, oc::kPowerLimit, {.standard = watts});
+}
+
+void OrderOverclockByte(Machine& machine, int offset, unsigned char value) {
+    machine.Write("ctlOverclockGetProperties", 1, {value}, offset);
+}
+
+double SentValue(Machine const& machine, std::string const& entryPoint) {
+    return machine.LastCall(entryPoint).DoubleArgument(1);
+}
+
+void OrderItem(Machine& machine, int item, TelemetryItem const& reading) {
+    machine.Write("ctlPowerTelemetryGet", 1, BytesOf(reading), item);
+}
+
+void OrderItem(Machine& machine, int item, double value) {
+    OrderItem(machine, item, {.value = value});
+}
+
+void OrderTelemetryByte(Machine& machine, int offset, unsigned char value) {
+    machine.Write("ctlPowerTelemetryGet", 1, {value}, offset);
+}
+
+void OrderConfig(Machine& machine, int mode, int count, std::vector<FanNode> const& nodes) {
+    machine.Write("ctlFanGetConfig", 1, Ints({mode}), 8).Write("ctlFanGetConfig", 1, Ints({count}), 36);
+    int offset = 40;
+    for (FanNode const& node : nodes) {
+        machine.Write("ctlFanGetConfig", 1, Ints({node.temperature}), offset + 8);
+        machine.Write("ctlFanGetConfig", 1, Ints({node.speed, node.units}), offset + 20);
+        offset += 28;
     }
-    return lines;
 }
 
-Bytes SizedRecord(int size) {
-    return Patched(Bytes(static_cast<std::size_t>(size)), 0, Ints({size}));
+namespace {
+
+// A record to be read into: its size, and zeros. That of a device's properties has room for the identifier elsewhere,
+// and says how much.
+bool IsEmptyRecord(Call const& call) {
+    Bytes expected = Patched(Bytes(call.record.size()), 0, Ints({static_cast<int>(call.record.size())}));
+    if (call.entryPoint != "ctlGetDeviceProperties") {
+        return call.record == expected;
+    }
+    constexpr int kIdentifier = 8;
+    expected = Patched(expected, kIdentifier + sizeof(Handle), Ints({8}));
+    return call.Int(kIdentifier) != 0 && Patched(call.record, kIdentifier, BytesOf(Handle{})) == expected;
+}
+
+}  // namespace
+
+std::string DescribeIntelCall(Call const& call) {
+    std::string const& name = call.entryPoint;
+    if (name == "ctlInit") {
+        return name;
+    }
+    char text[100];
+    std::snprintf(text, sizeof text, "%s %X", name.c_str(), static_cast<unsigned>(call.HandleArgument(0)));
+    std::string line = text;
+    if (name.starts_with("ctlEnum")) {
+        bool const isCount = call.HandleArgument(2) == Handle{} && call.Int(0) == 0;
+        return line + (isCount ? ": count" : ": room for " + std::to_string(call.Int(0))) +
+               (isCount == (call.HandleArgument(2) == Handle{}) ? "" : ", which is not there");
+    }
+    if (name.starts_with("ctlOverclock") && name.ends_with("Set") && name != "ctlOverclockWaiverSet") {
+        std::snprintf(text, sizeof text, " %.3f", call.DoubleArgument(1));
+        return line + text;
+    }
+    bool const isRead = name.find("Get") != std::string::npos && !call.record.empty();
+    return line + (isRead && !IsEmptyRecord(call) ? " into a record that is not empty" : "");
 }
 
 Lines WithoutDetection(Lines const& log) {

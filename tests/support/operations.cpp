@@ -9,12 +9,6 @@ namespace gputune::test {
 
 namespace {
 
-template <class Value>
-Bytes BytesOf(Value const& value) {
-    auto const* const first = reinterpret_cast<unsigned char const*>(&value);
-    return {first, first + sizeof value};
-}
-
 Answer Success(bool result) {
     return {.bytes = {static_cast<unsigned char>(result ? 1 : 0)}, .breach = "", .success = result};
 }

@@ -9,8 +9,8 @@
 
 namespace gputune::embedded {
 
-extern std::string_view const completionBash;
-extern std::string_view const completionPowerShell;
+extern std::string_view const kCompletionBash;
+extern std::string_view const kCompletionPowerShell;
 
 }  // namespace gputune::embedded
 
@@ -145,12 +145,12 @@ std::string BashScript(CommandLine const& line) {
         places.push_back(place);
         candidates.push_back("                '" + place + "') candidates='" + Words(words) + "' ;;");
     }
-    return FillPlaceholders(embedded::completionBash, {{"with-value", Joined(withValue, " | ")},
-                                                       {"values", Joined(values, "\n")},
-                                                       {"places", Joined(places, " | ")},
-                                                       {"candidates", Joined(candidates, "\n")},
-                                                       {"file-places", Joined(line.filePlaces, " | ")},
-                                                       {"everywhere", Words(line.everywhere)}});
+    return FillPlaceholders(embedded::kCompletionBash, {{"with-value", Joined(withValue, " | ")},
+                                                        {"values", Joined(values, "\n")},
+                                                        {"places", Joined(places, " | ")},
+                                                        {"candidates", Joined(candidates, "\n")},
+                                                        {"file-places", Joined(line.filePlaces, " | ")},
+                                                        {"everywhere", Words(line.everywhere)}});
 }
 
 // ---- PowerShell ----
@@ -191,7 +191,7 @@ std::string PowerShellScript(CommandLine const& line) {
         std::transform(value.choices.begin(), value.choices.end(), std::back_inserter(choices), PowerShellText);
         values.push_back(PowerShellList(key, Joined(choices, ", ")));
     }
-    return FillPlaceholders(embedded::completionPowerShell,
+    return FillPlaceholders(embedded::kCompletionPowerShell,
                             {{"candidates", Joined(candidates, "\n")},
                              {"everywhere", PowerShellPairs(line.everywhere, "        ")},
                              {"values", Joined(values, "\n")}});

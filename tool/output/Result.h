@@ -50,8 +50,10 @@ struct Grid {
 };
 
 struct Section {
-    // How JSON tells the unit: in the key ("clock_mhz": 1500), or beside the value ("clock": {"value": 1500, "unit":
-    // "mhz"}) where the unit depends on the board, so that the key does not.
+    // How JSON tells the unit: in the key, or beside the value where the unit depends on the board, and the key must
+    // not.
+    //     "clock_mhz": 1500
+    //     "clock": {"value": 1500, "unit": "mhz"}
     enum class UnitForm { InKey, BesideValue };
 
     std::string key{};    // empty: the fields belong to the JSON object itself
@@ -65,7 +67,7 @@ struct Section {
 // What became of a change.
 struct Outcome {
     bool done = false;                    // sent, and nothing shows that it was not taken
-    std::optional<bool> confirmed{};      // the board shows it; nothing: the board does not tell
+    std::optional<bool> confirmed{};      // the board shows it; nothing: the board does not report it
     std::vector<std::string> problems{};  // why it is not done
 };
 

@@ -44,7 +44,7 @@ NumberProblem CheckWhole(char const* text, int base, long long& number, NumberPr
 
 NumberProblem CheckFloat(char const* text) {
     // A round number that every driver can take: some count clocks in units of 10 kHz, in 32 bits.
-    constexpr float kLargest = 20000000;
+    constexpr float kLargest = 20000000.0F;
     char* end = nullptr;
     errno = 0;
     float const number = std::strtof(text, &end);

@@ -22,8 +22,8 @@ using tinyxml2::XMLElement;
 
 constexpr std::pair<tinyxml2::XMLError, char const*> kSyntaxErrors[] = {
     {tinyxml2::XML_ERROR_EMPTY_DOCUMENT, "no root element"},
-    {tinyxml2::XML_ERROR_PARSING_ELEMENT,
-     "a tag without a name or its end, or with what is no attribute in it (a '<' in text is written \"&lt;\")"},
+    {tinyxml2::XML_ERROR_PARSING, "a tag without a name (a '<' in text is written \"&lt;\")"},
+    {tinyxml2::XML_ERROR_PARSING_ELEMENT, "a tag without its end \">\", or with what is no attribute in it"},
     {tinyxml2::XML_ERROR_PARSING_ATTRIBUTE, "a tag with an attribute that has no value in quotes, or appears twice"},
     {tinyxml2::XML_ERROR_PARSING_TEXT, "text that no tag follows"},
     {tinyxml2::XML_ERROR_PARSING_CDATA, "CDATA section without its end \"]]>\""},

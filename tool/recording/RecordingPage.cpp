@@ -11,13 +11,13 @@
 
 namespace gputune::embedded {
 
-extern std::string_view const pageHtml;
-extern std::string_view const pageReadingsScript;
-extern std::string_view const pageScript;
-extern std::string_view const pageStyle;
-extern std::string_view const uplotLicence;
-extern std::string_view const uplotScript;
-extern std::string_view const uplotStyle;
+extern std::string_view const kPageHtml;
+extern std::string_view const kPageReadingsScript;
+extern std::string_view const kPageScript;
+extern std::string_view const kPageStyle;
+extern std::string_view const kUplotLicence;
+extern std::string_view const kUplotScript;
+extern std::string_view const kUplotStyle;
 
 }  // namespace gputune::embedded
 
@@ -206,27 +206,27 @@ std::string EscapeHtml(std::string_view text) {
 }
 
 bool HasCharts() {
-    return !embedded::uplotScript.empty();
+    return !embedded::kUplotScript.empty();
 }
 
 std::string RecordingPage(Recording const& recording, std::string const& fileName) {
     std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
     std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
-    return FillPlaceholders(embedded::pageHtml, {{"version", GPUTUNE_VERSION},
-                                                 {"uplot-version", GPUTUNE_UPLOT_VERSION},
-                                                 {"title", title},
-                                                 {"heading", heading},
-                                                 {"facts", Facts(recording, fileName)},
-                                                 {"remarks", Remarks(recording)},
-                                                 {"summary", SummaryRows(recording)},
-                                                 {"file", EscapeHtml(fileName)},
-                                                 {"data", DataText(recording)},
-                                                 {"style", embedded::pageStyle},
-                                                 {"readings-script", embedded::pageReadingsScript},
-                                                 {"script", embedded::pageScript},
-                                                 {"uplot-licence", embedded::uplotLicence},
-                                                 {"uplot-style", embedded::uplotStyle},
-                                                 {"uplot-script", embedded::uplotScript}});
+    return FillPlaceholders(embedded::kPageHtml, {{"version", GPUTUNE_VERSION},
+                                                  {"uplot-version", GPUTUNE_UPLOT_VERSION},
+                                                  {"title", title},
+                                                  {"heading", heading},
+                                                  {"facts", Facts(recording, fileName)},
+                                                  {"remarks", Remarks(recording)},
+                                                  {"summary", SummaryRows(recording)},
+                                                  {"file", EscapeHtml(fileName)},
+                                                  {"data", DataText(recording)},
+                                                  {"style", embedded::kPageStyle},
+                                                  {"readings-script", embedded::kPageReadingsScript},
+                                                  {"script", embedded::kPageScript},
+                                                  {"uplot-licence", embedded::kUplotLicence},
+                                                  {"uplot-style", embedded::kUplotStyle},
+                                                  {"uplot-script", embedded::kUplotScript}});
 }
 
 }  // namespace gputune::tool

@@ -41,6 +41,7 @@ std::vector<FanTablePoint> ParseFanCurve(std::vector<std::string> const& points)
 
 std::string FanCurveText(std::vector<FanTablePoint> const& curve) {
     std::vector<std::string> points;
+    points.reserve(curve.size());
     for (FanTablePoint const& point : curve) {
         points.push_back(std::to_string(point.FanTemperature) + ":" + std::to_string(point.FanSpeed));
     }

@@ -107,7 +107,7 @@ Name ApiName(std::uint32_t api) {
 }
 
 std::span<char const* const> ControlLibraryFiles(std::uint32_t vendor) {
-    Vendor const* const entry = Find<Vendor>(kVendors, vendor);
+    auto const* const entry = Find<Vendor>(kVendors, vendor);
     return entry != nullptr ? entry->libraryFiles : std::span<char const* const>();
 }
 
@@ -117,7 +117,7 @@ std::string ControlLibraryNames(std::uint32_t vendor) {
 }
 
 char const* DriverName(std::uint32_t vendor) {
-    Vendor const* const entry = Find<Vendor>(kVendors, vendor);
+    auto const* const entry = Find<Vendor>(kVendors, vendor);
     return entry != nullptr ? entry->driver : "the vendor's graphics driver";
 }
 

@@ -8,7 +8,7 @@ namespace gputune::tool {
 
 namespace {
 
-std::string AddUnit(std::string number, Unit unit) {
+std::string AddUnit(std::string const& number, Unit unit) {
     return unit == Unit::None ? number : number + " " + UnitName(unit).text;
 }
 

@@ -46,9 +46,7 @@ Lines PrintedProfile(std::string const& gpuOc) {
 std::string const kReader = "[IVideoAdapter::GetExternalPerformanceParameter] ";
 
 TEST(IgclProfile, OfTheWholeHardwareIdIsFoundButNotApplied) {
-    Machine machine = IntelBoard();
-    machine.WriteProfile(kBoard);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().WriteProfile(kBoard).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     Lines const log = machine.TakeLog();
     ASSERT_EQ(log.size(), 16U);
@@ -59,9 +57,7 @@ TEST(IgclProfile, OfTheWholeHardwareIdIsFoundButNotApplied) {
 }
 
 TEST(IgclProfile, DefaultIsFoundButNotApplied) {
-    Machine machine = IntelBoard();
-    machine.WriteProfile(kDefault);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().WriteProfile(kDefault).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     EXPECT_EQ(WithoutPath(machine.TakeLog()),
               Joined({{kBegin, kReader + "given hwid ... -1", kReader + "VGA HWID ... not found",
@@ -71,9 +67,7 @@ TEST(IgclProfile, DefaultIsFoundButNotApplied) {
 }
 
 TEST(IgclProfile, OfOtherBoardsIsAFailure) {
-    Machine machine = IntelBoard();
-    machine.WriteProfile(kOtherBoard);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().WriteProfile(kOtherBoard).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     EXPECT_EQ(WithoutPath(machine.TakeLog()),
               Lines({kBegin, kReader + "given hwid ... -1", kReader + "VGA HWID ... not found",
@@ -81,9 +75,7 @@ TEST(IgclProfile, OfOtherBoardsIsAFailure) {
 }
 
 TEST(IgclProfile, MissingFileIsAFailure) {
-    Machine machine = IntelBoard();
-    machine.RemoveProfile();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().RemoveProfile().Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     Lines const log = machine.TakeLog();
     EXPECT_EQ(WithoutPath(log),
@@ -93,17 +85,13 @@ TEST(IgclProfile, MissingFileIsAFailure) {
 }
 
 TEST(IgclProfile, IdThatIsNoNumberReachesTheCallerAsAFailure) {
-    Machine machine = IntelBoard();
-    machine.WriteProfile("<Boards><Board Id=\"nonsense\"/></Boards>");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().WriteProfile("<Boards><Board Id=\"nonsense\"/></Boards>").Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     EXPECT_EQ(machine.TakeCallNames(), Lines{});
 }
 
 TEST(IgclProfile, ExportedReaderAnswersForAnyId) {
-    Machine machine = IntelBoard();
-    machine.WriteProfile(kBoard);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().WriteProfile(kBoard).Started();
     PredefinedPerformanceParameter const profile = machine.Api().GetExternalPerformanceParameter(0x0B361002);
     EXPECT_TRUE(profile.Valid);
     EXPECT_EQ(profile.GpuOC, 50.0F);

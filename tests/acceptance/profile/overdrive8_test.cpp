@@ -68,9 +68,8 @@ struct Row {
 
 // On a board with clock limits, memory clock and power limit: defaults 65 (setting 6), 85 (setting 8), power -20 to 20.
 void Check(Mode mode, std::vector<Row> const& rows) {
-    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{9, 1}}));
+    Machine machine = Overdrive8Board(kLimits | kMemory | kPower).Started();
+    BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPower, 1}}));
     for (Row const& row : rows) {
         SCOPED_TRACE(row.values.gpu + ", " + row.values.mem + ", " + row.values.power);
         machine.WriteProfile(Profile("Id=\"0B361002\"", mode, row.values));
@@ -79,8 +78,8 @@ void Check(Mode mode, std::vector<Row> const& rows) {
         std::string const mem = std::to_string(row.memClock);
         EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup + kPowerSet +
                                             Entries(Tag(mode), {"GpuClock=" + gpu + ", MemClock=" + mem}) + kClocksSet);
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 9=" + std::to_string(row.power), kRead,
-                                               "Setting_Set 5: 0=" + gpu + kSame + " 8=" + mem}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 9=" + std::to_string(row.power), kRead,
+                                                  "Setting_Set 5: 0=" + gpu + kSame + " 8=" + mem}));
     }
     machine.RemoveProfile();
 }
@@ -120,6 +119,15 @@ TEST(Overdrive8SilentMode, AppliesFactorsAndNoGivenClocks) {
 
 Values const kOrdinary = {R"(Normal="1.05")", R"(Normal="1.1")", R"(Normal="15")"};
 
+// The board's ranges with these defaults.
+std::vector<SettingRange> WithDefaults(int curveTop, int gpuMaximum, int memoryClock) {
+    std::vector<SettingRange> ranges = Overdrive8Ranges();
+    ranges[setting::kCurveTop].standard = curveTop;
+    ranges[setting::kGpuMaximum].standard = gpuMaximum;
+    ranges[setting::kMemoryClock].standard = memoryClock;
+    return ranges;
+}
+
 TEST(Overdrive8Modes, StartFromTheTopOfTheCurveElseTheMaximum) {
     Machine machine = Overdrive8Board(kLimits | kCurve | kMemory | kPower);
     struct Base {
@@ -129,7 +137,6 @@ TEST(Overdrive8Modes, StartFromTheTopOfTheCurveElseTheMaximum) {
         std::string requests;
         std::string planned;
     };
-    // The defaults of settings 6, 0 and 8 stand at 3 + 4 k.
     Base const bases[] = {
         {2100, 1800, 1000, " 0=2625 1=13 2=23 3=33 4=43 5=53 6=2625 7=73 8=1500", "GpuClock=2625, MemClock=1500"},
         {0, 1800, 1000, " 0=2250 1=13 2=23 3=33 4=43 5=53 6=2250 7=73 8=1500", "GpuClock=2250, MemClock=1500"},
@@ -140,15 +147,14 @@ TEST(Overdrive8Modes, StartFromTheTopOfTheCurveElseTheMaximum) {
     ASSERT_TRUE(machine.InitAndForget());
     for (Base const& base : bases) {
         SCOPED_TRACE(base.planned);
-        BecomeBoardWith(
-            machine, kLimits | kCurve | kMemory | kPower,
-            With(Overdrive8Ranges(), {{3 + 4 * 6, base.curveTop}, {3, base.maximum}, {3 + 4 * 8, base.memory}}));
+        BecomeBoardWith(machine, kLimits | kCurve | kMemory | kPower,
+                        WithDefaults(base.curveTop, base.maximum, base.memory));
         for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
             machine.WriteProfile(Profile("Default=\"1\"", mode, values));
             EXPECT_TRUE(Apply(machine, mode));
             EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup + kPowerSet +
                                                 Entries(Tag(mode), {base.planned}) + kClocksSet);
-            EXPECT_EQ(TakeTraffic(machine),
+            EXPECT_EQ(TakeAmdTraffic(machine),
                       Lines({kRead, "Setting_Set 5: 9=15", kRead, "Setting_Set 5:" + base.requests}));
         }
     }
@@ -169,15 +175,14 @@ TEST(Overdrive8Modes, ThatAreNoNumbersAreNotSent) {
         {one, R"(Normal="1" Given="inf")", one},
         {one, R"(Normal="1" Given="-1e30")", one},
     };
-    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits | kMemory | kPower).Started();
     auto const expectRefused = [&](Mode mode, Values const& values) {
         SCOPED_TRACE(values.gpu + ", " + values.mem + ", " + values.power);
         machine.WriteProfile(Profile("Id=\"0B361002\"", mode, values));
         EXPECT_FALSE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup +
                                             Entries(Tag(mode), {"predefined performance parameter out of range"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines());
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines());
     };
     for (Values const& values : plans) {
         expectRefused(Mode::Overclock, values);
@@ -190,37 +195,35 @@ TEST(Overdrive8Modes, ThatAreNoNumbersAreNotSent) {
 }
 
 TEST(Overdrive8Modes, WithoutTheCurrentSettingsAreNotSent) {
-    Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
-    machine.Result("ADL2_Overdrive8_Current_SettingX2_Get", -1);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine =
+        Overdrive8Board(kLimits | kMemory | kPower).Result("ADL2_Overdrive8_Current_SettingX2_Get", -1).Started();
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Id=\"0B361002\"", mode, {R"(Normal="1")", R"(Normal="1")", R"(Normal="5")"}));
         EXPECT_FALSE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup + kCurrentFailed +
                                             Entries(Tag(mode), {"GpuClock=65, MemClock=85"}) + kCurrentFailed);
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, kRead}));
     }
     machine.RemoveProfile();
 }
 
 TEST(Overdrive8Modes, WithoutTheRangesAreNotSent) {
     Machine machine = Overdrive8Board(kLimits | kMemory | kPower);
-    machine.Write("ADL2_Overdrive8_Init_SettingX2_Get", 3, Ints({9}));  // the power limit is setting 9
+    machine.Reports(RangeCount{setting::kPower});  // the first that is not there
     ASSERT_TRUE(machine.InitAndForget());
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Id=\"0B361002\"", mode, {R"(Normal="1")", R"(Normal="1")", R"(Normal="5")"}));
         EXPECT_FALSE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine), Entries(Tag(mode), {"begin"}) + kLookup +
                                             Entries(Tag(mode), {"no ranges of clocks and power limit"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines());
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines());
     }
     machine.RemoveProfile();
 }
 
 // 1000 x 0.7 in single precision is 700, 10 x 0.7 is 7; 1800 x 1.05 is a little less than 1890, 1000 x 1.05 is 1050.
 TEST(Overdrive8Modes, MultiplyInSinglePrecision) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     struct Product {
         int gpu;
         int mem;
@@ -229,21 +232,21 @@ TEST(Overdrive8Modes, MultiplyInSinglePrecision) {
         int memClock;
     };
     for (Product const& product : {Product{1000, 10, "0.7", 700, 7}, Product{1800, 1000, "1.05", 1889, 1050}}) {
-        BecomeBoardWith(machine, kLimits | kMemory, With(Overdrive8Ranges(), {{27, product.gpu}, {35, product.mem}}));
+        BecomeBoardWith(machine, kLimits | kMemory, WithDefaults(product.gpu, 5, product.mem));
         std::string const normal = "Normal=\"" + product.factor + "\"";
         for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
             machine.WriteProfile(Profile("Default=\"1\"", mode, {normal, normal, R"(Normal="0")"}));
             EXPECT_TRUE(Apply(machine, mode));
-            EXPECT_EQ(machine.LastCall("ADL2_Overdrive8_Setting_Set").Int(4), product.gpuClock);
-            EXPECT_EQ(machine.LastCall("ADL2_Overdrive8_Setting_Set").Int(4 + 12 * 8), product.memClock);
+            SettingRequest const request = machine.Sent<SettingRequest>();
+            EXPECT_EQ(request.settings[setting::kGpuMaximum].value, product.gpuClock);
+            EXPECT_EQ(request.settings[setting::kMemoryClock].value, product.memClock);
         }
     }
     machine.RemoveProfile();
 }
 
 TEST(Overdrive8Modes, SetClocksAlsoWhenThePowerLimitStaysAsItIs) {
-    Machine machine = Overdrive8Board(kLimits | kMemory);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits | kMemory).Started();
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Id=\"0x0B361002\"", mode, kOrdinary));
         BecomeBoardWith(machine, kLimits | kMemory);
@@ -254,13 +257,13 @@ TEST(Overdrive8Modes, SetClocksAlsoWhenThePowerLimitStaysAsItIs) {
 
         // In effect already.
         BecomeBoardWith(machine, kLimits | kMemory | kPower);
-        OrderCurrent(machine, With(Overdrive8Current(), {{9, 15}}));
+        BecomeCurrent(machine, With(Overdrive8Current(), {{setting::kPower, 15}}));
         EXPECT_TRUE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine),
                   Entries(Tag(mode), {"begin"}) + kLookup +
                       Lines{"[OD8Helper::SetPowerLimit(int,int) ... Current value is already the given value"} +
                       Entries(Tag(mode), {"GpuClock=68, MemClock=93"}) + kClocksSet);
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, kRead, "Setting_Set 5: 0=68" + kSame + " 8=93"}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, kRead, "Setting_Set 5: 0=68" + kSame + " 8=93"}));
     }
     machine.RemoveProfile();
 }
@@ -280,9 +283,9 @@ TEST(Overdrive8Modes, SetClocksAlsoWhenTheDriverRefusesThePowerLimit) {
 }
 
 TEST(Overdrive8Modes, FailWhereTheClocksCannotBeSet) {
-    Machine machine = Overdrive8Board(kPower);
-    ASSERT_TRUE(machine.InitAndForget());
-    OrderCurrent(machine, With(Overdrive8Current(), {{0, 68}, {8, 93}, {9, 1}}));
+    Machine machine = Overdrive8Board(kPower).Started();
+    BecomeCurrent(machine, With(Overdrive8Current(),
+                                {{setting::kGpuMaximum, 68}, {setting::kMemoryClock, 93}, {setting::kPower, 1}}));
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Id=\"0B361002\"", mode, kOrdinary));
         Lines const upToThere =
@@ -297,14 +300,13 @@ TEST(Overdrive8Modes, FailWhereTheClocksCannotBeSet) {
         EXPECT_FALSE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine),
                   upToThere + Entries(kUserTag + "2", {"current gpu/mem clock are same as the given value"}));
-        EXPECT_EQ(TakeTraffic(machine), Lines({kRead, "Setting_Set 5: 9=15", kRead}));
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines({kRead, "Setting_Set 5: 9=15", kRead}));
     }
     machine.RemoveProfile();
 }
 
 TEST(Overdrive8Modes, WithoutAProfileChangeNothing) {
-    Machine machine = Overdrive8Board(kPower | kLimits);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kPower | kLimits).Started();
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.RemoveProfile();
         Lines const failed = Entries(Tag(mode), {"begin"}) + kLookup +
@@ -315,32 +317,30 @@ TEST(Overdrive8Modes, WithoutAProfileChangeNothing) {
         machine.WriteProfile(Profile("Id=\"0B361003\"", mode, kOrdinary));  // another board
         EXPECT_FALSE(Apply(machine, mode));
         EXPECT_EQ(TakeModeLog(machine), failed);
-        EXPECT_EQ(TakeTraffic(machine), Lines());
+        EXPECT_EQ(TakeAmdTraffic(machine), Lines());
     }
     machine.RemoveProfile();
 }
 
 TEST(Overdrive8Modes, ReadTheProfileAgainEachTime) {
-    Machine machine = Overdrive8Board(kLimits);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(kLimits).Started();
     for (auto const& [factor, clock] : {std::pair("2", 130), std::pair("3", 195)}) {
         machine.WriteProfile(Profile("Default=\"1\"", Mode::Overclock,
                                      {"Normal=\"" + std::string(factor) + "\"", "Normal=\"1\"", "Normal=\"0\""}));
         EXPECT_TRUE(machine.Api().SetPerformanceOC());
-        EXPECT_EQ(machine.LastCall("ADL2_Overdrive8_Setting_Set").Int(4), clock);
+        EXPECT_EQ(machine.Sent<SettingRequest>().settings[setting::kGpuMaximum].value, clock);
     }
     machine.RemoveProfile();
 }
 
 Machine BoardNamed(std::string const& udid) {
-    Machine machine = BoardListedAs(AdapterList({{0, udid, 3, "Radeon RX 6800", ""}}));
-    machine.Allocate("ADL2_Overdrive8_Current_SettingX2_Get", 3, Ints(Overdrive8Current()));
+    Machine machine = BoardListedAs({{.udid = udid, .name = "Radeon RX 6800"}});
+    OrderCurrent(machine, Overdrive8Current());
     return machine;
 }
 
 TEST(Overdrive8Modes, OfABoardWithoutAnIdentifierAreTheDefaultEntrys) {
-    Machine machine = BoardNamed("PCI");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardNamed("PCI").Started();
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Default=\"1\"", mode, kOrdinary));
         EXPECT_FALSE(Apply(machine, mode));  // the board has no features
@@ -357,8 +357,7 @@ TEST(Overdrive8Modes, OfABoardWithoutAnIdentifierAreTheDefaultEntrys) {
 }
 
 TEST(Overdrive8Modes, OfABoardWhoseIdentifierCannotBeConvertedAreRefused) {
-    Machine machine = BoardNamed("A&SUBSYS_9B361002");
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardNamed("A&SUBSYS_9B361002").Started();
     for (Mode const mode : {Mode::Overclock, Mode::Silent}) {
         machine.WriteProfile(Profile("Default=\"1\"", mode, kOrdinary));
         EXPECT_FALSE(Apply(machine, mode));

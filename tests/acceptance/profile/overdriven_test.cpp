@@ -15,7 +15,6 @@ constexpr char const* kMemorySet = "ADL2_OverdriveN_MemoryClocksX2_Set";
 constexpr char const* kPowerGet = "ADL2_OverdriveN_PowerLimit_Get";
 constexpr char const* kPowerSet = "ADL2_OverdriveN_PowerLimit_Set";
 constexpr char const* kCapabilities = "ADL2_OverdriveN_CapabilitiesX2_Get";
-constexpr int kHead = 12;
 
 std::string Value(std::string const& name, std::string const& normal, std::string const& given = "") {
     return "<Value Name=\"" + name + "\" Normal=\"" + normal + "\"" +
@@ -36,10 +35,7 @@ std::string const kFactors = Value("GpuOC", "1.05") + Value("MemOC", "1.1") + Va
 
 // The board, running, with this profile file.
 Machine RunningBoard(std::string const& profile) {
-    Machine machine = OverdriveNBoard();
-    machine.WriteProfile(profile);
-    EXPECT_TRUE(machine.InitAndForget());
-    return machine;
+    return OverdriveNBoard().WriteProfile(profile).Started();
 }
 
 // The lines of the mode itself: without what finding the profile and setting the clocks logs.
@@ -104,11 +100,6 @@ Lines const kFoundProfile = {
     "[PrintPredefinedPerformanceParameter()] ... Watt: 0",
 };
 
-Lines operator+(Lines lines, Lines const& more) {
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-}
-
 // What setting the clocks logs, in its order.
 Lines Clocks(Lines const& engine, Lines const& memory) {
     Lines const read = {"[OD7Helper::GetClockInfo(obj)] ... begin", "[OD7Helper::GetClockInfo(obj)] ... get ok"};
@@ -119,13 +110,9 @@ Lines Clocks(Lines const& engine, Lines const& memory) {
            Lines{"[OD7Helper::SetMemoryClock(int,int)] ADL2_OverdriveN_MemoryClocksX2_Set ... set"};
 }
 
-Bytes Table(std::vector<int> const& levels) {
-    return Patched(Ints({60, 3, 3}), kHead, Ints(levels));
-}
-
 TEST(OverdriveNOverclock, AppliesPowerThenClocksOfTheProfile) {
     Machine machine = RunningBoard(Profile(kFactors));
-    machine.Write(kPowerGet, 2, Ints({0, 7, 80}));
+    machine.Reports(PowerLimits{.power = 7, .temperature = 80});
 
     EXPECT_TRUE(machine.Api().SetPerformanceOC());
 
@@ -163,9 +150,11 @@ TEST(OverdriveNOverclock, AppliesPowerThenClocksOfTheProfile) {
                           "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 1.000000",
                           "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 220000, mem voltage: 950"}));
 
-    EXPECT_EQ(machine.LastCall(kPowerSet).record, Ints({3, 20, 75}));
-    EXPECT_EQ(machine.LastCall(kEngineSet).record, Table({30000, 750, 1, 0, 143400, 1150, 3, 0, 143400, 1150, 3, 0}));
-    EXPECT_EQ(machine.LastCall(kMemorySet).record, Table({30000, 750, 1, 0, 220000, 950, 1, 0, 220000, 950, 1, 0}));
+    EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeManual, .power = 20, .temperature = 75}));
+    EXPECT_EQ(machine.Sent<EngineLevels>(),
+              (EngineLevels{.mode = kModeManual, .levels = {{30000, 750}, {143400, 1150, 3}, {143400, 1150, 3}}}));
+    EXPECT_EQ(machine.Sent<MemoryLevels>(),
+              (MemoryLevels{.mode = kModeManual, .levels = {{30000, 750}, {220000, 950, 1}, {220000, 950, 1}}}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kPowerGet, kPowerSet, kEngineGet, kEngineSet, kMemoryGet, kMemorySet}));
 }
 
@@ -173,7 +162,7 @@ TEST(OverdriveNSilent, AppliesPowerThenClocksOfTheProfile) {
     // What is given applies to the overclock mode alone.
     Machine machine = RunningBoard(Profile(Value("GpuSilent", "0.9", "1800") + Value("MemSilent", "0.8", "1900") +
                                            Value("PowerSilent", "-10") + Value("GpuOC", "1.05", "1800")));
-    machine.Write(kPowerGet, 2, Ints({0, 7, 80}));
+    machine.Reports(PowerLimits{.power = 7, .temperature = 80});
 
     EXPECT_TRUE(machine.Api().SetPerformanceSilent());
 
@@ -208,7 +197,7 @@ TEST(OverdriveNSilent, AppliesPowerThenClocksOfTheProfile) {
                            "[OD7Helper::SetMemoryClock(int,int)] fMemOCRatio ... 0.800000",
                            "[OD7Helper::SetMemoryClock(int,int)] fMemOVRatio ... 1.000000",
                            "[OD7Helper::SetMemoryClock(int,int)] ... plan mem clock: 160000, mem voltage: 950"}));
-    EXPECT_EQ(machine.LastCall(kPowerSet).record, Ints({3, -10, 75}));
+    EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeManual, .power = -10, .temperature = 75}));
     EXPECT_EQ(machine.TakeCallNames(), Lines({kPowerGet, kPowerSet, kEngineGet, kEngineSet, kMemoryGet, kMemorySet}));
 }
 
@@ -248,7 +237,7 @@ TEST(OverdriveNOverclock, ProfileWithoutFactorsKeepsTheCurrentClocks) {
     EXPECT_NE(
         std::find(log.begin(), log.end(), "[OD7Helper::SetGpuClock(int,int)] iGpuClock == 0 ... use current: 1366"),
         log.end());
-    EXPECT_EQ(machine.LastCall(kPowerSet).record, Ints({3, 0, 75}));
+    EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{.mode = kModeManual, .power = 0, .temperature = 75}));
 }
 
 TEST(OverdriveNModes, PowerIsClampedAndTruncated) {
@@ -271,7 +260,7 @@ TEST(OverdriveNModes, PowerIsClampedAndTruncated) {
         EXPECT_EQ(std::count(overclock.begin(), overclock.end(),
                              std::string("[OD7Helper::SetPerformanceOC()] plan power limit ... ") + known.plan),
                   1);
-        EXPECT_EQ(machine.LastCall(kPowerSet).record, Ints({3, known.sent, 75}));
+        EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{kModeManual, known.sent, 75}));
 
         machine.WriteProfile(Profile(Value("PowerOC", "3") + Value("PowerSilent", known.power)));
         EXPECT_TRUE(machine.Api().SetPerformanceSilent());
@@ -279,7 +268,7 @@ TEST(OverdriveNModes, PowerIsClampedAndTruncated) {
         EXPECT_EQ(std::count(silent.begin(), silent.end(),
                              std::string("[OD7Helper::SetPerformanceSilent()] plan power limit ... ") + known.plan),
                   1);
-        EXPECT_EQ(machine.LastCall(kPowerSet).record, Ints({3, known.sent, 75}));
+        EXPECT_EQ(machine.Sent<PowerLimits>(), (PowerLimits{kModeManual, known.sent, 75}));
     }
 }
 
@@ -320,12 +309,10 @@ TEST(OverdriveNModes, PlansThatAreNoNumbersAreNotSent) {
 }
 
 TEST(OverdriveNModes, RefusedPowerLimitDoesNotStopTheClocks) {
-    Machine machine = OverdriveNBoard();
-    std::vector<int> capabilities = OverdriveNCapabilities();
-    capabilities[capability::kTemperature + 4] = 95;  // a default outside its own range
-    machine.Write(kCapabilities, 2, Ints(capabilities));
-    machine.WriteProfile(Profile(kFactors));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard()
+                          .Reports(Capabilities{.temperature = {.minimum = 50, .maximum = 90, .standard = 95}})
+                          .WriteProfile(Profile(kFactors))
+                          .Started();
     EXPECT_TRUE(machine.Api().SetPerformanceOC());
     Lines const log = machine.TakeLog();
     EXPECT_EQ(std::count(log.begin(), log.end(),
@@ -400,8 +387,7 @@ TEST(OverdriveNModes, DefaultEntryServesBoardsWithoutTheirOwn) {
 
 TEST(OverdriveNModes, BoardWithoutIdentifierIsLookedUpAsZero) {
     Machine machine = OverdriveNBoard();
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "none", .bus = 3, .name = "", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "none"}});
     machine.WriteProfile(Board("0", Value("GpuOC", "1.1") + Value("MemOC", "1")));
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_TRUE(machine.Api().SetPerformanceOC());
@@ -410,8 +396,7 @@ TEST(OverdriveNModes, BoardWithoutIdentifierIsLookedUpAsZero) {
 
 TEST(OverdriveNModes, MalformedBoardIdentifierEndsAtTheBoundary) {
     Machine machine = OverdriveNBoard();
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "&SUBSYS_E4571002", .bus = 3, .name = "", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "&SUBSYS_E4571002"}});
     machine.WriteProfile("<Boards><Board Default=\"1\">" + kFactors + "</Board></Boards>");
     ASSERT_TRUE(machine.InitAndForget());
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
@@ -433,9 +418,7 @@ TEST(OverdriveNModes, MalformedProfileIdentifierEndsAtTheBoundary) {
 }
 
 TEST(OverdriveNModes, WithoutAnyLevelNothingIsApplied) {
-    Machine machine = AmdBoard(7);
-    machine.WriteProfile(Profile(kFactors));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = AmdBoard(7).WriteProfile(Profile(kFactors)).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     EXPECT_EQ(machine.TakeLog().back(), "[OD7Helper::SetPerformanceOC()] ... no performance level");
     EXPECT_FALSE(machine.Api().SetPerformanceSilent());
@@ -444,10 +427,7 @@ TEST(OverdriveNModes, WithoutAnyLevelNothingIsApplied) {
 }
 
 TEST(OverdriveNModes, AfterAFailedInitialisationNothingIsApplied) {
-    Machine machine = OverdriveNBoard();
-    machine.Hide(kCapabilities);
-    machine.WriteProfile(Profile(kFactors));
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Hide(kCapabilities).WriteProfile(Profile(kFactors)).Started();
     EXPECT_FALSE(machine.Api().SetPerformanceOC());
     EXPECT_FALSE(machine.Api().SetPerformanceSilent());
     ExpectUnchangedClocks(machine);

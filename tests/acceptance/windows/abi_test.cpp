@@ -148,7 +148,7 @@ private:
 
 Machine ReadyBoard() {
     Machine machine = OverdriveNBoard();
-    machine.Write("ADL2_OverdriveN_Temperature_Get", 3, Ints({65500}));
+    machine.Reports(Temperature{.millidegrees = 65500});
     EXPECT_TRUE(machine.Init(GPUTUNE_LOG_FILE));
     return machine;
 }

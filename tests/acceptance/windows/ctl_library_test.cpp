@@ -112,7 +112,7 @@ TEST(CtlLibrary, AddressFoundDuringACloseIsNotKeptForTheNextLibrary) {
 // What this process cannot give, though the sum of the sizes fits 32 bits.
 TEST(CtlLibrary, CountBeyondTheProcessClosesTheLibrary) {
     Machine machine = IntelBoard();
-    machine.Write("ctlEnumerateDevices", 1, Ints({0x3F000000}));
+    OrderDeviceList(machine, 0x3F000000);
     ASSERT_TRUE(machine.Init());
     EXPECT_FALSE(machine.Api().IsInitOk());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()),

@@ -27,15 +27,13 @@ unsigned char* TwoPages(DWORD secondProtection) {
 Machine WithListAt(void const* list, int count) {
     Machine machine;
     machine.Captions({L"AMD Radeon RX 580 Series"});
-    machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 2, Ints({count}));
-    machine.Write("ADL2_Adapter_AdapterInfoX4_Get", 3, Ints({static_cast<int>(reinterpret_cast<std::intptr_t>(list))}));
-    machine.Write("ADL2_Adapter_Active_Get", 2, Ints({1}));
-    machine.Write("ADL2_Overdrive_Caps", 4, Ints({8}));
+    OrderAdaptersAt(machine, count, list);
+    machine.Reports(ActiveStatus{1}).Reports(OverdriveVersion{8});
     return machine;
 }
 
 Bytes OneAdapter(int index) {
-    return AdapterList({{.index = index, .udid = "none", .bus = 1, .name = "Board", .displayName = ""}});
+    return AdapterList({{.index = index, .udid = "none", .bus = 1, .name = "Board"}});
 }
 
 TEST(ForeignAdapterList, CountBeyondTheReadableMemoryIsCutToIt) {

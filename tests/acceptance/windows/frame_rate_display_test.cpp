@@ -58,16 +58,6 @@ int LastDisplay() {
     return display;
 }
 
-// Like the records of the driver's older list: 1,572 bytes, the display's name at 536.
-Bytes Displays(std::vector<std::string> const& names) {
-    Bytes list;
-    for (std::string const& name : names) {
-        Bytes const record = Patched(Bytes(1572), 536, Text(name));
-        list.insert(list.end(), record.begin(), record.end());
-    }
-    return list;
-}
-
 TEST(FrameRateDisplay, IsAskedAboutTheSourceThatTheSystemGives) {
     int const display = LastDisplay();
     if (display == 0) {
@@ -75,15 +65,14 @@ TEST(FrameRateDisplay, IsAskedAboutTheSourceThatTheSystemGives) {
     }
     std::string const name = "\\\\.\\DISPLAY" + std::to_string(display);
     Machine machine = Overdrive8Board(0);
-    machine.Write("ADL2_Adapter_AdapterInfoX3_Get", 2, Ints({3}));
-    machine.Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3, Displays({"\\\\.\\NOWHERE1", name, "\\\\.\\NOWHERE2"}));
-    machine.Write("ADL2_Adapter_FrameMetrics_Get", 3, {0x00, 0x00, 0x6F, 0x42});  // 59.75
+    OrderDisplays(machine, {"\\\\.\\NOWHERE1", name, "\\\\.\\NOWHERE2"});
+    machine.Reports(FrameRate{.perSecond = 59.75F});
     ASSERT_TRUE(machine.InitAndForget());
 
     OpenDisplay const before = *Open(display);
     EXPECT_EQ(machine.Api().GetFrameRate(), 59);
     OpenDisplay const after = *Open(display);
-    EXPECT_EQ(machine.LastCall("ADL2_Adapter_FrameMetrics_Get").args.at(2), static_cast<int>(before.source));
+    EXPECT_EQ(TakeAmdTraffic(machine).back(), "Adapter_FrameMetrics_Get 5 #" + std::to_string(before.source));
     // Handles are numbered as they are given out. What was opened between these two is closed already.
     for (UINT handle = before.handle + 1; handle < after.handle && handle < before.handle + 100; ++handle) {
         EXPECT_NE(Thunk(kClose, handle), 0) << handle - before.handle;
@@ -131,8 +120,7 @@ FARPROC WINAPI FindSymbol(HMODULE library, LPCSTR name) {
 }
 
 TEST(FrameRateDisplay, IsOpenedByUpTo32CharactersAndClosedBehindTheEntryThatSaysSo) {
-    Machine machine = Overdrive8Board(0);
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = Overdrive8Board(0).Started();
     machine.Api().GetFrameRate();
     machine.TakeLog();
     ImportHook const hook("GetProcAddress", &FindSymbol);
@@ -143,14 +131,12 @@ TEST(FrameRateDisplay, IsOpenedByUpTo32CharactersAndClosedBehindTheEntryThatSays
         SCOPED_TRACE(length);
         g_opened.clear();
         g_closed.clear();
-        machine.Then("ADL2_Adapter_AdapterInfoX3_Get")
-            .Write("ADL2_Adapter_AdapterInfoX3_Get", 2, Ints({1}))
-            .Allocate("ADL2_Adapter_AdapterInfoX3_Get", 3, Displays({name.substr(0, length)}));
+        OrderDisplays(machine.Then("ADL2_Adapter_AdapterInfoX3_Get"), {name.substr(0, length)});
         EXPECT_EQ(machine.Api().GetFrameRate(), 0);
         std::string const looked = name.substr(0, std::min<std::size_t>(length, 32));
         EXPECT_EQ(g_opened, std::vector<std::wstring>({std::wstring(looked.begin(), looked.end())}));
         EXPECT_EQ(g_closed, std::vector<UINT>({kHandle}));
-        EXPECT_EQ(machine.LastCall("ADL2_Adapter_FrameMetrics_Get").args.at(2), static_cast<int>(kSource));
+        EXPECT_EQ(TakeAmdTraffic(machine).back(), "Adapter_FrameMetrics_Get 5 #" + std::to_string(kSource));
         ASSERT_FALSE(g_logAtClose.empty());
         EXPECT_EQ(g_logAtClose.back(), "[OD8Helper::GetFrameRate()] D3DKMTOpenAdapterFromGdiDisplayName ... 0");
         EXPECT_EQ(machine.TakeLog(), Lines({"[OD8Helper::GetFrameRate()] current fps ... 0.000000"}));

@@ -79,8 +79,7 @@ private:
 constexpr char kOutOfRange[] = "stol argument out of range";
 
 Machine WithoutUsableIdentifier(Machine machine) {
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "&SUBSYS_E4571002", .bus = 3, .name = "a", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "&SUBSYS_E4571002", .name = "a"}});
     return machine;
 }
 

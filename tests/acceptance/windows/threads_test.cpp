@@ -19,8 +19,7 @@ namespace {
 // Inside GetVGAInfo the identifier's conversion throws, and throws again once name and bus are read.
 Machine BoardWithoutUsableIdentifier() {
     Machine machine = OverdriveNBoard();
-    machine.Allocate("ADL2_Adapter_AdapterInfoX4_Get", 3,
-                     AdapterList({{.index = 5, .udid = "&SUBSYS_E4571002", .bus = 3, .name = "a", .displayName = ""}}));
+    OrderAdapters(machine, {{.udid = "&SUBSYS_E4571002", .name = "a"}});
     return machine;
 }
 
@@ -79,8 +78,7 @@ TEST(Threads, OlderThanEachOfSeveralLoadsMayCallItWhereItThrowsInside) {
 }
 
 TEST(Threads, MayEndAndBeginWhileTheLibraryIsLoaded) {
-    Machine machine = BoardWithoutUsableIdentifier();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = BoardWithoutUsableIdentifier().Started();
     for (int round = 0; round < 50; ++round) {
         std::thread([&] { machine.Api().GetVGAInfo(); }).join();
         EXPECT_EQ(machine.TakeLog().back(), "[GetVGAInfo()] ... stol argument out of range");

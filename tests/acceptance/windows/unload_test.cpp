@@ -65,8 +65,7 @@ void ExpectLogClosed() {
 
 TEST(Unload, WritesTheLastWordsAndClosesTheLog) {
     CountFaults();
-    Machine machine = OverdriveNBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = OverdriveNBoard().Started();
     std::error_code error;
     ASSERT_FALSE(std::filesystem::remove("debug.log", error)) << "the log is not open";
 
@@ -80,7 +79,7 @@ TEST(Unload, WritesTheLastWordsAndClosesTheLog) {
 TEST(Unload, WritesTheLastWordsOnceAfterSeveralStarts) {
     CountFaults();
     Machine machine = OverdriveNBoard();
-    machine.Then("ADL2_Overdrive_Caps").Write("ADL2_Overdrive_Caps", 4, Ints({8}));
+    machine.Then("ADL2_Overdrive_Caps").Reports(OverdriveVersion{8});
     ASSERT_TRUE(machine.Init());
     ASSERT_TRUE(machine.InitAndForget());
     ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
@@ -113,8 +112,7 @@ TEST(Unload, BeforeTheFirstStartLeavesNothing) {
 
 TEST(Unload, ClosesTheControlLibraryOfAnIntelBoard) {
     CountFaults();
-    Machine machine = IntelBoard();
-    ASSERT_TRUE(machine.InitAndForget());
+    Machine machine = IntelBoard().Started();
     ASSERT_TRUE(::FreeLibrary(LibraryUnderTest()));
     EXPECT_FALSE(IsLoaded());
     EXPECT_EQ(TakeIntelTraffic(machine), Lines({"ctlClose A91000"}));

@@ -54,7 +54,7 @@ ClockSetting MemorySetting() {
 std::string MessageOf(auto const& action) {
     try {
         action();
-    } catch (ToolError const& error) {
+    } catch (std::runtime_error const& error) {
         return error.what();
     }
     return "no error";

@@ -54,16 +54,16 @@ TEST(ToolReadBack, WhatTheBoardDoesNotTellIsNotConfirmed) {
     EXPECT_EQ(readBack.Unreported(), "the memory clock");
 }
 
-TEST(ToolReadBack, ReportTellsTheOutcome) {
-    Report report;
-    report.SetOutcome("fan set", "", {.done = false, .confirmed = false, .problems = {"Fan 1 refused it: 5."}});
-    EXPECT_EQ(report.Json(false),
+TEST(ToolReadBack, ResultTellsTheOutcome) {
+    Result result;
+    result.SetOutcome("fan set", "", {.done = false, .confirmed = false, .problems = {"Fan 1 refused it: 5."}});
+    EXPECT_EQ(result.Json(false),
               R"({"command":"fan set","done":false,"confirmed":false,"problems":["Fan 1 refused it: 5."]})"
               "\n");
-    report.SetOutcome("fan set", "Sent.", {.done = true});
-    EXPECT_EQ(report.Json(false), R"({"command":"fan set","done":true,"confirmed":null,"problems":[]})"
+    result.SetOutcome("fan set", "Sent.", {.done = true});
+    EXPECT_EQ(result.Json(false), R"({"command":"fan set","done":true,"confirmed":null,"problems":[]})"
                                   "\n");
-    EXPECT_EQ(report.Text(), "Sent.\n");
+    EXPECT_EQ(result.Text(), "Sent.\n");
 }
 
 TEST(ToolReadBack, ErrorHasEveryKey) {
