@@ -47,6 +47,8 @@ if(NOT TARGET tinyxml2::tinyxml2)
     gputune_require_source(tinyxml2 "${GPUTUNE_DEPS_DIR}/tinyxml2/tinyxml2.cpp")
     add_library(tinyxml2 STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/tinyxml2/tinyxml2.cpp")
     add_library(tinyxml2::tinyxml2 ALIAS tinyxml2)
+    # The analysis (CMakePresets.json) is for our own sources.
+    set_target_properties(tinyxml2 PROPERTIES CXX_CLANG_TIDY "")
     target_include_directories(tinyxml2 SYSTEM INTERFACE "${GPUTUNE_DEPS_DIR}/tinyxml2")
     target_link_libraries(tinyxml2 PRIVATE gputune::platform_flags)
     if(WIN32)

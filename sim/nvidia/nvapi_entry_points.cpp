@@ -16,8 +16,8 @@ NvidiaStandIn& Self() {
 }
 
 // out: a client's NvShortString.
-int WriteText(std::string_view text, char* out, Garbage garbage) {
-    auto& field = *reinterpret_cast<NvShortString*>(out);
+int WriteText(std::string_view text, void* out, Garbage garbage) {
+    auto& field = *static_cast<NvShortString*>(out);
     CopyText(text, field);
     GarbleText(field, garbage, 'T');
     return kNvapiOk;

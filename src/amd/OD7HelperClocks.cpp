@@ -67,28 +67,28 @@ bool OD7Helper::SetPerformanceUser(int gpuClock, int gpuVoltage, int memClock, i
 }
 
 bool OD7Helper::SetGpuClock(int clock, int voltage) {
-    constexpr ClockWords words{.method = {"[OD7Helper::SetGpuClock(int,int)]"},
-                               .clockIsZero = "iGpuClock == 0",
-                               .voltageIsZero = "iGpuVoltage == 0",
-                               .clockRatio = "fGpuOCRatio",
-                               .voltageRatio = "fGpuOVRatio",
-                               .planClock = "plan gpu clock: ",
-                               .planVoltage = ", gpu voltage: ",
-                               .enabled = 3};
-    return SetClock(ClockKind::Engine, words, clock, voltage);
+    constexpr ClockWords kWords{.method = {"[OD7Helper::SetGpuClock(int,int)]"},
+                                .clockIsZero = "iGpuClock == 0",
+                                .voltageIsZero = "iGpuVoltage == 0",
+                                .clockRatio = "fGpuOCRatio",
+                                .voltageRatio = "fGpuOVRatio",
+                                .planClock = "plan gpu clock: ",
+                                .planVoltage = ", gpu voltage: ",
+                                .enabled = 3};
+    return SetClock(ClockKind::Engine, kWords, clock, voltage);
 }
 
 bool OD7Helper::SetMemoryClock(int clock, int voltage) {
     // Enabled differs from the engine's on purpose.
-    constexpr ClockWords words{.method = {"[OD7Helper::SetMemoryClock(int,int)]"},
-                               .clockIsZero = "iMemClock == 0",
-                               .voltageIsZero = "iMemVoltage == 0",
-                               .clockRatio = "fMemOCRatio",
-                               .voltageRatio = "fMemOVRatio",
-                               .planClock = "plan mem clock: ",
-                               .planVoltage = ", mem voltage: ",
-                               .enabled = 1};
-    return SetClock(ClockKind::Memory, words, clock, voltage);
+    constexpr ClockWords kWords{.method = {"[OD7Helper::SetMemoryClock(int,int)]"},
+                                .clockIsZero = "iMemClock == 0",
+                                .voltageIsZero = "iMemVoltage == 0",
+                                .clockRatio = "fMemOCRatio",
+                                .voltageRatio = "fMemOVRatio",
+                                .planClock = "plan mem clock: ",
+                                .planVoltage = ", mem voltage: ",
+                                .enabled = 1};
+    return SetClock(ClockKind::Memory, kWords, clock, voltage);
 }
 
 bool OD7Helper::SetClock(ClockKind kind, ClockWords const& words, int clock, int voltage) {

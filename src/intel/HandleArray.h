@@ -18,6 +18,7 @@ public:
     // fan that appears between the two calls, in case the library writes more handles than it was asked for.
     bool Allocate(std::uint32_t count) {
         constexpr std::size_t kSpare = 64;
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): a handle is a pointer
         handles_.reset(count <= kMostHandles ? static_cast<Handle*>(std::calloc(count + kSpare, sizeof(Handle)))
                                              : nullptr);
         return handles_ != nullptr;
