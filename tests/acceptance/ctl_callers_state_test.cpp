@@ -3,19 +3,93 @@
 
 #include "ctl_client.h"
 
-#if defined(_WIN32)
+// The compiler's prefix of names.
+#if defined(_WIN32) && !defined(_WIN64)
 #define SYMBOL(name) "_" name
 #else
 #define SYMBOL(name) name
 #endif
 
 // Call a function with eight words, patterns in the registers that it has to preserve, and the stack pointer
-// `misalignment` below a 16-byte boundary. State is what the call left: the stack pointer before and after it, ebx,
-// esi, edi, ebp.
-extern "C" int CallWithPatterns(void* function, int const* words, int misalignment);
-extern "C" unsigned CallWithPatternsState[7];
-unsigned CallWithPatternsState[7];
+// `misalignment` below a 16-byte boundary. State is what the call left: the caller's stack pointer, the one before the
+// call and the one after it, then the registers in the order of kPreserved. A 64-bit call has the first four words in
+// the registers for doubles, too.
+extern "C" int CallWithPatterns(void* function, gputune::test::Word const* words, int misalignment);
+extern "C" std::uintptr_t CallWithPatternsState[13];
+std::uintptr_t CallWithPatternsState[13];
 
+#if defined(__x86_64__)
+__asm__(
+    ".text\nCallWithPatterns:\n"
+    "pushq %rbp\n"
+    "pushq %rbx\n"
+    "pushq %rsi\n"
+    "pushq %rdi\n"
+    "pushq %r12\n"
+    "pushq %r13\n"
+    "pushq %r14\n"
+    "pushq %r15\n"
+    "leaq CallWithPatternsState(%rip), %r10\n"
+    "movq %rsp, (%r10)\n"
+    "andq $-16, %rsp\n"
+    "subq $0x60, %rsp\n"
+    "movaps %xmm6, 0x40(%rsp)\n"
+    "movaps %xmm7, 0x50(%rsp)\n"
+    "movq %rsp, 8(%r10)\n"
+    "movq %rcx, %rax\n"
+    "movq %rdx, %r11\n"
+    "movq 0x20(%r11), %rcx\n"
+    "movq %rcx, 0x20(%rsp)\n"
+    "movq 0x28(%r11), %rcx\n"
+    "movq %rcx, 0x28(%rsp)\n"
+    "movq 0x30(%r11), %rcx\n"
+    "movq %rcx, 0x30(%rsp)\n"
+    "movq 0x38(%r11), %rcx\n"
+    "movq %rcx, 0x38(%rsp)\n"
+    "movq (%r11), %rcx\n"
+    "movq 0x08(%r11), %rdx\n"
+    "movq 0x10(%r11), %r8\n"
+    "movq 0x18(%r11), %r9\n"
+    "movq %rcx, %xmm0\n"
+    "movq %rdx, %xmm1\n"
+    "movq %r8, %xmm2\n"
+    "movq %r9, %xmm3\n"
+    "movabsq $0x0B0B0B0B0B0B0B0B, %rbx\n"
+    "movabsq $0x0510510505105105, %rsi\n"
+    "movabsq $0x0D10D10D0D10D10D, %rdi\n"
+    "movabsq $0x0B90B90B0B90B90B, %rbp\n"
+    "movabsq $0x1212121212121212, %r12\n"
+    "movabsq $0x1313131313131313, %r13\n"
+    "movabsq $0x1414141414141414, %r14\n"
+    "movabsq $0x1515151515151515, %r15\n"
+    "movq %r12, %xmm6\n"
+    "movq %r13, %xmm7\n"
+    "call *%rax\n"
+    "leaq CallWithPatternsState(%rip), %r10\n"
+    "movq %rsp, 16(%r10)\n"
+    "movq %rbx, 24(%r10)\n"
+    "movq %rsi, 32(%r10)\n"
+    "movq %rdi, 40(%r10)\n"
+    "movq %rbp, 48(%r10)\n"
+    "movq %r12, 56(%r10)\n"
+    "movq %r13, 64(%r10)\n"
+    "movq %r14, 72(%r10)\n"
+    "movq %r15, 80(%r10)\n"
+    "movq %xmm6, 88(%r10)\n"
+    "movq %xmm7, 96(%r10)\n"
+    "movaps 0x40(%rsp), %xmm6\n"
+    "movaps 0x50(%rsp), %xmm7\n"
+    "movq (%r10), %rsp\n"
+    "popq %r15\n"
+    "popq %r14\n"
+    "popq %r13\n"
+    "popq %r12\n"
+    "popq %rdi\n"
+    "popq %rsi\n"
+    "popq %rbx\n"
+    "popq %rbp\n"
+    "ret\n");
+#else
 __asm__(".text\n" SYMBOL("CallWithPatterns") ":\n"
         "pushl %ebp\n"
         "pushl %ebx\n"
@@ -49,21 +123,39 @@ __asm__(".text\n" SYMBOL("CallWithPatterns") ":\n"
         "popl %ebx\n"
         "popl %ebp\n"
         "ret\n");
+#endif
 
 namespace gputune::test {
 namespace {
 
+struct {
+    char const* name;
+    std::uint64_t pattern;
+} const kPreserved[] = {
+#if defined(__x86_64__)
+    {"rbx", 0x0B0B0B0B0B0B0B0B},  {"rsi", 0x0510510505105105}, {"rdi", 0x0D10D10D0D10D10D},
+    {"rbp", 0x0B90B90B0B90B90B},  {"r12", 0x1212121212121212}, {"r13", 0x1313131313131313},
+    {"r14", 0x1414141414141414},  {"r15", 0x1515151515151515}, {"xmm6", 0x1212121212121212},
+    {"xmm7", 0x1313131313131313},
+#else
+    {"ebx", 0x0B0B0B0B},
+    {"esi", 0x05105105},
+    {"edi", 0x0D10D10D},
+    {"ebp", 0x0B90B90B},
+#endif
+};
+
 void ExpectPreserved() {
-    unsigned const* const state = CallWithPatternsState;
+    std::uintptr_t const* const state = CallWithPatternsState;
     EXPECT_EQ(state[2], state[1]) << "stack pointer";
-    EXPECT_EQ(state[3], 0x0B0B0B0BU) << "ebx";
-    EXPECT_EQ(state[4], 0x05105105U) << "esi";
-    EXPECT_EQ(state[5], 0x0D10D10DU) << "edi";
-    EXPECT_EQ(state[6], 0x0B90B90BU) << "ebp";
+    for (std::size_t position = 0; position < std::size(kPreserved); ++position) {
+        EXPECT_EQ(state[3 + position], kPreserved[position].pattern) << kPreserved[position].name;
+    }
 }
 
 // Under Windows callers owe 4 bytes only; here the system's own functions take 16 for granted.
-#if defined(_WIN32)
+// And 64-bit callers owe 16 everywhere.
+#if defined(_WIN32) && !defined(_WIN64)
 constexpr int kMisalignments[] = {0, 4, 8, 12};
 #else
 constexpr int kMisalignments[] = {0};
@@ -72,8 +164,11 @@ constexpr int kMisalignments[] = {0};
 void ExpectCallersStatePreserved(Machine& machine, std::string const& name, int result, bool arrives) {
     SCOPED_TRACE(name);
     std::vector<unsigned char> room(2000);
-    int const pointer = Number(room.data());
-    int const words[8] = {0x11111111, pointer, 0x33333333, 0x44444444, 0x55555555, 0x66666666, 0x77777777, -8};
+    Word const pointer = Number(room.data());
+    // As wide as they come: a 64-bit word has another upper half.
+    constexpr Word kUpper = sizeof(Word) == 4 ? 0 : static_cast<Word>(0x2468ACE013579BDF & ~0xFFFFFFFFLL);
+    Word const words[8] = {0x11111111 | kUpper, pointer,    0x33333333 | kUpper, 0x44444444,
+                           0x55555555 | kUpper, 0x66666666, 0x77777777 | kUpper, -8};
     for (int const misalignment : kMisalignments) {
         SCOPED_TRACE(misalignment);
         EXPECT_EQ(CallWithPatterns(host::FindExport(name), words, misalignment), result);
@@ -81,9 +176,12 @@ void ExpectCallersStatePreserved(Machine& machine, std::string const& name, int 
         std::vector<Call> const calls = machine.TakeCalls();
         ASSERT_EQ(calls.size(), arrives ? 1U : 0U);
         if (arrives) {
-            std::vector<int> expected(words, words + 8);
+            std::vector<Word> expected(words, words + 8);
             expected.resize(calls[0].args.size());
             EXPECT_EQ(calls[0].args, expected);
+            if (sizeof(Word) == sizeof(double)) {
+                EXPECT_EQ(std::memcmp(calls[0].doubles.data(), words, kMaxDoubles * sizeof(double)), 0);
+            }
         }
     }
 }
@@ -123,20 +221,20 @@ TEST(CtlCallersState, IsPreservedByTheFunctionsWithBehaviourOfTheirOwn) {
     Machine machine = ControlLibrary();
     InitArgs init;
     PathArgs path(kName.c_str());
-    int handle = 0;
+    void* handle = nullptr;
     for (int const misalignment : kMisalignments) {
         SCOPED_TRACE(misalignment);
         struct {
             char const* name;
-            int first;
+            Word first;
         } const steps[] = {{"ctlSetRuntimePath", Number(&path)},
                            {"ctlInit", Number(&init)},
                            {"ctlInit", Number(&init)},
                            {"ctlSetRuntimePath", Number(&path)},
-                           {"ctlClose", static_cast<int>(kIntelApi)}};
+                           {"ctlClose", static_cast<Word>(kIntelApi)}};
         for (auto const& step : steps) {
             SCOPED_TRACE(step.name);
-            int const words[8] = {step.first, Number(&handle), 3, 4, 5, 6, 7, 8};
+            Word const words[8] = {step.first, Number(&handle), 3, 4, 5, 6, 7, 8};
             EXPECT_EQ(CallWithPatterns(host::FindExport(step.name), words, misalignment), 0);
             ExpectPreserved();
         }

@@ -9,15 +9,19 @@
 
 namespace gputune::test {
 
-inline int Number(void const* pointer) {
-    return static_cast<int>(reinterpret_cast<std::uintptr_t>(pointer));
+inline Word Number(void const* pointer) {
+    return reinterpret_cast<Word>(pointer);
 }
 
 // ctl_runtime_path_args_t: size, version, identifier, the path at 24, device and revision.
 struct PathArgs {
-    std::uint32_t words[8] = {32, 0, 0xA0A0A0A0, 0xB0B0B0B0, 0xC0C0C0C0, 0xD0D0D0D0, 0, 0x12345678};
+    static constexpr std::uint32_t kSize = sizeof(void*) == 4 ? 32 : 40;
+    std::uint32_t words[kSize / 4] = {kSize, 0, 0xA0A0A0A0, 0xB0B0B0B0, 0xC0C0C0C0, 0xD0D0D0D0};
 
-    explicit PathArgs(wchar_t const* path) { SetPath(path); }
+    explicit PathArgs(wchar_t const* path) {
+        words[kSize / 4 - (sizeof(void*) == 4 ? 1 : 2)] = 0x12345678;
+        SetPath(path);
+    }
     void SetPath(wchar_t const* path) { std::memcpy(&words[6], &path, sizeof path); }
 };
 
@@ -38,7 +42,7 @@ inline Machine ControlLibrary() {
     return Machine(Machine::Library::Intel);
 }
 
-inline std::wstring const kName = L"ControlLib32.dll";
+inline std::wstring const kName = sizeof(void*) == 4 ? L"ControlLib32.dll" : L"ControlLib.dll";
 
 inline void ExpectLoads(Machine& machine, std::vector<std::wstring> const& paths) {
     std::vector<LibraryLoad> const loads = machine.TakeLoads();

@@ -127,15 +127,17 @@ TEST(CtlForwarding, EveryArgumentAndTheResultPassUntouched) {
         machine.Result(name, 1000 + number);
         // The library reads a record where it expects one.
         std::vector<unsigned char> room(2000);
-        int const pointer = Number(room.data());
-        int const third = static_cast<int>(0xC3000000U + static_cast<unsigned>(number));
-        EXPECT_EQ(machine.Ctl(name, 0x1A000000 + number, pointer, third, -1 - number, 5, 6, 7, 8), 1000 + number);
+        Word const pointer = Number(room.data());
+        // Every argument as wide as they come.
+        std::vector<Word> words = {
+            0x1A000000 + number, pointer, static_cast<Word>(0xC3000000U), -1 - number, 5, 6, 7, 8};
+        EXPECT_EQ(machine.Ctl(name, words[0], words[1], words[2], words[3], words[4], words[5], words[6], words[7]),
+                  1000 + number);
         std::vector<Call> const calls = machine.TakeCalls();
         ASSERT_EQ(calls.size(), 1U);
         EXPECT_EQ(calls[0].entryPoint, name);
-        std::vector<int> expected = {0x1A000000 + number, pointer, third, -1 - number, 5, 6, 7, 8};
-        expected.resize(calls[0].args.size());
-        EXPECT_EQ(calls[0].args, expected);
+        words.resize(calls[0].args.size());
+        EXPECT_EQ(calls[0].args, words);
         ++number;
     }
 }

@@ -198,8 +198,8 @@ TEST(CtlSetRuntimePath, ReachesTheLoadedLibraryBeforeItsInit) {
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].entryPoint, "ctlSetRuntimePath");
     EXPECT_EQ(calls[0].args[0], Number(&path)) << "the caller's record";
-    EXPECT_EQ(calls[0].record.size(), 32U);
-    EXPECT_EQ(std::memcmp(calls[0].record.data(), path.words, 32), 0);
+    ASSERT_EQ(calls[0].record.size(), sizeof path.words);
+    EXPECT_EQ(std::memcmp(calls[0].record.data(), path.words, sizeof path.words), 0);
     EXPECT_EQ(calls[1].entryPoint, "ctlInit");
 
     // Only a load passes it on.

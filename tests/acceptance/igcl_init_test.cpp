@@ -241,8 +241,8 @@ TEST(IgclInit, NameWithoutATerminatorEndsWithItsField) {
     Machine machine = IntelBoard();
     std::string const properties = For("ctlGetDeviceProperties", kDevice);
     // Bytes, over the field and behind it.
-    machine.Write(properties, 1, Bytes(100, 'n'), 80);
-    machine.Write(properties, 1, Bytes(132, 'x'), 180);  // whatever follows
+    machine.Write(properties, 1, Bytes(100, 'n'), kDeviceName);
+    machine.Write(properties, 1, Bytes(132, 'x'), kDeviceName + 100);  // whatever follows
     ASSERT_TRUE(machine.Init());
     EXPECT_EQ(WithoutDetection(machine.TakeLog()).at(2), kTag + " Intel Adapter Name ... " + std::string(100, 'n'));
 }

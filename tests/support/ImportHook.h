@@ -26,9 +26,10 @@ public:
 
 private:
     static ULONG_PTR* FindSlot(HMODULE module, char const* name) {
-        auto const at = [module](DWORD offset) { return reinterpret_cast<unsigned char*>(module) + offset; };
+        auto const at = [module](ULONG_PTR offset) { return reinterpret_cast<unsigned char*>(module) + offset; };
         auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(at(0));
-        auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(at(static_cast<DWORD>(dos->e_lfanew)));
+        auto const* const headers =
+            reinterpret_cast<IMAGE_NT_HEADERS const*>(at(static_cast<ULONG_PTR>(dos->e_lfanew)));
         DWORD const imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
         for (auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR const*>(at(imports)); library->Name != 0;
              ++library) {

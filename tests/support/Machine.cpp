@@ -29,6 +29,9 @@ int Call::Int(std::size_t offset) const {
 }
 
 double Call::DoubleArgument(std::size_t word) const {
+    if (sizeof(Word) == sizeof(double)) {
+        return doubles.at(word);
+    }
     if (word + 2 > args.size()) {
         throw std::out_of_range(entryPoint + " has no two words at " + std::to_string(word));
     }
@@ -38,7 +41,7 @@ double Call::DoubleArgument(std::size_t word) const {
 }
 
 Handle Call::HandleArgument(std::size_t argument) const {
-    return Handle{static_cast<unsigned>(args.at(argument))};
+    return Handle{static_cast<std::uintptr_t>(args.at(argument))};
 }
 
 void Call::CopyRecord(void* target, std::size_t size) const {
@@ -52,6 +55,7 @@ namespace {
 
 Call ToCall(ScriptedCall const& call) {
     return {call.entryPoint, std::vector<Word>(call.words, call.words + call.wordCount),
+            std::vector<double>(std::begin(call.doubles), std::end(call.doubles)),
             Bytes(call.record, call.record + call.recordSize)};
 }
 
@@ -247,9 +251,9 @@ std::string host::FileName(Machine::Library library) {
         case Machine::Library::AmdOlder:
             return "atiadlxy.dll";
         case Machine::Library::Intel:
-            return "ControlLib32.dll";
+            return sizeof(void*) == 4 ? "ControlLib32.dll" : "ControlLib.dll";
         case Machine::Library::Nvidia:
-            return "nvapi.dll";
+            return sizeof(void*) == 4 ? "nvapi.dll" : "nvapi64.dll";
         case Machine::Library::None:
             break;
     }

@@ -58,7 +58,8 @@ Bytes Text(std::string const& text);
 struct Call {
     std::string entryPoint;
     std::vector<Word> args;
-    Bytes record;           // as the caller passed it in; empty when the entry point takes none
+    std::vector<double> doubles;  // the registers of a 64-bit call
+    Bytes record;                 // as the caller passed it in; empty when the entry point takes none
 
     int Int(std::size_t offset) const;              // of the record
     double DoubleArgument(std::size_t word) const;  // an argument of two words
@@ -223,7 +224,7 @@ template <class Record>
 requires(
     requires { Record::kReadBy; } || requires { Record::kSentBy; }) &&
     std::is_trivially_copyable_v<Record> void PrintTo(Record const& record, std::ostream* out) {
-    Call const call{.entryPoint = "", .args = {}, .record = BytesOf(record)};
+    Call const call{.entryPoint = "", .args = {}, .doubles = {}, .record = BytesOf(record)};
     for (std::size_t offset = 0; offset < sizeof record; offset += sizeof(int)) {
         *out << (offset == 0 ? "{" : ", ") << call.Int(offset);
     }

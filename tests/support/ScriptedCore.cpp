@@ -55,9 +55,7 @@ void ScriptedCore::Record(char const* name, Signature const& signature, Word con
             call.words[position] = static_cast<int>(word);
         } else if (*kind == 'a') {
             allocator_ = reinterpret_cast<Allocator>(word);
-        } else if (*kind == 'd' && doubles != nullptr) {
-            std::memcpy(&call.words[position], &doubles[position], sizeof(double));
-        } else if (*kind == 'd') {
+        } else if (*kind == 'd' && doubles == nullptr) {
             call.words[position + 1] = words[position + 1];
             ++call.wordCount;
         } else if (*kind == 'r' && word != 0) {

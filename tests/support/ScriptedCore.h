@@ -26,20 +26,20 @@
 // caller removes its arguments, however many there are.
 #if defined(__x86_64__)
 // Goes to ScriptedEntry (scripted_entry_x64.cpp) with its name in rax.
-#define SCRIPTED_FUNCTION(name)       \
-    extern "C" int name();            \
-    __asm__(                          \
-        ".text\n"                     \
-        ".globl " #name "\n"          \
-        #name ":\n"                   \
-        "    leaq 1f(%rip), %rax\n"   \
-        "    jmp ScriptedEntry\n"     \
+#define SCRIPTED_FUNCTION(name)     \
+    extern "C" int name();          \
+    __asm__(                        \
+        ".text\n"                   \
+        ".globl " #name "\n" #name  \
+        ":\n"                       \
+        "    leaq 1f(%rip), %rax\n" \
+        "    jmp ScriptedEntry\n"   \
         "1:  .asciz \"" #name "\"\n");
 #else
-#define SCRIPTED_FUNCTION(name)                                                                                   \
-    extern "C" int SCRIPTED_CDECL SCRIPTED_NAME(name)(int a, int b, int c, int d, int e, int f, int g, int h) {   \
-        gputune::test::Word const words[gputune::test::kMaxWords] = {a, b, c, d, e, f, g, h};                     \
-        return Core().Answer(#name, words, nullptr);                                                              \
+#define SCRIPTED_FUNCTION(name)                                                                                 \
+    extern "C" int SCRIPTED_CDECL SCRIPTED_NAME(name)(int a, int b, int c, int d, int e, int f, int g, int h) { \
+        gputune::test::Word const words[gputune::test::kMaxWords] = {a, b, c, d, e, f, g, h};                   \
+        return Core().Answer(#name, words, nullptr);                                                            \
     }
 #endif
 #define SCRIPTED_ENTRY(name) {#name, reinterpret_cast<void*>(&SCRIPTED_NAME(name))},

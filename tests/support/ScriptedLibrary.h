@@ -97,6 +97,20 @@ protected:
 // A handle that a vendor's library hands out and is given back. Of a row of handles each is one more than the last.
 enum class Handle : std::uintptr_t {};
 
+// A handle that a scripted library gives out. In a 64-bit process it has an upper half, which nobody may lose.
+constexpr Handle ScriptedHandle(std::uint32_t number) {
+    return Handle{static_cast<std::uintptr_t>(std::uint64_t{0x7A11'0B5E} << 32 | number)};
+}
+
+// How tests name it.
+inline std::string NumberOf(Handle handle) {
+    auto const number = static_cast<std::uint32_t>(handle);
+    char text[32];
+    std::snprintf(text, sizeof text, "%X%s", number,
+                  handle == Handle{} || handle == ScriptedHandle(number) ? "" : ", half of which is lost");
+    return text;
+}
+
 constexpr Handle operator+(Handle first, int position) {
     return Handle{static_cast<std::uintptr_t>(first) + static_cast<std::uintptr_t>(position)};
 }
@@ -108,7 +122,7 @@ inline std::string For(std::string const& entryPoint, Word firstArgument) {
     return entryPoint + text;
 }
 inline std::string For(std::string const& entryPoint, Handle handle) {
-    return For(entryPoint, static_cast<int>(handle));
+    return For(entryPoint, static_cast<Word>(handle));
 }
 
 }  // namespace gputune::test

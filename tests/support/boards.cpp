@@ -223,7 +223,7 @@ int AdapterOf(Call const& call) {
     if (call.HandleArgument(0) != kContext) {
         throw std::invalid_argument(call.entryPoint + " was called with another context");
     }
-    return call.args.at(1);
+    return static_cast<int>(call.args.at(1));
 }
 
 std::string DescribeAmdCall(Call const& call) {

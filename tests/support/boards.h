@@ -8,7 +8,7 @@
 namespace gputune::test {
 
 // The ADL context that these machines hand out.
-constexpr Handle kContext{0x00C0FFEE};
+constexpr Handle kContext = ScriptedHandle(0x00C0FFEE);
 
 // A machine whose AMD library opens and reports this Overdrive version for its one adapter: index 5, on bus 3, named
 // "Radeon RX 580 Series", subsystem 0B361002.

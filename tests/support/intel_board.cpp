@@ -27,9 +27,9 @@ Machine IntelBoard(std::vector<IntelDevice> const& devices) {
         handles.push_back(device.handle);
         std::string const properties = For("ctlGetDeviceProperties", device.handle);
         machine.WriteThrough(properties, 1, 8, Ints({static_cast<int>(device.luidLow), device.luidHigh}));
-        machine.Write(properties, 1, Ints({device.type}), 16);
-        machine.Write(properties, 1, Ints({device.vendor, device.device, device.revision}), 56);
-        machine.Write(properties, 1, Text(device.name), 80);
+        machine.Write(properties, 1, Ints({device.type}), kDeviceType);
+        machine.Write(properties, 1, Ints({device.vendor, device.device, device.revision}), kDeviceNumbers);
+        machine.Write(properties, 1, Text(device.name), kDeviceName);
     }
     OrderDeviceList(machine, static_cast<int>(handles.size()), handles);
     OrderDefaultLimit(machine, 200);
@@ -128,15 +128,14 @@ std::string DescribeIntelCall(Call const& call) {
     if (name == "ctlInit") {
         return name;
     }
-    char text[100];
-    std::snprintf(text, sizeof text, "%s %X", name.c_str(), static_cast<unsigned>(call.HandleArgument(0)));
-    std::string line = text;
+    std::string line = name + " " + NumberOf(call.HandleArgument(0));
     if (name.starts_with("ctlEnum")) {
         bool const isCount = call.HandleArgument(2) == Handle{} && call.Int(0) == 0;
         return line + (isCount ? ": count" : ": room for " + std::to_string(call.Int(0))) +
                (isCount == (call.HandleArgument(2) == Handle{}) ? "" : ", which is not there");
     }
     if (name.starts_with("ctlOverclock") && name.ends_with("Set") && name != "ctlOverclockWaiverSet") {
+        char text[32];
         std::snprintf(text, sizeof text, " %.3f", call.DoubleArgument(1));
         return line + text;
     }

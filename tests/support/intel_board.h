@@ -7,9 +7,9 @@
 namespace gputune::test {
 
 // What ctlInit hands out, and the first device and the first fan; the next ones have the next numbers.
-constexpr Handle kIntelApi{0x00A91000};
-constexpr Handle kDevice{0x00DE0000};
-constexpr Handle kFan{0x00FA0000};
+constexpr Handle kIntelApi = ScriptedHandle(0x00A91000);
+constexpr Handle kDevice = ScriptedHandle(0x00DE0000);
+constexpr Handle kFan = ScriptedHandle(0x00FA0000);
 
 // Results of the control library.
 constexpr int kNotInitialized = 0x40000001;
@@ -21,6 +21,11 @@ constexpr int kFailure = 0x40000003;
 std::string ErrorLine(std::string const& tag, int code, std::string const& text);
 std::string FailureLine(std::string const& tag);
 std::string NotInitializedLine(std::string const& tag);
+
+// Where a device's properties begin: its type, its numbers and its name. A pointer stands before them.
+constexpr int kDeviceType = sizeof(void*) == 4 ? 16 : 20;
+constexpr int kDeviceNumbers = sizeof(void*) == 4 ? 56 : 64;
+constexpr int kDeviceName = sizeof(void*) == 4 ? 80 : 88;
 
 struct IntelDevice {
     Handle handle = kDevice;  // null: a position without a device

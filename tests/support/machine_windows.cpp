@@ -15,10 +15,13 @@ namespace gputune::test {
 
 namespace {
 
+// What is for 64-bit processes has a folder of its own in bin/ and in tests/.
+constexpr wchar_t const* kWidth = sizeof(void*) == 4 ? L"" : L"x64";
+
 // The folder that holds bin/ with the library under test, and tests/.
 std::filesystem::path OutputDirectory() {
     std::filesystem::path directory = sim::ModulePath().parent_path();
-    while (!std::filesystem::exists(directory / "bin" / "gputune.dll")) {
+    while (!std::filesystem::exists(directory / "bin" / kWidth / "gputune.dll")) {
         if (directory == directory.parent_path()) {
             throw std::runtime_error("no bin/gputune.dll in a folder above the test program");
         }
@@ -75,7 +78,7 @@ sim::WmiStandIn& Wmi() {
 HMODULE LibraryUnderTest() {
     // GPUTUNE_LIBRARY: the path of another build of the library, such as clang's.
     wchar_t const* const other = ::_wgetenv(L"GPUTUNE_LIBRARY");
-    static HMODULE const module = Load(other != nullptr ? other : OutputDirectory() / "bin" / "gputune.dll");
+    static HMODULE const module = Load(other != nullptr ? other : OutputDirectory() / "bin" / kWidth / "gputune.dll");
     return module;
 }
 
@@ -102,7 +105,7 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
         throw std::runtime_error("one machine in a process");
     }
     ScriptedLibrary* (*scripted)() = nullptr;
-    Find(Load(OutputDirectory() / "tests" / "scripted" / name), "Scripted_Library", scripted);
+    Find(Load(OutputDirectory() / "tests" / kWidth / "scripted" / name), "Scripted_Library", scripted);
     return *scripted();
 }
 

@@ -39,9 +39,12 @@ void OrderErrorTexts(Machine& machine, std::vector<int> const& statuses) {
 std::string DescribeNvidiaCall(Call const& call) {
     std::string line = call.entryPoint;
     bool const isHook = line.ends_with("CallHook");
-    if (isHook || line == "nvapi_QueryInterface" || line.starts_with("NvAPI_GPU_")) {
+    if (line.starts_with("NvAPI_GPU_")) {
+        line += " " + NumberOf(call.HandleArgument(0));
+    }
+    if (isHook || line == "nvapi_QueryInterface") {
         char text[16];
-        std::snprintf(text, sizeof text, " %X", static_cast<unsigned>(call.HandleArgument(0)));
+        std::snprintf(text, sizeof text, " %X", static_cast<unsigned>(call.args.at(0)));
         line += text;
     }
     if (call.entryPoint == "NvAPI_GetErrorMessage") {

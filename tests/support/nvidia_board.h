@@ -7,7 +7,7 @@
 namespace gputune::test {
 
 // The handle of the first GPU; the next ones have the next numbers.
-constexpr Handle kGpu{0x00600000};
+constexpr Handle kGpu = ScriptedHandle(0x00600000);
 
 // The thermal settings of a GPU: as many sensors as the library says, and the room for three of them.
 struct Sensor {

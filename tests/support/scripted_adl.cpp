@@ -41,7 +41,7 @@ std::map<std::string, Signature> const kSignatures = {
     {"ADL2_Adapter_FrameMetrics_Get", {"piir", 4}},
 };
 
-ScriptedCore& Core() {
+[[maybe_unused]] ScriptedCore& Core() {
     return ScriptedAdl();
 }
 

@@ -13,6 +13,7 @@ extern "C" __attribute__((used)) int ScriptedAnswer(char const* name, gputune::t
 __asm__(
     ".text\n"
     ".p2align 4\n"
+    ".globl ScriptedEntry\n"
     ".seh_proc ScriptedEntry\n"
     "ScriptedEntry:\n"
     "    movq %rcx, 0x08(%rsp)\n"

@@ -30,7 +30,7 @@ std::map<std::string, Signature> const kSignatures = {
     {"ctlOverclockVramFrequencyOffsetSet", {"pd"}},
 };
 
-gputune::test::ScriptedCore& Core() {
+[[maybe_unused]] gputune::test::ScriptedCore& Core() {
     return ScriptedIgcl();
 }
 

@@ -6,22 +6,22 @@
 
 // Name, identifier and signature of each function, entered by hand from the published interface. The two hooks are
 // hidden until a test calls Show.
-#define NVAPI_FUNCTIONS(FUNCTION)                                  \
+#define NVAPI_FUNCTIONS(FUNCTION)                                   \
     FUNCTION(NvAPI_Initialize, 0x0150E828, {""})                    \
-    FUNCTION(InitializeWithMode, 0xAD298D3F, {"i"})                  \
-    FUNCTION(NvAPI_GetErrorMessage, 0x6C2D048C, {"ip"})               \
-    FUNCTION(NvAPI_GetInterfaceVersionString, 0x01053FA5, {"p"})     \
-    FUNCTION(NvAPI_EnumPhysicalGPUs, 0xE5AC921F, {"pp"})              \
-    FUNCTION(NvAPI_GPU_GetFullName, 0xCEEE8E9F, {"pp"})               \
+    FUNCTION(InitializeWithMode, 0xAD298D3F, {"i"})                 \
+    FUNCTION(NvAPI_GetErrorMessage, 0x6C2D048C, {"ip"})             \
+    FUNCTION(NvAPI_GetInterfaceVersionString, 0x01053FA5, {"p"})    \
+    FUNCTION(NvAPI_EnumPhysicalGPUs, 0xE5AC921F, {"pp"})            \
+    FUNCTION(NvAPI_GPU_GetFullName, 0xCEEE8E9F, {"pp"})             \
     FUNCTION(NvAPI_GPU_GetThermalSettings, 0xE3640A56, {"pir", 68}) \
-    FUNCTION(BeforeCallHook, 0x33C7358C, {"ir", 8})                \
+    FUNCTION(BeforeCallHook, 0x33C7358C, {"ir", 8})                 \
     FUNCTION(AfterCallHook, 0x593E8644, {"iiii"})
 
 namespace {
 
 using gputune::test::ScriptedNvapi;
 
-gputune::test::ScriptedCore& Core() {
+[[maybe_unused]] gputune::test::ScriptedCore& Core() {
     return ScriptedNvapi();
 }
 

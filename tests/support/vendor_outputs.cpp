@@ -42,7 +42,7 @@ std::map<std::string_view, std::vector<VendorOutput>> const kOutputs = {
 
     {"ctlInit", {{0, 36}, {1, 4}}},
     {"ctlEnumerateDevices", {{1, 4}, {2, 4, Kind::Handles}}},
-    {"ctlGetDeviceProperties", {{1, 312}}},
+    {"ctlGetDeviceProperties", {{1, sizeof(void*) == 4 ? 312 : 320}}},
     {"ctlOverclockGetProperties", {{1, 296}}},
     {"ctlPowerTelemetryGet", {{1, 808}}},
     {"ctlEnumFans", {{1, 4}, {2, 4, Kind::Handles}}},
@@ -85,7 +85,7 @@ std::map<std::string_view, std::vector<VendorCount>> const kCounts = {
 std::map<std::string_view, std::vector<VendorText>> const kTexts = {
     {"ADL2_Adapter_AdapterInfoX4_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
     {"ADL2_Adapter_AdapterInfoX3_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
-    {"ctlGetDeviceProperties", {{1, 80, 100}}},
+    {"ctlGetDeviceProperties", {{1, sizeof(void*) == 4 ? 80 : 88, 100}}},
     {"NvAPI_GetErrorMessage", {{1, 0, 64}}},
     {"NvAPI_GetInterfaceVersionString", {{0, 0, 64}}},
     {"NvAPI_GPU_GetFullName", {{1, 0, 64}}},

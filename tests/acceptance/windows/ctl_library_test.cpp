@@ -16,7 +16,7 @@ namespace {
 // A copy of the scripted library in this test's directory: its full path.
 std::wstring CopyOfTheLibrary() {
     auto const copy = std::filesystem::current_path() / "AnotherControlLib.dll";
-    std::filesystem::copy_file(sim::ModulePath(::GetModuleHandleW(L"ControlLib32.dll")), copy);
+    std::filesystem::copy_file(sim::ModulePath(::GetModuleHandleW(kName.c_str())), copy);
     return copy.wstring();
 }
 

@@ -94,7 +94,7 @@ FARPROC WINAPI SlowFind(HMODULE module, char const* name) {
 }
 
 TEST(Once, FirstCallsOfTheForwardedFunctionsArrive) {
-    LoadCountingVendor(L"ControlLib32.dll");
+    LoadCountingVendor(std::filesystem::path(host::FileName(Machine::Library::Intel)).c_str());
     HMODULE const library = LibraryUnderTest();
     auto const init = Find<int (*)(int*, void**)>(library, "ctlInit");
     auto const close = Find<int (*)(void*)>(library, "ctlClose");
