@@ -15,10 +15,10 @@ if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
         "#include <string_view>\n"
         "namespace gputune::embedded {\n"
         "namespace {\n"
-        "unsigned char const bytes[] = {\n${bytes}0};\n"
+        "unsigned char const kBytes[] = {\n${bytes}0};\n"
         "}\n"
         "extern std::string_view const ${NAME};\n"
-        "std::string_view const ${NAME}(reinterpret_cast<char const*>(bytes), sizeof bytes - 1);\n"
+        "std::string_view const ${NAME}(reinterpret_cast<char const*>(kBytes), sizeof kBytes - 1);\n"
         "}\n")
     return()
 endif()

@@ -112,6 +112,7 @@ void Describe(CLI::App const& app, std::string const& place, CommandLine& line) 
 
 std::string Words(std::vector<Candidate> const& candidates) {
     std::vector<std::string> words;
+    words.reserve(candidates.size());
     for (Candidate const& candidate : candidates) {
         words.push_back(candidate.word);
     }
@@ -167,6 +168,7 @@ std::string PowerShellText(std::string const& text) {
 // A line for each word and its meaning.
 std::string PowerShellPairs(std::vector<Candidate> const& candidates, std::string const& indentation) {
     std::vector<std::string> lines;
+    lines.reserve(candidates.size());
     for (Candidate const& candidate : candidates) {
         lines.push_back(indentation + ", @(" + PowerShellText(candidate.word) + ", " +
                         PowerShellText(candidate.meaning) + ")");

@@ -148,6 +148,7 @@ int RunFanCurve(GlobalOptions const& options, std::vector<std::string> const& po
     RequireTunable(session);
     CheckCurve(curve, session.Api().ReadFanSetting(), session.ApiType());
     std::vector<std::string> texts;
+    texts.reserve(curve.size());
     for (FanTablePoint const& point : curve) {
         texts.push_back(WithUnit(point.FanTemperature, Unit::Celsius) + " " + WithUnit(point.FanSpeed, Unit::Percent));
     }

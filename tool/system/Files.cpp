@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "sim/host/module_path.h"
 #include "tool/system/Utf8.h"
 #include "tool/values/Errors.h"
 
@@ -35,19 +36,7 @@ Handle Open(std::string const& path, DWORD access, DWORD sharing, DWORD disposit
 }  // namespace
 
 std::wstring ProgramDirectory() {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-        DWORD const length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        if (length == 0) {
-            throw ToolError("Cannot find the program's directory: " + SystemMessage(GetLastError()) + ".");
-        }
-        if (length < path.size()) {
-            path.resize(length);
-            break;
-        }
-        path.resize(path.size() * 2);
-    }
-    return path.substr(0, path.find_last_of(L"\\/") + 1);
+    return (sim::ModulePath().parent_path() / L"").wstring();
 }
 
 std::string ReadTextFile(std::string const& path, std::size_t enough) {

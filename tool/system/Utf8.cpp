@@ -4,34 +4,20 @@
 
 #include <cstring>
 
+#include "sim/standin/wide_text.h"
+
 namespace gputune::tool {
 
-namespace {
-
-std::wstring Widen(unsigned codePage, std::string_view text) {
-    int const size = static_cast<int>(text.size());
-    int const needed = MultiByteToWideChar(codePage, 0, text.data(), size, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(needed), L'\0');
-    MultiByteToWideChar(codePage, 0, text.data(), size, wide.data(), needed);
-    return wide;
-}
-
-}  // namespace
-
 std::string Utf8FromWide(std::wstring_view text) {
-    int const size = static_cast<int>(text.size());
-    int const needed = WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(needed), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, utf8.data(), needed, nullptr, nullptr);
-    return utf8;
+    return sim::FromWide(text);
 }
 
 std::wstring WideFromUtf8(std::string_view text) {
-    return Widen(CP_UTF8, text);
+    return sim::ToWide(text);
 }
 
 std::string Utf8FromAnsi(char const* text, std::size_t capacity) {
-    return Utf8FromWide(Widen(CP_ACP, {text, strnlen(text, capacity)}));
+    return sim::FromWide(sim::ToWide({text, strnlen(text, capacity)}, CP_ACP));
 }
 
 std::string SystemMessage(unsigned long error) {
