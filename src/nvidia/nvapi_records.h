@@ -1,4 +1,5 @@
-// What NVAPI's functions take and return. The records hold no pointer: they are the same in 32-bit and 64-bit processes.
+// What NVAPI's functions take and return. The records hold no pointer: they are the same in 32-bit and 64-bit
+// processes.
 #pragma once
 
 #include <cstddef>
