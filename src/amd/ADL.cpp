@@ -49,7 +49,7 @@ bool ADL::InitADL() {
 }
 
 bool ADL::LoadRuntime() {
-    // The 64-bit name first, although this is a 32-bit module: deliberate, as are the words "x64" and "x86".
+    // The name of the 64-bit file first, in a 32-bit process, too: deliberate, as are the words "x64" and "x86".
     m_hDll = platform::LoadLibraryByName(L"atiadlxx.dll");
     if (m_hDll != nullptr) {
         log::Entry(kInitTag / "x64 dll loaded", "atiadlxx.dll");
