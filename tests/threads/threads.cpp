@@ -36,6 +36,9 @@ namespace test {
 
 namespace {
 
+// What a 64-bit process loads, as this one is.
+constexpr wchar_t const* kNvapi = L"nvapi64.dll";
+
 constexpr int kThreads = 8;
 
 int g_failures = 0;
@@ -93,7 +96,7 @@ void NvapiIsInitialisedOnce(AllAtOnce& threads) {
         TheSystem() = {};
         // A thread that waits for another one's load tries again at once.
         TheSystem().inSleep = [](std::uint32_t) { std::this_thread::yield(); };
-        TheSystem().libraries[L"nvapi.dll"].entryPoints["nvapi_QueryInterface"] = reinterpret_cast<void*>(&Query);
+        TheSystem().libraries[kNvapi].entryPoints["nvapi_QueryInterface"] = reinterpret_cast<void*>(&Query);
         g_initializations = g_calls = g_hooks = 0;
         nvidia::Nvapi nvapi;
         std::atomic<int> succeeded = 0;
@@ -107,7 +110,7 @@ void NvapiIsInitialisedOnce(AllAtOnce& threads) {
         // A thread tries ten times, which without waiting may not be enough.
         Expect(succeeded + gaveUp == kThreads, "a call failed for another reason than that it waited too long");
         Expect(g_initializations == 1, "NVAPI was not initialised once");
-        Expect(TheSystem().libraries[L"nvapi.dll"].loads == 1, "NVAPI was not loaded once");
+        Expect(TheSystem().libraries[kNvapi].loads == 1, "NVAPI was not loaded once");
         Expect(g_hooks == 2 * g_calls, "a call went past the hooks");
     }
 }
