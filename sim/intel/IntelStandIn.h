@@ -30,7 +30,8 @@ private:
     static int Refusal(Argument argument) {
         if constexpr (std::is_pointer_v<Argument>) {
             if (argument == nullptr) {
-                return PointsToRecord<Argument> ? kCtlNullPointer : kCtlNullHandle;
+                constexpr bool kIsRecord{PointsToRecord<Argument>};
+                return kIsRecord ? kCtlNullPointer : kCtlNullHandle;
             }
             if constexpr (requires { argument->Size; }) {
                 return argument->Size == sizeof(*argument) ? kCtlSuccess : kCtlUnsupportedSize;

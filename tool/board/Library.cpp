@@ -52,7 +52,7 @@ FanSetting Library::ReadFanSetting() const {
     // In binary form, a function that returns a record takes the record's address as its first argument and returns
     // that address. GetFanSetting does not write the points of OverdriveN boards. Called in this form, it gets the
     // record that was filled above, which shows afterwards which fields were written.
-    using InPlace = ::FanSetting*(GPUTUNE_CALL*)(::FanSetting*);
+    using InPlace = FanSetting*(GPUTUNE_CALL*)(FanSetting*);
     reinterpret_cast<InPlace>(reinterpret_cast<void*>(GetFanSetting))(&setting);
     return setting;
 }
