@@ -22,8 +22,8 @@ SRWLOCK* Lock(pthread_mutex_t* mutex) {
 }
 
 // How far something is that is done once. The system's own INIT_ONCE does not fit into a guard of 64-bit code.
-enum Progress : long { kNew, kBusy, kDone };
-static_assert(sizeof(pthread_once_t) == sizeof(Progress) && PTHREAD_ONCE_INIT == kNew);
+enum Progress : long { New, Busy, Done };
+static_assert(sizeof(pthread_once_t) == sizeof(Progress) && PTHREAD_ONCE_INIT == New);
 
 // For all that is done once. Nobody holds the lock while doing it.
 constinit SRWLOCK g_progressLock = SRWLOCK_INIT;
@@ -32,12 +32,12 @@ constinit CONDITION_VARIABLE g_progressChanged = CONDITION_VARIABLE_INIT;
 // Whether the caller is to do it. Waits while another thread does.
 bool Begin(Progress& progress) {
     ::AcquireSRWLockExclusive(&g_progressLock);
-    while (progress == kBusy) {
+    while (progress == Busy) {
         ::SleepConditionVariableSRW(&g_progressChanged, &g_progressLock, INFINITE, 0);
     }
-    bool const isNew = progress == kNew;
+    bool const isNew = progress == New;
     if (isNew) {
-        progress = kBusy;
+        progress = Busy;
     }
     ::ReleaseSRWLockExclusive(&g_progressLock);
     return isNew;
@@ -111,12 +111,12 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) {
     return 0;
 }
 
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's header has other names
+// NOLINTNEXTLINE(readability-*): the system's header has other names, and no const
 int pthread_once(pthread_once_t* control, void (*initialize)()) {
     auto& progress = *reinterpret_cast<Progress*>(control);
     if (Begin(progress)) {
         initialize();
-        End(progress, kDone);
+        End(progress, Done);
     }
     return 0;
 }
@@ -133,12 +133,12 @@ int __cxa_guard_acquire(__guard* guard) {
 
 void __cxa_guard_release(__guard* guard) noexcept {
     __atomic_store_n(&GuardOf(guard)->isDone, 1, __ATOMIC_RELEASE);
-    End(GuardOf(guard)->progress, kDone);
+    End(GuardOf(guard)->progress, Done);
 }
 
 // The initialisation ended in an exception: the next caller tries again.
 void __cxa_guard_abort(__guard* guard) noexcept {
-    End(GuardOf(guard)->progress, kNew);
+    End(GuardOf(guard)->progress, New);
 }
 
 __cxa_eh_globals* __cxa_get_globals() noexcept {
