@@ -14,9 +14,11 @@ _NM = "i686-w64-mingw32-nm"
 
 
 def shipped(directory):
-    """The images' paths below the directory, as ALLOWED_IMPORTS spells them."""
+    """The images' paths below the directory, as ALLOWED_IMPORTS spells them. Those of the 64-bit build are another build's."""
     found = []
-    for folder, _, files in os.walk(directory):
+    for folder, folders, files in os.walk(directory):
+        if "x64" in folders:
+            folders.remove("x64")
         for file in files:
             if file.lower().endswith((".dll", ".exe")):
                 found.append(os.path.relpath(os.path.join(folder, file), directory).replace(os.sep, "/"))
