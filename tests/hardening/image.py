@@ -1,14 +1,17 @@
-"""A 32-bit Windows image: what its headers say of how it may be loaded and run."""
+"""A Windows image of either width: what its headers say of how it may be loaded and run."""
 
 import struct
 
 I386 = 0x014C
+AMD64 = 0x8664
 PE32 = 0x010B
+PE32_PLUS = 0x020B
 
 # Of the file header.
 RELOCATIONS_STRIPPED = 0x0001
 
 # Of the optional header.
+HIGH_ENTROPY = 0x0020
 DYNAMIC_BASE = 0x0040
 NX_COMPATIBLE = 0x0100
 NO_SEH = 0x0400
@@ -21,6 +24,7 @@ SECTION_WRITABLE = 0x80000000
 # Data directories.
 IMPORTS = 1
 RESOURCES = 2
+UNWINDING = 3
 RELOCATIONS = 5
 TLS = 9
 BOUND_IMPORTS = 11
@@ -48,14 +52,18 @@ class Image:
         symbols, symbol_count, optional_size, self.characteristics = self._read("<IIHH", self.file_header + 8)
         self._long_names = symbols + 18 * symbol_count
         self.magic = self._read("<H", self.optional_header)[0]
-        self.base = self._read("<I", self.optional_header + 28)[0]
+        self.bits = 64 if self.magic == PE32_PLUS else 32
+        # The form of an address, and where the data directories begin.
+        self._word = "Q" if self.bits == 64 else "I"
+        self.directories = self.optional_header + (112 if self.bits == 64 else 96)
+        self.base = self._read("<" + self._word, self.optional_header + (24 if self.bits == 64 else 28))[0]
         self.dll_characteristics = self._read("<H", self.optional_header + 70)[0]
         self.section_table = self.optional_header + optional_size
         self.sections = [self._section(self.section_table + 40 * index) for index in range(count)]
 
     def directory(self, index):
         """Address and size."""
-        return self._read("<II", self.optional_header + 96 + 8 * index)
+        return self._read("<II", self.directories + 8 * index)
 
     def imports(self):
         """The names of the libraries, in lower case."""
@@ -75,13 +83,13 @@ class Image:
         if not address:
             return []
         callbacks = []
-        table = self._read("<6I", self.offset_of(address))[3]
+        table = self._read("<4" + self._word, self.offset_of(address))[3]
         while table:
-            callback = self._read("<I", self.offset_of(table - self.base))[0]
+            callback = self._read("<" + self._word, self.offset_of(table - self.base))[0]
             if callback == 0:
                 break
             callbacks.append(callback)
-            table += 4
+            table += struct.calcsize("<" + self._word)
         return callbacks
 
     def resources(self, kind):

@@ -1,4 +1,4 @@
-"""manifests.py <directory of the programs> <version>
+"""manifests.py <directory of the programs> <version> <32 or 64>
 
 What the shipped images tell the system before they run: programs what they expect of it, DLLs nothing. A DLL runs under its
 host's manifest; one of its own would only say which side-by-side libraries it wants, and these want none.
@@ -26,7 +26,7 @@ _SETTINGS = {
 }
 
 
-def problems_of(manifest, name, version):
+def problems_of(manifest, name, version, processor):
     root = xml.fromstring(manifest)
     first = "{urn:schemas-microsoft-com:asm.v1}"
     third = "{urn:schemas-microsoft-com:asm.v3}"
@@ -36,7 +36,7 @@ def problems_of(manifest, name, version):
         problems.append("is no assembly's manifest")
     identity = root.find(first + "assemblyIdentity")
     if identity is None or dict(identity.attrib) != {"type": "win32", "name": name, "version": f"{version}.0",
-                                                     "processorArchitecture": "x86"}:
+                                                     "processorArchitecture": processor}:
         problems.append(f"has another identity: {identity}")
     level = root.find(f"{third}trustInfo/{third}security/{third}requestedPrivileges/{third}requestedExecutionLevel")
     if level is None or dict(level.attrib) != {"level": "asInvoker", "uiAccess": "false"}:
@@ -50,7 +50,8 @@ def problems_of(manifest, name, version):
     return problems
 
 
-def main(directory, version):
+def main(directory, version, bits):
+    processor = {"32": "x86", "64": "amd64"}[bits]
     failures = []
     for path in shipped(directory):
         with open(os.path.join(directory, path), "rb") as file:
@@ -59,7 +60,7 @@ def main(directory, version):
             failures.append(f"{path} has {len(manifests)} manifests")
         for manifest in manifests:
             name = os.path.splitext(os.path.basename(path))[0]
-            failures += [f"{path}: its manifest {problem}" for problem in problems_of(manifest, name, version)]
+            failures += [f"{path}: its manifest {problem}" for problem in problems_of(manifest, name, version, processor)]
     print("\n".join(failures) or "the manifests are right")
     return 1 if failures else 0
 

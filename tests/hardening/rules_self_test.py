@@ -7,7 +7,7 @@ import struct
 import sys
 
 import image as pe
-from rules import ALLOWED_CALLBACKS, ALLOWED_IMPORTS, problems_of
+from rules import ALLOWED_CALLBACKS, allowed_imports, problems_of
 
 
 class Broken(bytearray):
@@ -24,11 +24,21 @@ def cases(image):
     """What to do to the copy, and what is said of it."""
     characteristics = image.file_header + 18
     dll_characteristics = image.optional_header + 70
-    directories = image.optional_header + 96
+    directories = image.directories
     flags = {section.name: image.section_table + 40 * index + 36 for index, section in enumerate(image.sections)}
     relocations = image.offset_of(image.directory(pe.RELOCATIONS)[0])
 
-    return [
+    of_the_width = [
+        (lambda data: data.clear("<H", dll_characteristics, pe.NO_SEH), "offers its code as exception handlers"),
+    ] if image.bits == 32 else [
+        (lambda data: data.clear("<H", dll_characteristics, pe.HIGH_ENTROPY), "is not loaded at any address of 64 bits"),
+        # Without the callbacks, whose addresses would be elsewhere then.
+        (lambda data: (struct.pack_into("<Q", data, image.optional_header + 24, 0x10000000),
+                       struct.pack_into("<II", data, directories + 8 * pe.TLS, 0, 0)), "asks for an address below 4 GiB"),
+        (lambda data: struct.pack_into("<II", data, directories + 8 * pe.UNWINDING, 0, 0),
+         "says of no function how it is left"),
+    ]
+    return of_the_width + [
         (lambda data: data.clear("<H", dll_characteristics, pe.DYNAMIC_BASE), "is not loaded at random addresses"),
         (lambda data: data.set("<H", characteristics, pe.RELOCATIONS_STRIPPED),
          "cannot be moved: its relocations were taken out"),
@@ -40,7 +50,6 @@ def cases(image):
          "cannot be moved: 0 relocations"),
         (lambda data: data.clear("<H", dll_characteristics, pe.NX_COMPATIBLE),
          "lets data, the stack's included, be executed"),
-        (lambda data: data.clear("<H", dll_characteristics, pe.NO_SEH), "offers its code as exception handlers"),
         (lambda data: data.set("<I", flags[".text"], pe.SECTION_WRITABLE), "may write its own code: .text"),
         (lambda data: data.set("<I", flags[".data"], pe.SECTION_EXECUTABLE), "may write its own code: .data"),
         (lambda data: data.set("<I", flags[".rdata"], pe.SECTION_EXECUTABLE), "has code in .text, .rdata"),
@@ -56,16 +65,17 @@ def main(path):
         data = file.read()
     image = pe.Image(data)
     callback = image.tls_callbacks()[0]
-    names = {address: set(ALLOWED_CALLBACKS) for address in image.tls_callbacks()}
-    allowed = ALLOWED_IMPORTS["gputune.dll"]
+    names = {address: set(ALLOWED_CALLBACKS[image.bits]) for address in image.tls_callbacks()}
+    bits = image.bits
+    allowed = allowed_imports(bits)["gputune.dll"]
 
-    failures = [f"as it is, it {problem}" for problem in problems_of(image, allowed, names)]
+    failures = [f"as it is, it {problem}" for problem in problems_of(image, bits, allowed, names)]
     expectations = []
     for change, expected in cases(image):
         copy = Broken(data)
         change(copy)
-        expectations.append((problems_of(pe.Image(bytes(copy)), allowed, names), expected))
-    expectations.append((problems_of(image, allowed, {**names, callback: {"_surprise"}}),
+        expectations.append((problems_of(pe.Image(bytes(copy)), bits, allowed, names), expected))
+    expectations.append((problems_of(image, bits, allowed, {**names, callback: {"_surprise"}}),
                          "has the loader call _surprise for every thread"))
     for found, expected in expectations:
         if expected not in found:
