@@ -115,7 +115,7 @@ int FaultyVendor::AsHealthy(char const* entryPoint, test::Word const* words) {
         return -100;
     }
     if (name == "NvAPI_GetErrorMessage" && words[1] != 0) {
-        std::snprintf(reinterpret_cast<char*>(Pointer(words[1])), 64, "NVAPI_%d", words[0]);
+        std::snprintf(reinterpret_cast<char*>(Pointer(words[1])), 64, "NVAPI_%d", static_cast<int>(words[0]));
     }
     int const result = library_.AsOrdered(entryPoint, words);
     VendorOutput const* const list = ListOf(entryPoint);

@@ -136,7 +136,7 @@ void Origins::Succeeded(char const* entryPoint, test::Word const* words, int lis
         int const* written = Words(words[output.argument]);
         int bytes = output.size == test::kSizeInRecord ? recordBytes_ : output.size;
         if (isList) {
-            written = Words(*written);
+            std::memcpy(&written, Words(words[output.argument]), sizeof written);
             int const records = std::min({*Words(words[output.argument - 1]), listBytes / output.size, kSettings});
             bytes = written == nullptr ? 0 : std::max(0, records) * output.size;
         }

@@ -23,9 +23,18 @@ int ScriptedCore::Answer(char const* name, Word const* words, double const* doub
     if (known == interface_.signatures.end() && !interface_.otherSignature) {
         return -8;
     }
-    Record(name, known == interface_.signatures.end() ? *interface_.otherSignature : known->second, words, doubles);
+    Signature const& signature = known == interface_.signatures.end() ? *interface_.otherSignature : known->second;
+    Record(name, signature, words, doubles);
     Word arguments[kMaxWords];
     std::copy_n(calls_.back().words, kMaxWords, arguments);
+    if (doubles != nullptr) {
+        // What happens to be in the other register of such an argument is none.
+        for (std::size_t position = 0; signature.arguments[position] != '\0'; ++position) {
+            if (signature.arguments[position] == 'd') {
+                std::memcpy(&arguments[position], &doubles[position], sizeof(Word));
+            }
+        }
+    }
     return interceptor_ != nullptr ? interceptor_->Answer(name, arguments) : AsOrdered(name, arguments);
 }
 

@@ -41,8 +41,8 @@ struct ScriptedCall {
 // Answers calls instead of the orders.
 class Interceptor {
 public:
-    // `words` are the call's arguments. Returns the result; writes the outputs itself or lets
-    // ScriptedLibrary::AsOrdered do so.
+    // `words` are the call's arguments, as bits where they are doubles. Returns the result; writes the outputs itself
+    // or lets ScriptedLibrary::AsOrdered do so.
     virtual int Answer(char const* entryPoint, Word const* words) = 0;
 
 protected:

@@ -12,9 +12,11 @@ namespace {
 
 using Kind = VendorOutput::Kind;
 
+constexpr int kPointer = sizeof(void*);
+
 // Entered by hand from the published interfaces.
 std::map<std::string_view, std::vector<VendorOutput>> const kOutputs = {
-    {"ADL2_Main_ControlX2_Create", {{2, 4}}},
+    {"ADL2_Main_ControlX2_Create", {{2, kPointer}}},
     {"ADL2_Adapter_AdapterInfoX4_Get", {{2, 4}, {3, 1580, Kind::List}}},
     {"ADL2_Adapter_AdapterInfoX3_Get", {{2, 4}, {3, 1572, Kind::List}}},
     {"ADL2_Adapter_Active_Get", {{2, 4}}},
@@ -40,12 +42,12 @@ std::map<std::string_view, std::vector<VendorOutput>> const kOutputs = {
     {"ADL2_New_QueryPMLogData_Get", {{2, 2052}}},
     {"ADL2_Adapter_FrameMetrics_Get", {{3, 4}}},
 
-    {"ctlInit", {{0, 36}, {1, 4}}},
-    {"ctlEnumerateDevices", {{1, 4}, {2, 4, Kind::Handles}}},
-    {"ctlGetDeviceProperties", {{1, sizeof(void*) == 4 ? 312 : 320}}},
+    {"ctlInit", {{0, 36}, {1, kPointer}}},
+    {"ctlEnumerateDevices", {{1, 4}, {2, kPointer, Kind::Handles}}},
+    {"ctlGetDeviceProperties", {{1, kPointer == 4 ? 312 : 320}}},
     {"ctlOverclockGetProperties", {{1, 296}}},
     {"ctlPowerTelemetryGet", {{1, 808}}},
-    {"ctlEnumFans", {{1, 4}, {2, 4, Kind::Handles}}},
+    {"ctlEnumFans", {{1, 4}, {2, kPointer, Kind::Handles}}},
     {"ctlFanGetProperties", {{1, 24}}},
     {"ctlFanGetConfig", {{1, 936}}},
     {"ctlOverclockPowerLimitGet", {{1, 8}}},
@@ -54,7 +56,7 @@ std::map<std::string_view, std::vector<VendorOutput>> const kOutputs = {
 
     {"NvAPI_GetErrorMessage", {{1, 64}}},
     {"NvAPI_GetInterfaceVersionString", {{0, 64}}},
-    {"NvAPI_EnumPhysicalGPUs", {{0, 256}, {1, 4}}},
+    {"NvAPI_EnumPhysicalGPUs", {{0, 64 * kPointer}, {1, 4}}},
     {"NvAPI_GPU_GetFullName", {{1, 64}}},
     {"NvAPI_GPU_GetThermalSettings", {{2, 68}}},
 };
@@ -85,7 +87,7 @@ std::map<std::string_view, std::vector<VendorCount>> const kCounts = {
 std::map<std::string_view, std::vector<VendorText>> const kTexts = {
     {"ADL2_Adapter_AdapterInfoX4_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
     {"ADL2_Adapter_AdapterInfoX3_Get", {{3, 8, 256}, {3, 280, 256}, {3, 536, 256}}},
-    {"ctlGetDeviceProperties", {{1, sizeof(void*) == 4 ? 80 : 88, 100}}},
+    {"ctlGetDeviceProperties", {{1, kPointer == 4 ? 80 : 88, 100}}},
     {"NvAPI_GetErrorMessage", {{1, 0, 64}}},
     {"NvAPI_GetInterfaceVersionString", {{0, 0, 64}}},
     {"NvAPI_GPU_GetFullName", {{1, 0, 64}}},
