@@ -7,7 +7,7 @@ namespace gputune::test {
 namespace {
 
 TEST(Nvapi, ManyThreadsInitialiseItOnce) {
-    PlantedFile const file(std::filesystem::current_path() / "nvapi.dll");
+    PlantedFile const file(std::filesystem::current_path() / (sizeof(void*) == 4 ? "nvapi.dll" : "nvapi64.dll"));
     HMODULE const planted = ::LoadLibraryW(file.Path().c_str());
     ASSERT_NE(planted, nullptr);
     auto const forget =

@@ -16,6 +16,8 @@
 namespace gputune::test {
 namespace {
 
+constexpr bool kFor64Bits = sizeof(void*) == 8;
+
 // The file as it lies on disk, found by the addresses it will have in memory.
 class Image {
 public:
@@ -26,15 +28,15 @@ public:
 
     std::size_t Size() const { return bytes_.size(); }
 
-    IMAGE_NT_HEADERS32 Headers() const {
-        return Read<IMAGE_NT_HEADERS32>(static_cast<DWORD>(Read<IMAGE_DOS_HEADER>(0).e_lfanew));
+    IMAGE_NT_HEADERS Headers() const {
+        return Read<IMAGE_NT_HEADERS>(static_cast<DWORD>(Read<IMAGE_DOS_HEADER>(0).e_lfanew));
     }
     IMAGE_DATA_DIRECTORY Directory(int index) const { return Headers().OptionalHeader.DataDirectory[index]; }
 
     std::vector<IMAGE_SECTION_HEADER> Sections() const {
-        IMAGE_NT_HEADERS32 const headers = Headers();
+        IMAGE_NT_HEADERS const headers = Headers();
         DWORD const first = static_cast<DWORD>(Read<IMAGE_DOS_HEADER>(0).e_lfanew) +
-                            static_cast<DWORD>(offsetof(IMAGE_NT_HEADERS32, OptionalHeader)) +
+                            static_cast<DWORD>(offsetof(IMAGE_NT_HEADERS, OptionalHeader)) +
                             headers.FileHeader.SizeOfOptionalHeader;
         std::vector<IMAGE_SECTION_HEADER> sections;
         for (DWORD index = 0; index < headers.FileHeader.NumberOfSections; ++index) {
@@ -89,13 +91,13 @@ private:
     std::vector<char> bytes_;
 };
 
-TEST(Image, IsALibraryFor32Bits) {
+TEST(Image, IsALibraryOfThisWidth) {
     Image const image(sim::ModulePath(LibraryUnderTest()));
-    IMAGE_NT_HEADERS32 const headers = image.Headers();
+    IMAGE_NT_HEADERS const headers = image.Headers();
     EXPECT_EQ(headers.Signature, static_cast<DWORD>(IMAGE_NT_SIGNATURE));
-    EXPECT_EQ(headers.FileHeader.Machine, IMAGE_FILE_MACHINE_I386);
+    EXPECT_EQ(headers.FileHeader.Machine, kFor64Bits ? IMAGE_FILE_MACHINE_AMD64 : IMAGE_FILE_MACHINE_I386);
     EXPECT_TRUE(headers.FileHeader.Characteristics & IMAGE_FILE_DLL);
-    EXPECT_EQ(headers.OptionalHeader.Magic, IMAGE_NT_OPTIONAL_HDR32_MAGIC);
+    EXPECT_EQ(headers.OptionalHeader.Magic, kFor64Bits ? IMAGE_NT_OPTIONAL_HDR64_MAGIC : IMAGE_NT_OPTIONAL_HDR32_MAGIC);
     // The same source makes the same file.
     EXPECT_EQ(headers.FileHeader.TimeDateStamp, 0U);
 }
@@ -195,16 +197,19 @@ TEST(Image, CarriesAVersionBlock) {
 }
 
 TEST(Image, ImportLibraryLiesBesideIt) {
-    std::filesystem::path const libraries = sim::ModulePath(LibraryUnderTest()).parent_path().parent_path() / "lib";
+    std::filesystem::path const directory = sim::ModulePath(LibraryUnderTest()).parent_path();
+    std::filesystem::path const libraries =
+        kFor64Bits ? directory.parent_path().parent_path() / "lib" / "x64" : directory.parent_path() / "lib";
     std::filesystem::path const mingw = libraries / "libgputune.dll.a";
     ASSERT_TRUE(std::filesystem::exists(mingw));
     std::ifstream file(mingw, std::ios::binary);
     std::string const bytes(std::istreambuf_iterator<char>(file), {});
     EXPECT_TRUE(bytes.starts_with("!<arch>\n"));
     // The names as a C compiler decorates them, and the pointers that a dllimport declaration takes.
-    EXPECT_NE(bytes.find(std::string("_InitVGAHelper\0", 15)), std::string::npos);
-    EXPECT_NE(bytes.find("__imp__InitVGAHelper"), std::string::npos);
-    EXPECT_EQ(bytes.find("_InitVGAHelper@"), std::string::npos);
+    std::string const name = kFor64Bits ? "InitVGAHelper" : "_InitVGAHelper";
+    EXPECT_NE(bytes.find('\0' + name + '\0'), std::string::npos);
+    EXPECT_NE(bytes.find("__imp_" + name), std::string::npos);
+    EXPECT_EQ(bytes.find("InitVGAHelper@"), std::string::npos);
 }
 
 }  // namespace

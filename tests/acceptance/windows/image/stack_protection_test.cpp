@@ -62,7 +62,8 @@ TEST(StackProtection, OverrunByNvidiasLibraryEndsTheProcess) {
     Machine machine = NvidiaBoard(1);
     ASSERT_TRUE(machine.Init());
     // A record of 68 bytes: version, count, three sensors of 20.
-    machine.Write("NvAPI_GPU_GetThermalSettings", 2, Overrun(64), 68);
+    // As far as the word that is looked at, which in the 64-bit library lies behind more.
+    machine.Write("NvAPI_GPU_GetThermalSettings", 2, Overrun(256), 68);
     machine.Api().FetchHwmValues();
     Mark();
 }
