@@ -15,6 +15,7 @@
 #include <stdexcept>
 
 #include "Trial.h"
+#include "high_memory.h"
 #include "machine_windows.h"
 #include "sim/host/module_path.h"
 
@@ -151,5 +152,9 @@ int Main(int argc, char** argv) {
 }  // namespace gputune::matrix
 
 int main(int argc, char** argv) {
+#if defined(_WIN64)
+    return gputune::test::RunInHighMemory([&] { return gputune::matrix::Main(argc, argv); });
+#else
     return gputune::matrix::Main(argc, argv);
+#endif
 }

@@ -1,106 +1,39 @@
-// The exports as a host built by another compiler calls them: with a stack that is aligned to 4 bytes only, a hidden
-// pointer for records, and registers that must survive. Every call goes through a few lines of assembly.
+// The exports as a host built by another compiler calls them: in a 32-bit process with a stack that is aligned to 4
+// bytes only, with a hidden pointer for records, and with registers that must survive.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <climits>
 #include <cstring>
+#include <iterator>
 
 #include "boards.h"
-
-extern "C" {
-
-// What the registers hold behind a call.
-struct RawResult {
-    std::uint32_t stackBefore;  // esp with the arguments pushed
-    std::uint32_t stackAfter;   // esp when the callee has returned
-    std::uint32_t eax;
-    std::uint32_t edx;
-    std::uint32_t ebx;
-    std::uint32_t esi;
-    std::uint32_t edi;
-};
-
-// Calls `function` with these words as its arguments and esp % 16 == `alignment` at the call.
-void CallRaw(void* function, std::uint32_t const* words, std::uint32_t count, std::uint32_t alignment,
-             RawResult* result);
-}
-
-__asm__(R"(
-    .text
-    .globl _CallRaw
-_CallRaw:
-    pushl %ebp
-    movl %esp, %ebp
-    pushl %ebx
-    pushl %esi
-    pushl %edi
-    movl 12(%ebp), %esi
-    movl 16(%ebp), %ecx
-    leal (,%ecx,4), %eax
-    addl 20(%ebp), %eax
-    negl %eax
-    andl $15, %eax
-    andl $-16, %esp
-    subl %eax, %esp
-1:  testl %ecx, %ecx
-    jz 2f
-    pushl -4(%esi,%ecx,4)
-    decl %ecx
-    jmp 1b
-2:  movl 24(%ebp), %eax
-    movl %esp, 0(%eax)
-    movl $0x11B11B11, %ebx
-    movl $0x22512251, %esi
-    movl $0x33D133D1, %edi
-    movl $0xA5A5A5A5, %eax
-    movl $0xA5A5A5A5, %edx
-    call *8(%ebp)
-    movl 24(%ebp), %ecx
-    movl %esp, 4(%ecx)
-    movl %eax, 8(%ecx)
-    movl %edx, 12(%ecx)
-    movl %ebx, 16(%ecx)
-    movl %esi, 20(%ecx)
-    movl %edi, 24(%ecx)
-    leal -12(%ebp), %esp
-    popl %edi
-    popl %esi
-    popl %ebx
-    popl %ebp
-    ret
-)");
+#include "patterned_call.h"
 
 namespace gputune::test {
 namespace {
 
-using Words = std::vector<std::uint32_t>;
-
-constexpr std::uint32_t kAlignments[] = {0, 4, 8, 12};
+using Words = std::vector<Word>;
 
 template <class Function>
 void* Address(Function* function) {
     return reinterpret_cast<void*>(function);
 }
 
-std::uint32_t Word(void const* pointer) {
-    return reinterpret_cast<std::uint32_t>(pointer);
-}
-
-// Calls, and expects what holds for every function of the convention.
-RawResult Call(void* function, Words const& words, std::uint32_t alignment) {
-    RawResult result{};
-    CallRaw(function, words.data(), static_cast<std::uint32_t>(words.size()), alignment, &result);
-    EXPECT_EQ(result.stackBefore % 16, alignment);
-    EXPECT_EQ(result.stackAfter, result.stackBefore) << "the caller pops its arguments, the hidden one included";
-    EXPECT_EQ(result.ebx, 0x11B11B11U);
-    EXPECT_EQ(result.esi, 0x22512251U);
-    EXPECT_EQ(result.edi, 0x33D133D1U);
+// Calls, and expects what holds for every function of the convention. The words behind the arguments are still there:
+// the caller pops its arguments, the hidden one included.
+std::uint64_t Call(void* function, Words words, int misalignment) {
+    words.resize(kMaxWords, static_cast<Word>(0xA5A5A5A5));
+    std::uint64_t const result = CallWithPatterns(function, words.data(), misalignment);
+    EXPECT_EQ(Lost(), "");
     return result;
 }
 
-bool InAl(RawResult const& result) {
-    std::uint32_t const al = result.eax & 0xFF;
+int Number(std::uint64_t result) {
+    return static_cast<int>(result);
+}
+
+bool InAl(std::uint64_t result) {
+    auto const al = static_cast<unsigned char>(result);
     EXPECT_LE(al, 1U);
     return al == 1;
 }
@@ -111,15 +44,15 @@ class Storage {
 public:
     Storage() { std::memset(bytes_, kPattern, sizeof bytes_); }
 
-    RawResult Fetch(void* function, Words words, std::uint32_t alignment) {
-        words.insert(words.begin(), Word(Begin()));
-        RawResult const result = Call(function, words, alignment);
-        EXPECT_EQ(result.eax, Word(Begin())) << "the hidden pointer is the result";
+    void Fetch(void* function, Words words, int misalignment) {
+        auto const begin = reinterpret_cast<std::uintptr_t>(Begin());
+        words.insert(words.begin(), static_cast<Word>(begin));
+        // In eax or rax; edx has no meaning.
+        EXPECT_EQ(static_cast<std::uintptr_t>(Call(function, words, misalignment)), begin) << "the hidden pointer";
         for (std::size_t index = 0; index < kGuard; ++index) {
             EXPECT_EQ(bytes_[index], kPattern);
             EXPECT_EQ(bytes_[kGuard + sizeof(Record) + index], kPattern);
         }
-        return result;
     }
 
     unsigned char Byte(std::size_t offset) const { return bytes_[kGuard + offset]; }
@@ -155,49 +88,47 @@ Machine ReadyBoard() {
 
 TEST(Abi, StartWorksOnEveryStack) {
     Machine machine = ReadyBoard();
-    for (std::uint32_t const alignment : kAlignments) {
-        SCOPED_TRACE(alignment);
-        EXPECT_TRUE(InAl(Call(Address(machine.Api().InitVGAHelper), {2}, alignment)));
+    for (int const misalignment : kMisalignments) {
+        SCOPED_TRACE(misalignment);
+        EXPECT_TRUE(InAl(Call(Address(machine.Api().InitVGAHelper), {2}, misalignment)));
     }
 }
 
 TEST(Abi, BoolsAreInAl) {
     Machine machine = ReadyBoard();
     Exports const& api = machine.Api();
-    for (std::uint32_t const alignment : kAlignments) {
-        SCOPED_TRACE(alignment);
-        EXPECT_TRUE(InAl(Call(Address(api.IsInitOk), {}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetActiveAdapterIndex), {5}, alignment)));
-        EXPECT_FALSE(InAl(Call(Address(api.SetActiveAdapterIndex), {0}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetFanSpeed), {40}, alignment)));
-        EXPECT_FALSE(InAl(Call(Address(api.SetFanSpeedTable), {0, 5}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetPowerLimit), {75, 10}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetPowerLimitDefault), {}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetPerformanceUser), {1200, 1000, 1800, 900}, alignment)));
-        EXPECT_FALSE(InAl(Call(Address(api.SetPerformanceOC), {}, alignment)));
-        EXPECT_TRUE(InAl(Call(Address(api.SetPerformanceDefault), {}, alignment)));
-        EXPECT_FALSE(InAl(Call(Address(api.SetPerformanceSilent), {}, alignment)));
+    for (int const misalignment : kMisalignments) {
+        SCOPED_TRACE(misalignment);
+        EXPECT_TRUE(InAl(Call(Address(api.IsInitOk), {}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetActiveAdapterIndex), {5}, misalignment)));
+        EXPECT_FALSE(InAl(Call(Address(api.SetActiveAdapterIndex), {0}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetFanSpeed), {40}, misalignment)));
+        EXPECT_FALSE(InAl(Call(Address(api.SetFanSpeedTable), {0, 5}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetPowerLimit), {75, 10}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetPowerLimitDefault), {}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetPerformanceUser), {1200, 1000, 1800, 900}, misalignment)));
+        EXPECT_FALSE(InAl(Call(Address(api.SetPerformanceOC), {}, misalignment)));
+        EXPECT_TRUE(InAl(Call(Address(api.SetPerformanceDefault), {}, misalignment)));
+        EXPECT_FALSE(InAl(Call(Address(api.SetPerformanceSilent), {}, misalignment)));
     }
     EXPECT_EQ(machine.LastCall("ADL2_OverdriveN_PowerLimit_Set").entryPoint, "ADL2_OverdriveN_PowerLimit_Set");
 }
 
 TEST(Abi, NumbersAreInEax) {
     Machine machine = ReadyBoard();
-    for (std::uint32_t const alignment : kAlignments) {
-        SCOPED_TRACE(alignment);
-        EXPECT_EQ(Call(Address(machine.Api().GetActiveAdapterIndex), {}, alignment).eax, 5U);
-        EXPECT_EQ(Call(Address(machine.Api().GetFrameRate), {}, alignment).eax, 0xFFFFFFFF);
-        Call(Address(machine.Api().FetchHwmValues), {}, alignment);
+    for (int const misalignment : kMisalignments) {
+        SCOPED_TRACE(misalignment);
+        EXPECT_EQ(Number(Call(Address(machine.Api().GetActiveAdapterIndex), {}, misalignment)), 5);
+        EXPECT_EQ(Number(Call(Address(machine.Api().GetFrameRate), {}, misalignment)), -1);
+        Call(Address(machine.Api().FetchHwmValues), {}, misalignment);
     }
     EXPECT_EQ(machine.Api().GetHwmValue(2).Value, 65.5);
 }
 
-TEST(Abi, VendorInfoIsInEdxAndEax) {
+TEST(Abi, VendorInfoIsInEdxAndEaxOrInRax) {
     Machine machine = ReadyBoard();
-    for (std::uint32_t const alignment : kAlignments) {
-        RawResult const result = Call(Address(machine.Api().GetVendorInfo), {}, alignment);
-        EXPECT_EQ(result.edx, 3U);
-        EXPECT_EQ(result.eax, 1U);
+    for (int const misalignment : kMisalignments) {
+        EXPECT_EQ(Call(Address(machine.Api().GetVendorInfo), {}, misalignment), 0x3'0000'0001U);
     }
 }
 
@@ -205,45 +136,45 @@ TEST(Abi, RecordsAreWrittenIntoTheCallersStorage) {
     Machine machine = ReadyBoard();
     Exports const& api = machine.Api();
     api.FetchHwmValues();
-    for (std::uint32_t const alignment : kAlignments) {
-        SCOPED_TRACE(alignment);
+    for (int const misalignment : kMisalignments) {
+        SCOPED_TRACE(misalignment);
         Storage<VgaInfo> info;
-        info.Fetch(Address(api.GetVGAInfo), {}, alignment);
+        info.Fetch(Address(api.GetVGAInfo), {}, misalignment);
         EXPECT_EQ(info.Get().SubsystemId, 0x0B361002U);
         EXPECT_STREQ(info.Get().AdapterName, "Radeon RX 580 Series");
         EXPECT_EQ(info.Get().BusNumber, 3);
 
         Storage<HwmValue> value;
-        value.Fetch(Address(api.GetHwmValue), {2}, alignment);
+        value.Fetch(Address(api.GetHwmValue), {2}, misalignment);
         EXPECT_EQ(value.Get().Value, 65.5);
         EXPECT_STREQ(value.Get().Name, "GPU Temperature");
         EXPECT_EQ(value.Byte(264), 1);
         EXPECT_EQ(value.Byte(271), 0);
 
         Storage<HwmValue> absent;
-        absent.Fetch(Address(api.GetHwmValue), {21}, alignment);
+        absent.Fetch(Address(api.GetHwmValue), {21}, misalignment);
         EXPECT_EQ(absent.Get().Value, 0.0);
         EXPECT_EQ(absent.Byte(271), 0);
 
         Storage<FanSetting> fan;
-        fan.Fetch(Address(api.GetFanSetting), {}, alignment);
+        fan.Fetch(Address(api.GetFanSetting), {}, misalignment);
         EXPECT_EQ(fan.Get().PointCount, 1);
 
         Storage<PowerLimitSetting> power;
-        power.Fetch(Address(api.GetPowerLimitSetting), {}, alignment);
+        power.Fetch(Address(api.GetPowerLimitSetting), {}, misalignment);
         EXPECT_EQ(power.Get().Max, 50);
         EXPECT_EQ(power.Get().Current, -1);
 
         Storage<ClockSetting> gpu;
-        gpu.Fetch(Address(api.GetGpuClockSetting), {}, alignment);
+        gpu.Fetch(Address(api.GetGpuClockSetting), {}, misalignment);
         EXPECT_EQ(gpu.Get().MaxClock, 2000);
 
         Storage<ClockSetting> memory;
-        memory.Fetch(Address(api.GetMemClockSetting), {}, alignment);
+        memory.Fetch(Address(api.GetMemClockSetting), {}, misalignment);
         EXPECT_EQ(memory.Get().MaxClock, 2250);
 
         Storage<PredefinedPerformanceParameter> profile;
-        profile.Fetch(Address(api.GetExternalPerformanceParameter), {0x0B361002}, alignment);
+        profile.Fetch(Address(api.GetExternalPerformanceParameter), {0x0B361002}, misalignment);
         EXPECT_EQ(profile.Byte(0), 0);
         EXPECT_EQ(profile.Get().NewestVBIOS, 0);
     }
@@ -252,9 +183,9 @@ TEST(Abi, RecordsAreWrittenIntoTheCallersStorage) {
 TEST(Abi, RecordsWithoutAnAdapterAreAllZero) {
     Machine machine = OverdriveNBoard();
     Exports const& api = machine.Api();
-    for (std::uint32_t const alignment : kAlignments) {
+    for (int const misalignment : kMisalignments) {
         auto const expectZero = [&]<class Record>(Storage<Record> storage, void* function, Words const& words) {
-            storage.Fetch(function, words, alignment);
+            storage.Fetch(function, words, misalignment);
             for (std::size_t offset = 0; offset < sizeof(Record); ++offset) {
                 ASSERT_EQ(storage.Byte(offset), 0) << offset;
             }
@@ -266,17 +197,17 @@ TEST(Abi, RecordsWithoutAnAdapterAreAllZero) {
         expectZero(Storage<ClockSetting>(), Address(api.GetGpuClockSetting), {});
         expectZero(Storage<ClockSetting>(), Address(api.GetMemClockSetting), {});
         expectZero(Storage<PredefinedPerformanceParameter>(), Address(api.GetExternalPerformanceParameter), {0});
-        EXPECT_FALSE(InAl(Call(Address(api.IsInitOk), {}, alignment)));
-        EXPECT_FALSE(InAl(Call(Address(api.SetFanSpeed), {50}, alignment)));
-        EXPECT_EQ(Call(Address(api.GetActiveAdapterIndex), {}, alignment).eax, 0xFFFFFFFF);
-        EXPECT_EQ(Call(Address(api.GetFrameRate), {}, alignment).eax, 0xFFFFFFFF);
+        EXPECT_FALSE(InAl(Call(Address(api.IsInitOk), {}, misalignment)));
+        EXPECT_FALSE(InAl(Call(Address(api.SetFanSpeed), {50}, misalignment)));
+        EXPECT_EQ(Number(Call(Address(api.GetActiveAdapterIndex), {}, misalignment)), -1);
+        EXPECT_EQ(Number(Call(Address(api.GetFrameRate), {}, misalignment)), -1);
     }
 }
 
 TEST(Abi, OverdriveNFanSettingLeavesTheCallersPoints) {
     Machine machine = ReadyBoard();
     Storage<FanSetting> fan;
-    fan.Fetch(Address(machine.Api().GetFanSetting), {}, 12);
+    fan.Fetch(Address(machine.Api().GetFanSetting), {}, kMisalignments[std::size(kMisalignments) - 1]);
     EXPECT_EQ(fan.Byte(0), 1);
     EXPECT_TRUE(fan.Untouched(1, 4));
     EXPECT_EQ(fan.Get().PointCount, 1);
@@ -307,8 +238,10 @@ TEST(Abi, AllocationCallbackWorksOnAnOddStack) {
         EXPECT_NE(ask(0), nullptr);
         EXPECT_EQ(ask(-1), nullptr);
         EXPECT_EQ(ask(INT_MIN), nullptr);
-        // More than the address space of this process has.
-        EXPECT_EQ(ask(INT_MAX), nullptr);
+        if (sizeof(void*) == 4) {
+            // More than the address space of this process has.
+            EXPECT_EQ(ask(INT_MAX), nullptr);
+        }
     }
     EXPECT_TRUE(machine.Api().SetPowerLimit(75, 0));
 }

@@ -1,0 +1,13 @@
+// A 64-bit process without memory below 4 GiB. Wine puts heaps and stacks there, where a pointer that was cut to 32
+// bits still is the same pointer.
+#pragma once
+
+#include <functional>
+
+namespace gputune::test {
+
+// Takes the memory below 4 GiB that is still free away from the process, that of its heaps included, and runs `work` in
+// a thread whose stack lies above. Returns what `work` returns. To be called before the library under test is loaded.
+int RunInHighMemory(std::function<int()> const& work);
+
+}  // namespace gputune::test
