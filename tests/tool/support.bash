@@ -1,7 +1,20 @@
 # shellcheck shell=bash
-# What the tests of the host tool share. Sourced, with $repository set, in an empty directory.
+# What the tests of the host tool share. Sourced, with $repository and $bin set (the folder of the tool under test), in an
+# empty directory.
 
 export LC_ALL=C.UTF-8
+
+# What is not the same for programs of both widths.
+width=32-bit
+controlLibrary=ControlLib32.dll
+nvapi=nvapi.dll
+wineWidth=()
+if [[ $bin == */x64 ]]; then
+    width=64-bit
+    controlLibrary=ControlLib.dll
+    nvapi=nvapi64.dll
+    wineWidth=(--x64)
+fi
 
 Boards() {
     echo "$repository/boards/$1.json"
@@ -9,7 +22,7 @@ Boards() {
 
 # Runs the tool; leaves its results in $output, its messages in $messages, its exit code in $status.
 Tool() {
-    output=$("$repository/scripts/wine" "$repository/build/bin/gputunectl.exe" "$@" </dev/null 2>messages.txt)
+    output=$("$repository/scripts/wine" "$bin/gputunectl.exe" "$@" </dev/null 2>messages.txt)
     status=$?
     # The library's log has Windows line ends.
     output=${output//$'\r'/}
