@@ -319,7 +319,12 @@ namespace Gputune
         /// </exception>
         public static void CheckProcess()
         {
-            if (Environment.OSVersion.Platform != PlatformID.Win32NT)
+            CheckProcess(Environment.OSVersion.Platform);
+        }
+
+        private static void CheckProcess(PlatformID system)
+        {
+            if (system != PlatformID.Win32NT)
                 throw new PlatformNotSupportedException("gputune.dll is a library for Windows.");
             LibraryFile.Load();
         }
