@@ -16,7 +16,7 @@ public:
     };
     static constexpr Vendor kAmd{L"atiadlxx.dll", L"AMD Radeon RX 580 Series"};
     static constexpr Vendor kIntel{kIs64Bit ? L"ControlLib.dll" : L"ControlLib32.dll",
-                                  L"Intel(R) Arc(TM) A770 Graphics"};
+                                   L"Intel(R) Arc(TM) A770 Graphics"};
     static constexpr Vendor kNvidia{kIs64Bit ? L"nvapi64.dll" : L"nvapi.dll", L"NVIDIA GeForce RTX 4070"};
 
     // Throws when the library does not open its board.

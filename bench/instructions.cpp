@@ -24,7 +24,8 @@ struct Range {
 Range RangeOf(HMODULE module) {
     auto const base = reinterpret_cast<std::uintptr_t>(module);
     auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(module);
-    auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(base + static_cast<std::uintptr_t>(dos->e_lfanew));
+    auto const* const headers =
+        reinterpret_cast<IMAGE_NT_HEADERS const*>(base + static_cast<std::uintptr_t>(dos->e_lfanew));
     return {base, base + headers->OptionalHeader.SizeOfImage};
 }
 

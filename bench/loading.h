@@ -25,7 +25,8 @@ inline HMODULE LoadOwn(std::wstring const& file) {
     return Load(sim::ModulePath().parent_path() / file);
 }
 
-// What is not the same in both widths: build/bench/x64 has the programs for 64-bit processes, build/bin/x64 their library.
+// What is not the same in both widths: build/bench/x64 has the programs for 64-bit processes, build/bin/x64 their
+// library.
 inline constexpr bool kIs64Bit = sizeof(void*) == 8;
 
 inline HMODULE LoadLibraryUnderTest() {
