@@ -1,8 +1,8 @@
 # gputune_microsoft_import_library(<dll target> <variable>)
 #
-# Makes lib/<name>.lib from the target's export list: what Microsoft's linker and LLVM's take, with the names as their
-# compilers write a cdecl function (_Name for 32 bits) and imported as they are (Name). The linker's own libgputune.dll.a serves GNU
-# linkers only. The variable receives the file, or nothing where LLVM's dlltool is missing.
+# Makes <name>.lib in the folder of the libraries from the target's export list: what Microsoft's linker and LLVM's take, with
+# the names as their compilers write a cdecl function (for 32 bits _Name) and imported as they are (Name). The linker's own
+# libgputune.dll.a serves GNU linkers only. The variable receives the file, or nothing where LLVM's dlltool is missing.
 find_program(GPUTUNE_LLVM_DLLTOOL NAMES llvm-dlltool DOC "Makes the import library for Microsoft's linker")
 
 function(gputune_microsoft_import_library target variable)
