@@ -115,6 +115,8 @@ int Run(std::vector<std::string> arguments) {
     AddClocksCommands(app, context);
     AddFpsCommand(app, context);
     AddProfileCommands(app, context);
+    AddHoldCommands(app, context);
+    AddRestoreCommand(app, context);
     AddCompletionCommand(app, context);
     AddHelpCommand(app, context);
     RefuseEmptyValues(app);
@@ -147,9 +149,9 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace
 
 // On standard error; returns the exit code.
-int PrintError(ToolError const& error, bool json, int exitCode) {
+int PrintError(ToolError const& error, bool json) {
     WriteError(json ? ErrorJson(error.Details(), error.what()) : std::string(error.what()) + "\n");
-    return exitCode;
+    return error.Details().exitCode;
 }
 
 }  // namespace gputune::tool
@@ -168,13 +170,9 @@ int wmain(int count, wchar_t** values) {
     bool const json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     try {
         return Run(std::move(arguments));
-    } catch (UsageError const& error) {
-        return PrintError(error, json, kExitUsage);
-    } catch (UnsupportedError const& error) {
-        return PrintError(error, json, kExitUnsupported);
     } catch (ToolError const& error) {
-        return PrintError(error, json, kExitFailure);
+        return PrintError(error, json);
     } catch (std::exception const& error) {
-        return PrintError(ToolError(error.what()), json, kExitFailure);
+        return PrintError(ToolError(error.what()), json);
     }
 }
