@@ -40,8 +40,13 @@ GputuneLogMode LogMode(std::string const& name) {
 }
 
 void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
-    app.add_option("--simulate", options.boardFile, "Work on a simulated board instead of this machine's")
-        ->type_name("BOARD");
+    CLI::Option* const simulate =
+        app.add_option("--simulate", options.boardFile, "Work on a simulated board instead of this machine's")
+            ->type_name("BOARD");
+    app.add_option("--board-state", options.boardState,
+                   "Keep the simulated board in this file, which other processes can share")
+        ->needs(simulate)
+        ->type_name("FILE");
     app.add_option_function<std::string>(
            "--log", [&options](std::string const& name) { options.log = LogMode(name); },
            "The library's log: none (default), stdout, file (debug.log in the current directory) or both")

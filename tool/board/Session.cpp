@@ -15,12 +15,17 @@ namespace gputune::tool {
 
 namespace {
 
-std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardFile, std::wstring const& directory) {
-    if (boardFile.empty()) {
+std::unique_ptr<sim::SimulatedMachine> StartSimulation(GlobalOptions const& options, std::wstring const& directory) {
+    if (options.boardFile.empty()) {
         return nullptr;
     }
     try {
-        return std::make_unique<sim::SimulatedMachine>(sim::SimulatedMachine::FromFile(boardFile, directory + L"sim"));
+        auto machine = std::make_unique<sim::SimulatedMachine>(
+            sim::SimulatedMachine::FromFile(options.boardFile, directory + L"sim"));
+        if (!options.boardState.empty()) {
+            machine->KeepState(options.boardState);
+        }
+        return machine;
     } catch (std::runtime_error const& error) {
         throw ToolError(std::string("Cannot simulate the board: ") + error.what());
     }
@@ -59,7 +64,7 @@ Session::Session(GlobalOptions const& options, LogUse use, OwnOutput const* outp
     : options_(options), output_(output) {
     RequireLogFile(options.log);
     std::wstring const directory = ProgramDirectory();
-    machine_ = StartSimulation(options.boardFile, directory);
+    machine_ = StartSimulation(options, directory);
     std::wstring const library = directory + L"gputune.dll";
     Load(library, use);
     // Load the library a second time, with a log: only the log names the display controllers.

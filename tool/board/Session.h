@@ -25,7 +25,8 @@ class OwnOutput;
 
 // The options that stand before every command.
 struct GlobalOptions {
-    std::string boardFile;  // UTF-8; empty: the real machine
+    std::string boardFile;   // UTF-8; empty: the real machine
+    std::string boardState;  // UTF-8; empty: the simulated board ends with the process
     GputuneLogMode log = GPUTUNE_LOG_NONE;
     std::optional<int> adapter;
     bool json = false;

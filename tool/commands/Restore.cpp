@@ -16,6 +16,7 @@ bool RestoreOne(GlobalOptions options, std::string const& file) {
     // A damaged one names no board: then that of the command line has to do.
     if (journal) {
         options.boardFile = journal->boardFile;
+        options.boardState = journal->boardState;
         options.adapter = journal->adapter;
     }
     std::unique_ptr<HoldView> const view = MakeRestoreView(options);

@@ -11,6 +11,7 @@ namespace gputune::tool {
 
 struct Journal {
     std::string boardFile{};       // of the options: the simulated board; UTF-8
+    std::string boardState{};      // of the options; UTF-8
     std::optional<int> adapter{};  // of the options
     TakeBack takeBack{};
 };

@@ -42,6 +42,9 @@ Supervisor::Supervisor(GlobalOptions const& options, HoldView& view, std::string
     if (!options_.boardFile.empty()) {
         options_.boardFile = FullPath(options_.boardFile);
     }
+    if (!options_.boardState.empty()) {
+        options_.boardState = FullPath(options_.boardState);
+    }
 }
 
 Supervisor::~Supervisor() = default;
@@ -103,13 +106,14 @@ void Supervisor::SendToWorker(std::string const& line) {
 
 std::string Supervisor::BoardKey(BoardFacts const& board) const {
     std::string const adapter = std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
-    return options_.boardFile.empty() ? adapter : "simulated-" + Digest(options_.boardFile) + "-" + adapter;
+    return options_.boardFile.empty() ? adapter
+                                      : "simulated-" + Digest(options_.boardFile + options_.boardState) + "-" + adapter;
 }
 
 std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {
     std::string const key = BoardKey(board);
-    // A simulated board is this process's own.
-    if (options_.boardFile.empty()) {
+    // A simulated board without a state is this process's own.
+    if (options_.boardFile.empty() || !options_.boardState.empty()) {
         lock_ = std::make_unique<BoardLock>(key);
         worker_->Share(lock_->Handle());
     }
@@ -136,7 +140,10 @@ std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {
 
 void Supervisor::WriteJournal(TakeBack& takeBack) {
     takeBack.journalFile = journalFile_;
-    Journal journal{.boardFile = options_.boardFile, .adapter = options_.adapter, .takeBack = takeBack};
+    Journal journal{.boardFile = options_.boardFile,
+                    .boardState = options_.boardState,
+                    .adapter = options_.adapter,
+                    .takeBack = takeBack};
     WriteDurably(journalFile_, ToText(journal));
 }
 
@@ -152,6 +159,9 @@ std::vector<std::string> WorkerArguments(GlobalOptions const& options) {
     std::vector<std::string> arguments;
     if (!options.boardFile.empty()) {
         arguments.insert(arguments.end(), {"--simulate", options.boardFile});
+    }
+    if (!options.boardState.empty()) {
+        arguments.insert(arguments.end(), {"--board-state", options.boardState});
     }
     if (options.adapter) {
         arguments.insert(arguments.end(), {"--adapter", std::to_string(*options.adapter)});
