@@ -55,8 +55,11 @@ void Hold::OnTime(double now) {
 
 double Hold::NextTime() const {
     double next = link_.NextTime();
-    if (link_.IsReady()) {
-        next = std::min({next, nextSample_, std::max(retryAt_, lastTime_.value_or(0))});
+    if (link_.IsReady() && (phase_ == Phase::Looking || phase_ == Phase::Holding)) {
+        next = std::min(next, nextSample_);
+    }
+    if (retryAt_ > lastTime_.value_or(0)) {
+        next = std::min(next, retryAt_);
     }
     next = std::min(next, lastTime_.value_or(0) + kLongestWait);
     return endsAt_ ? std::min(next, *endsAt_) : next;

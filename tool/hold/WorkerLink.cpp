@@ -10,7 +10,8 @@ namespace gputune::tool {
 
 namespace {
 
-// Before the next worker, in seconds: after one that served well, after the second failure in a row, and so on.
+// Before the next worker, in seconds. The first worker that is lost is replaced at once: until then a fan may stand at
+// its last speed.
 constexpr std::array<double, 7> kPauses = {0, 0.5, 1, 2, 5, 10, 30};
 // A worker that was open for so long has served well.
 constexpr double kServedWell = 60;
@@ -32,9 +33,8 @@ void WorkerLink::Send(Request const& request, double now) {
 void WorkerLink::EndAndPause(double now) {
     bool const hadServed = state_ != State::Opening && now - openedAt_ >= kServedWell;
     port_.EndWorker();
-    failures_ = hadServed ? 0 : std::min<int>(failures_ + 1, kPauses.size() - 1);
-    // The first worker that is lost is replaced at once: until then a fan may stand at its last speed.
-    double const pause = failures_ <= 1 ? 0 : kPauses[static_cast<std::size_t>(failures_) - 1];
+    failures_ = hadServed ? 0 : std::min<int>(failures_ + 1, kPauses.size());
+    double const pause = failures_ == 0 ? 0 : kPauses[static_cast<std::size_t>(failures_) - 1];
     startAt_ = now + std::min(pause, longestPause_);
     state_ = State::Stopped;
     ++restarts_;
