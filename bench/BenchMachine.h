@@ -15,8 +15,9 @@ public:
         wchar_t const* caption;
     };
     static constexpr Vendor kAmd{L"atiadlxx.dll", L"AMD Radeon RX 580 Series"};
-    static constexpr Vendor kIntel{L"ControlLib32.dll", L"Intel(R) Arc(TM) A770 Graphics"};
-    static constexpr Vendor kNvidia{L"nvapi.dll", L"NVIDIA GeForce RTX 4070"};
+    static constexpr Vendor kIntel{kIs64Bit ? L"ControlLib.dll" : L"ControlLib32.dll",
+                                   L"Intel(R) Arc(TM) A770 Graphics"};
+    static constexpr Vendor kNvidia{kIs64Bit ? L"nvapi64.dll" : L"nvapi.dll", L"NVIDIA GeForce RTX 4070"};
 
     // Throws when the library does not open its board.
     explicit BenchMachine(int logMode, Vendor const& vendor = kAmd) : vendorLibrary_(LoadOwn(vendor.library)) {

@@ -3,7 +3,9 @@
 // Runs operations one processor instruction at a time and prints how many instructions were in the library, and how
 // many in other modules (the vendor's library and the system). The figures are the same in every run, on every machine.
 #include <windows.h>
+#include <x86intrin.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -14,15 +16,16 @@ namespace gputune::bench {
 namespace {
 
 struct Range {
-    DWORD begin = 0;
-    DWORD end = 0;
-    bool Contains(DWORD address) const { return address >= begin && address < end; }
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+    bool Contains(std::uintptr_t address) const { return address >= begin && address < end; }
 };
 
 Range RangeOf(HMODULE module) {
-    auto const base = reinterpret_cast<DWORD>(module);
+    auto const base = reinterpret_cast<std::uintptr_t>(module);
     auto const* const dos = reinterpret_cast<IMAGE_DOS_HEADER const*>(module);
-    auto const* const headers = reinterpret_cast<IMAGE_NT_HEADERS const*>(base + static_cast<DWORD>(dos->e_lfanew));
+    auto const* const headers =
+        reinterpret_cast<IMAGE_NT_HEADERS const*>(base + static_cast<std::uintptr_t>(dos->e_lfanew));
     return {base, base + headers->OptionalHeader.SizeOfImage};
 }
 
@@ -32,9 +35,17 @@ unsigned long g_own;
 unsigned long g_others;
 volatile bool g_isCounting;
 
-DWORD g_lastAddress;
+std::uintptr_t g_lastAddress;
 
 constexpr DWORD kTrapFlag = 0x100;
+
+std::uintptr_t InstructionPointer(CONTEXT const& context) {
+#ifdef _WIN64
+    return context.Rip;
+#else
+    return context.Eip;
+#endif
+}
 
 bool IsRepeatPrefix(unsigned char byte) {
     return byte == 0xF2 || byte == 0xF3;
@@ -48,7 +59,7 @@ LONG CALLBACK CountStep(EXCEPTION_POINTERS* exception) {
         exception->ContextRecord->EFlags &= ~kTrapFlag;
         return EXCEPTION_CONTINUE_EXECUTION;
     }
-    DWORD const address = exception->ContextRecord->Eip;
+    std::uintptr_t const address = InstructionPointer(*exception->ContextRecord);
     // A repeated instruction (rep movs, rep stos) traps in every repetition and counts once.
     bool const isRepeated =
         address == g_lastAddress && IsRepeatPrefix(*reinterpret_cast<unsigned char const*>(address));
@@ -69,7 +80,7 @@ void Count(char const* name, Operation const& operation) {
     operation();  // not counted: the first call does more than the others
     g_own = g_others = 0;
     g_isCounting = true;
-    __asm__ volatile("pushfl\n orl $0x100, (%%esp)\n popfl" ::: "memory", "cc");
+    ::__writeeflags(::__readeflags() | kTrapFlag);
     operation();
     g_isCounting = false;
     std::printf("%s %lu %lu\n", name, g_own, g_others);

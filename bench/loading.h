@@ -25,8 +25,14 @@ inline HMODULE LoadOwn(std::wstring const& file) {
     return Load(sim::ModulePath().parent_path() / file);
 }
 
+// What is not the same in both widths: build/bench/x64 has the programs for 64-bit processes, build/bin/x64 their
+// library.
+inline constexpr bool kIs64Bit = sizeof(void*) == 8;
+
 inline HMODULE LoadLibraryUnderTest() {
-    return Load(sim::ModulePath().parent_path().parent_path() / "bin" / "gputune.dll");
+    std::filesystem::path const programs = sim::ModulePath().parent_path();
+    return Load(kIs64Bit ? programs.parent_path().parent_path() / "bin" / "x64" / "gputune.dll"
+                         : programs.parent_path() / "bin" / "gputune.dll");
 }
 
 template <class Function>

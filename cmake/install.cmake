@@ -1,4 +1,6 @@
-# What an installation is made of, by component. Every path is relative to the prefix, which can be moved.
+# What an installation is made of, by component. Every path is relative to the prefix, which can be moved. The builds of both
+# widths can be installed under one prefix: what is for 64-bit processes goes into folders x64 (`width`), what serves both is
+# the same file in both builds.
 #
 #   library        bin/gputune.dll
 #   development    include/, lib/: import libraries, CMake package, pkg-config file
@@ -15,14 +17,14 @@ include(import-library)
 include(package/documents)
 
 install(TARGETS gputune
-    RUNTIME DESTINATION bin COMPONENT library
-    ARCHIVE DESTINATION lib COMPONENT development)
+    RUNTIME DESTINATION "bin${width}" COMPONENT library
+    ARCHIVE DESTINATION "lib${width}" COMPONENT development)
 
 gputune_microsoft_import_library(gputune microsoftLibrary)
 gputune_microsoft_import_library(gputune_sim microsoftSimLibrary)
 if(microsoftLibrary)
-    install(FILES "${microsoftLibrary}" DESTINATION lib COMPONENT development)
-    install(FILES "${microsoftSimLibrary}" DESTINATION lib COMPONENT simulation)
+    install(FILES "${microsoftLibrary}" DESTINATION "lib${width}" COMPONENT development)
+    install(FILES "${microsoftSimLibrary}" DESTINATION "lib${width}" COMPONENT simulation)
 endif()
 install(FILES include/gputune.h DESTINATION include COMPONENT development)
 
@@ -36,21 +38,25 @@ set(packageDir "${PROJECT_BINARY_DIR}/package")
 configure_package_config_file(cmake/package/gputuneConfig.cmake.in "${packageDir}/gputuneConfig.cmake"
     INSTALL_DESTINATION lib/cmake/gputune
     NO_SET_AND_CHECK_MACRO)
-# Refuses hosts of another width than 32 bits, too.
-write_basic_package_version_file("${packageDir}/gputuneConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+# One package for hosts of both widths: it looks itself whether it has what the host needs.
+write_basic_package_version_file("${packageDir}/gputuneConfigVersion.cmake"
+    COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
 install(FILES "${packageDir}/gputuneConfig.cmake" "${packageDir}/gputuneConfigVersion.cmake"
     DESTINATION lib/cmake/gputune COMPONENT development)
+# pkg-config knows libraries of several widths by the folders that it looks into: a file of the same name in each lib.
+file(RELATIVE_PATH pkgConfigPrefix "/lib${width}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" pkgConfigPrefix "${pkgConfigPrefix}")
 configure_file(cmake/package/gputune.pc.in "${packageDir}/gputune.pc" @ONLY)
-install(FILES "${packageDir}/gputune.pc" DESTINATION lib/pkgconfig COMPONENT development)
+install(FILES "${packageDir}/gputune.pc" DESTINATION "lib${width}/pkgconfig" COMPONENT development)
 configure_file(cmake/package/gputune_sim.pc.in "${packageDir}/gputune_sim.pc" @ONLY)
-install(FILES "${packageDir}/gputune_sim.pc" DESTINATION lib/pkgconfig COMPONENT simulation)
+install(FILES "${packageDir}/gputune_sim.pc" DESTINATION "lib${width}/pkgconfig" COMPONENT simulation)
 
-install(TARGETS gputunectl RUNTIME DESTINATION bin COMPONENT tool)
-install(FILES Config/ConfigModel.xml DESTINATION bin/Config COMPONENT tool)
+install(TARGETS gputunectl RUNTIME DESTINATION "bin${width}" COMPONENT tool)
+install(FILES Config/ConfigModel.xml DESTINATION "bin${width}/Config" COMPONENT tool)
 
 # The folder as it was built: stand-ins have a folder for each vendor, and some come under two names.
-install(DIRECTORY "${GPUTUNE_BIN_DIR}/sim" DESTINATION bin COMPONENT simulation FILES_MATCHING PATTERN "*.dll")
-install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION lib COMPONENT simulation)
+install(DIRECTORY "${GPUTUNE_BIN_DIR}/sim" DESTINATION "bin${width}" COMPONENT simulation FILES_MATCHING PATTERN "*.dll")
+install(FILES "$<TARGET_LINKER_FILE:gputune_sim>" DESTINATION "lib${width}" COMPONENT simulation)
 install(DIRECTORY sim/include/ DESTINATION include COMPONENT simulation)
 install(DIRECTORY boards DESTINATION share/gputune COMPONENT simulation)
 

@@ -1,5 +1,5 @@
 # The ZIP of a release: what an installation holds, in one folder, with the SHA-256 of every file in SHA256SUMS and that of
-# the ZIP in a file beside it. scripts/package makes it.
+# the ZIP in a file beside it. scripts/package makes it. The 64-bit build packs the 32-bit one with itself.
 if(NOT WIN32)
     return()
 endif()
@@ -17,4 +17,8 @@ set(CPACK_MONOLITHIC_INSTALL ON)
 set(CPACK_STRIP_FILES OFF)
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/package/checksums.cmake")
 set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/package/sort-zip.cmake")
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(CPACK_INSTALL_CMAKE_PROJECTS
+        "${GPUTUNE_X86_BUILD_DIR}" "${PROJECT_NAME}" ALL / "${PROJECT_BINARY_DIR}" "${PROJECT_NAME}" ALL /)
+endif()
 include(CPack)

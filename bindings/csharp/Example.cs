@@ -1,6 +1,6 @@
 // Shows the board and its sensors and, when a speed is given, sets the fan. With a board file, on a simulated board.
 //
-//     csc /platform:x86 Gputune.cs Example.cs
+//     csc Gputune.cs Example.cs
 //     Example.exe [fan speed in percent] [board file]
 using System;
 using System.Globalization;

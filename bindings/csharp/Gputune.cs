@@ -5,10 +5,12 @@
 //         Console.WriteLine("{0}: {1} {2}", reading.Name, reading.Value, reading.Unit);
 //     GraphicsBoard.TrySetFanSpeed(60);
 //
-// One file to add to a project; C# 6 and later, .NET Framework 4.5 and later, .NET 5 and later. The library is a 32-bit
-// one: a program that uses it is built for x86 ("AnyCPU" starts as a 64-bit process on a 64-bit system).
+// One file to add to a project; C# 6 and later, .NET Framework 4.5 and later, .NET 5 and later. Built for x86,
+// x64 or AnyCPU: a 64-bit process loads x64\gputune.dll from beside the program, or gputune.dll, a 32-bit one gputune.dll.
 using System;
 using System.Collections.Generic;
+using System.ComponentModel;
+using System.IO;
 using System.Runtime.InteropServices;
 
 namespace Gputune
@@ -263,8 +265,10 @@ namespace Gputune
         /// leaves the board out of use.
         /// </summary>
         /// <exception cref="GputuneException">There is no board that can be used.</exception>
-        /// <exception cref="PlatformNotSupportedException">This is no 32-bit Windows process.</exception>
-        /// <exception cref="DllNotFoundException">gputune.dll is not beside the program.</exception>
+        /// <exception cref="PlatformNotSupportedException">This is no Windows process.</exception>
+        /// <exception cref="DllNotFoundException">
+        /// Beside the program is no gputune.dll of the process's width; the message names the files.
+        /// </exception>
         public static void Start(LogMode log = LogMode.None)
         {
             if (TryStart(log))
@@ -276,8 +280,10 @@ namespace Gputune
         }
 
         /// <summary>As <see cref="Start"/>; false when there is no board that can be used.</summary>
-        /// <exception cref="PlatformNotSupportedException">This is no 32-bit Windows process.</exception>
-        /// <exception cref="DllNotFoundException">gputune.dll is not beside the program.</exception>
+        /// <exception cref="PlatformNotSupportedException">This is no Windows process.</exception>
+        /// <exception cref="DllNotFoundException">
+        /// Beside the program is no gputune.dll of the process's width; the message names the files.
+        /// </exception>
         public static bool TryStart(LogMode log = LogMode.None)
         {
             CheckProcess();
@@ -303,22 +309,24 @@ namespace Gputune
         }
 
         /// <summary>
-        /// What <see cref="Start"/> sees to first, for a program that loads other 32-bit libraries before. A member that
-        /// is used before the start sees to it, too: the exception is then that of a type initializer.
+        /// What <see cref="Start"/> sees to first, for a program that loads other libraries before: this is a process that
+        /// can load gputune.dll, and has loaded it. A member that is used before the start sees to it, too: the exception is
+        /// then that of a type initializer.
         /// </summary>
-        /// <exception cref="PlatformNotSupportedException">This is no 32-bit Windows process.</exception>
+        /// <exception cref="PlatformNotSupportedException">This is no Windows process.</exception>
+        /// <exception cref="DllNotFoundException">
+        /// Beside the program is no gputune.dll of the process's width; the message names the files.
+        /// </exception>
         public static void CheckProcess()
         {
-            CheckProcess(Environment.OSVersion.Platform, IntPtr.Size);
+            CheckProcess(Environment.OSVersion.Platform);
         }
 
-        internal static void CheckProcess(PlatformID system, int pointerSize)
+        private static void CheckProcess(PlatformID system)
         {
             if (system != PlatformID.Win32NT)
                 throw new PlatformNotSupportedException("gputune.dll is a library for Windows.");
-            if (pointerSize != 4)
-                throw new PlatformNotSupportedException("gputune.dll is a 32-bit library and this is a 64-bit process. "
-                    + "Build the program for x86 instead of AnyCPU (<PlatformTarget>x86</PlatformTarget>).");
+            LibraryFile.Load();
         }
 
         // ---- Adapters -----------------------------------------------------------------------------------------------
@@ -583,6 +591,46 @@ namespace Gputune
         }
     }
 
+    // The file that a process loads. The runtime finds it by its name afterwards, and knows nothing of widths.
+    internal static class LibraryFile
+    {
+        internal const string Name = "gputune.dll";
+        private static bool loaded;
+
+        internal static void Load()
+        {
+            if (!loaded)
+                Load(AppDomain.CurrentDomain.BaseDirectory, IntPtr.Size, File.Exists, Open);
+            loaded = true;
+        }
+
+        // Of the files in this folder that are for this width, the first that is there. `open` returns what went wrong, or
+        // null.
+        internal static void Load(string folder, int pointerSize, Func<string, bool> exists, Func<string, string> open)
+        {
+            string width = 8 * pointerSize + "-bit";
+            var files = new List<string> { Path.Combine(folder, Name) };
+            if (pointerSize == 8)
+                files.Insert(0, Path.Combine(folder, "x64", Name));
+            string found = files.Find(file => exists(file));
+            if (found == null)
+                throw new DllNotFoundException(string.Format("There is no {0} gputune.dll for this {0} process: {1}.", width,
+                    string.Join(" or ", files)));
+            string problem = open(found);
+            if (problem != null)
+                throw new DllNotFoundException(string.Format("{0} cannot be loaded by this {1} process, which needs the {1} "
+                    + "gputune.dll: {2}", found, width, problem));
+        }
+
+        private static string Open(string file)
+        {
+            return LoadLibraryW(file) == IntPtr.Zero ? new Win32Exception(Marshal.GetLastWin32Error()).Message : null;
+        }
+
+        [DllImport("kernel32.dll", CharSet = CharSet.Unicode, ExactSpelling = true, SetLastError = true)]
+        private static extern IntPtr LoadLibraryW(string file);
+    }
+
     // The library's records and functions, as in gputune.h.
     //
     // Records come back by value, which in binary form means: the caller passes the address of its storage as the first
@@ -592,7 +640,7 @@ namespace Gputune
     {
         internal const int FanPointCapacity = 50;
         private const int TextCapacity = 256;
-        private const string Library = "gputune.dll";
+        private const string Library = LibraryFile.Name;
         private const CallingConvention Convention = CallingConvention.Cdecl;
 
         // Before the first of the functions is called, and the library loaded for it.

@@ -238,5 +238,5 @@ export interface Library {
     GetExternalPerformanceParameter(hwid: number): PredefinedPerformanceParameter;
 }
 
-/** Without a file, gputune.dll is taken from beside gputune.js. */
+/** Without a file, gputune.dll is taken from beside gputune.js; in 64-bit processes x64/gputune.dll, if it is there. */
 export function load(file?: string): Library;

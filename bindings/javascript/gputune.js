@@ -1,5 +1,6 @@
 // Read and tune the installed graphics board, whoever made its GPU, through gputune.dll: for Node.js and Electron, by
-// way of koffi. The library is a 32-bit one, so the host is a 32-bit (ia32) Node.js or Electron for Windows.
+// way of koffi, of either width (ia32, x64). A 64-bit process loads x64/gputune.dll from beside this file, or gputune.dll,
+// a 32-bit one gputune.dll.
 //
 //     const board = new Gputune();
 //     board.start();
@@ -15,6 +16,7 @@
 // functions block; the library takes one call at a time, so koffi's asynchronous calls may not overlap.
 'use strict';
 
+const fs = require('node:fs');
 const path = require('node:path');
 
 const LogMode = Object.freeze({ NONE: 0, STDOUT: 1, FILE: 2, BOTH: 3 });
@@ -134,9 +136,27 @@ class GputuneError extends Error {
 }
 
 function checkProcess() {
-    if (process.platform !== 'win32' || process.arch !== 'ia32') {
-        throw new GputuneError('gputune.dll is a library for 32-bit Windows programs, and this is a process for ' +
-            `${process.platform} ${process.arch}; please use the ia32 build of Node.js or Electron for Windows`);
+    if (process.platform !== 'win32' || !['ia32', 'x64'].includes(process.arch)) {
+        throw new GputuneError('gputune.dll is a library for 32-bit and 64-bit (x64) Windows programs, and this is a process ' +
+            `for ${process.platform} ${process.arch}; please use the x64 or the ia32 build of Node.js or Electron for Windows`);
+    }
+}
+
+// From a file, else from the first that is there of those that are meant for this process.
+function loadLibrary(koffi, file) {
+    const is64Bit = process.arch === 'x64';
+    const width = is64Bit ? '64-bit' : '32-bit';
+    const names = is64Bit ? [path.join('x64', 'gputune.dll'), 'gputune.dll'] : ['gputune.dll'];
+    const files = file === undefined ? names.map((name) => path.join(__dirname, name)) : [path.resolve(file)];
+    const found = files.find((name) => fs.existsSync(name));
+    if (!found) {
+        throw new GputuneError(`there is no ${width} gputune.dll for this ${width} process: ${files.join(' or ')}`);
+    }
+    try {
+        return koffi.load(found);
+    } catch (error) {
+        throw new GputuneError(`${found} cannot be loaded by this ${width} process, which needs the ${width} gputune.dll: ` +
+            error.message);
     }
 }
 
@@ -205,10 +225,10 @@ const untouched = -(2 ** 31);
 // The library's functions, with these differences: GetVendorInfo gives { vendor, api }; GetFanSetting's Points are
 // those that count, and a field that the board does not tell is null; SetFanSpeedTable takes an array of
 // { FanTemperature, FanSpeed }; SetFanSpeed takes no more than 100. Without a file, gputune.dll is taken from beside this one.
-function load(file = path.join(__dirname, 'gputune.dll')) {
+function load(file) {
     checkProcess();
     const { koffi, records } = declare();
-    const library = koffi.load(path.resolve(file));
+    const library = loadLibrary(koffi, file);
     const raw = Object.fromEntries(prototypes.map((prototype) => checked(prototype, library.func(prototype))));
     const decode = textDecoder(koffi);
 
@@ -279,7 +299,8 @@ function plain(record, convert = (value) => value) {
 class Gputune {
     #library;
 
-    // The library from a file, else from beside this one. Throws a GputuneError in any but a 32-bit Windows process.
+    // The library from a file, else from beside this one. Throws a GputuneError in any but a 32-bit or 64-bit (x64) Windows
+    // process, and when the file is not there or of another width.
     constructor(file) {
         this.#library = load(file);
     }

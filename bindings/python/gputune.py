@@ -9,8 +9,9 @@
         print(f"{reading.name}: {reading.value:g} {reading.unit}")
     board.set_fan_speed(60)
 
-The library is a 32-bit one, so this needs 32-bit Python (3.8 or later) for Windows. It takes one call at a time: a
-program with several threads serialises its calls. gputune.h says of each function what the vendors make of it.
+This needs Python 3.8 or later for Windows, of either width. 64-bit Python loads x64\\gputune.dll from beside this file, or
+gputune.dll, 32-bit Python gputune.dll. The library takes one call at a time: a program with several threads serialises
+its calls. gputune.h says of each function what the vendors make of it.
 """
 
 from __future__ import annotations
@@ -298,11 +299,28 @@ _FIT = {c_int: _whole, c_uint32: lambda value: _whole(value, 0, 2**32 - 1)}
 
 
 def _check_process() -> None:
-    bits = struct.calcsize("P") * 8
-    if sys.platform != "win32" or bits != 32:
+    if sys.platform != "win32":
         raise GputuneError(
-            f"gputune.dll is a library for 32-bit Windows programs, and this is {bits}-bit Python on {sys.platform}; "
-            "please use 32-bit Python for Windows")
+            f"gputune.dll is a library for Windows programs, and this is Python on {sys.platform}; "
+            "please use Python for Windows")
+
+
+def _load(path: Optional[str]) -> ctypes.CDLL:
+    """The library from this file, else that of the process's width from beside this one, else by its name."""
+    bits = struct.calcsize("P") * 8
+    if path is not None:
+        files = [os.path.abspath(path)]
+    else:
+        directory = os.path.dirname(os.path.abspath(__file__))
+        files = [os.path.join(directory, "gputune.dll")]
+        if bits == 64:
+            files.insert(0, os.path.join(directory, "x64", "gputune.dll"))
+    found = next(filter(os.path.exists, files), files[0] if path is not None else "gputune.dll")
+    try:
+        return ctypes.CDLL(found)
+    except OSError as error:
+        raise OSError(f"{found} cannot be loaded by this {bits}-bit Python, which needs the {bits}-bit gputune.dll "
+                      f"(looked for: {', '.join(files)}): {error}") from error
 
 
 def _text(value: bytes) -> str:
@@ -322,15 +340,11 @@ class Gputune:
     def __init__(self, path: Optional[str] = None) -> None:
         """Load the library: from `path`, else from beside this file, else from where the system finds it.
 
-        Raises GputuneError in any but a 32-bit Windows process, and OSError when the file cannot be loaded.
+        Raises GputuneError in any but a Windows process, and OSError, with the names of the files that were looked for,
+        when none can be loaded.
         """
         _check_process()
-        if path is not None:
-            path = os.path.abspath(path)
-        else:
-            beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), "gputune.dll")
-            path = beside if os.path.exists(beside) else "gputune.dll"
-        self._functions = _bind(ctypes.CDLL(path))
+        self._functions = _bind(_load(path))
 
     def _call(self, name: str, *arguments):
         result, *types = _FUNCTIONS[name]

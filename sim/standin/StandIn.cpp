@@ -132,6 +132,8 @@ FaultStrike StandIn::Meet(char const* entryPoint) {
     // The state is free meanwhile: other processes go on.
     pause_.BeforeCall(entryPoint);
     if (strike.crash) {
+        // Without a dialog, for which the process would wait.
+        ::SetErrorMode(SEM_NOGPFAULTERRORBOX);
         ::RaiseException(EXCEPTION_ACCESS_VIOLATION, EXCEPTION_NONCONTINUABLE, 0, nullptr);
     }
     if (strike.hang) {

@@ -228,6 +228,33 @@ internal static class CSharpTest
         Expect(GraphicsBoard.GetProfile(1).HasValue, false, "profile");
     }
 
+    // The file that a process of this width loads when these are there.
+    private static string Chosen(int pointerSize, params string[] there)
+    {
+        string chosen = null;
+        LibraryFile.Load("folder", pointerSize, file => Array.IndexOf(there, file) >= 0, file =>
+        {
+            chosen = file;
+            return null;
+        });
+        return chosen;
+    }
+
+    private static void ChooseLibrary()
+    {
+        string beside = System.IO.Path.Combine("folder", "gputune.dll");
+        string forX64 = System.IO.Path.Combine("folder", "x64", "gputune.dll");
+        Expect(Chosen(4, beside, forX64), beside, "the library of a 32-bit process");
+        Expect(Chosen(8, beside, forX64), forX64, "the library of a 64-bit process");
+        Expect(Chosen(8, beside), beside, "the library of a 64-bit process, beside it");
+        ExpectThrown<DllNotFoundException>(() => Chosen(4, forX64),
+            "There is no 32-bit gputune.dll for this 32-bit process: " + beside + ".");
+        ExpectThrown<DllNotFoundException>(() => Chosen(8),
+            "There is no 64-bit gputune.dll for this 64-bit process: " + forX64 + " or " + beside + ".");
+        ExpectThrown<DllNotFoundException>(() => LibraryFile.Load("folder", 8, file => true, file => "wrong width"),
+            forX64 + " cannot be loaded by this 64-bit process, which needs the 64-bit gputune.dll: wrong width");
+    }
+
     private static int Main(string[] arguments)
     {
         if (arguments[0] == "table")
@@ -236,9 +263,7 @@ internal static class CSharpTest
             return 0;
         }
         ExpectThrown<PlatformNotSupportedException>(() => GraphicsBoard.Start(), "for Windows");
-        ExpectThrown<PlatformNotSupportedException>(() => GraphicsBoard.CheckProcess(PlatformID.Win32NT, 8),
-            "this is a 64-bit process");
-        GraphicsBoard.CheckProcess(PlatformID.Win32NT, 4);
+        ChooseLibrary();
         CallSetters(true);
         CallGetters();
         CallOnOtherBoards();

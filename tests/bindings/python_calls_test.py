@@ -1,7 +1,11 @@
 """python_calls_test.py <bindings/python> <echo library>: every function of gputune.py, really called."""
 
 import ctypes
+import os
+import re
+import shutil
 import sys
+import tempfile
 import unittest
 from unittest import mock
 
@@ -154,18 +158,62 @@ class Calls(unittest.TestCase):
 
 
 class Loading(unittest.TestCase):
-    def test_another_process_than_32_bit_windows_is_told(self):
-        with self.assertRaisesRegex(gputune.GputuneError, f"-bit Python on {sys.platform}; please use 32-bit Python"):
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory()
+        self.addCleanup(self.directory.cleanup)
+
+    def file(self, *names):
+        return os.path.join(self.directory.name, *names)
+
+    def put(self, *names):
+        os.makedirs(os.path.dirname(self.file(*names)), exist_ok=True)
+        shutil.copy(LIBRARY, self.file(*names))
+
+    def loaded(self, bits):
+        """The file that Python of this width takes when gputune.py is in the directory."""
+        with mock.patch.object(gputune, "__file__", self.file("gputune.py")), \
+                mock.patch.object(gputune.struct, "calcsize", return_value=bits // 8), \
+                mock.patch.object(gputune, "_check_process"), \
+                mock.patch.object(ctypes, "CDLL", wraps=ctypes.CDLL) as load:
+            gputune.Gputune()
+        return load.call_args.args[0]
+
+    def test_another_process_than_windows_is_told(self):
+        with self.assertRaisesRegex(gputune.GputuneError, f"this is Python on {sys.platform}; please use"):
             gputune.Gputune(LIBRARY)
 
-    def test_64_bit_windows_process_is_told(self):
+    def test_windows_process_is_accepted(self):
         with mock.patch.object(sys, "platform", "win32"):
-            with self.assertRaisesRegex(gputune.GputuneError, "64-bit Python on win32"):
-                gputune._check_process()
-
-    def test_32_bit_windows_process_is_accepted(self):
-        with mock.patch.object(sys, "platform", "win32"), mock.patch.object(gputune.struct, "calcsize", return_value=4):
             gputune._check_process()
+
+    def test_each_width_takes_its_own_of_two(self):
+        self.put("gputune.dll")
+        self.put("x64", "gputune.dll")
+        self.assertEqual(self.loaded(64), self.file("x64", "gputune.dll"))
+        self.assertEqual(self.loaded(32), self.file("gputune.dll"))
+
+    def test_64_bit_process_takes_one_beside_the_binding(self):
+        self.put("gputune.dll")
+        self.assertEqual(self.loaded(64), self.file("gputune.dll"))
+
+    def test_missing_library_is_told_with_the_files_looked_for(self):
+        with self.assertRaisesRegex(OSError, "64-bit Python.*"
+                                    + re.escape(f"{self.file('x64', 'gputune.dll')}, {self.file('gputune.dll')}")):
+            self.loaded(64)
+        with self.assertRaisesRegex(OSError, "32-bit Python.*" + re.escape(f"(looked for: {self.file('gputune.dll')})")):
+            self.loaded(32)
+
+    def test_library_of_another_width_is_told(self):
+        with open(self.file("gputune.dll"), "wb") as file:
+            file.write(b"MZ")
+        with self.assertRaisesRegex(OSError, re.escape(self.file("gputune.dll")) + " cannot be loaded by this 64-bit"):
+            self.loaded(64)
+
+    def test_named_file_is_taken_and_no_other(self):
+        self.put("gputune.dll")
+        with mock.patch.object(gputune, "_check_process"), \
+                self.assertRaisesRegex(OSError, "^" + re.escape(self.file("other.dll"))):
+            gputune.Gputune(self.file("other.dll"))
 
     def test_missing_function_is_named(self):
         other = ctypes.CDLL(None)

@@ -1,7 +1,21 @@
 # shellcheck shell=bash
-# What the tests of the host tool share. Sourced, with $repository set, in an empty directory.
+# What the tests of the host tool share. Sourced, with $repository and $programs (the folder of the tool) set, in an empty
+# directory.
 
 export LC_ALL=C.UTF-8
+
+# What differs for 64-bit processes: where Wine runs the system's own programs, and patterns for the names of the vendors'
+# libraries.
+wine=("$repository/scripts/wine")
+intelsLibrary='ControlLib32\.dll'
+nvidiasLibrary='nvapi\.dll'
+case $programs in
+    */x64)
+        wine+=(--x64)
+        intelsLibrary='ControlLib\.dll'
+        nvidiasLibrary='nvapi64\.dll'
+        ;;
+esac
 
 Boards() {
     echo "$repository/boards/$1.json"
@@ -9,7 +23,7 @@ Boards() {
 
 # Runs the tool; leaves its results in $output, its messages in $messages, its exit code in $status.
 Tool() {
-    output=$("$repository/scripts/wine" "$repository/build/bin/gputunectl.exe" "$@" </dev/null 2>messages.txt)
+    output=$("$repository/scripts/wine" "$programs/gputunectl.exe" "$@" </dev/null 2>messages.txt)
     status=$?
     # The library's log has Windows line ends.
     output=${output//$'\r'/}

@@ -10,7 +10,8 @@ namespace gputune::tool {
 
 class Library {
 public:
-    // Loads the file, a full path. Throws ToolError when it is missing, no 32-bit library, or lacks an export.
+    // Loads the file, a full path. Throws ToolError when it is missing, no library of the tool's width, or lacks an
+    // export.
     explicit Library(std::wstring const& path);
 
     // Each export is called as the header declares it, but for GetFanSetting: see ReadFanSetting.

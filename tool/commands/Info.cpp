@@ -50,7 +50,8 @@ int RunInfo(GlobalOptions const& options) {
                            {"subsystem_id", "Subsystem id", TextValue(identity.subsystemIdText)},
                            {"bus_number", "Bus number", IntValue(identity.busNumber)},
                            {"active_adapter_index", "Active adapter index", index},
-                           {"state", "State", pick(state)}},
+                           {"state", "State", pick(state)},
+                           {"width", "Library", std::string(kWidth)}},
                 .grids = options.json ? std::vector{ControllerGrid(controllers)} : std::vector<Grid>()});
     // When the board cannot be used, the error message says the same.
     if (session.State() == InitState::Ready) {

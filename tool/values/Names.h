@@ -45,6 +45,9 @@ std::string ControlLibraryNames(std::uint32_t vendor);
 // The driver that installs it, for messages.
 char const* DriverName(std::uint32_t vendor);
 
+// The width of this process, and so of the library that it loads.
+inline constexpr char const* kWidth = sizeof(void*) == 8 ? "64-bit" : "32-bit";
+
 // The frame rate is shown like a sensor, but read by another function.
 constexpr Name kFrameRateName{"Frame rate", "frame_rate"};
 
