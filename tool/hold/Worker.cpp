@@ -67,7 +67,12 @@ void ApplyProfile(Session const& session, std::string const& name, Answer& answe
 }  // namespace
 
 Worker::Worker(GlobalOptions const& options, std::string const& outputHandle)
-    : options_(options), output_(outputHandle), finished_(CreateEventW(nullptr, TRUE, FALSE, nullptr)), orders_(GetStdHandle(STD_INPUT_HANDLE), [this] { Watch(); }) {
+    : options_(options),
+      output_(outputHandle),
+      finished_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      orders_(GetStdHandle(STD_INPUT_HANDLE), [this] { Watch(); }) {
+    // A crash of the driver's library ends this process at once, without a dialog that keeps it.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     // At the end of a session, the system ends the supervisor first.
     constexpr DWORD kLate = 0x100;
     SetProcessShutdownParameters(kLate, SHUTDOWN_NORETRY);

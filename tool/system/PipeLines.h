@@ -10,8 +10,8 @@ namespace gputune::tool {
 
 class PipeLines {
 public:
-    // Takes over the pipe's handle. `atEnd`, if there is one, is called by the thread when the other side has closed the
-    // pipe. Throws ToolError when no thread can be started.
+    // Takes over the pipe's handle. `atEnd`, if there is one, is called by the thread when the other side has closed
+    // the pipe. Throws ToolError when no thread can be started.
     explicit PipeLines(void* pipe, std::function<void()> atEnd = nullptr);
     // Gives the reading up; waits a second at most for the thread.
     ~PipeLines();

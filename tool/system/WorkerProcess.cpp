@@ -111,8 +111,8 @@ WorkerProcess::WorkerProcess(std::vector<std::string> const& arguments) {
     startup.StartupInfo.hStdError = answers.write;
     startup.lpAttributeList = list.List();
     std::wstring const program = sim::ModulePath().wstring();
-    std::wstring line = CommandLine(program, arguments) + L" " +
-                        std::to_wstring(reinterpret_cast<std::uintptr_t>(log.read));
+    std::wstring line =
+        CommandLine(program, arguments) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(log.read));
     PROCESS_INFORMATION process{};
     // Without a console, so that the closing of the console reaches the supervisor only.
     if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
