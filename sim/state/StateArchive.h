@@ -43,7 +43,6 @@ private:
             Plain(number);
             field = static_cast<T>(number);
         } else if constexpr (std::is_arithmetic_v<T>) {
-            static_assert(!std::is_same_v<T, long> && !std::is_same_v<T, unsigned long>, "of two sizes");
             Plain(field);
         } else {
             field.Exchange(static_cast<Self&>(*this));

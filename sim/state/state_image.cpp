@@ -110,7 +110,8 @@ BoardState NewestState(StateBytes const& file, std::uint64_t board) {
 StatePart PartOf(BoardState const& state) {
     StateBytes place = PlaceOf(state);
     auto const index = static_cast<std::size_t>(state.number % kPlaces);
-    return {.offset = kHeader + index * place.size(), .bytes = std::move(place)};
+    std::size_t const offset = kHeader + index * place.size();
+    return {.offset = offset, .bytes = std::move(place)};
 }
 
 }  // namespace gputune::sim
