@@ -67,13 +67,20 @@ void ApplyProfile(Session const& session, std::string const& name, Answer& answe
 }  // namespace
 
 Worker::Worker(GlobalOptions const& options, std::string const& outputHandle)
-    : options_(options), output_(outputHandle), orders_(GetStdHandle(STD_INPUT_HANDLE)) {
+    : options_(options),
+      output_(outputHandle),
+      finished_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      orders_(GetStdHandle(STD_INPUT_HANDLE), [this] { Watch(); }) {
+    // A crash of the driver's library ends this process at once, without a dialog that keeps it.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     // At the end of a session, the system ends the supervisor first.
     constexpr DWORD kLate = 0x100;
     SetProcessShutdownParameters(kLate, SHUTDOWN_NORETRY);
 }
 
-Worker::~Worker() = default;
+Worker::~Worker() {
+    SetEvent(finished_);  // deliberate: it stays open, as the thread may still wait for it
+}
 
 int Worker::Run() {
     std::string line;
@@ -86,8 +93,8 @@ int Worker::Run() {
             break;
         }
     }
-    if (armed_) {
-        TakeBackAlone();
+    if (armed_ && !TakeBackAlone()) {
+        StartAlone({"restore"});
     }
     return kExitSuccess;
 }
@@ -121,7 +128,7 @@ Answer Worker::Obey(Request const& request) {
             case Order::Ping:
                 break;
             case Order::Arm:
-                armed_ = request.takeBack;
+                Arm(request.takeBack);
                 break;
             case Order::Sample:
                 Sample(answer);
@@ -142,11 +149,11 @@ Answer Worker::Obey(Request const& request) {
                 ApplyProfile(*session_, request.profile, answer);
                 break;
             case Order::TakeBack:
-                armed_ = request.takeBack;
+                Arm(request.takeBack);
                 answer.problem = TakeBackAll(*session_, *request.takeBack);
                 answer.done = answer.problem.empty();
                 if (answer.done) {
-                    armed_.reset();
+                    Arm(std::nullopt);
                 }
                 break;
         }
@@ -160,6 +167,11 @@ Answer Worker::Obey(Request const& request) {
         answer.exitCode = error.Details().exitCode;
     }
     return answer;
+}
+
+void Worker::Arm(std::optional<TakeBack> const& takeBack) {
+    armed_ = takeBack;
+    isArmed_ = takeBack.has_value();
 }
 
 void Worker::Open(Answer& answer) {
@@ -183,22 +195,36 @@ void Worker::Sample(Answer& answer) const {
     answer.failedCalls = FailedCalls(session_->LogSince(0));
 }
 
-// The supervisor is gone or hangs. What cannot be taken back is left to the next start, which finds the journal.
-void Worker::TakeBackAlone() {
+// The supervisor is gone or hangs. False when not everything could be taken back.
+bool Worker::TakeBackAlone() const {
     constexpr int kTries = 5;
     constexpr DWORD kPause = 500;
-    for (int i = 0; i < kTries && session_ != nullptr; ++i) {
+    for (int i = 0; i < kTries; ++i) {
         try {
             session_->ForgetLog();
             if (TakeBackAll(*session_, *armed_).empty()) {
                 DeleteFileW(WideFromUtf8(armed_->journalFile).c_str());
-                return;
+                return true;
             }
         } catch (ToolError const&) {
             // Tried again, as what is not done.
         }
         Sleep(kPause);
     }
+    return false;
+}
+
+// Runs on the thread that reads the orders when the supervisor has gone. A worker that hangs in the driver can take
+// nothing back: it ends, and a new process does it.
+void Worker::Watch() const {
+    constexpr DWORD kLimit = 6000;
+    if (WaitForSingleObject(finished_, kLimit) == WAIT_OBJECT_0) {
+        return;
+    }
+    if (isArmed_) {
+        StartAlone({"restore"});
+    }
+    TerminateProcess(GetCurrentProcess(), 1);
 }
 
 }  // namespace gputune::tool

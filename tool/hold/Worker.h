@@ -1,6 +1,8 @@
 // The process that loads the library and talks to the driver, on the orders of a supervisor.
 #pragma once
 
+#include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -20,7 +22,8 @@ public:
     Worker& operator=(Worker const&) = delete;
 
     // Obeys until the supervisor closes its pipe. When it does so, or says nothing for kSilenceLimit, an armed worker
-    // takes everything back. Returns the exit code.
+    // takes everything back. Where it cannot, because the driver hangs or refuses, it leaves that to a new process.
+    // Returns the exit code.
     int Run();
 
 private:
@@ -28,12 +31,16 @@ private:
 
     Wake WaitForLine(std::string& line);
     Answer Obey(Request const& request);
+    void Arm(std::optional<TakeBack> const& takeBack);
     void Open(Answer& answer);
     void Sample(Answer& answer) const;
-    void TakeBackAlone();
+    bool TakeBackAlone() const;
+    void Watch() const;
 
     GlobalOptions options_;
     OwnOutput output_;
+    std::atomic<bool> isArmed_ = false;  // as armed_; also read by the thread that reads the orders
+    void* finished_;                     // an event: for that thread, too
     PipeLines orders_;
     std::unique_ptr<Session> session_;
     std::optional<TakeBack> armed_;

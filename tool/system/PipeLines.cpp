@@ -30,7 +30,8 @@ constexpr std::size_t kLongestLine = 1U << 20U;
 
 // Belongs to the thread as well, which may outlive the object when the system does not let it go.
 struct PipeLines::Shared {
-    explicit Shared(void* handle) : pipe(handle), event(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
+    Shared(void* handle, std::function<void()> whenClosed)
+        : pipe(handle), event(CreateEventW(nullptr, FALSE, FALSE, nullptr)), closed(std::move(whenClosed)) {
         InitializeCriticalSection(&section);
     }
     ~Shared() {
@@ -60,6 +61,9 @@ struct PipeLines::Shared {
             atEnd = true;
         }
         SetEvent(event);
+        if (closed) {
+            closed();
+        }
     }
 
     void Add(std::string& rest) {
@@ -74,12 +78,14 @@ struct PipeLines::Shared {
 
     void* pipe;
     void* event;
+    std::function<void()> closed;
     CRITICAL_SECTION section{};
     std::deque<std::string> lines;
     bool atEnd = false;
 };
 
-PipeLines::PipeLines(void* pipe) : shared_(std::make_shared<Shared>(pipe)) {
+PipeLines::PipeLines(void* pipe, std::function<void()> atEnd)
+    : shared_(std::make_shared<Shared>(pipe, std::move(atEnd))) {
     auto own = std::make_unique<std::shared_ptr<Shared>>(shared_);
     constexpr std::size_t kStack = 64U * 1024;
     thread_ = CreateThread(nullptr, kStack, Shared::Run, own.get(), STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);

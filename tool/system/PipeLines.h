@@ -1,6 +1,7 @@
 // The lines that come through a pipe, read by a thread of their own, so that nobody waits for the other side.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,8 +10,9 @@ namespace gputune::tool {
 
 class PipeLines {
 public:
-    // Takes over the pipe's handle. Throws ToolError when no thread can be started.
-    explicit PipeLines(void* pipe);
+    // Takes over the pipe's handle. `atEnd`, if there is one, is called by the thread when the other side has closed
+    // the pipe. Throws ToolError when no thread can be started.
+    explicit PipeLines(void* pipe, std::function<void()> atEnd = nullptr);
     // Gives the reading up; waits a second at most for the thread.
     ~PipeLines();
     PipeLines(PipeLines const&) = delete;

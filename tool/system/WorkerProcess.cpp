@@ -33,12 +33,12 @@ std::wstring Quoted(std::wstring const& argument) {
     return text.append(backslashes, L'\\') + L"\"";
 }
 
-std::wstring CommandLine(std::wstring const& program, std::vector<std::string> const& arguments, HANDLE output) {
+std::wstring CommandLine(std::wstring const& program, std::vector<std::string> const& arguments) {
     std::wstring line = Quoted(program);
     for (std::string const& argument : arguments) {
         line += L" " + Quoted(WideFromUtf8(argument));
     }
-    return line + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(output));
+    return line;
 }
 
 struct Pipe {
@@ -111,7 +111,8 @@ WorkerProcess::WorkerProcess(std::vector<std::string> const& arguments) {
     startup.StartupInfo.hStdError = answers.write;
     startup.lpAttributeList = list.List();
     std::wstring const program = sim::ModulePath().wstring();
-    std::wstring line = CommandLine(program, arguments, log.read);
+    std::wstring line =
+        CommandLine(program, arguments) + L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(log.read));
     PROCESS_INFORMATION process{};
     // Without a console, so that the closing of the console reaches the supervisor only.
     if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
@@ -167,6 +168,19 @@ unsigned long WorkerProcess::Id() const {
 
 void WorkerProcess::CloseHandles::operator()(void* handle) const {
     CloseHandle(handle);
+}
+
+void StartAlone(std::vector<std::string> const& arguments) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    std::wstring const program = sim::ModulePath().wstring();
+    std::wstring line = CommandLine(program, arguments);
+    PROCESS_INFORMATION process{};
+    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr, nullptr,
+                       &startup, &process)) {
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
 }
 
 OwnOutput::OwnOutput(std::string const& handle)

@@ -50,6 +50,10 @@ private:
     std::unique_ptr<PipeLines> answers_;
 };
 
+// Starts this program with these arguments, without a console and without the caller's handles; nobody waits for it.
+// Does nothing when the system refuses.
+void StartAlone(std::vector<std::string> const& arguments);
+
 // What this process, a worker, has written to its own standard output.
 class OwnOutput {
 public:

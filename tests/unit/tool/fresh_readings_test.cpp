@@ -82,14 +82,14 @@ TEST(FreshReadingsTest, NvidiaLogsItsSensors) {
 }
 
 TEST(FreshReadingsTest, NamesTheFunctionsThatFailed) {
-    EXPECT_EQ(FailedCalls(ReadLogEntries(
-                  "[OD7Helper::FetchHwmValues()] ... begin\n"
-                  "[OD7Helper::FetchHwmValues()] ADL2_OverdriveN_Temperature_Get ... null ptr\n"
-                  "[OD8Helper::FetchHwmValues()] ... ADL2_New_QueryPMLogData_Get failed\n"
-                  "[IGCLHelper::FetchHwmTelemetry()] ctlPowerTelemetryGet ... error: 5 ([X])\n")),
-              (std::vector<FailedCall>{{"ADL2_OverdriveN_Temperature_Get", "null ptr"},
-                                       {"ADL2_New_QueryPMLogData_Get", "failed"},
-                                       {"ctlPowerTelemetryGet", "error: 5 ([X])"}}));
+    EXPECT_EQ(
+        FailedCalls(ReadLogEntries("[OD7Helper::FetchHwmValues()] ... begin\n"
+                                   "[OD7Helper::FetchHwmValues()] ADL2_OverdriveN_Temperature_Get ... null ptr\n"
+                                   "[OD8Helper::FetchHwmValues()] ... ADL2_New_QueryPMLogData_Get failed\n"
+                                   "[IGCLHelper::FetchHwmTelemetry()] ctlPowerTelemetryGet ... error: 5 ([X])\n")),
+        (std::vector<FailedCall>{{"ADL2_OverdriveN_Temperature_Get", "null ptr"},
+                                 {"ADL2_New_QueryPMLogData_Get", "failed"},
+                                 {"ctlPowerTelemetryGet", "error: 5 ([X])"}}));
 }
 
 }  // namespace

@@ -92,9 +92,10 @@ TEST(HoldProtocolTest, AnswerIsReadBack) {
 }
 
 TEST(HoldProtocolTest, OtherLinesAreNothing) {
-    for (char const* const line : {"", "x", "{}", "[]", "null", R"({"version":1})", R"({"version":1,"order":"jump"})",
-                                   R"({"version":2,"order":"ping"})", R"({"version":1,"order":"arm","take_back":{}})",
-                                   R"({"version":1,"order":"fan_speed","percent":"x"})", R"({"version":1,"order":7})"}) {
+    for (char const* const line :
+         {"", "x", "{}", "[]", "null", R"({"version":1})", R"({"version":1,"order":"jump"})",
+          R"({"version":2,"order":"ping"})", R"({"version":1,"order":"arm","take_back":{}})",
+          R"({"version":1,"order":"fan_speed","percent":"x"})", R"({"version":1,"order":7})"}) {
         EXPECT_FALSE(ReadRequest(line)) << line;
         EXPECT_FALSE(ReadAnswer(line)) << line;
     }
