@@ -40,8 +40,13 @@ GputuneLogMode LogMode(std::string const& name) {
 }
 
 void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
-    app.add_option("--simulate", options.boardFile, "Work on a simulated board instead of this machine's")
-        ->type_name("BOARD");
+    CLI::Option* const simulate =
+        app.add_option("--simulate", options.boardFile, "Work on a simulated board instead of this machine's")
+            ->type_name("BOARD");
+    app.add_option("--board-state", options.boardState,
+                   "Keep the simulated board in this file, which other processes can share")
+        ->needs(simulate)
+        ->type_name("FILE");
     app.add_option_function<std::string>(
            "--log", [&options](std::string const& name) { options.log = LogMode(name); },
            "The library's log: none (default), stdout, file (debug.log in the current directory) or both")
@@ -110,6 +115,8 @@ int Run(std::vector<std::string> arguments) {
     AddClocksCommands(app, context);
     AddFpsCommand(app, context);
     AddProfileCommands(app, context);
+    AddHoldCommands(app, context);
+    AddRestoreCommand(app, context);
     AddCompletionCommand(app, context);
     AddHelpCommand(app, context);
     RefuseEmptyValues(app);
@@ -142,9 +149,9 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace
 
 // On standard error; returns the exit code.
-int PrintError(ToolError const& error, bool json, int exitCode) {
+int PrintError(ToolError const& error, bool json) {
     WriteError(json ? ErrorJson(error.Details(), error.what()) : std::string(error.what()) + "\n");
-    return exitCode;
+    return error.Details().exitCode;
 }
 
 }  // namespace gputune::tool
@@ -163,13 +170,9 @@ int wmain(int count, wchar_t** values) {
     bool const json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     try {
         return Run(std::move(arguments));
-    } catch (UsageError const& error) {
-        return PrintError(error, json, kExitUsage);
-    } catch (UnsupportedError const& error) {
-        return PrintError(error, json, kExitUnsupported);
     } catch (ToolError const& error) {
-        return PrintError(error, json, kExitFailure);
+        return PrintError(error, json);
     } catch (std::exception const& error) {
-        return PrintError(ToolError(error.what()), json, kExitFailure);
+        return PrintError(ToolError(error.what()), json);
     }
 }

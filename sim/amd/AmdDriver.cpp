@@ -50,6 +50,41 @@ AmdDriver::AmdDriver(Board board) : board_(std::move(board)) {
     }
 }
 
+void AmdDriver::Control(Unit& unit) {
+    std::apply(
+        [&](auto const&... state) {
+            ((state != nullptr ? unit.model->SetControls(state->ModelControls()) : void()), ...);
+        },
+        unit.states);
+}
+
+void AmdDriver::Restore(StateReader& state) {
+    Exchange(state);
+    std::for_each(units_.begin(), units_.end(), Control);
+}
+
+void AmdDriver::Forget(bool fansToo) {
+    for (auto& unit : units_) {
+        std::apply([&](auto const&... state) { ((state != nullptr ? state->Forget(fansToo) : void()), ...); },
+                   unit.states);
+        Control(unit);
+    }
+}
+
+void AmdDriver::SetStuck(std::size_t quantity, bool stuck, double now) {
+    for (auto& unit : units_) {
+        unit.model->AdvanceTo(now);
+        unit.model->SetStuck(quantity, stuck);
+    }
+}
+
+bool AmdDriver::FansAreAutomatic() const {
+    return std::all_of(units_.begin(), units_.end(), [](Unit const& unit) {
+        return std::apply([](auto const&... state) { return ((state == nullptr || state->FanIsAutomatic()) && ...); },
+                          unit.states);
+    });
+}
+
 Adapter const* AmdDriver::FindAdapter(int index) const {
     auto const found = std::find_if(board_.amd.adapters.begin(), board_.amd.adapters.end(),
                                     [&](Adapter const& adapter) { return adapter.index == index; });

@@ -20,6 +20,12 @@ class AmdDriver final : public BoardDriver {
 public:
     explicit AmdDriver(Board board);
 
+    void Save(StateWriter& state) override { Exchange(state); }
+    void Restore(StateReader& state) override;
+    void Forget(bool fansToo) override;
+    void SetStuck(std::size_t quantity, bool stuck, double now) override;
+    bool FansAreAutomatic() const override;
+
     AmdBoard const& Description() const { return board_.amd; }
     Adapter const* FindAdapter(int index) const;
 
@@ -57,6 +63,16 @@ private:
         std::tuple<std::unique_ptr<OverdriveNState>, std::unique_ptr<Overdrive8State>> states;
         std::unique_ptr<ThermalModel> model;
     };
+
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        for (auto& [states, model] : units_) {
+            std::apply([&](auto const&... state) { ((state != nullptr ? archive(*state) : void()), ...); }, states);
+            archive(*model);
+        }
+    }
+    // The model takes over the settings.
+    static void Control(Unit& unit);
 
     Unit* Find(int index);
     static Readings ReadingsOf(Unit& unit, double now);

@@ -23,6 +23,13 @@ constexpr std::size_t kFanCurve = 19;  // temperature and speed in turn, five ti
 constexpr std::size_t kFanCurveEnd = 29;
 constexpr std::size_t kVoltage = 37;
 
+constexpr std::size_t kFanTarget = 12;
+
+// The settings that are the fan's: the acoustic limit and the target temperature too.
+bool IsOfFan(std::size_t id) {
+    return (id >= kFanMinimum && id <= kFanTarget) || id == kZeroRpm || (id >= kFanCurve && id < kFanCurveEnd);
+}
+
 constexpr int kClockCurve = 0x2;
 constexpr int kPowerLimit = 0x8;
 constexpr int kFanMinimumSpeed = 0x20;
@@ -74,6 +81,23 @@ void Overdrive8State::SetFanControls(Controls& controls) const {
             point.percent = std::max(point.percent, 100.0 * current_[kFanMinimum] / maximum);
         }
     }
+}
+
+void Overdrive8State::Forget(bool fanToo) {
+    for (std::size_t id = 0; id < current_.size(); ++id) {
+        if (fanToo || !IsOfFan(id)) {
+            current_[id] = description_.settings[id].defaultValue;
+        }
+    }
+}
+
+bool Overdrive8State::FanIsAutomatic() const {
+    for (std::size_t id = 0; id < current_.size(); ++id) {
+        if (IsOfFan(id) && current_[id] != description_.settings[id].defaultValue) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::vector<amd::ADLOD8SingleInitSetting> Overdrive8State::InitSettings() const {

@@ -18,6 +18,16 @@ public:
     // The present settings, in the terms of the model.
     Controls ModelControls() const;
 
+    // Back to the defaults, as when the driver starts anew; without the fan's settings, or with them.
+    void Forget(bool fanToo);
+    bool FanIsAutomatic() const;
+
+    // The present settings.
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(current_);
+    }
+
     // All settings of the driver, which can be more than the older records hold.
     std::vector<amd::ADLOD8SingleInitSetting> InitSettings() const;
     std::vector<int> CurrentSettings() const;

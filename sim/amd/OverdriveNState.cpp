@@ -51,6 +51,17 @@ OverdriveNState::OverdriveNState(OverdriveN const& description)
       powerLimit_(description.powerLimit),
       temperatureLimit_(description.temperatureLimit) {}
 
+void OverdriveNState::Forget(bool fanToo) {
+    engine_ = defaultEngine_;
+    memory_ = defaultMemory_;
+    powerLimit_ = description_.power.defaultValue;
+    temperatureLimit_ = description_.temperature.defaultValue;
+    if (fanToo) {
+        fan_ = DefaultFan();
+        userPercent_.reset();
+    }
+}
+
 OverdriveNState::Fan OverdriveNState::DefaultFan() const {
     return {.mode = amd::kOdnModeAutomatic,
             .targetSpeed = description_.targetFanSpeed,

@@ -19,6 +19,16 @@ public:
     // The present settings, in the terms of the model.
     Controls ModelControls() const;
 
+    // Back to the defaults, as when the driver starts anew; without the fan's settings, or with them.
+    void Forget(bool fanToo);
+    bool FanIsAutomatic() const { return fan_.mode == amd::kOdnModeAutomatic && !userPercent_; }
+
+    // The present settings.
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(engine_, memory_, fan_, userPercent_, powerLimit_, temperatureLimit_);
+    }
+
     int GetCapabilities(amd::ADLODNCapabilitiesX2& out) const;
 
     // The levels follow the head in memory, as many as the head says.
@@ -45,6 +55,11 @@ private:
         int targetSpeed = 0;        // RPM
         int targetTemperature = 0;  // degrees Celsius
         int minimumSpeed = 0;       // RPM
+
+        template <class Archive>
+        void Exchange(Archive& archive) {
+            archive(mode, targetSpeed, targetTemperature, minimumSpeed);
+        }
     };
 
     bool Fits(amd::ADLODNPerformanceLevelsX2 const& table) const;

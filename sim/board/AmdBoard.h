@@ -35,6 +35,11 @@ struct Level {
     int voltage = 0;  // mV
     int enabled = 1;
     int control = 0;
+
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(clock, voltage, enabled, control);
+    }
 };
 
 struct ThermalController {

@@ -14,6 +14,17 @@ namespace {
 constexpr int kFormat = 1;
 constexpr std::size_t kTextBytes = 4096;
 
+// FNV-1a.
+std::uint64_t IdentityOf(std::string const& text) {
+    constexpr std::uint64_t kBasis = 0xCBF29CE484222325;
+    constexpr std::uint64_t kPrime = 0x100000001B3;
+    std::uint64_t identity = kBasis;
+    for (char const c : text) {
+        identity = (identity ^ static_cast<unsigned char>(c)) * kPrime;
+    }
+    return identity;
+}
+
 }  // namespace
 
 Board ReadBoardText(std::string const& json, std::string const& source) {
@@ -21,6 +32,7 @@ Board ReadBoardText(std::string const& json, std::string const& source) {
     JsonObject object(JsonValue(document, "", source));
     object.Required("format").Int(kFormat, kFormat);
     Board board;
+    board.identity = IdentityOf(json);
     object.ReadWith("description", board.description, [](JsonValue const& text) { return text.String(kTextBytes); });
     board.captions = object.Required("captions").List([](JsonValue const& caption) {
         return caption.IsNull() ? std::nullopt : std::optional(caption.String(kTextBytes));

@@ -50,13 +50,13 @@ HMODULE LoadStandIn(Board const& board, std::wstring const& simDirectory) {
     return module;
 }
 
-// load: "GputuneSim_LoadBoard" or "GputuneSim_LoadBoardText".
-void LoadBoard(HMODULE module, char const* load, std::string const& argument) {
+// name: a function of the stand-in that takes a text, and has a message for what is wrong with it.
+void Call(HMODULE module, char const* name, std::string const& argument) {
     constexpr int kErrorSize = 1024;
     auto* const function =
-        reinterpret_cast<decltype(&GputuneSim_LoadBoard)>(reinterpret_cast<void*>(::GetProcAddress(module, load)));
+        reinterpret_cast<decltype(&GputuneSim_LoadBoard)>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
     if (function == nullptr) {
-        throw std::runtime_error(std::string("the stand-in library has no ") + load + "; it is another vendor's own");
+        throw std::runtime_error(std::string("the stand-in library has no ") + name + "; it is another vendor's own");
     }
     char error[kErrorSize] = "";
     if (function(argument.c_str(), error, kErrorSize) == 0) {
@@ -72,7 +72,7 @@ SimulatedMachine::SimulatedMachine(Board const& board, std::wstring const& simDi
     wmi_->SetCaptions(ToCaptions(board));
     if (board.vendor != Vendor::None) {
         library_ = LoadStandIn(board, simDirectory);
-        LoadBoard(library_, load, argument);
+        Call(library_, load, argument);
     }
 }
 
@@ -82,6 +82,12 @@ SimulatedMachine SimulatedMachine::FromFile(std::string const& boardFile, std::w
 
 SimulatedMachine SimulatedMachine::FromText(std::string const& boardJson, std::wstring const& simDirectory) {
     return {ReadBoardText(boardJson, "board"), simDirectory, "GputuneSim_LoadBoardText", boardJson};
+}
+
+void SimulatedMachine::KeepState(std::string const& stateFile) const {
+    if (library_ != nullptr) {
+        Call(library_, "GputuneSim_KeepState", stateFile);
+    }
 }
 
 void* SimulatedMachine::Symbol(char const* name) const {

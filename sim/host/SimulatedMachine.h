@@ -18,6 +18,11 @@ public:
     static SimulatedMachine FromFile(std::string const& boardFile, std::wstring const& simDirectory);
     static SimulatedMachine FromText(std::string const& boardJson, std::wstring const& simDirectory);
 
+    // The board's settings, readings, time and faults are those in the file, which other processes share and which
+    // stays (docs/board-files.md). stateFile: UTF-8. Does nothing without a vendor's library. Throws
+    // std::runtime_error.
+    void KeepState(std::string const& stateFile) const;
+
     // An export of the stand-in library, null when it has none of that name or the board has no vendor library.
     void* Symbol(char const* name) const;
 

@@ -35,6 +35,11 @@ typedef struct GputuneSimCall {
 int GPUTUNE_SIM_CALL GputuneSim_LoadBoard(const char* path, char* error, int errorSize);
 int GPUTUNE_SIM_CALL GputuneSim_LoadBoardText(const char* json, char* error, int errorSize);
 
+/* From now on, until the next board, the board's settings, readings, time and faults are those in the file, which other
+ * processes share and which stays when all of them have ended (docs/board-files.md). A missing or empty file is made. 1
+ * on success; else 0 and a message, and nothing has changed. */
+int GPUTUNE_SIM_CALL GputuneSim_KeepState(const char* path, char* error, int errorSize);
+
 /* The record of calls, oldest first; the last 16384 of them. GetCall: 1 when there is such a call. */
 int GPUTUNE_SIM_CALL GputuneSim_CallCount(void);
 int GPUTUNE_SIM_CALL GputuneSim_GetCall(int index, GputuneSimCall* call);

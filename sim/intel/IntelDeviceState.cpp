@@ -41,6 +41,22 @@ IntelDeviceState::IntelDeviceState(IntelDevice const& description)
       vramOffset_(description.overclock.vramFrequencyOffset.defaultValue),
       fans_(description.fans.size()) {}
 
+void IntelDeviceState::Forget(bool fansToo) {
+    auto const& overclock = description_.overclock;
+    powerLimit_ = overclock.powerLimit.defaultValue;
+    gpuOffset_ = overclock.gpuFrequencyOffset.defaultValue;
+    vramOffset_ = overclock.vramFrequencyOffset.defaultValue;
+    if (fansToo) {
+        fans_ = std::vector<Fan>(fans_.size());
+        governing_ = {};
+    }
+}
+
+bool IntelDeviceState::FansAreAutomatic() const {
+    return governing_.mode == FanMode::Default &&
+           std::all_of(fans_.begin(), fans_.end(), [](Fan const& fan) { return fan.mode == FanMode::Default; });
+}
+
 Controls IntelDeviceState::ModelControls() const {
     auto const& overclock = description_.overclock;
     Controls controls;

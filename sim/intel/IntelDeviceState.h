@@ -3,7 +3,9 @@
 // before.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "intel/ctl_records.h"
@@ -19,6 +21,16 @@ public:
 
     // The present settings, in the terms of the model.
     Controls ModelControls() const;
+
+    // Back to the defaults, as when the driver starts anew; without the fans' settings, or with them.
+    void Forget(bool fansToo);
+    bool FansAreAutomatic() const;
+
+    // The present settings; not the waiver, which is the client's and not the device's.
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(powerLimit_, gpuOffset_, vramOffset_, fans_, governing_);
+    }
 
     std::size_t FanCount() const { return fans_.size(); }
 
@@ -48,6 +60,16 @@ private:
         FanMode mode = FanMode::Default;
         int percent = 0;
         std::vector<FanCurvePoint> curve;
+
+        template <class Archive>
+        void Exchange(Archive& archive) {
+            auto count = static_cast<std::uint32_t>(curve.size());
+            archive(mode, percent, count);
+            // As many as there can be, so that the size is always the same.
+            curve.resize(intel::kCtlFanTableSize);
+            archive(curve);
+            curve.resize(std::min<std::size_t>(count, curve.size()));
+        }
     };
 
     // 0, or the result for a control that cannot be read or set.

@@ -36,6 +36,38 @@ IntelDriver::IntelDriver(Board board) : board_(std::move(board)) {
     }
 }
 
+void IntelDriver::Restore(StateReader& state) {
+    Exchange(state);
+    for (auto const& unit : units_) {
+        if (unit.state != nullptr) {
+            unit.model->SetControls(unit.state->ModelControls());
+        }
+    }
+}
+
+void IntelDriver::Forget(bool fansToo) {
+    for (auto const& unit : units_) {
+        if (unit.state != nullptr) {
+            unit.state->Forget(fansToo);
+            unit.model->SetControls(unit.state->ModelControls());
+        }
+    }
+}
+
+void IntelDriver::SetStuck(std::size_t quantity, bool stuck, double now) {
+    for (auto const& unit : units_) {
+        if (unit.model != nullptr) {
+            unit.model->AdvanceTo(now);
+            unit.model->SetStuck(quantity, stuck);
+        }
+    }
+}
+
+bool IntelDriver::FansAreAutomatic() const {
+    return std::all_of(units_.begin(), units_.end(),
+                       [](Unit const& unit) { return unit.state == nullptr || unit.state->FansAreAutomatic(); });
+}
+
 std::vector<intel::ctl_device_adapter_handle_t> IntelDriver::Devices() const {
     std::vector<intel::ctl_device_adapter_handle_t> handles;
     for (auto const& unit : units_) {

@@ -20,6 +20,12 @@ class IntelDriver final : public BoardDriver {
 public:
     explicit IntelDriver(Board board);
 
+    void Save(StateWriter& state) override { Exchange(state); }
+    void Restore(StateReader& state) override;
+    void Forget(bool fansToo) override;
+    void SetStuck(std::size_t quantity, bool stuck, double now) override;
+    bool FansAreAutomatic() const override;
+
     // In the board's order, with null handles where the board has them. A handle is a number and points to nothing. The
     // devices in the same position of two boards have the same handle.
     std::vector<intel::ctl_device_adapter_handle_t> Devices() const;
@@ -55,6 +61,15 @@ private:
         std::unique_ptr<IntelDeviceState> state;
         std::unique_ptr<ThermalModel> model;
     };
+
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        for (auto const& unit : units_) {
+            if (unit.state != nullptr) {
+                archive(*unit.state, *unit.model);
+            }
+        }
+    }
 
     template <class Operation>
     static int Do(Unit const& unit, double now, Operation const& operation) {

@@ -8,7 +8,9 @@ StandIn& StandIn::Instance() {
 
 int IntelStandIn::EnterUnsupported(char const* entryPoint) {
     std::lock_guard const guard(lock_);
-    return Begin(entryPoint).value_or(kCtlUnsupportedFeature);
+    int const result = Begin(entryPoint).result.value_or(kCtlUnsupportedFeature);
+    End(entryPoint);
+    return result;
 }
 
 int IntelStandIn::Initialize(intel::ctl_init_args_t& args, intel::ctl_api_handle_t& handle) {

@@ -29,6 +29,10 @@ struct Readings {
 // One of the readings; null stands for none.
 using Quantity = double Readings::*;
 
+// The readings that can be stuck.
+constexpr Quantity kStuckQuantities[] = {&Readings::temperature, &Readings::hotspotTemperature,
+                                         &Readings::memoryTemperature, &Readings::load, &Readings::fanRpm};
+
 // One step of the load profile, which starts again after its last step.
 struct LoadStep {
     double seconds = 0;

@@ -56,9 +56,11 @@ ThermalModel::ThermalModel(ModelSettings settings, Controls controls)
 }
 
 void ThermalModel::AdvanceTo(double seconds) {
+    constexpr double kMostSeconds = 86400;
     if (settings_.fixed) {
         return;
     }
+    now_ = std::max(now_, seconds - kMostSeconds);
     while (now_ + kStepSeconds <= seconds) {
         Step(kStepSeconds);
     }
@@ -128,10 +130,21 @@ double ThermalModel::Power() const {
     return kIdle + (1 - kIdle) * settings_.powerDemand * load_ * ratio * ratio;
 }
 
-Readings ThermalModel::Read() const {
-    if (settings_.fixed) {
-        return *settings_.fixed;
+void ThermalModel::SetStuck(std::size_t quantity, bool stuck) {
+    if (stuck != stuck_.at(quantity).has_value()) {
+        stuck_.at(quantity) = stuck ? std::optional(Read().*kStuckQuantities[quantity]) : std::nullopt;
     }
+}
+
+Readings ThermalModel::Read() const {
+    Readings readings = settings_.fixed ? *settings_.fixed : Moving();
+    for (std::size_t i = 0; i < stuck_.size(); ++i) {
+        readings.*kStuckQuantities[i] = stuck_[i].value_or(readings.*kStuckQuantities[i]);
+    }
+    return readings;
+}
+
+Readings ThermalModel::Moving() const {
     double const wanted = std::min(1.0, load_ / 0.6);
     Readings readings;
     readings.load = 100 * load_;

@@ -2,6 +2,8 @@
 // lag. Deterministic: the same settings, controls and times give the same readings.
 #pragma once
 
+#include <array>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -12,6 +14,11 @@ namespace gputune::sim {
 struct FanCurvePoint {
     double temperature = 0;  // degrees Celsius
     double percent = 0;
+
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(temperature, percent);
+    }
 };
 
 // The settings of the driver, in the terms of the model.
@@ -35,7 +42,8 @@ public:
     // Starts at time 0, idle and settled.
     ThermalModel(ModelSettings settings, Controls controls);
 
-    // Moves on to a time in seconds since the start. A time in the past changes nothing.
+    // Moves on to a time in seconds since the start. A time in the past changes nothing. Of a longer time than a day,
+    // the last day counts.
     void AdvanceTo(double seconds);
 
     // They hold from the present time on.
@@ -43,12 +51,22 @@ public:
 
     Readings Read() const;
 
+    // From now on, one of kStuckQuantities keeps its present value, whatever the board does; or it no longer does.
+    void SetStuck(std::size_t quantity, bool stuck);
+
+    // What moves: the readings' causes and the time, not settings and controls.
+    template <class Archive>
+    void Exchange(Archive& archive) {
+        archive(now_, load_, temperature_, fan_, memoryUsed_, energy_, activity_, stuck_);
+    }
+
 private:
     void Step(double seconds);
     double ProfileLoad() const;
     double FanTarget() const;
     double EngineClock() const;
     double Power() const;
+    Readings Moving() const;
 
     ModelSettings settings_;
     Controls controls_;
@@ -59,6 +77,7 @@ private:
     double memoryUsed_ = 0;   // MB
     double energy_ = 0;       // J
     double activity_ = 0;     // seconds of full load
+    std::array<std::optional<double>, std::size(kStuckQuantities)> stuck_;
 };
 
 }  // namespace gputune::sim

@@ -29,6 +29,13 @@ NvidiaDriver::NvidiaDriver(Board board) : board_(std::move(board)) {
     }
 }
 
+void NvidiaDriver::SetStuck(std::size_t quantity, bool stuck, double now) {
+    for (auto& model : models_) {
+        model.AdvanceTo(now);
+        model.SetStuck(quantity, stuck);
+    }
+}
+
 std::vector<nvidia::NvPhysicalGpuHandle> NvidiaDriver::Gpus() const {
     std::vector<nvidia::NvPhysicalGpuHandle> handles;
     for (std::size_t i = 0; i < models_.size(); ++i) {

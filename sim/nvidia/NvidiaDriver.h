@@ -17,6 +17,13 @@ class NvidiaDriver final : public BoardDriver {
 public:
     explicit NvidiaDriver(Board board);
 
+    void Save(StateWriter& state) override { state(models_); }
+    void Restore(StateReader& state) override { state(models_); }
+    // Nothing can be set.
+    void Forget(bool) override {}
+    void SetStuck(std::size_t quantity, bool stuck, double now) override;
+    bool FansAreAutomatic() const override { return true; }
+
     NvidiaBoard const& Description() const { return board_.nvidia; }
 
     // A handle is a number and points to nothing. The GPUs in the same position of two boards have the same handle.

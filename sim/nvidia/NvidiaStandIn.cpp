@@ -13,6 +13,7 @@ std::set<std::string> NvidiaStandIn::AbsentWith(Board const& board) const {
 bool NvidiaStandIn::HandsOut(std::uint32_t identifier, char const* entryPoint) {
     std::lock_guard const guard(lock_);
     Begin("nvapi_QueryInterface", identifier);
+    End("nvapi_QueryInterface");
     return entryPoint != nullptr && CurrentDriver() != nullptr && !IsHidden(entryPoint);
 }
 

@@ -2,6 +2,8 @@
 // the record of calls. VendorStandIn adds what depends on a vendor's types.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,9 +13,11 @@
 #include <vector>
 
 #include "sim/board/FaultRules.h"
-#include "sim/model/TimeSource.h"
 #include "sim/standin/BoardDriver.h"
 #include "sim/standin/CallLog.h"
+#include "sim/standin/PausePoint.h"
+#include "sim/standin/SharedPart.h"
+#include "sim/standin/StateFile.h"
 
 namespace gputune::sim {
 
@@ -30,6 +34,11 @@ public:
     // another vendor's or an entry point cannot be hidden; the former board then stays.
     void Load(Board board);
 
+    // From now on the board's settings, model, time and faults are those in the file, which other processes share; a
+    // missing or empty file gets the present ones. path: UTF-8. Throws StateError when the file cannot be used; nothing
+    // has changed then.
+    void KeepState(std::string const& path);
+
     // False when there is no such entry point, or when it returns no result code.
     bool SetResult(std::string const& entryPoint, int result);
     void ClearFaults();
@@ -39,7 +48,7 @@ public:
     int AllocationCount() const { return allocations_; }
     CallLog& Calls() { return calls_; }
 
-    double Now() const { return time_.Now(); }
+    double Now() const { return shared_.time.Now(); }
 
 protected:
     // rules: the entry points there are, hidden or not.
@@ -49,17 +58,19 @@ protected:
     // The entry points that a library with this board does not have, beside those that its faults say are missing.
     virtual std::set<std::string> AbsentWith(Board const&) const { return {}; }
 
-    // Every entry point calls this first, under the lock. Logs the call. Returns the result that an order or a fault
-    // demands, if any: the entry point must then return it and do nothing else.
+    // Every entry point calls this first, under the lock. Logs the call, and obeys a fault that crashes or hangs. When
+    // an order or another fault demands a result, the entry point must return it and do nothing else.
     template <class... Args>
-    std::optional<int> Begin(char const* entryPoint, Args... args) {
+    FaultStrike Begin(char const* entryPoint, Args... args) {
         LoggedCall call{.entryPoint = entryPoint, .args = {}, .record = {}};
         (LogArgument(call, args), ...);
         calls_.Add(std::move(call));
-        return Demanded(entryPoint);
+        return Meet(entryPoint);
     }
-    // The garbage that the board orders of this entry point.
-    Garbage GarbageOf(char const* entryPoint) const;
+    // Every entry point calls this last.
+    void End(char const* entryPoint) const { pause_.AfterCall(entryPoint); }
+    // Does what looks at the board or changes it, on the state that processes share. False when that cannot be used.
+    bool OnBoard(std::function<void()> const& operation);
 
     // Null before there is a board.
     BoardDriver* CurrentDriver() const { return driver_.get(); }
@@ -69,17 +80,20 @@ protected:
     std::mutex lock_;
 
 private:
-    std::optional<int> Demanded(char const* entryPoint) const;
-    Fault const* FindFault(char const* entryPoint) const;
+    FaultStrike Meet(char const* entryPoint);
+    StateBytes SavedState();
+    void RestoreState(StateBytes const& bytes);
 
     Vendor const vendor_;
     FaultRules const rules_;
     std::unique_ptr<BoardDriver> driver_;
-    std::vector<Fault> faults_;
+    SharedPart shared_;
     std::map<std::string, int, std::less<>> results_;
     std::set<std::string> hidden_;
     CallLog calls_;
-    TimeSource time_;
+    std::uint64_t identity_ = 0;  // the board's
+    std::unique_ptr<StateFile> state_;
+    PausePoint pause_;
     int allocations_ = 0;
 };
 

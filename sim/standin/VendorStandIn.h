@@ -58,9 +58,14 @@ private:
     template <class Operation, class... Args>
     int Do(char const* entryPoint, bool needsInitialization, Operation const& operation, Args... args) {
         std::lock_guard const guard(lock_);
-        if (auto const demanded = Begin(entryPoint, args...)) {
-            return *demanded;
-        }
+        FaultStrike const strike = Begin(entryPoint, args...);
+        int const result = strike.result ? *strike.result : Perform(needsInitialization, strike, operation, args...);
+        End(entryPoint);
+        return result;
+    }
+
+    template <class Operation, class... Args>
+    int Perform(bool needsInitialization, FaultStrike const& strike, Operation const& operation, Args... args) {
         auto const& self = static_cast<Self const&>(*this);
         auto* const driver = static_cast<Driver*>(CurrentDriver());
         if (driver == nullptr) {
@@ -71,10 +76,15 @@ private:
         if (result != 0) {
             return result;
         }
-        Garbage const garbage = GarbageOf(entryPoint);
-        result = operation(*driver, garbage);
-        if (result == 0 && garbage != Garbage::None) {
-            (GarbleArgument(args, garbage), ...);
+        result = Self::kNoBoard;
+        OnBoard([&] {
+            result = operation(*driver, strike.garbage);
+            if (result == 0 && strike.forgetsOthers) {
+                driver->Forget(false);
+            }
+        });
+        if (result == 0 && strike.garbage != Garbage::None) {
+            (GarbleArgument(args, strike.garbage), ...);
         }
         return result;
     }

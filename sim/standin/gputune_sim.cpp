@@ -18,6 +18,10 @@ SIM_EXPORT int GputuneSim_LoadBoardText(const char* json, char* error, int error
                                        [&] { StandIn::Instance().Load(gputune::sim::ReadBoardText(json, "board")); });
 }
 
+SIM_EXPORT int GputuneSim_KeepState(const char* path, char* error, int errorSize) {
+    return gputune::sim::WithErrorText(error, errorSize, [&] { StandIn::Instance().KeepState(path); });
+}
+
 SIM_EXPORT int GputuneSim_SetResult(const char* entryPoint, int result) {
     return entryPoint != nullptr && StandIn::Instance().SetResult(entryPoint, result) ? 1 : 0;
 }

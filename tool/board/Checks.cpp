@@ -141,6 +141,20 @@ void CheckFanSpeed(int percent, FanSetting const& setting) {
     }
 }
 
+bool IsAdjustable(PowerLimitSetting const& setting) {
+    return setting.Valid && (setting.Min != 0 || setting.Max != 0);
+}
+
+void CheckPowerLimit(int percent, PowerLimitSetting const& setting) {
+    if (!setting.Valid) {
+        return;
+    }
+    if (!IsAdjustable(setting)) {
+        throw UnsupportedError("it has no adjustable power limit.");
+    }
+    CheckRange("Power limit", percent, setting.Min, setting.Max, Unit::Percent);
+}
+
 ClockCommand PlanClocks(std::uint32_t api, ClockRequest const& request, ClockSetting const& gpu,
                         ClockSetting const& memory) {
     if (!request.gpuClock && !request.gpuVoltage && !request.memClock && !request.memVoltage) {

@@ -24,6 +24,14 @@ UsageError WrongPointCount(int expected, std::size_t given);
 // nothing when the board reports no range.
 void CheckFanSpeed(int percent, FanSetting const& setting);
 
+// ---- Power limit ----
+
+// A board without a power limit reports a range of 0 to 0.
+bool IsAdjustable(PowerLimitSetting const& setting);
+// Throws ToolError when the limit is outside the board's range, UnsupportedError when it has none. Does nothing when
+// the board reports no range.
+void CheckPowerLimit(int percent, PowerLimitSetting const& setting);
+
 // ---- Clocks ----
 
 // What the user asks for, in MHz and mV. Both nothing and 0 keep the current value.

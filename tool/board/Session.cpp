@@ -7,6 +7,7 @@
 #include "sim/host/SimulatedMachine.h"
 #include "tool/system/Files.h"
 #include "tool/system/Utf8.h"
+#include "tool/system/WorkerProcess.h"
 #include "tool/values/Errors.h"
 #include "tool/values/Numbers.h"
 
@@ -14,12 +15,17 @@ namespace gputune::tool {
 
 namespace {
 
-std::unique_ptr<sim::SimulatedMachine> StartSimulation(std::string const& boardFile, std::wstring const& directory) {
-    if (boardFile.empty()) {
+std::unique_ptr<sim::SimulatedMachine> StartSimulation(GlobalOptions const& options, std::wstring const& directory) {
+    if (options.boardFile.empty()) {
         return nullptr;
     }
     try {
-        return std::make_unique<sim::SimulatedMachine>(sim::SimulatedMachine::FromFile(boardFile, directory + L"sim"));
+        auto machine = std::make_unique<sim::SimulatedMachine>(
+            sim::SimulatedMachine::FromFile(options.boardFile, directory + L"sim"));
+        if (!options.boardState.empty()) {
+            machine->KeepState(options.boardState);
+        }
+        return machine;
     } catch (std::runtime_error const& error) {
         throw ToolError(std::string("Cannot simulate the board: ") + error.what());
     }
@@ -50,14 +56,19 @@ Name InitStateName(InitState state) {
     return kNames[static_cast<std::size_t>(state)];
 }
 
-Session::Session(GlobalOptions const& options, LogUse use) : options_(options) {
+Session::Session(GlobalOptions const& options, LogUse use) : Session(options, use, nullptr) {}
+
+Session::Session(GlobalOptions const& options, OwnOutput const& output) : Session(options, LogUse::NotKept, &output) {}
+
+Session::Session(GlobalOptions const& options, LogUse use, OwnOutput const* output)
+    : options_(options), output_(output) {
     RequireLogFile(options.log);
     std::wstring const directory = ProgramDirectory();
-    machine_ = StartSimulation(options.boardFile, directory);
+    machine_ = StartSimulation(options, directory);
     std::wstring const library = directory + L"gputune.dll";
     Load(library, use);
     // Load the library a second time, with a log: only the log names the display controllers.
-    if (state_ == InitState::NoSupportedGpu && log_ == nullptr && options.log == GPUTUNE_LOG_NONE) {
+    if (state_ == InitState::NoSupportedGpu && !HasLog() && options.log == GPUTUNE_LOG_NONE) {
         Load(library, LogUse::Kept);
     }
     if (state_ == InitState::Ready && options.adapter) {
@@ -81,7 +92,7 @@ void Session::Initialise() {
         KeptLog::InDirectory const directory(*log_);
         hasBackend = library_->InitVGAHelper(log_->Mode());
     } else {
-        hasBackend = library_->InitVGAHelper(options_.log);
+        hasBackend = library_->InitVGAHelper(LogMode());
     }
     std::uint64_t const info = library_->GetVendorInfo();
     vendor_ = static_cast<std::uint32_t>(info);
@@ -164,8 +175,30 @@ std::vector<Controller> Session::Controllers() const {
     return ClassifyControllers(names);
 }
 
+GputuneLogMode Session::LogMode() const {
+    if (output_ == nullptr) {
+        return options_.log;
+    }
+    return options_.log == GPUTUNE_LOG_NONE || options_.log == GPUTUNE_LOG_STDOUT ? GPUTUNE_LOG_STDOUT
+                                                                                  : GPUTUNE_LOG_BOTH;
+}
+
+bool Session::HasLog() const {
+    return output_ != nullptr || (log_ != nullptr && log_->IsKept());
+}
+
+void Session::ForgetLog() const {
+    LogSince(0);
+    outputText_.clear();
+}
+
 LogEntries Session::LogSince(std::size_t mark) const {
-    LogEntries entries = log_ != nullptr ? log_->Read() : LogEntries();
+    if (output_ != nullptr) {
+        outputText_ += output_->Take();
+    }
+    LogEntries entries = output_ != nullptr ? ReadLogEntries(outputText_)
+                         : log_ != nullptr  ? log_->Read()
+                                            : LogEntries();
     entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(std::min(mark, entries.size())));
     return entries;
 }
@@ -178,7 +211,7 @@ std::optional<std::string> Session::Problem() const {
         case InitState::Ready:
             return std::nullopt;
         case InitState::NoSupportedGpu:
-            if (log_ == nullptr || !log_->IsKept()) {
+            if (!HasLog()) {
                 return "No supported GPU found: no display controller of this machine is a board that can be used, or "
                        "the system's management service (WMI) does not answer." +
                        LogHint();

@@ -21,9 +21,12 @@ class SimulatedMachine;
 
 namespace gputune::tool {
 
+class OwnOutput;
+
 // The options that stand before every command.
 struct GlobalOptions {
-    std::string boardFile;  // UTF-8; empty: the real machine
+    std::string boardFile;   // UTF-8; empty: the real machine
+    std::string boardState;  // UTF-8; empty: the simulated board ends with the process
     GputuneLogMode log = GPUTUNE_LOG_NONE;
     std::optional<int> adapter;
     bool json = false;
@@ -62,6 +65,9 @@ public:
     // Loads and initialises the library and selects the adapter. Throws ToolError when the log file, the simulation,
     // the library or the selection fails; a board that could not be opened is left to State and RequireReady.
     explicit Session(GlobalOptions const& options, LogUse use = LogUse::Kept);
+    // The same with the library's log on standard output, from where the session takes it: `output` lives longer. A log
+    // file is written when the options want one.
+    Session(GlobalOptions const& options, OwnOutput const& output);
     ~Session();
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;
@@ -90,6 +96,8 @@ public:
     // The library's log from this many entries on; none when it is not kept.
     LogEntries LogSince(std::size_t mark) const;
     std::size_t LogMark() const { return LogSince(0).size(); }
+    // Forgets the log so far; marks begin at 0 again. For commands that run long with a log on standard output.
+    void ForgetLog() const;
 
     // Reads the sensors anew.
     Readings ReadSensors() const;
@@ -101,7 +109,10 @@ public:
     std::string LogHint() const;
 
 private:
+    Session(GlobalOptions const& options, LogUse use, OwnOutput const* output);
     void Load(std::wstring const& path, LogUse use);
+    GputuneLogMode LogMode() const;
+    bool HasLog() const;
     void Initialise();
     void SelectAdapter(int index);
 
@@ -109,6 +120,8 @@ private:
     // Declared before the library, so that the library is unloaded first.
     std::unique_ptr<sim::SimulatedMachine> machine_;
     std::unique_ptr<KeptLog> log_;
+    OwnOutput const* output_;
+    mutable std::string outputText_;  // what was taken of it
     std::unique_ptr<Library> library_;
     InitState state_ = InitState::NoSupportedGpu;
     std::uint32_t vendor_ = 0;

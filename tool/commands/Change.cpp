@@ -15,10 +15,13 @@ void RequireTunable(Session const& session) {
 }
 
 void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change) {
+    ConfirmChange(session.AdapterName(), options, change);
+}
+
+void ConfirmChange(std::string const& name, GlobalOptions const& options, std::string const& change) {
     if (options.yes || !InputIsConsole()) {
         return;
     }
-    std::string const name = session.AdapterName();
     if (!Confirm(change + (name.empty() ? "?" : " (" + name + ")?"))) {
         throw ToolError("Nothing was changed.", {.code = "not_changed"});
     }

@@ -17,6 +17,8 @@ void RequireTunable(Session const& session);
 // Asks the user whether to do `change` ("Set the fan speed to 60 %"), unless --yes was given or standard input is no
 // console. Throws ToolError when the answer is no.
 void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change);
+// The same for the board of this name, which may be empty.
+void ConfirmChange(std::string const& name, GlobalOptions const& options, std::string const& change);
 // Throws ToolError with a hint at the log when `done` is false. `what` names the change: "the fan speed".
 void RequireDone(Session const& session, bool done, std::string const& what);
 

@@ -30,6 +30,8 @@ void AddPowerCommands(CLI::App& app, Context& context);
 void AddClocksCommands(CLI::App& app, Context& context);
 void AddFpsCommand(CLI::App& app, Context& context);
 void AddProfileCommands(CLI::App& app, Context& context);
+void AddHoldCommands(CLI::App& app, Context& context);  // hold, and the worker process that it starts
+void AddRestoreCommand(CLI::App& app, Context& context);
 void AddCompletionCommand(CLI::App& app, Context& context);
 void AddHelpCommand(CLI::App& app, Context& context);
 void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the profile commands

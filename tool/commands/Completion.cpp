@@ -102,7 +102,9 @@ void Describe(CLI::App const& app, std::string const& place, CommandLine& line) 
     for (CLI::Option const* option : app.get_options()) {
         DescribeOption(*option, place, line);
     }
-    for (CLI::App const* command : app.get_subcommands([](CLI::App const*) { return true; })) {
+    // Those without a group are not for users.
+    for (CLI::App const* command :
+         app.get_subcommands([](CLI::App const* candidate) { return !candidate->get_group().empty(); })) {
         line.candidates[place].push_back({command->get_name(), command->get_description()});
         Describe(*command, place + "/" + command->get_name(), line);
     }

@@ -1,8 +1,6 @@
 // fan get, fan set, fan auto, fan curve.
-#include <algorithm>
-
 #include "tool/board/Checks.h"
-#include "tool/board/FanAnswers.h"
+#include "tool/board/FanChanges.h"
 #include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/values/Errors.h"
@@ -15,11 +13,6 @@ namespace {
 
 Value FanValue(int field) {
     return IsKnown(field) ? Value{std::int64_t{field}} : Value{};
-}
-
-// At most as many as the record has room for.
-int CountPoints(FanSetting const& setting) {
-    return std::clamp(setting.PointCount, 0, static_cast<int>(std::size(setting.Points)));
 }
 
 Grid PointGrid(FanSetting const& setting) {
@@ -50,65 +43,19 @@ int RunFanGet(GlobalOptions const& options) {
     return kExitSuccess;
 }
 
-// What the fans answered. Throws UnsupportedError when nothing was sent to any fan.
-ReadBack ReadBackOf(FanAnswers const& answers) {
-    std::size_t const unsent =
-        answers.Count(FanAnswer::Kind::UnknownMode) + answers.Count(FanAnswer::Kind::NothingSent);
-    if (!answers.fans.empty() && unsent == answers.fans.size()) {
-        throw UnsupportedError("nothing was sent. " + Joined(answers.Problems(), " "));
-    }
-    ReadBack readBack;
-    for (std::string const& problem : answers.Problems()) {
-        readBack.AddProblem(problem);
-    }
-    readBack.AddUnreported("fan");
-    return readBack;
-}
-
-// Compares the points of the board's curve with those that `asked` returns for each. A board without a curve has none.
-template <class Asked>
-ReadBack ComparePoints(Session const& session, Asked&& asked) {
-    ReadBack readBack;
-    FanSetting const setting = session.Api().ReadFanSetting();
-    auto const compare = [&readBack](int point, char const* what, int wanted, int shown, Unit unit) {
-        if (wanted != kUntouched) {
-            readBack.Compare(what + (" of " + FanPointName(static_cast<std::size_t>(point))), wanted,
-                             shown == kUntouched ? std::nullopt : std::optional<double>(shown), unit);
-        }
-    };
-    for (int i = 0; setting.Valid && i < CountPoints(setting); ++i) {
-        FanPoint const& point = setting.Points[i];
-        FanTablePoint const wanted = asked(i, point);
-        compare(i, "speed", wanted.FanSpeed, point.CurrentSpeed, Unit::Percent);
-        compare(i, "temperature", wanted.FanTemperature, point.CurrentTemperature, Unit::Celsius);
-    }
-    return readBack;
-}
-
-// Whether the fan took a change that was sent when the log had `mark` entries.
-template <class Asked>
-ReadBack ReadBackFan(Session const& session, std::size_t mark, Asked&& asked) {
-    return session.ApiType() == GPUTUNE_API_IGCL ? ReadBackOf(ReadFanAnswers(session.LogSince(mark)))
-                                                 : ComparePoints(session, asked);
-}
-
 int RunFanSet(GlobalOptions const& options, int percent) {
     Session const session(options);
     RequireTunable(session);
     CheckFanSpeed(percent, session.Api().ReadFanSetting());
     std::string const speed = WithUnit(percent, Unit::Percent);
     ConfirmChange(session, options, "Set the fan speed to " + speed);
-    std::size_t const mark = session.LogMark();
-    RequireDone(session, session.Api().SetFanSpeed(percent), "the fan speed");
-    // On a board with a curve, a fixed speed is set as the speed of all points.
-    auto const asked = [percent](int, FanPoint const&) {
-        return FanTablePoint{.FanSpeed = percent, .FanTemperature = kUntouched};
-    };
+    SentChange const sent = SendFanSpeed(session, percent);
+    RequireDone(session, sent.done, "the fan speed");
     return FinishChange(session, options,
                         {.command = "fan set",
                          .what = "fan speed " + speed,
                          .sentence = "Fan speed set to " + speed + ".",
-                         .readBack = ReadBackFan(session, mark, asked),
+                         .readBack = sent.readBack,
                          .sections = {FanSection(session)}});
 }
 
@@ -116,20 +63,13 @@ int RunFanAuto(GlobalOptions const& options) {
     Session const session(options);
     RequireTunable(session);
     ConfirmChange(session, options, "Return the fan to the driver's control");
-    std::size_t const mark = session.LogMark();
-    RequireDone(session, session.Api().SetFanSpeed(-1), "to take over the fan");
-    auto const asked = [](int, FanPoint const& point) {
-        // A range of 0 to 0 means that the board does not have this setting.
-        bool const hasSpeed = point.MinSpeed != 0 || point.MaxSpeed != 0;
-        bool const hasTemperature = point.MinTemperature != 0 || point.MaxTemperature != 0;
-        return FanTablePoint{.FanSpeed = hasSpeed ? point.DefaultSpeed : kUntouched,
-                             .FanTemperature = hasTemperature ? point.DefaultTemperature : kUntouched};
-    };
+    SentChange const sent = SendAutomaticFan(session);
+    RequireDone(session, sent.done, "to take over the fan");
     return FinishChange(session, options,
                         {.command = "fan auto",
                          .what = "the driver's control of the fan",
                          .sentence = "The driver controls the fan.",
-                         .readBack = ReadBackFan(session, mark, asked),
+                         .readBack = sent.readBack,
                          .sections = {FanSection(session)}});
 }
 
@@ -154,25 +94,13 @@ int RunFanCurve(GlobalOptions const& options, std::vector<std::string> const& po
     }
     std::string const text = Joined(texts, ", ");
     ConfirmChange(session, options, "Set the fan curve to " + text);
-    std::size_t const mark = session.LogMark();
-    bool done = session.Api().SetFanSpeedTable(curve.data(), static_cast<int>(curve.size()));
-    if (session.ApiType() == GPUTUNE_API_IGCL) {
-        FanAnswers const answers = ReadFanAnswers(session.LogSince(mark));
-        if (answers.expectedPoints) {
-            throw WrongPointCount(*answers.expectedPoints, curve.size());
-        }
-        // FinishChange says which fan refused it.
-        done = done || !ReadBackOf(answers).IsDone();
-    }
-    RequireDone(session, done, "the fan curve");
-    auto const asked = [&curve](int i, FanPoint const&) {
-        return curve[std::min(static_cast<std::size_t>(i), curve.size() - 1)];
-    };
+    SentChange const sent = SendFanCurve(session, curve);
+    RequireDone(session, sent.done, "the fan curve");
     return FinishChange(session, options,
                         {.command = "fan curve",
                          .what = "fan curve " + text,
                          .sentence = "Fan curve set to " + text + ".",
-                         .readBack = ReadBackFan(session, mark, asked),
+                         .readBack = sent.readBack,
                          .sections = {FanSection(session)}});
 }
 

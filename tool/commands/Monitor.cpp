@@ -84,6 +84,7 @@ public:
         for (;;) {
             switch (screen_.Wait(interrupt, schedule.Remaining())) {
                 case LiveScreen::Event::Time:
+                case LiveScreen::Event::Other:
                     return true;
                 case LiveScreen::Event::Interrupt:
                 case LiveScreen::Event::Quit:

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "tool/board/Checks.h"
+#include "tool/board/ShownSettings.h"
 #include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/system/Console.h"
@@ -13,19 +14,6 @@
 namespace gputune::tool {
 
 namespace {
-
-// A board without a power limit reports a range of 0 to 0.
-bool IsAdjustable(PowerLimitSetting const& setting) {
-    return setting.Valid && (setting.Min != 0 || setting.Max != 0);
-}
-
-// The Overdrive8 backend always reads the value in effect, so its -1 is -1 %. OverdriveN boards report it as a sensor.
-std::optional<double> CurrentLimit(Session const& session, PowerLimitSetting const& setting, Readings const& readings) {
-    if (IsAdjustable(setting) && (setting.Current != -1 || session.ApiType() == GPUTUNE_API_OVERDRIVE8)) {
-        return setting.Current;
-    }
-    return readings[GPUTUNE_HWM_TDP_LIMIT];
-}
 
 struct TemperatureRange {
     int minimum;
@@ -100,11 +88,8 @@ PowerRequest JoinRequest(std::vector<int> const& limits, PowerRequest const& nam
 }
 
 void CheckPowerRequest(Session const& session, PowerLimitSetting const& setting, PowerRequest const& request) {
-    if (request.percent && setting.Valid) {
-        if (!IsAdjustable(setting)) {
-            throw UnsupportedError("it has no adjustable power limit.");
-        }
-        CheckRange("Power limit", *request.percent, setting.Min, setting.Max, Unit::Percent);
+    if (request.percent) {
+        CheckPowerLimit(*request.percent, setting);
     }
     if (request.temperature) {
         if (std::optional<TemperatureRange> const range = ReadTemperatureRange(session, setting)) {
@@ -137,8 +122,9 @@ int RunPowerSet(GlobalOptions const& options, std::vector<int> const& limits, Po
     CheckPowerRequest(session, setting, request);
     bool const keepsOne = !request.percent || (hasTemperature && !request.temperature);
     Readings const before = keepsOne ? session.ReadSensors() : Readings{};
-    int const percent = request.percent ? *request.percent
-                                        : KeptLimit(CurrentLimit(session, setting, before), "power limit", "--percent");
+    int const percent = request.percent
+                            ? *request.percent
+                            : KeptLimit(CurrentPowerLimit(session, setting, before), "power limit", "--percent");
     int const temperature = request.temperature ? *request.temperature
                             : hasTemperature
                                 ? KeptLimit(before[GPUTUNE_HWM_TEMPERATURE_LIMIT], "temperature limit", "--temperature")
@@ -154,8 +140,8 @@ int RunPowerSet(GlobalOptions const& options, std::vector<int> const& limits, Po
         readBack.Compare("power limit", percent, LoggedLimit(session.LogSince(mark)), Unit::Percent, 1);
     } else {
         Readings const readings = session.ReadSensors();
-        readBack.Compare("power limit", percent, CurrentLimit(session, session.Api().GetPowerLimitSetting(), readings),
-                         Unit::Percent);
+        readBack.Compare("power limit", percent,
+                         CurrentPowerLimit(session, session.Api().GetPowerLimitSetting(), readings), Unit::Percent);
         if (hasTemperature) {
             readBack.Compare("temperature limit", temperature, readings[GPUTUNE_HWM_TEMPERATURE_LIMIT], Unit::Celsius);
         }
@@ -189,7 +175,7 @@ Section PowerSection(Session const& session) {
     PowerLimitSetting const setting = session.Api().GetPowerLimitSetting();
     Readings const readings = session.ReadSensors();
     std::optional<double> const& temperature = readings[GPUTUNE_HWM_TEMPERATURE_LIMIT];
-    std::optional<double> const limit = CurrentLimit(session, setting, readings);
+    std::optional<double> const limit = CurrentPowerLimit(session, setting, readings);
     bool const adjustable = IsAdjustable(setting);
     auto const range = [adjustable](int field) { return adjustable ? Value{std::int64_t{field}} : Value{}; };
     std::optional<TemperatureRange> const temperatures = ReadTemperatureRange(session, setting);
@@ -220,7 +206,7 @@ void ComparePowerLimit(Session const& session, double percent, ReadBack& readBac
     }
     double const wanted =
         std::trunc(std::clamp(percent, static_cast<double>(setting.Min), static_cast<double>(setting.Max)));
-    readBack.Compare("power limit", wanted, CurrentLimit(session, setting, session.ReadSensors()), Unit::Percent);
+    readBack.Compare("power limit", wanted, CurrentPowerLimit(session, setting, session.ReadSensors()), Unit::Percent);
 }
 
 void AddPowerCommands(CLI::App& app, Context& context) {

@@ -1,6 +1,7 @@
 // profile show, profile apply: the predefined profiles of Config\ConfigModel.xml beside the program.
 #include <string_view>
 
+#include "tool/board/PlannedClocks.h"
 #include "tool/commands/Change.h"
 #include "tool/commands/Commands.h"
 #include "tool/values/Errors.h"
@@ -52,14 +53,7 @@ Value EntryUsed(LogEntries const& entries, std::uint32_t id, bool json) {
 // Compares with the clocks that the library computed from the profile. It logs them before it sends them.
 void ComparePlan(Session const& session, LogEntries const& entries, ReadBack& readBack) {
     Library const& api = session.Api();
-    std::optional<int> gpuClock;
-    std::optional<int> memoryClock;
-    for (LogEntry const& entry : entries) {
-        if (entry.message.starts_with("plan GpuClock=") || entry.message.starts_with("GpuClock=")) {
-            gpuClock = NumberBehind(entry.message, "GpuClock=");
-            memoryClock = NumberBehind(entry.message, ", MemClock=");
-        }
-    }
+    auto const [gpuClock, memoryClock] = ReadPlannedClocks(entries);
     if (ClockSetting const gpu = api.GetGpuClockSetting(); gpu.Valid && gpuClock) {
         CompareClock("GPU clock", *gpuClock, gpu, readBack);
     }

@@ -19,16 +19,6 @@ namespace gputune::tool {
 
 namespace {
 
-std::string Timestamp() {
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
-    char text[40];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02u.%03u", unsigned{now.wYear}, unsigned{now.wMonth},
-                  unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
-                  unsigned{now.wMilliseconds});
-    return text;
-}
-
 // Checks a time and turns it into a plain number of seconds.
 CLI::Validator TimeBetween(double minimum, double maximum) {
     return {[minimum, maximum](std::string& text) {
@@ -53,12 +43,27 @@ void AddSecondsOption(CLI::App& command, char const* name, double& seconds, doub
     command.add_option(name, seconds, description)->transform(TimeBetween(minimum, maximum))->type_name("SECONDS");
 }
 
+void AddSecondsOption(CLI::App& command, char const* name, std::optional<double>& seconds, double minimum,
+                      double maximum, std::string const& description) {
+    command.add_option(name, seconds, description)->transform(TimeBetween(minimum, maximum))->type_name("SECONDS");
+}
+
 void AddSamplingOptions(CLI::App& command, SamplingOptions& options) {
     AddSecondsOption(command, "--interval", options.interval, 0.05, 86400.0,
                      "Between readings: seconds, 0.05 to 86400, or such as 90s, 10m; default 1");
     command.add_flag(
         "--frame-rate", options.frameRate,
         "Read the driver's frame metrics, too (AMD Overdrive8). Some drivers have crashed programs that do");
+}
+
+std::string Timestamp() {
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    char text[40];
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02u.%03u", unsigned{now.wYear}, unsigned{now.wMonth},
+                  unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
+                  unsigned{now.wMilliseconds});
+    return text;
 }
 
 Sample TakeSample(Session const& session, SamplingOptions const& options) {

@@ -24,6 +24,8 @@ void AddSamplingOptions(CLI::App& command, SamplingOptions& options);
 // An option that takes a time (values/Duration.h) within this range, in seconds.
 void AddSecondsOption(CLI::App& command, char const* name, double& seconds, double minimum, double maximum,
                       std::string const& description);
+void AddSecondsOption(CLI::App& command, char const* name, std::optional<double>& seconds, double minimum,
+                      double maximum, std::string const& description);
 
 struct Sample {
     std::string time;  // local, "2025-01-31T12:34:56.789"
@@ -31,6 +33,8 @@ struct Sample {
     std::optional<int> frameRate;  // nothing when it was not asked for or cannot be read
 };
 
+// Now: local, "2025-01-31T12:34:56.789".
+std::string Timestamp();
 Sample TakeSample(Session const& session, SamplingOptions const& options);
 RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& options);
 

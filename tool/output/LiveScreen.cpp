@@ -37,21 +37,33 @@ bool LiveScreen::ReadSize() {
     return changed;
 }
 
-LiveScreen::Event LiveScreen::Wait(InterruptEvent const& interrupt, unsigned long milliseconds) {
+LiveScreen::Event LiveScreen::Wait(InterruptEvent const& interrupt, unsigned long milliseconds, void* other) {
     // In milliseconds. The window is asked for its size again and again, as not every console reports a change.
     constexpr DWORD kSizeInterval = 200;
     ULONGLONG const end = GetTickCount64() + milliseconds;
-    HANDLE const handles[] = {interrupt.Handle(), input_};
+    HANDLE handles[3] = {interrupt.Handle()};
+    DWORD count = 1;
+    DWORD const keys = hasKeys_ ? count++ : MAXIMUM_WAIT_OBJECTS;
+    DWORD const others = other != nullptr ? count++ : MAXIMUM_WAIT_OBJECTS;
+    if (hasKeys_) {
+        handles[keys] = input_;
+    }
+    if (other != nullptr) {
+        handles[others] = other;
+    }
     for (;;) {
         ULONGLONG const now = GetTickCount64();
         auto const left = static_cast<DWORD>(end > now ? end - now : 0);
-        DWORD const happened = WaitForMultipleObjects(hasKeys_ ? 2 : 1, handles, FALSE, std::min(left, kSizeInterval));
+        DWORD const happened = WaitForMultipleObjects(count, handles, FALSE, std::min(left, kSizeInterval));
         Event event = Event::Time;
         if (happened == WAIT_OBJECT_0) {
             return Event::Interrupt;
         }
-        if (happened == WAIT_OBJECT_0 + 1 && ReadKey(event)) {
+        if (happened == WAIT_OBJECT_0 + keys && ReadKey(event)) {
             return event;
+        }
+        if (happened == WAIT_OBJECT_0 + others) {
+            return Event::Other;
         }
         if (ReadSize()) {
             canvas_->Clear();

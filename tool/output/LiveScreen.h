@@ -12,7 +12,7 @@ namespace gputune::tool {
 
 class LiveScreen {
 public:
-    enum class Event { Time, Interrupt, Quit, Reset, Resized };
+    enum class Event { Time, Interrupt, Quit, Reset, Resized, Other };
 
     // Standard output must be a console.
     LiveScreen();
@@ -29,8 +29,9 @@ public:
     // Every line must be Width() columns wide.
     void Draw(std::vector<StyledLine> const& picture) { canvas_->Draw(picture, width_); }
 
-    // Returns at a key, an interrupt, a change of the window's size, or after the time. Other keys are ignored.
-    Event Wait(InterruptEvent const& interrupt, unsigned long milliseconds);
+    // Returns at a key, an interrupt, a change of the window's size, or after the time. Other keys are ignored. `other`
+    // is the handle of an event that ends the waiting, too; null: there is none.
+    Event Wait(InterruptEvent const& interrupt, unsigned long milliseconds, void* other = nullptr);
 
 private:
     // Whether the size has changed.

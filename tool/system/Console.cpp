@@ -39,6 +39,7 @@ bool Write(DWORD standardHandle, std::FILE* stream, std::string_view text) {
 // Global, because the system calls the handler without an argument, on another thread.
 HANDLE g_interrupted = nullptr;
 HANDLE g_finished = nullptr;
+DWORD g_endLimit = 0;
 
 // Reads a line of the console into the text that it is given.
 DWORD WINAPI ReadLine(void* argument) {
@@ -58,7 +59,7 @@ BOOL WINAPI OnInterrupt(DWORD kind) {
     SetEvent(g_interrupted);
     if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) {
         // The process ends when this function returns. So it waits until the program has ended its work.
-        WaitForSingleObject(g_finished, 2000);
+        WaitForSingleObject(g_finished, g_endLimit);
     }
     return TRUE;
 }
@@ -134,7 +135,8 @@ bool Confirm(std::string const& question) {
     return line == L"y" || line == L"yes";
 }
 
-InterruptEvent::InterruptEvent() {
+InterruptEvent::InterruptEvent(unsigned long endLimit) {
+    g_endLimit = endLimit;
     // With manual reset: after an interrupt the event stays set.
     g_interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     g_finished = CreateEventW(nullptr, TRUE, FALSE, nullptr);

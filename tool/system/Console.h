@@ -28,7 +28,9 @@ bool Confirm(std::string const& question);
 // There may be one at a time.
 class InterruptEvent {
 public:
-    InterruptEvent();
+    // At the closing of the console, the end of the session or of the system, the program has so many milliseconds to
+    // destroy this object; Windows itself grants about 5000.
+    explicit InterruptEvent(unsigned long endLimit = 2000);
     ~InterruptEvent();
     InterruptEvent(InterruptEvent const&) = delete;
     InterruptEvent& operator=(InterruptEvent const&) = delete;

@@ -33,6 +33,13 @@ Handle Open(std::string const& path, DWORD access, DWORD sharing, DWORD disposit
     return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
+// Empty when it is not set.
+std::wstring EnvironmentVariable(wchar_t const* name) {
+    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
+    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+    return value;
+}
+
 }  // namespace
 
 std::wstring ProgramDirectory() {
@@ -92,6 +99,12 @@ void OutputFile::Write(std::string_view text) {
     }
 }
 
+void OutputFile::Flush() {
+    if (!FlushFileBuffers(handle_.get())) {
+        Fail(shown_);
+    }
+}
+
 void OutputFile::Close::operator()(void* handle) const {
     CloseHandle(handle);
 }
@@ -114,6 +127,65 @@ void WriteWholeFile(std::string const& path, std::string_view text, Existing exi
         DeleteFileW(part.c_str());
         throw ToolError(path + (error == ERROR_ALREADY_EXISTS ? kExistsAlready : ": " + SystemMessage(error) + "."));
     }
+}
+
+void WriteDurably(std::string const& path, std::string_view text) {
+    std::string const partPath = path + ".part";
+    {
+        OutputFile part(partPath, Existing::Replace, path);
+        part.Write(text);
+        part.Flush();
+    }
+    if (!MoveFileExW(WideFromUtf8(partPath).c_str(), WideFromUtf8(path).c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        Fail(path);
+    }
+}
+
+bool FileExists(std::string const& path) {
+    return GetFileAttributesW(WideFromUtf8(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void RemoveFile(std::string const& path) {
+    if (!DeleteFileW(WideFromUtf8(path).c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) {
+        Fail(path);
+    }
+}
+
+std::string StateDirectory() {
+    std::wstring folder = EnvironmentVariable(L"GPUTUNE_STATE_DIRECTORY");
+    if (folder.empty()) {
+        folder = EnvironmentVariable(L"LOCALAPPDATA");
+        if (folder.empty()) {
+            throw ToolError("There is no folder for programs' data: the environment variable LOCALAPPDATA is not set.");
+        }
+        folder += L"\\gputune";
+    }
+    if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS) {
+        Fail(Utf8FromWide(folder));
+    }
+    return Utf8FromWide(folder) + "\\";
+}
+
+std::vector<std::string> FilesIn(std::string const& folder, std::string const& pattern) {
+    std::vector<std::string> files;
+    WIN32_FIND_DATAW found{};
+    HANDLE const search = FindFirstFileW(WideFromUtf8(folder + pattern).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return files;
+    }
+    do {
+        files.push_back(folder + Utf8FromWide(found.cFileName));
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return files;
+}
+
+std::string FullPath(std::string const& path) {
+    std::wstring const given = WideFromUtf8(path);
+    std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full.empty() ? path : Utf8FromWide(full);
 }
 
 }  // namespace gputune::tool

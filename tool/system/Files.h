@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace gputune::tool {
 
@@ -28,6 +29,8 @@ public:
     OutputFile(std::string const& path, Existing existing, std::string const& shown = "");
 
     void Write(std::string_view text);
+    // Returns when everything is on the disk.
+    void Flush();
 
 private:
     struct Close {
@@ -40,5 +43,24 @@ private:
 
 // Writes the whole file or nothing: it writes to another name and renames the file when it is complete.
 void WriteWholeFile(std::string const& path, std::string_view text, Existing existing);
+
+// The same, replacing an existing file; when it returns, the file survives a power cut.
+void WriteDurably(std::string const& path, std::string_view text);
+
+bool FileExists(std::string const& path);
+
+// Does nothing when there is no such file.
+void RemoveFile(std::string const& path);
+
+// The folder in which the tool keeps what has to survive it; it is made when it is missing. Ends with the separator. In
+// the user's folder for programs' local data, or else the one that the environment variable GPUTUNE_STATE_DIRECTORY
+// names.
+std::string StateDirectory();
+
+// The full paths of the files in this folder, which ends with the separator, whose names fit the pattern "*.json".
+std::vector<std::string> FilesIn(std::string const& folder, std::string const& pattern);
+
+// The file's full path; `path` itself when the system has none for it.
+std::string FullPath(std::string const& path);
 
 }  // namespace gputune::tool

@@ -26,6 +26,7 @@ struct ErrorDetails {
     };
 
     std::string code{};  // stable, lower case; every class of errors has one of its own
+    int exitCode = kExitFailure;
     std::optional<Range> range{};
     std::optional<int> expectedPoints{};
     std::vector<int> adapters{};             // the indices that --adapter takes
@@ -36,15 +37,18 @@ struct ErrorDetails {
 class ToolError : public std::runtime_error {
 public:
     explicit ToolError(std::string const& message, ErrorDetails details = {})
-        : ToolError(message, std::move(details), "failed") {}
+        : ToolError(message, std::move(details), "failed", kExitFailure) {}
 
     ErrorDetails const& Details() const { return details_; }
 
 protected:
-    ToolError(std::string const& message, ErrorDetails details, char const* code)
+    ToolError(std::string const& message, ErrorDetails details, char const* code, int exitCode)
         : std::runtime_error(message), details_(std::move(details)) {
         if (details_.code.empty()) {
             details_.code = code;
+        }
+        if (details_.exitCode == kExitFailure) {
+            details_.exitCode = exitCode;
         }
     }
 
@@ -57,14 +61,14 @@ private:
 class UnsupportedError : public ToolError {
 public:
     explicit UnsupportedError(std::string const& why)
-        : ToolError("Not supported by this board: " + why, {}, "unsupported") {}
+        : ToolError("Not supported by this board: " + why, {}, "unsupported", kExitUnsupported) {}
 };
 
 // The command line asks for something that no board could do.
 class UsageError : public ToolError {
 public:
     explicit UsageError(std::string const& message, ErrorDetails details = {})
-        : ToolError(message, std::move(details), "usage") {}
+        : ToolError(message, std::move(details), "usage", kExitUsage) {}
 };
 
 }  // namespace gputune::tool

@@ -301,10 +301,57 @@ TEST(SimBoardFile, FaultMustFitItsEntryPoint) {
                             { "entryPoint": "ADL2_FPS_Caps", "missing": true })"),
               "some.json: faults[1]: expected an entry point that has no fault yet, found an object");
     EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps" })"),
-              "some.json: faults[0]: expected one of \"result\", \"missing\" and \"garbage\" beside \"entryPoint\", "
-              "found an object");
+              "some.json: faults[0]: expected one of \"result\", \"missing\", \"garbage\", \"crash\", \"hang\", "
+              "\"forget\" and \"stuck\", found an object");
     EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "missing": false })"),
               "some.json: faults[0].missing: expected true, found false");
+}
+
+TEST(SimBoardFile, FaultsOfATimeAreRead) {
+    Board const board = ReadBoardText(OverdriveNBoard(R"(, "faults": [
+        { "entryPoint": "ADL2_FPS_Caps", "crash": true, "call": 3 },
+        { "entryPoint": "ADL2_FPS_Caps", "hang": 0, "from": 2.5, "until": 4 },
+        { "entryPoint": "ADL2_OverdriveN_FanControl_Set", "forget": "other-settings" },
+        { "forget": "everything", "from": 9 },
+        { "stuck": "load", "from": 1 }])"),
+                                      "some.json");
+    ASSERT_EQ(board.faults.size(), 5U);
+    EXPECT_EQ(board.faults[0].kind, FaultKind::Crash);
+    EXPECT_EQ(board.faults[0].when.call, 3);
+    EXPECT_EQ(board.faults[1].kind, FaultKind::Hang);
+    EXPECT_EQ(board.faults[1].seconds, 0);
+    EXPECT_EQ(board.faults[1].when.from, 2.5);
+    EXPECT_EQ(board.faults[1].when.until, 4);
+    EXPECT_TRUE(board.faults[2].othersOnly);
+    EXPECT_FALSE(board.faults[3].othersOnly);
+    EXPECT_EQ(board.faults[3].entryPoint, "");
+    EXPECT_EQ(board.faults[4].kind, FaultKind::Stuck);
+    EXPECT_EQ(kStuckQuantities[board.faults[4].quantity], &Readings::load);
+}
+
+TEST(SimBoardFile, FaultsThatMakeNoSenseAreRefused) {
+    auto const faultError = [](std::string const& fault) {
+        return ErrorOf(OverdriveNBoard(R"(, "faults": [)" + fault + "]"));
+    };
+    EXPECT_EQ(faultError(R"({ "crash": true })"), "some.json: faults[0]: expected \"entryPoint\", found an object");
+    EXPECT_EQ(faultError(R"({ "forget": "everything", "call": 2 })"),
+              "some.json: faults[0]: expected \"entryPoint\" beside \"call\", found an object");
+    EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "stuck": "load" })"),
+              "some.json: faults[0].entryPoint: expected no entry point beside \"stuck\", found \"ADL2_FPS_Caps\"");
+    EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "missing": true, "from": 1 })"),
+              "some.json: faults[0]: expected an entry point that is missing all the time, found an object");
+    EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "crash": true, "call": 1, "until": 4 })"),
+              "some.json: faults[0].call: expected either \"call\", or \"from\" and \"until\", found 1");
+    EXPECT_EQ(faultError(R"({ "entryPoint": "ADL2_FPS_Caps", "result": 1, "from": 5, "until": 4 })"),
+              "some.json: faults[0].until: expected a number from 5.0 to 1000000.0, found 4");
+}
+
+TEST(SimBoardFile, DescriptionsThatDifferHaveDifferentIdentities) {
+    auto const identity = [](std::string const& more) {
+        return ReadBoardText(OverdriveNBoard(more), "some.json").identity;
+    };
+    EXPECT_EQ(identity(""), identity(""));
+    EXPECT_NE(identity(""), identity(R"(, "description": "x")"));
 }
 
 TEST(SimBoardFile, TextWithoutRoomForItsTerminatorIsRefused) {
