@@ -68,7 +68,9 @@ def runnable(line):
         arguments = "--simulate boards/overdriven.json " + arguments
     if re.search(r"\bmonitor\b", arguments) and "--count" not in arguments:
         arguments += " --count 1"
-    return "scripts/wine build/bin/gputunectl.exe " + arguments
+    # A hold ends when nobody reads what it says.
+    end = " | head -n 5" if re.search(r"\bhold\b", arguments) else ""
+    return "set -o pipefail; scripts/wine build/bin/gputunectl.exe " + arguments + end
 
 
 def normal(lines, moves):

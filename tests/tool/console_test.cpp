@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -58,7 +59,7 @@ public:
     ToolOnConsole& operator=(ToolOnConsole const&) = delete;
 
     static bool Eventually(std::function<bool()> const& condition) {
-        for (int i = 0; i < 200; ++i) {
+        for (int i = 0; i < 1200; ++i) {
             if (condition()) {
                 return true;
             }
@@ -111,10 +112,21 @@ public:
         EXPECT_TRUE(WriteConsoleInputW(input.Get(), &record, 1, &written)) << GetLastError();
     }
 
+    // What the system does to tell the tool of an event of this kind, in a thread of the tool's.
+    void Tell(DWORD kind) const {
+        FARPROC const routine = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CtrlRoutine");
+        ASSERT_NE(routine, nullptr);
+        // Modules of the system have one address in all processes.
+        Handle const thread(CreateRemoteThread(
+            process_.hProcess, nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(reinterpret_cast<void*>(routine)),
+            reinterpret_cast<void*>(static_cast<std::uintptr_t>(kind)), 0, nullptr));
+        EXPECT_NE(thread.Get(), nullptr) << GetLastError();
+    }
+
     // The exit code; 1000 when the tool does not end.
     DWORD ExitCode() const {
         DWORD code = 1000;
-        if (WaitForSingleObject(process_.hProcess, 10000) == WAIT_OBJECT_0) {
+        if (WaitForSingleObject(process_.hProcess, 60000) == WAIT_OBJECT_0) {
             GetExitCodeProcess(process_.hProcess, &code);
         }
         return code;
@@ -231,5 +243,63 @@ TEST(Recording, CtrlCKeepsWhatWasRecorded) {
     EXPECT_TRUE(text.ends_with("\n"));
     EXPECT_GE(std::count(text.begin(), text.end(), '\n'), 3);
 }
+
+// A hold on a board that outlives it, with its journal in the current directory.
+class Hold : public testing::Test {
+protected:
+    static constexpr wchar_t kArguments[] =
+        L"--board-state held.state --yes hold --fan 40:30 90:100 --hysteresis 2 --interval 0.2";
+
+    void SetUp() override { SetEnvironmentVariableW(L"GPUTUNE_STATE_DIRECTORY", L"state"); }
+
+    static bool HasJournal() {
+        WIN32_FIND_DATAW found{};
+        HANDLE const search = FindFirstFileW(L"state\\hold-*.json", &found);
+        if (search != INVALID_HANDLE_VALUE) {
+            FindClose(search);
+        }
+        return search != INVALID_HANDLE_VALUE;
+    }
+};
+
+TEST_F(Hold, KeyQEndsIt) {
+    ToolOnConsole const tool(kArguments);
+    EXPECT_TRUE(tool.EventuallyShows(L"fan 30 % | q ends and lets go")) << Utf8(tool.Screen());
+    EXPECT_TRUE(tool.Shows(L"GPU Temperature ")) << Utf8(tool.Screen());
+    EXPECT_TRUE(HasJournal());
+    tool.Press(L'q');
+    EXPECT_EQ(tool.ExitCode(), 0U);
+    EXPECT_FALSE(HasJournal());
+    EXPECT_TRUE(tool.Shows(L"Everything was taken back.")) << Utf8(tool.Screen());
+}
+
+TEST_F(Hold, AsksBeforeItBegins) {
+    ToolOnConsole const tool(L"hold --fan 40:30 90:100 --power 10");
+    EXPECT_TRUE(tool.EventuallyShows(L"Hold fan curve 40:30 90:100 by GPU Temperature, power limit 10 %"))
+        << Utf8(tool.Screen());
+    EXPECT_TRUE(tool.Shows(L"[y/N]")) << Utf8(tool.Screen());
+    EXPECT_FALSE(HasJournal());
+    SetConsoleCtrlHandler(nullptr, TRUE);
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
+    EXPECT_EQ(tool.ExitCode(), 1U);
+    SetConsoleCtrlHandler(nullptr, FALSE);
+    EXPECT_TRUE(tool.Shows(L"Nothing was changed.")) << Utf8(tool.Screen());
+}
+
+// The closing of the console, the end of the session and of the system.
+class HoldEnd : public Hold, public testing::WithParamInterface<DWORD> {};
+
+TEST_P(HoldEnd, TakesEverythingBack) {
+    ToolOnConsole const tool(kArguments);
+    EXPECT_TRUE(tool.EventuallyShows(L"fan 30 % |")) << Utf8(tool.Screen());
+    EXPECT_TRUE(HasJournal());
+    tool.Tell(GetParam());
+    EXPECT_NE(tool.ExitCode(), 1000U);
+    EXPECT_FALSE(HasJournal());
+}
+
+INSTANTIATE_TEST_SUITE_P(, HoldEnd,
+                         testing::Values(DWORD{CTRL_CLOSE_EVENT}, DWORD{CTRL_LOGOFF_EVENT},
+                                         DWORD{CTRL_SHUTDOWN_EVENT}));
 
 }  // namespace

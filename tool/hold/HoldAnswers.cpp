@@ -192,14 +192,14 @@ void Hold::CompareOthers(BoardSettings const& shown, HoldEvent event, double now
     bool const afterFan = event == HoldEvent::Dropped;
     std::string const cause = afterFan ? "When the fan was set, the driver dropped a setting. " : "";
     auto const compare = [&](std::optional<double> const& held, std::optional<double> const& before,
-                             std::optional<double> const& now_, char const* what, Unit unit, Setting setting,
+                             std::optional<double> const& seen, char const* what, Unit unit, Setting setting,
                              double tolerance) {
         if (held && ClaimOf(setting).IsHeld()) {
-            if (Differ(held, now_, tolerance)) {
-                SetAgain(setting, cause + Instead(what, *now_, *held, unit), event, now);
+            if (Differ(held, seen, tolerance)) {
+                SetAgain(setting, cause + Instead(what, *seen, *held, unit), event, now);
             }
-        } else if (afterFan && Differ(before, now_, tolerance)) {
-            Report(event, cause + Instead(what, *now_, *before, unit));
+        } else if (afterFan && Differ(before, seen, tolerance)) {
+            Report(event, cause + Instead(what, *seen, *before, unit));
         }
     };
     compare(power_, shown_.powerLimit, shown.powerLimit, "the power limit", Unit::Percent, Setting::Power, 0);

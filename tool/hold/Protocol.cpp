@@ -131,7 +131,7 @@ std::optional<Record> ReadLine(std::string_view line, char const* orderKey, Reco
 
 }  // namespace
 
-char const* OrderName(Order order) {
+std::string OrderName(Order order) {
     return kOrderNames[static_cast<std::size_t>(order)];
 }
 

@@ -72,7 +72,7 @@ struct Answer {
 };
 
 // The name of an order, which is in both lines.
-char const* OrderName(Order order);
+std::string OrderName(Order order);
 
 std::string ToLine(Request const& request);
 std::string ToLine(Answer const& answer);

@@ -78,9 +78,9 @@ WorkerLink::Event WorkerLink::OnGone(double now) {
     if (state_ == State::Stopped) {
         return {};
     }
-    return Lost(state_ == State::Busy ? std::string("the worker process ended during ") + OrderName(asked_)
-                                      : "the worker process ended",
-                now);
+    return Lost(
+        state_ == State::Busy ? "the worker process ended during " + OrderName(asked_) : "the worker process ended",
+        now);
 }
 
 WorkerLink::Event WorkerLink::OnTime(double now) {
@@ -99,7 +99,7 @@ WorkerLink::Event WorkerLink::OnTime(double now) {
         case State::Opening:
         case State::Busy:
             if (now >= deadline_) {
-                return Lost(std::string("the driver did not answer in time (") + OrderName(asked_) + ")", now);
+                return Lost("the driver did not answer in time (" + OrderName(asked_) + ")", now);
             }
             break;
         case State::Ready:

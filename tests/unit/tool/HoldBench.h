@@ -110,7 +110,7 @@ public:
         if (pending_) {
             answerAt_ = now + answerTime;
             orders.push_back(pending_->order);
-            steps.emplace_back(OrderName(pending_->order));
+            steps.push_back(OrderName(pending_->order));
         }
     }
     std::optional<Journal> Begin(BoardFacts const&) override {
