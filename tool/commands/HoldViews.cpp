@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <optional>
+#include <utility>
 
 #include "tool/commands/Change.h"
 #include "tool/commands/Sampling.h"
@@ -26,7 +27,7 @@ std::string StateText(HoldReport const& report) {
 // What all views do at the beginning.
 class AskingView : public HoldView {
 public:
-    AskingView(GlobalOptions const& options, std::string change) : options_(options), change_(std::move(change)) {}
+    AskingView(GlobalOptions options, std::string change) : options_(std::move(options)), change_(std::move(change)) {}
 
     void Begin(BoardFacts const& board) override {
         vendor_ = board.vendor;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "tool/system/Files.h"
 #include "tool/values/Errors.h"
@@ -37,8 +38,8 @@ std::string Digest(std::string const& text) {
 
 }  // namespace
 
-Supervisor::Supervisor(GlobalOptions const& options, HoldView& view, std::string journalFile)
-    : options_(options), view_(view), journalFile_(std::move(journalFile)) {
+Supervisor::Supervisor(GlobalOptions options, HoldView& view, std::string journalFile)
+    : options_(std::move(options)), view_(view), journalFile_(std::move(journalFile)) {
     if (!options_.boardFile.empty()) {
         options_.boardFile = FullPath(options_.boardFile);
     }

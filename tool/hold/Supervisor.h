@@ -31,7 +31,7 @@ public:
 class Supervisor : private HoldPort {
 public:
     // `journalFile`: the journal to take back; empty: the board's own.
-    Supervisor(GlobalOptions const& options, HoldView& view, std::string journalFile = "");
+    Supervisor(GlobalOptions options, HoldView& view, std::string journalFile = "");
     ~Supervisor() override;
     Supervisor(Supervisor const&) = delete;
     Supervisor& operator=(Supervisor const&) = delete;

@@ -66,8 +66,8 @@ void ApplyProfile(Session const& session, std::string const& name, Answer& answe
 
 }  // namespace
 
-Worker::Worker(GlobalOptions const& options, std::string const& outputHandle)
-    : options_(options),
+Worker::Worker(GlobalOptions options, std::string const& outputHandle)
+    : options_(std::move(options)),
       output_(outputHandle),
       finished_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       orders_(GetStdHandle(STD_INPUT_HANDLE), [this] { Watch(); }) {

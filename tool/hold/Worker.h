@@ -16,7 +16,7 @@ namespace gputune::tool {
 class Worker {
 public:
     // `outputHandle`: see OwnOutput.
-    Worker(GlobalOptions const& options, std::string const& outputHandle);
+    Worker(GlobalOptions options, std::string const& outputHandle);
     ~Worker();
     Worker(Worker const&) = delete;
     Worker& operator=(Worker const&) = delete;
