@@ -7,6 +7,14 @@
 
 namespace gputune::tool {
 
+namespace {
+
+bool NobodyIsAsked(GlobalOptions const& options) {
+    return options.yes || !InputIsConsole();
+}
+
+}  // namespace
+
 void RequireTunable(Session const& session) {
     session.RequireReady();
     if (session.ApiType() == GPUTUNE_API_NVAPI) {
@@ -15,11 +23,15 @@ void RequireTunable(Session const& session) {
 }
 
 void ConfirmChange(Session const& session, GlobalOptions const& options, std::string const& change) {
+    if (NobodyIsAsked(options)) {
+        // Nor is the board, for its name.
+        return;
+    }
     ConfirmChange(session.AdapterName(), options, change);
 }
 
 void ConfirmChange(std::string const& name, GlobalOptions const& options, std::string const& change) {
-    if (options.yes || !InputIsConsole()) {
+    if (NobodyIsAsked(options)) {
         return;
     }
     if (!Confirm(change + (name.empty() ? "?" : " (" + name + ")?"))) {
