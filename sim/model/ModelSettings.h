@@ -41,7 +41,7 @@ struct LoadStep {
 
 struct ModelSettings {
     // When set, every reading is constant and the rest of this record is ignored.
-    std::optional<Readings> fixed;
+    std::optional<Readings> fixed{};
 
     double ambientTemperature = 24;  // degrees Celsius
     std::vector<LoadStep> load = {{8, 5}, {45, 98}, {15, 60}, {30, 100}, {20, 10}};

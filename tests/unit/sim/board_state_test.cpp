@@ -190,7 +190,8 @@ TEST(SimBoardState, IntelBoardGoesOnInAnotherProcess) {
 TEST(SimBoardState, NvidiaBoardGoesOnInAnotherProcess) {
     NvidiaDriver first(Shipped("nvidia"));
     NvidiaDriver second(Shipped("nvidia"));
-    gputune::nvidia::NV_GPU_THERMAL_SETTINGS out{.version = gputune::nvidia::kThermalSettingsVersion2};
+    gputune::nvidia::NV_GPU_THERMAL_SETTINGS out{};
+    out.version = gputune::nvidia::kThermalSettingsVersion2;
     ASSERT_EQ(first.GetThermalSettings(first.Gpus().front(), 30, gputune::nvidia::kThermalTargetAll, out), 0);
     EXPECT_NE(Saved(second), Saved(first));
     Restore(second, Saved(first));

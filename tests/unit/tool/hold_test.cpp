@@ -240,7 +240,9 @@ TEST(HoldTest, FanThatIsGivenUpGoesBackToAutomaticControl) {
     HoldBench bench(settings, GPUTUNE_API_OVERDRIVE8);
     bench.board.fan.Valid = true;
     bench.board.fan.PointCount = 2;
-    bench.board.fan.Points[0] = {.MaxSpeed = 100, .MinSpeed = 10, .MaxTemperature = 100};
+    bench.board.fan.Points[0].MaxSpeed = 100;
+    bench.board.fan.Points[0].MinSpeed = 10;
+    bench.board.fan.Points[0].MaxTemperature = 100;
     bench.board.fan.Points[1] = bench.board.fan.Points[0];
     bench.shown.fanCurve = {{.FanSpeed = 33, .FanTemperature = 50}};  // whatever is set
     bench.Run(30);
@@ -386,7 +388,9 @@ TEST(HoldTest, BoardsOwnCurveIsUsedWhereItSuffices) {
     HoldBench bench(settings, GPUTUNE_API_OVERDRIVE8);
     bench.board.fan.Valid = true;
     bench.board.fan.PointCount = 2;
-    bench.board.fan.Points[0] = {.MaxSpeed = 100, .MinSpeed = 10, .MaxTemperature = 100};
+    bench.board.fan.Points[0].MaxSpeed = 100;
+    bench.board.fan.Points[0].MinSpeed = 10;
+    bench.board.fan.Points[0].MaxTemperature = 100;
     bench.board.fan.Points[1] = bench.board.fan.Points[0];
     bench.RunUntilHeld();
     EXPECT_EQ(bench.CountOrders(Order::FanCurve), 1U);
