@@ -15,6 +15,16 @@ HoldSettings PowerSettings() {
     return settings;
 }
 
+// A fan curve of two points, each from 10 to 100 % and up to 100 °C.
+void GiveTwoFanPoints(BoardFacts& board) {
+    board.fan.Valid = true;
+    board.fan.PointCount = 2;
+    board.fan.Points[0].MaxSpeed = 100;
+    board.fan.Points[0].MinSpeed = 10;
+    board.fan.Points[0].MaxTemperature = 100;
+    board.fan.Points[1] = board.fan.Points[0];
+}
+
 TEST(HoldTest, WritesTheJournalAndArmsTheWorkerBeforeItsFirstChange) {
     HoldBench bench(HoldBench::FanSettings());
     bench.Run(1.5);
@@ -238,12 +248,7 @@ TEST(HoldTest, FanThatIsGivenUpGoesBackToAutomaticControl) {
     HoldSettings settings = HoldBench::FanSettings();
     settings.plainCurve = false;  // the board follows no curve itself
     HoldBench bench(settings, GPUTUNE_API_OVERDRIVE8);
-    bench.board.fan.Valid = true;
-    bench.board.fan.PointCount = 2;
-    bench.board.fan.Points[0].MaxSpeed = 100;
-    bench.board.fan.Points[0].MinSpeed = 10;
-    bench.board.fan.Points[0].MaxTemperature = 100;
-    bench.board.fan.Points[1] = bench.board.fan.Points[0];
+    GiveTwoFanPoints(bench.board);
     bench.shown.fanCurve = {{.FanSpeed = 33, .FanTemperature = 50}};  // whatever is set
     bench.Run(30);
     EXPECT_EQ(bench.Count(HoldEvent::ForeignChange), 3U);
@@ -386,12 +391,7 @@ TEST(HoldTest, EndNeverTakesLongerThanItsLimit) {
 TEST(HoldTest, BoardsOwnCurveIsUsedWhereItSuffices) {
     HoldSettings settings = HoldBench::FanSettings();
     HoldBench bench(settings, GPUTUNE_API_OVERDRIVE8);
-    bench.board.fan.Valid = true;
-    bench.board.fan.PointCount = 2;
-    bench.board.fan.Points[0].MaxSpeed = 100;
-    bench.board.fan.Points[0].MinSpeed = 10;
-    bench.board.fan.Points[0].MaxTemperature = 100;
-    bench.board.fan.Points[1] = bench.board.fan.Points[0];
+    GiveTwoFanPoints(bench.board);
     bench.RunUntilHeld();
     EXPECT_EQ(bench.CountOrders(Order::FanCurve), 1U);
     EXPECT_EQ(bench.CountOrders(Order::FanSpeed), 0U);
