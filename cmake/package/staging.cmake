@@ -15,6 +15,8 @@ if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
     # The first time that a ZIP can name.
     set(ENV{SOURCE_DATE_EPOCH} 315532800)
 endif()
+# A ZIP has local times.
+set(ENV{TZ} UTC)
 
 # The project's version and description, as the builds have them.
 list(GET BUILDS -1 build)
