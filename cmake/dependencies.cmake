@@ -104,8 +104,8 @@ if(GPUTUNE_HAS_UPLOT)
         PURL pkg:npm/uplot@ SOURCE https://github.com/leeoniya/uPlot)
 endif()
 
-# What the compiler links into everything; each compiler tells which version it is.
-if(MINGW)
+# What the compiler links into everything. Releases are built by GCC.
+if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -dumpfullversion OUTPUT_VARIABLE gccVersion)
     string(REGEX MATCH "^[0-9.]+" gccVersion "${gccVersion}")
     gputune_component(gputune_platform_flags NAME "GCC runtime libraries" VERSION "${gccVersion}"
