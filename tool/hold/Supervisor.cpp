@@ -8,7 +8,6 @@
 
 #include "tool/system/Files.h"
 #include "tool/values/Errors.h"
-#include "tool/values/Names.h"
 
 namespace gputune::tool {
 
@@ -106,9 +105,9 @@ void Supervisor::SendToWorker(std::string const& line) {
 }
 
 std::string Supervisor::BoardKey(BoardFacts const& board) const {
-    std::string const adapter = std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
-    return options_.boardFile.empty() ? adapter
-                                      : "simulated-" + Digest(options_.boardFile + options_.boardState) + "-" + adapter;
+    std::string const label = BoardLabel(board);
+    return options_.boardFile.empty() ? label
+                                      : "simulated-" + Digest(options_.boardFile + options_.boardState) + "-" + label;
 }
 
 std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {
