@@ -2,12 +2,10 @@
 
 #include <windows.h>
 // After windows.h.
-#include <cfgmgr32.h>
-#include <devpropdef.h>
+#include <setupapi.h>
 
 #include <cstddef>
 #include <cstring>
-#include <cwchar>
 
 #include "tool/system/Files.h"
 #include "tool/system/Utf8.h"
@@ -16,21 +14,20 @@ namespace gputune::tool {
 
 namespace {
 
-constexpr unsigned long long kFindInterval = 60'000;  // milliseconds
+constexpr unsigned long long kListInterval = 60'000;  // milliseconds
 
-// The class of display devices, and the property that is a CM_POWER_DATA.
-constexpr wchar_t const* kDisplayClass = L"{4d36e968-e325-11ce-bfc1-08002be10318}";
-constexpr DEVPROPKEY kPowerData = {{0xA45C254E, 0xDF1C, 0x4EFD, {0x80, 0x20, 0x67, 0xD1, 0x46, 0xA8, 0x50, 0xE0}}, 32};
-constexpr DEVPROPTYPE kBinary = 0x1003;  // DEVPROP_TYPE_BINARY
+// The class of display devices.
+constexpr GUID kDisplayClass = {0x4D36E968, 0xE325, 0x11CE, {0xBF, 0xC1, 0x08, 0x00, 0x2B, 0xE1, 0x03, 0x18}};
 
 }  // namespace
 
 // Looked up at run time: only the exporter needs them, so no other command has to load the system's library.
 struct DisplayDevices::Functions {
-    decltype(&CM_Get_Device_ID_List_SizeW) listSize = nullptr;
-    decltype(&CM_Get_Device_ID_ListW) list = nullptr;
-    decltype(&CM_Locate_DevNodeW) locate = nullptr;
-    decltype(&CM_Get_DevNode_PropertyW) property = nullptr;
+    decltype(&SetupDiGetClassDevsW) list = nullptr;
+    decltype(&SetupDiDestroyDeviceInfoList) destroy = nullptr;
+    decltype(&SetupDiEnumDeviceInfo) enumerate = nullptr;
+    decltype(&SetupDiGetDeviceInstanceIdW) id = nullptr;
+    decltype(&SetupDiGetDeviceRegistryPropertyW) property = nullptr;
 
     bool Resolve(HMODULE module) {
         auto const resolve = [module](char const* name, auto& function) {
@@ -39,68 +36,70 @@ struct DisplayDevices::Functions {
             std::memcpy(&function, &address, sizeof(function));
             return address != nullptr;
         };
-        return resolve("CM_Get_Device_ID_List_SizeW", listSize) && resolve("CM_Get_Device_ID_ListW", list) &&
-               resolve("CM_Locate_DevNodeW", locate) && resolve("CM_Get_DevNode_PropertyW", property);
+        return resolve("SetupDiGetClassDevsW", list) && resolve("SetupDiDestroyDeviceInfoList", destroy) &&
+               resolve("SetupDiEnumDeviceInfo", enumerate) && resolve("SetupDiGetDeviceInstanceIdW", id) &&
+               resolve("SetupDiGetDeviceRegistryPropertyW", property);
+    }
+
+    std::optional<int> PowerState(HDEVINFO devices, SP_DEVINFO_DATA& device) const {
+        CM_POWER_DATA data{};
+        DWORD size = 0;
+        constexpr DWORD kEnough =
+            offsetof(CM_POWER_DATA, PD_MostRecentPowerState) + sizeof(data.PD_MostRecentPowerState);
+        if (!property(devices, &device, SPDRP_DEVICE_POWER_DATA, nullptr, reinterpret_cast<BYTE*>(&data), sizeof(data),
+                      &size) ||
+            size < kEnough) {
+            return std::nullopt;
+        }
+        return static_cast<int>(data.PD_MostRecentPowerState);
     }
 };
 
 DisplayDevices::DisplayDevices() {
     // By its full path, so that no file of this name beside the program takes its place. It stays loaded.
-    HMODULE const module = LoadLibraryW((SystemDirectory() + L"cfgmgr32.dll").c_str());
+    HMODULE const module = LoadLibraryW((SystemDirectory() + L"setupapi.dll").c_str());
     auto functions = std::make_unique<Functions>();
     if (module != nullptr && functions->Resolve(module)) {
         functions_ = std::move(functions);
     }
 }
 
-DisplayDevices::~DisplayDevices() = default;
+DisplayDevices::~DisplayDevices() {
+    ForgetList();
+}
+
+void DisplayDevices::ForgetList() {
+    if (list_ != nullptr) {
+        functions_->destroy(list_);
+        list_ = nullptr;
+    }
+}
 
 std::vector<DisplayDevice> DisplayDevices::Read() {
     std::vector<DisplayDevice> read;
     if (functions_ == nullptr) {
         return read;
     }
-    if (GetTickCount64() >= findAt_) {
-        Find();
-        findAt_ = GetTickCount64() + kFindInterval;
+    if (GetTickCount64() - listedAt_ >= kListInterval) {
+        ForgetList();
     }
-    for (Device const& device : devices_) {
-        read.push_back({.id = device.id, .powerState = PowerState(device.number)});
+    if (list_ == nullptr) {
+        HDEVINFO const list = functions_->list(&kDisplayClass, nullptr, nullptr, DIGCF_PRESENT);
+        if (list == INVALID_HANDLE_VALUE) {
+            return read;
+        }
+        list_ = list;
+        listedAt_ = GetTickCount64();
     }
-    return read;
-}
-
-void DisplayDevices::Find() {
-    constexpr ULONG kFilter = CM_GETIDLIST_FILTER_CLASS | CM_GETIDLIST_FILTER_PRESENT;
-    devices_.clear();
-    ULONG size = 0;
-    if (functions_->listSize(&size, kDisplayClass, kFilter) != CR_SUCCESS || size == 0) {
-        return;
-    }
-    // Texts one behind the other, each with its NUL; an empty one ends the list.
-    std::wstring ids(size, L'\0');
-    if (functions_->list(kDisplayClass, ids.data(), size, kFilter) != CR_SUCCESS) {
-        return;
-    }
-    ids += L'\0';
-    for (wchar_t* id = ids.data(); *id != L'\0'; id += std::wcslen(id) + 1) {
-        DEVINST device = 0;
-        if (functions_->locate(&device, id, CM_LOCATE_DEVNODE_NORMAL) == CR_SUCCESS) {
-            devices_.push_back({.id = Utf8FromWide(id), .number = device});
+    SP_DEVINFO_DATA device{};
+    device.cbSize = sizeof(device);
+    for (DWORD i = 0; functions_->enumerate(list_, i, &device); ++i) {
+        wchar_t id[MAX_PATH]{};
+        if (functions_->id(list_, &device, id, MAX_PATH, nullptr)) {
+            read.push_back({.id = Utf8FromWide(id), .powerState = functions_->PowerState(list_, device)});
         }
     }
-}
-
-std::optional<int> DisplayDevices::PowerState(unsigned long device) const {
-    CM_POWER_DATA data{};
-    ULONG size = sizeof(data);
-    DEVPROPTYPE type = 0;
-    CONFIGRET const result = functions_->property(device, &kPowerData, &type, reinterpret_cast<BYTE*>(&data), &size, 0);
-    constexpr ULONG kEnough = offsetof(CM_POWER_DATA, PD_MostRecentPowerState) + sizeof(data.PD_MostRecentPowerState);
-    if (result != CR_SUCCESS || type != kBinary || size < kEnough) {
-        return std::nullopt;
-    }
-    return static_cast<int>(data.PD_MostRecentPowerState);
+    return read;
 }
 
 }  // namespace gputune::tool

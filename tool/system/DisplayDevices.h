@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "tool/system/DevicePower.h"
@@ -22,17 +21,11 @@ public:
 private:
     struct Functions;
 
-    void Find();
-    std::optional<int> PowerState(unsigned long device) const;
-
-    struct Device {
-        std::string id;
-        unsigned long number;  // DEVINST
-    };
+    void ForgetList();
 
     std::unique_ptr<Functions> functions_;  // null where the system lacks one of them
-    std::vector<Device> devices_;
-    unsigned long long findAt_ = 0;  // in milliseconds since the system's start
+    void* list_ = nullptr;                  // HDEVINFO; null: none
+    unsigned long long listedAt_ = 0;       // in milliseconds since the system's start
 };
 
 }  // namespace gputune::tool
