@@ -104,6 +104,7 @@ std::string History::HistoryJson() const {
         }
     }
     Json const history = {{"interval_seconds", interval_},
+                          {"spacing_seconds", kSpacing},
                           {"units", UnitsJson()},
                           {"doubts", {{kUnsureFan.code, kUnsureFan.text}}},
                           {"times_seconds", std::move(times)},
