@@ -107,11 +107,13 @@ TEST(ToolPageData, BeforeTheBoardIsKnownAllIsNull) {
     EXPECT_EQ(json.at("last_sample_time_seconds"), nullptr);
 }
 
-TEST(ToolPageData, BoardWithoutPowerIsSaid) {
+TEST(ToolPageData, PowerIsSaidWhereItIsKnown) {
     Snapshot snapshot = WithoutSample();
+    EXPECT_EQ(Readings(snapshot).at("powered"), nullptr);
+    snapshot.powerIsKnown = true;
+    EXPECT_EQ(Readings(snapshot).at("powered"), true);
     snapshot.isPoweredOff = true;
     EXPECT_EQ(Readings(snapshot).at("powered"), false);
-    EXPECT_EQ(Readings(SomeSnapshot()).at("powered"), true);
 }
 
 TEST(ToolPageData, LoadReplacesIntelsCounter) {
