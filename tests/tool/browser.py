@@ -45,7 +45,7 @@ DRAWN = "new Promise(done => requestAnimationFrame(() => requestAnimationFrame((
 class Browser:
     """Opens one page; afterwards `events` holds what the browser reported since."""
 
-    def __init__(self, program="chromium", patience=15):
+    def __init__(self, program="chromium", patience=100):
         """`patience`: after how many seconds without an answer the browser is given up."""
         self._patience = patience
         self._profile = tempfile.mkdtemp(prefix="page-test-")
