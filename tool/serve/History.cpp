@@ -61,7 +61,11 @@ void History::Add(Snapshot const& snapshot, double now) {
     while (!points_.empty() && points_.back().time >= point.time) {
         points_.pop_back();
     }
-    if (!points_.empty()) {
+    if (points_.empty()) {
+        if (IsGap(point)) {
+            return;
+        }
+    } else {
         double const pause = point.time - points_.back().time;
         bool const afterGap = IsGap(points_.back());
         if (IsGap(point) ? afterGap : !afterGap && pause < kSpacing) {

@@ -161,6 +161,7 @@ TEST(ToolPageHistory, SensorThatFailsAndComesBackHasAGap) {
 
 TEST(ToolPageHistory, TimeWithoutSamplesIsOneGap) {
     History history(1);
+    history.Add(WithoutSample(), kNow - 1);
     history.Add(SomeSnapshot(), kNow);
     for (int i = 1; i < 10; ++i) {
         history.Add(WithoutSample(), kNow + i);
