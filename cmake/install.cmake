@@ -8,6 +8,7 @@
 #   simulation     bin/sim, share/gputune/boards; headers, import libraries and pkg-config file for programs that use
 #                  simulated boards
 #   bindings       share/gputune/bindings
+#   monitoring     share/gputune/prometheus, share/gputune/grafana
 #   documentation  README.txt; share/gputune: documents, licences, the example profile file, the schemas
 if(NOT WIN32)
     return()
@@ -72,3 +73,5 @@ install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
     FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
+# What Prometheus and Grafana read.
+install(DIRECTORY monitoring/ DESTINATION share/gputune COMPONENT monitoring)
