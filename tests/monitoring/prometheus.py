@@ -50,15 +50,15 @@ class Prometheus:
     def __init__(self, repository, configuration):
         self._command = [program(repository, "prometheus"), f"--config.file={configuration}", "--storage.tsdb.path=data",
                          "--web.enable-admin-api"]
-        self._url = ""
+        self.address = ""
         self.process = None
 
     def __enter__(self):
         # Another process can have taken the port meanwhile.
         for _ in range(5):
-            self._url = f"127.0.0.1:{free_port()}"
+            self.address = f"127.0.0.1:{free_port()}"
             with open("prometheus.log", "ab") as log:
-                self.process = subprocess.Popen([*self._command, f"--web.listen-address={self._url}"],
+                self.process = subprocess.Popen([*self._command, f"--web.listen-address={self.address}"],
                                                 stdin=subprocess.DEVNULL, stdout=log, stderr=log)
             eventually(lambda: self.process.poll() is not None or self._is_ready(), "ready, see prometheus.log")
             if self.process.poll() is None:
@@ -71,7 +71,7 @@ class Prometheus:
 
     def _is_ready(self):
         try:
-            with urllib.request.urlopen(f"http://{self._url}/-/ready", timeout=PATIENCE):
+            with urllib.request.urlopen(f"http://{self.address}/-/ready", timeout=PATIENCE):
                 return True
         except OSError:
             return False
@@ -79,7 +79,7 @@ class Prometheus:
     def ask(self, path, method="GET", **arguments):
         """What the API's `path` answers to these arguments; a list is an argument several times."""
         query = urllib.parse.urlencode(arguments, doseq=True)
-        request = urllib.request.Request(f"http://{self._url}/api/v1/{path}?{query}", method=method)
+        request = urllib.request.Request(f"http://{self.address}/api/v1/{path}?{query}", method=method)
         try:
             with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
                 return json.load(answer)["data"]
