@@ -1,6 +1,6 @@
 # The third-party libraries, each under the name its own package gives it:
 #   tinyxml2::tinyxml2  CLI11::CLI11  nlohmann_json::nlohmann_json  GTest::gtest(_main)
-#   benchmark::benchmark(_main)
+#   benchmark::benchmark(_main)  civetweb::civetweb
 # and uPlot, a script for pages, whose files are below GPUTUNE_UPLOT_DIR.
 #
 # An installed package is taken where there is one (a package manager for Windows provides them all). Otherwise the sources
@@ -66,6 +66,28 @@ endif()
 gputune_find(CLI11)
 if(NOT TARGET CLI11::CLI11)
     gputune_header_only(CLI11::CLI11 CLI11 CLI/CLI.hpp)
+endif()
+
+# Always from source: without files, programs, encryption and scripts, which an installed one has, there is little left that
+# could be attacked; and a connection's time is limited (civetweb/connection_time.h).
+gputune_require_source(civetweb "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
+add_library(civetweb STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
+add_library(civetweb::civetweb ALIAS civetweb)
+target_include_directories(civetweb
+    SYSTEM PUBLIC "${GPUTUNE_DEPS_DIR}/civetweb/include"
+    PRIVATE "${CMAKE_CURRENT_LIST_DIR}/civetweb")
+target_compile_definitions(civetweb PRIVATE
+    NO_FILES NO_FILESYSTEMS NO_CGI NO_CACHING NO_SSL USE_IPV6
+    MG_EXTERNAL_FUNCTION_log_access MG_EXTERNAL_FUNCTION_mg_cry_internal_impl
+    # In milliseconds: how soon a thread that waits for a connection sees that the server is to end.
+    SOCKET_TIMEOUT_QUANTUM=500)
+# Its warnings are its authors' business; GCC 14 takes some for errors.
+target_compile_options(civetweb PRIVATE -w -Wno-incompatible-pointer-types)
+set_target_properties(civetweb PROPERTIES C_EXTENSIONS ON)
+target_link_libraries(civetweb PRIVATE gputune::platform_flags)
+if(WIN32)
+    target_compile_options(civetweb PRIVATE -Os -g1 -include "${CMAKE_CURRENT_LIST_DIR}/civetweb/connection_time.h")
+    target_link_libraries(civetweb PUBLIC ws2_32)
 endif()
 
 include(uplot)

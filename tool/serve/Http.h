@@ -12,9 +12,8 @@ namespace gputune::tool {
 
 // A request that has passed all checks of who may ask.
 struct HttpRequest {
-    std::string path{};    // "/metrics", without the query
+    std::string path{};    // "/metrics"; there are no parameters
     std::string accept{};  // the header of this name; empty when there is none
-    std::string query{};   // what follows "?", as it was sent
 };
 
 struct HttpResponse {
