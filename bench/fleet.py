@@ -1,11 +1,12 @@
 #!/usr/bin/python3
-"""fleet.py <repository> [--machines N] [--interval SECONDS] [--minutes M] [--board NAME]
+"""fleet.py <repository> [--machines N...] [--interval SECONDS] [--minutes M] [--board NAME]
 
 What many machines cost a Prometheus: first bytes, series and time of one scrape of `gputunectl serve` under Wine, then memory,
 processor time and disk of a Prometheus that scrapes N machines. There is one exporter on one simulated board: a server in this
 process fetches its metrics once a second and gives them to everybody, at an address of its own for each machine (127.1.0.1
-and so on). So every machine has its own connection and its own series, and all have the same, moving, values. With the
-rules of monitoring/, without dashboards that are open. The machine should have little else to do.
+and so on). So every machine has its own series, and all have the same, moving, values. Each scrape is a connection of its own,
+as the exporter keeps none open. With the rules of monitoring/, and nobody looks at
+dashboards. The machine should have little else to do.
 """
 
 import argparse
@@ -35,25 +36,26 @@ from prometheus import Prometheus, eventually, free_port  # noqa: E402
 OPEN_METRICS = "application/openmetrics-text;version=1.0.0"
 
 
-def fetch(connection, accept):
-    connection.request("GET", "/metrics", headers={"Accept": accept})
-    answer = connection.getresponse()
-    body = answer.read()
+def fetch(address, accept):
+    """Over a connection of its own."""
+    with contextlib.closing(http.client.HTTPConnection(address, timeout=60)) as connection:
+        connection.request("GET", "/metrics", headers={"Accept": accept, "Connection": "close"})
+        answer = connection.getresponse()
+        body = answer.read()
     if answer.status != 200:
         sys.exit(f"/metrics: {answer.status}")
     return answer.getheader("Content-Type"), body
 
 
 def measure_scrapes(address):
-    """Of the exporter alone, one connection, one scrape after the other."""
-    connection = http.client.HTTPConnection(address)
+    """Of the exporter alone, one scrape after the other."""
     for accept in "text/plain", OPEN_METRICS:
-        kind, body = fetch(connection, accept)
+        kind, body = fetch(address, accept)
         series = sum(not line.startswith(b"#") for line in body.splitlines())
         times = []
         for _ in range(1000):
             begin = time.perf_counter()
-            fetch(connection, accept)
+            fetch(address, accept)
             times.append((time.perf_counter() - begin) * 1e6)
         times.sort()
         print(f"{kind}: {len(body)} bytes, {series} series; a scrape takes {statistics.median(times):.0f} us, "
@@ -64,7 +66,7 @@ class Fleet:
     """Many machines with the metrics of one exporter."""
 
     def __init__(self, address, machines):
-        self._connection = http.client.HTTPConnection(address)
+        self._exporter = address
         self._answer = b""
         self._refresh()
         self.port = free_port()
@@ -75,8 +77,9 @@ class Fleet:
         self._started.wait()
 
     def _refresh(self):
-        kind, body = fetch(self._connection, OPEN_METRICS)
-        self._answer = (f"HTTP/1.1 200 OK\r\nContent-Type: {kind}\r\nContent-Length: {len(body)}\r\n\r\n").encode() + body
+        kind, body = fetch(self._exporter, OPEN_METRICS)
+        self._answer = (f"HTTP/1.1 200 OK\r\nContent-Type: {kind}\r\nContent-Length: {len(body)}\r\n"
+                        "Connection: close\r\n\r\n").encode() + body
 
     def _run(self):
         asyncio.set_event_loop(self._loop)
@@ -92,10 +95,9 @@ class Fleet:
 
     async def _serve(self, reader, writer):
         with contextlib.suppress(OSError, asyncio.IncompleteReadError):
-            while True:
-                await reader.readuntil(b"\r\n\r\n")
-                writer.write(self._answer)
-                await writer.drain()
+            await reader.readuntil(b"\r\n\r\n")
+            writer.write(self._answer)
+            await writer.drain()
         writer.close()
 
 

@@ -45,11 +45,14 @@ def eventually(condition, what):
 
 
 class Prometheus:
-    """A server with a data folder and a port of its own, until the end of the `with`. Its output is in prometheus.log."""
+    """A server, or an agent, with a port of its own, until the end of the `with`. `name` is that of its folder; its output
+    is in <name>.log."""
 
-    def __init__(self, repository, configuration):
-        self._command = [program(repository, "prometheus"), f"--config.file={configuration}", "--storage.tsdb.path=data",
-                         "--web.enable-admin-api"]
+    def __init__(self, repository, configuration, name="data", agent=False):
+        kind = ["--enable-feature=agent", f"--storage.agent.path={name}"] if agent else [
+            f"--storage.tsdb.path={name}", "--web.enable-admin-api", "--web.enable-remote-write-receiver"]
+        self._command = [program(repository, "prometheus"), f"--config.file={configuration}", *kind]
+        self._log = f"{name}.log"
         self.address = ""
         self.process = None
 
@@ -57,13 +60,13 @@ class Prometheus:
         # Another process can have taken the port meanwhile.
         for _ in range(5):
             self.address = f"127.0.0.1:{free_port()}"
-            with open("prometheus.log", "ab") as log:
+            with open(self._log, "ab") as log:
                 self.process = subprocess.Popen([*self._command, f"--web.listen-address={self.address}"],
                                                 stdin=subprocess.DEVNULL, stdout=log, stderr=log)
-            eventually(lambda: self.process.poll() is not None or self._is_ready(), "ready, see prometheus.log")
+            eventually(lambda: self.process.poll() is not None or self._is_ready(), f"ready, see {self._log}")
             if self.process.poll() is None:
                 return self
-        sys.exit("FAILED: Prometheus does not start, see prometheus.log")
+        sys.exit(f"FAILED: Prometheus does not start, see {self._log}")
 
     def __exit__(self, *_):
         self.process.terminate()
