@@ -1,6 +1,6 @@
-/* Included ahead of civetweb.c on Windows, where it reads what is left of a connection for as long as something comes: to a
-   client that sends a byte now and then it would listen for ever. Here a connection whose time is over is one that the other
-   side has closed. */
+/* Included ahead of civetweb.c on Windows, where it reads what is left of a connection for as long as something comes:
+   to a client that sends a byte now and then it would listen for ever. Here a connection whose time is over is one that
+   the other side has closed. */
 #include <winsock2.h>
 
 /* Whether the time of the connection that this thread serves is over; HttpServer.cpp has it. */

@@ -65,7 +65,8 @@ char const* Phrase(int status) {
 
 // What every answer begins with.
 std::string Head(int status, std::string const& contentType) {
-    std::string head = "HTTP/1.1 " + std::to_string(status) + " " + Phrase(status) + "\r\nContent-Type: " + contentType +
+    std::string head = "HTTP/1.1 " + std::to_string(status) + " " + Phrase(status) +
+                       "\r\nContent-Type: " + contentType +
                        "\r\nConnection: close"
                        "\r\nCache-Control: no-store"
                        "\r\nContent-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
@@ -166,20 +167,20 @@ private:
         std::string const head = std::to_string(kLargestHead);
         std::string const limit = std::to_string(kRequestLimit * 1000);
         char const* options[] = {"listening_ports",
-                                       address.c_str(),
-                                       "num_threads",
-                                       threads.c_str(),
-                                       "max_request_size",
-                                       head.c_str(),
-                                       "request_timeout_ms",
-                                       limit.c_str(),
-                                       "enable_keep_alive",
-                                       "no",
-                                       "decode_url",
-                                       "no",
-                                       "tcp_nodelay",
-                                       "1",
-                                       nullptr};
+                                 address.c_str(),
+                                 "num_threads",
+                                 threads.c_str(),
+                                 "max_request_size",
+                                 head.c_str(),
+                                 "request_timeout_ms",
+                                 limit.c_str(),
+                                 "enable_keep_alive",
+                                 "no",
+                                 "decode_url",
+                                 "no",
+                                 "tcp_nodelay",
+                                 "1",
+                                 nullptr};
         context_ = mg_start(&callbacks, this, options);
         if (context_ == nullptr) {
             throw ToolError("Cannot listen on " + address +

@@ -20,8 +20,8 @@ struct ListenAddress {
     std::string Text() const;
 };
 
-// From "127.0.0.1:9835", "[::1]:9835" or "localhost:9835"; nothing when it is none of these. Whether this machine has the
-// address is seen when a server is to listen there.
+// From "127.0.0.1:9835", "[::1]:9835" or "localhost:9835"; nothing when it is none of these. Whether this machine has
+// the address is seen when a server is to listen there.
 std::optional<ListenAddress> ParseListenAddress(std::string_view text);
 
 // Whether the text is an address of IPv4, or one of IPv6 in brackets: nothing that a name server could have a say in.
