@@ -5,8 +5,8 @@ What many machines cost a Prometheus: first bytes, series and time of one scrape
 processor time and disk of a Prometheus that scrapes N machines. There is one exporter on one simulated board: a server in this
 process fetches its metrics once a second and gives them to everybody, at an address of its own for each machine (127.1.0.1
 and so on). So every machine has its own series, and all have the same, moving, values. Each scrape is a connection of its own,
-as the exporter keeps none open. With the rules of monitoring/, and nobody looks at
-dashboards. The machine should have little else to do.
+as the exporter keeps none open. With the rules of monitoring/, and nobody looks at dashboards. The machine should have little
+else to do.
 """
 
 import argparse

@@ -4,10 +4,8 @@ import json
 import os
 import signal
 import subprocess
-import urllib.error
-import urllib.request
 
-from prometheus import PATIENCE, eventually, free_port
+from prometheus import PATIENCE
 
 TOKEN = "a-token-of-a-test"
 
@@ -24,39 +22,27 @@ def tool(repository, options, *words):
 
 
 class Exporter:
-    """An exporter of the board of these options, until the end of the `with`. What it says is in a file serve-<port>.log."""
+    """An exporter of the board of these options, until the end of the `with`. What it says is in the file serve.log."""
 
     def __init__(self, repository, options, *words, asks_token=False):
         if asks_token:
             with open("exporter.token", "w", encoding="ascii") as file:
                 file.write(TOKEN + "\n")
             words += ("--token-file", "exporter.token")
-        self._command = command(repository, options, "serve", *words)
+        self._command = command(repository, [*options, "--json"], "serve", "--listen", "127.0.0.1:0", *words)
         self.address = ""
         self.process = None
 
     def __enter__(self):
-        # Another process can have taken the port meanwhile.
-        for _ in range(5):
-            port = free_port()
-            self.address = f"127.0.0.1:{port}"
-            with open(f"serve-{port}.log", "ab") as log:
-                self.process = subprocess.Popen([*self._command, "--listen", self.address], stdin=subprocess.DEVNULL,
-                                                stdout=log, stderr=log)
-            eventually(lambda: self.process.poll() is not None or self._answers(), f"{self.address}, see its log")
-            if self.process.poll() is None:
-                return self
-        raise SystemExit("FAILED: gputunectl serve does not start, see its log")
+        with open("serve.log", "ab") as log:
+            self.process = subprocess.Popen(self._command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=log)
+        line = self.process.stdout.readline()
+        if not line:
+            raise SystemExit("FAILED: gputunectl serve does not start, see serve.log")
+        self.address = json.loads(line)["listen"]
+        return self
 
     def __exit__(self, *_):
         if self.process.poll() is None:
             os.kill(self.process.pid, signal.SIGINT)
         self.process.wait(PATIENCE)
-
-    def _answers(self):
-        request = urllib.request.Request(f"http://{self.address}/healthz", headers={"Authorization": f"Bearer {TOKEN}"})
-        try:
-            with urllib.request.urlopen(request, timeout=PATIENCE):
-                return True
-        except OSError:
-            return False
