@@ -45,4 +45,7 @@ class Exporter:
     def __exit__(self, *_):
         if self.process.poll() is None:
             os.kill(self.process.pid, signal.SIGINT)
-        self.process.wait(PATIENCE)
+        try:
+            self.process.wait(PATIENCE)
+        finally:
+            self.process.kill()
