@@ -8,6 +8,7 @@
 #   simulation     bin/sim, share/gputune/boards
 #   simulation_development  headers, import libraries and pkg-config file for programs that use simulated boards
 #   bindings       share/gputune/bindings
+#   monitoring     share/gputune/prometheus, share/gputune/grafana
 #   readme         README.txt, which says what is where in an installation of everything
 #   documentation  share/gputune: documents, licences, the bill of materials, the example profile file, the schemas
 #   symbols        debug/: what debuggers and addr2line read. Not part of an installation that is not asked for it
@@ -75,6 +76,8 @@ install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
     FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
+# What Prometheus and Grafana read.
+install(DIRECTORY monitoring/ DESTINATION share/gputune COMPONENT monitoring)
 
 get_property(programs GLOBAL PROPERTY GPUTUNE_RELEASED_PROGRAMS)
 foreach(program IN LISTS programs)
