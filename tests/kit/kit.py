@@ -32,7 +32,9 @@ def expect(wanted, found, what):
 def make_zip(repository, directory):
     """Returns the ZIP's path."""
     shutil.rmtree(directory, ignore_errors=True)
-    subprocess.run([f"{repository}/scripts/package-test-kit", directory], check=True, stdin=subprocess.DEVNULL)
+    # Of no commit, as there may be a new one between two of them.
+    subprocess.run([f"{repository}/scripts/package-test-kit", directory], check=True, stdin=subprocess.DEVNULL,
+                   env=dict(os.environ, SOURCE_DATE_EPOCH="1700000000"))
     name, = os.listdir(directory)
     return os.path.join(directory, name)
 
