@@ -17,9 +17,11 @@ _VERSION = re.compile(r"\[(\d+)\.(\d+)\.(\d+)\] - \d{4}-\d{2}-\d{2}")
 _KINDS = {"Added", "Changed", "Deprecated", "Removed", "Fixed", "Security"}
 # Where a file names the version, or its first two numbers.
 _NAMED = {
-    "docs/*.md": r"\bgputune-(\d+\.\d+\.\d+)-|find_package\(gputune (\d+\.\d+)",
+    "docs/*.md": r"\bgputune-(\d+\.\d+\.\d+)-|find_package\(gputune (\d+\.\d+)|gputune\.dll, version: (\d+\.\d+\.\d+)\.0",
     "tests/package/host/CMakeLists.txt": r"find_package\(gputune (\d+\.\d+)",
     "bindings/javascript/package.json": r'"version": "(\d+\.\d+\.\d+)"',
+    "bindings/python/gputune.py": r'__version__ = "(\d+\.\d+\.\d+)"',
+    "recipes/vcpkg/gputune/vcpkg.json": r'"version": "(\d+\.\d+\.\d+)"',
 }
 
 

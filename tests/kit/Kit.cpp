@@ -75,7 +75,7 @@ std::vector<Case> Kit::Cases(std::vector<std::string> const& patterns, std::file
         return std::none_of(patterns.begin(), patterns.end(),
                             [&which](std::string const& pattern) { return Matches(which.name, pattern); }) ||
                std::any_of(leftOut_.begin(), leftOut_.end(),
-                           [&which](Json const& entry) { return entry.value("case", "") == which.name; });
+                           [&which](Json const& entry) { return Matches(which.name, entry.value("case", "")); });
     });
     return cases;
 }

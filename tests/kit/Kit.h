@@ -17,7 +17,7 @@ public:
 
     std::filesystem::path const& Folder() const { return folder_; }
     std::string const& Version() const { return version_; }
-    // What is not in it, or not run here, and why; a single case by its name.
+    // What is not in it, or not run here, and why; cases by a pattern of their names.
     nlohmann::ordered_json const& LeftOut() const { return leftOut_; }
 
     // All cases that match one of the patterns and are not left out, of both widths where Windows is for 64 bits. Runs
