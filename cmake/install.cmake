@@ -71,7 +71,7 @@ gputune_released_documents("${packageDir}/docs")
 gputune_bill_of_materials("${packageDir}/gputune.cdx.json")
 install(FILES CHANGELOG.md LICENSE "${packageDir}/gputune.cdx.json" DESTINATION share/gputune COMPONENT documentation)
 install(DIRECTORY "${packageDir}/docs" licenses Config DESTINATION share/gputune COMPONENT documentation)
-install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
+install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json schema/test-kit.schema.json
     DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
     FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
