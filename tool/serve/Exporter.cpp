@@ -8,13 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "tool/serve/DiskFiles.h"
 #include "tool/serve/HttpServer.h"
 #include "tool/serve/MetricsText.h"
 #include "tool/serve/PageRoutes.h"
 #include "tool/serve/ServedState.h"
-#include "tool/serve/TextFile.h"
 #include "tool/system/Console.h"
-#include "tool/system/Files.h"
 #include "tool/system/Utf8.h"
 
 namespace gputune::tool {
@@ -44,14 +43,6 @@ std::vector<std::string> MachineNames() {
     }
     return names;
 }
-
-class RealFiles : public TextFilePort {
-public:
-    void Replace(std::string const& path, std::string const& text) override {
-        WriteWholeFile(path, text, Existing::Replace);
-    }
-    void Remove(std::string const& path) override { RemoveFile(path); }
-};
 
 // Serves as long as it exists.
 class Service {
@@ -91,7 +82,7 @@ private:
         return setup;
     }
 
-    RealFiles files_;
+    DiskFiles files_;
     std::optional<TextFile> textFile_;
     ServedState state_;
     HttpServer server_;
@@ -100,7 +91,11 @@ private:
 }  // namespace
 
 Exporter::Exporter(GlobalOptions options, ExporterSettings settings)
-    : worker_(std::move(options)), settings_(std::move(settings)) {}
+    : worker_(std::move(options)), settings_(std::move(settings)) {
+    if (worker_.Options().boardFile.empty()) {
+        devices_.emplace();
+    }
+}
 
 void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
     InterruptEvent const interrupt(kExporterEndLimit);
@@ -127,8 +122,8 @@ void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
     worker_.Close(kExporterWorkerLimit);
 }
 
-std::optional<bool> Exporter::IsPowered(std::uint32_t) {
-    return std::nullopt;
+std::optional<bool> Exporter::IsPowered(std::uint32_t vendor) {
+    return devices_ ? AnyHasPower(devices_->Read(), vendor) : std::nullopt;
 }
 
 }  // namespace gputune::tool

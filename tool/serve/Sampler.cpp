@@ -96,10 +96,7 @@ void Sampler::OnTime(Moment const& now) {
     if (!MayNotStart()) {
         Handle(link_.OnTime(now.steady), now);
     }
-    Snapshot const current = AsOf(snapshot_, now);
-    if (snapshot_.sample && !current.sample) {
-        LoseSample(current.problem, current.problemCode);
-    }
+    DropStaleSample(snapshot_, now);
 }
 
 double Sampler::NextTime() const {

@@ -58,7 +58,9 @@ struct Snapshot {
     std::uint64_t revision = 0;  // another one after every change
 };
 
-// What is to be served now: without the sample when that is older than longestAge on either clock, whoever slept.
+// Removes the sample when it is older than longestAge on either clock, whoever slept. Whether it did.
+bool DropStaleSample(Snapshot& snapshot, Moment const& now);
+// What is to be served now: without a stale sample.
 Snapshot AsOf(Snapshot snapshot, Moment const& now);
 
 }  // namespace gputune::tool
