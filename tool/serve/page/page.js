@@ -80,6 +80,9 @@
         }, inHistory(members));
     }
 
+    // A limit alone is no curve.
+    const hasCurves = members => hasCharts && members.some(sensor => live.wasRead(sensor) && !sensor.limit);
+
     // The quantity's sensors with their values, and their curves.
     function addCard(quantity, members) {
         const card = charts.addCard(part('grid'), quantity);
@@ -93,8 +96,7 @@
             name.prepend(swatch);
             return {sensor, value: add(row, 'dd'), range: add(row, 'dd', '', 'range')};
         });
-        const isDrawn = hasCharts && members.some(sensor => live.wasRead(sensor) && !sensor.limit);
-        const chart = isDrawn ? addTimeChart(card, members) : null;
+        const chart = hasCurves(members) ? addTimeChart(card, members) : null;
         return {card, quantity, members, rows, chart};
     }
 
@@ -164,9 +166,11 @@
             card?.chart?.destroy();
         }
         part('grid').replaceChildren();
-        cards = groups.map(([quantity, members]) => addCard(quantity, members));
+        const addCards = hasThem => groups.filter(([, members]) => hasCurves(members) === hasThem).map(group => addCard(...group));
+        cards = addCards(true);
         const fan = fanParts();
         fanCard = fan && addFanCard(fan);
+        cards.push(...addCards(false));
         part('period').hidden = !hasCharts || groups.length === 0;
         const missing = live.known.sensors.filter(sensor => !groups.some(([, members]) => members.includes(sensor)));
         part('absent').hidden = missing.length === 0;
