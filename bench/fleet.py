@@ -49,6 +49,7 @@ def fetch(address, accept):
 
 def measure_scrapes(address):
     """Of the exporter alone, one scrape after the other."""
+    eventually(lambda: b"\ngputune_up 1\n" in fetch(address, "text/plain")[1], "a sample")
     for accept in "text/plain", OPEN_METRICS:
         kind, body = fetch(address, accept)
         series = sum(not line.startswith(b"#") for line in body.splitlines())
