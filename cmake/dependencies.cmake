@@ -69,7 +69,7 @@ if(NOT TARGET CLI11::CLI11)
 endif()
 
 # Always from source: without files, programs, encryption and scripts, which an installed one has, there is little left that
-# could be attacked; and a connection's time is limited (civetweb/connection_time.h).
+# could be attacked; and connections and threads are handled with care (civetweb/threads.h).
 gputune_require_source(civetweb "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
 add_library(civetweb STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
 add_library(civetweb::civetweb ALIAS civetweb)
@@ -86,7 +86,7 @@ target_compile_options(civetweb PRIVATE -w -Wno-incompatible-pointer-types)
 set_target_properties(civetweb PROPERTIES C_EXTENSIONS ON)
 target_link_libraries(civetweb PRIVATE gputune::platform_flags)
 if(WIN32)
-    target_compile_options(civetweb PRIVATE -Os -g1 -include "${CMAKE_CURRENT_LIST_DIR}/civetweb/connection_time.h")
+    target_compile_options(civetweb PRIVATE -Os -g1 -include "${CMAKE_CURRENT_LIST_DIR}/civetweb/threads.h")
     target_link_libraries(civetweb PUBLIC ws2_32)
 endif()
 

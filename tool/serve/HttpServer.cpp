@@ -9,6 +9,7 @@
 #include <mutex>
 #include <utility>
 
+#include "tool/serve/ServerThreads.h"
 #include "tool/values/Errors.h"
 
 namespace gputune::tool {
@@ -17,20 +18,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// For a refused request, which may go on sending.
-constexpr std::chrono::seconds kRefusedLimit{1};
+// For a client that was refused to take the answer; it may go on sending.
+constexpr std::chrono::milliseconds kRefusedLimit{500};
 // Between the signs of life that a connection with events gets when there are none.
 constexpr std::chrono::seconds kQuiet{15};
 // For an event to be taken.
 constexpr std::chrono::seconds kEventLimit{5};
 constexpr unsigned kEventWait = 500;  // milliseconds
-
-// Of the connection that this thread serves.
-thread_local Clock::time_point g_end = Clock::time_point::max();
-
-void LimitTime(std::chrono::seconds time) {
-    g_end = std::min(g_end, Clock::now() + time);
-}
 
 char const* Phrase(int status) {
     switch (status) {
@@ -104,7 +98,7 @@ void Send(mg_connection* connection, HttpResponse const& response, bool withBody
 
 void SendRefusal(mg_connection* connection, int status, std::string const& reason) {
     Send(connection, {.status = status, .contentType = "text/plain; charset=utf-8", .body = reason + "\n"}, true);
-    LimitTime(kRefusedLimit);
+    LimitConnection(kRefusedLimit);
 }
 
 RequestHead HeadOf(mg_request_info const& info) {
@@ -137,6 +131,7 @@ public:
 
     ~Connections() {
         isEnding_ = true;
+        StartRemainingThreads();
         mg_stop(context_);
         mg_exit_library();
     }
@@ -155,8 +150,14 @@ private:
             return 0;
         };
         callbacks.init_connection = [](mg_connection const*, void**) {
-            g_end = Clock::now() + std::chrono::seconds(kConnectionLimit);
+            BeginConnection(std::chrono::seconds(kConnectionLimit));
             return 0;
+        };
+        callbacks.connection_closed = [](mg_connection const*) { EndConnection(); };
+        callbacks.connection_close = [](mg_connection const* connection) {
+            if (mg_get_request_info(connection)->request_method == nullptr) {
+                LimitConnection(std::chrono::seconds(0));  // nothing was asked, and nothing is on its way
+            }
         };
         callbacks.log_message = [](mg_connection const* connection, char const* message) {
             Of(connection).Note(message);
@@ -217,7 +218,7 @@ private:
             }
             return AnswerRoute(connection, head);
         } catch (std::exception const&) {  // out of memory
-            LimitTime(std::chrono::seconds(0));
+            LimitConnection(std::chrono::seconds(0));
             return 500;
         }
     }
@@ -252,7 +253,7 @@ private:
         Clock::time_point lastSign = Clock::now();
         for (bool isRead = true; isRead && !isEnding_;) {
             std::optional<std::string> const data = source.Next(kEventWait);
-            g_end = Clock::now() + kEventLimit;
+            LimitConnection(kEventLimit, Further::Exactly);
             if (data) {
                 isRead = Write(connection, "data: " + *data + "\n\n");
                 lastSign = Clock::now();
@@ -261,7 +262,7 @@ private:
                 lastSign = Clock::now();
             }
         }
-        LimitTime(kRefusedLimit);
+        LimitConnection(kRefusedLimit);
     }
 
     Setup setup_;
@@ -283,8 +284,3 @@ ListenAddress const& HttpServer::Address() const {
 }
 
 }  // namespace gputune::tool
-
-// What civetweb asks (cmake/civetweb/connection_time.h).
-extern "C" int GputuneConnectionIsLate() {
-    return gputune::tool::Clock::now() >= gputune::tool::g_end ? 1 : 0;
-}

@@ -12,10 +12,11 @@ namespace gputune::tool {
 
 class HttpServer {
 public:
-    // Browsers that may follow events at a time; each takes a thread.
+    // Browsers that may follow events at a time. Every connection takes a thread; threads are started as they are
+    // needed.
     static constexpr int kMostEventStreams = 8;
     // Requests that are read and answered at a time. Further ones wait.
-    static constexpr int kMostRequests = 32;
+    static constexpr int kMostRequests = 64;
     static constexpr int kLargestHead = 16 * 1024;  // bytes, of a request line with its headers
     static constexpr int kRequestLimit = 2;         // seconds, for a request to come
     static constexpr int kConnectionLimit = 10;     // seconds, for all of a connection but one that follows events
