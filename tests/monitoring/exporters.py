@@ -46,6 +46,6 @@ class Exporter:
         if self.process.poll() is None:
             os.kill(self.process.pid, signal.SIGINT)
         try:
-            self.process.wait(PATIENCE)
+            self.process.wait(PATIENCE / 4)
         finally:
             self.process.kill()
