@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <cwchar>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
