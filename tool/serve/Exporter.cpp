@@ -24,10 +24,11 @@ namespace {
 constexpr unsigned long kExporterEndLimit = 4800;
 constexpr unsigned long kExporterWorkerLimit = 2000;
 
-Moment NowOnBothClocks() {
+Moment NowOnAllClocks() {
     using Seconds = std::chrono::duration<double>;
     return {.steady = SupervisorTime(),
-            .wall = std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count()};
+            .wall = std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count(),
+            .fine = std::chrono::duration_cast<Seconds>(std::chrono::steady_clock::now().time_since_epoch()).count()};
 }
 
 // Under which others in the network may ask for this machine.
@@ -36,7 +37,7 @@ std::vector<std::string> MachineNames() {
     for (COMPUTER_NAME_FORMAT const format :
          {ComputerNameNetBIOS, ComputerNameDnsHostname, ComputerNameDnsFullyQualified}) {
         wchar_t name[256];
-        DWORD length = static_cast<DWORD>(std::size(name));
+        auto length = static_cast<DWORD>(std::size(name));
         if (GetComputerNameExW(format, name, &length) && length > 0) {
             names.push_back(Utf8FromWide(std::wstring_view(name, length)));
         }
@@ -48,7 +49,7 @@ std::vector<std::string> MachineNames() {
 class Service {
 public:
     explicit Service(ExporterSettings const& settings)
-        : state_(settings.interval, NowOnBothClocks), server_(SetupFor(settings)) {
+        : state_(settings.interval, NowOnAllClocks), server_(SetupFor(settings)) {
         if (!settings.textFolder.empty()) {
             textFile_.emplace(settings.textFolder, files_);
         }
@@ -63,7 +64,7 @@ public:
     void Publish(Snapshot const& snapshot) {
         state_.Publish(snapshot);
         if (textFile_) {
-            std::string const text = MetricsText(AsOf(snapshot, NowOnBothClocks()), MetricsFormat::Prometheus);
+            std::string const text = MetricsText(AsOf(snapshot, NowOnAllClocks()), MetricsFormat::Prometheus);
             if (std::optional<std::string> const message = textFile_->Write(text)) {
                 WriteError(*message + "\n");
             }
@@ -101,11 +102,11 @@ void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
     InterruptEvent const interrupt(kExporterEndLimit);
     Service service(settings_);
     begun(service.Address());
-    Sampler sampler(settings_.interval, *this, NowOnBothClocks());
+    Sampler sampler(settings_.interval, *this, NowOnAllClocks());
     std::uint64_t revision = 0;
     double nextMoment = 0;
     for (;;) {
-        sampler.OnTime(NowOnBothClocks());
+        sampler.OnTime(NowOnAllClocks());
         // Followers hear something at every moment of sampling; when there is nothing new, soon after it.
         if (sampler.Current().revision != revision || SupervisorTime() >= nextMoment) {
             revision = sampler.Current().revision;
@@ -116,8 +117,8 @@ void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
         if (WaitForWorker(&interrupt, worker_.Handle(), wait) == Wake::Stop) {
             break;
         }
-        worker_.Hear([&sampler](std::string const& line) { sampler.OnLine(line, NowOnBothClocks()); },
-                     [&sampler] { sampler.OnGone(NowOnBothClocks()); });
+        worker_.Hear([&sampler](std::string const& line) { sampler.OnLine(line, NowOnAllClocks()); },
+                     [&sampler] { sampler.OnGone(NowOnAllClocks()); });
     }
     worker_.Close(kExporterWorkerLimit);
 }

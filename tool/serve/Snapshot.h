@@ -13,10 +13,11 @@
 
 namespace gputune::tool {
 
-// One moment on two clocks, both in seconds.
+// One moment on three clocks, all in seconds.
 struct Moment {
     double steady = 0;  // of a clock that nobody sets and that goes on while the machine sleeps
     double wall = 0;    // since 1970
+    double fine = 0;    // of a clock that knows microseconds, for durations; may stand still while the machine sleeps
 };
 
 // One reading of the board that succeeded, as a whole or in part.

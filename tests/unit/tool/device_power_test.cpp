@@ -46,6 +46,7 @@ TEST(DevicePowerTest, OfSeveralDevicesOneThatWorksIsEnough) {
     EXPECT_EQ(AnyHasPower({{kAmd, 4}, {kAmd, 1}}, GPUTUNE_VENDOR_AMD), true);
     EXPECT_EQ(AnyHasPower({{kAmd, 4}, {kAmd, 4}}, GPUTUNE_VENDOR_AMD), false);
     EXPECT_EQ(AnyHasPower({{kAmd, 4}, {kAmd, std::nullopt}}, GPUTUNE_VENDOR_AMD), std::nullopt);
+    EXPECT_EQ(AnyHasPower({{kAmd, std::nullopt}, {kAmd, 4}}, GPUTUNE_VENDOR_AMD), std::nullopt);
     EXPECT_EQ(AnyHasPower({{kAmd, std::nullopt}, {kAmd, 1}}, GPUTUNE_VENDOR_AMD), true);
 }
 
