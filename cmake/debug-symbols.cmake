@@ -1,8 +1,9 @@
 # gputune_split_debug(<target>)
 #
-# Moves the target's debug information to debug/<file name>.debug of the output directory and leaves in the target a link
+# The target is one of the programs and libraries of a release (GPUTUNE_RELEASED_PROGRAMS). Moves the target's debug information to debug/<file name>.debug of the output directory and leaves in the target a link
 # to it, by which debuggers find it (gdb: set debug-file-directory). Does nothing for other systems than Windows.
 function(gputune_split_debug target)
+    set_property(GLOBAL APPEND PROPERTY GPUTUNE_RELEASED_PROGRAMS "${target}")
     if(NOT WIN32 OR NOT CMAKE_OBJCOPY OR NOT CMAKE_STRIP)
         return()
     endif()

@@ -5,6 +5,10 @@
 #
 # An installed package is taken where there is one (a package manager for Windows provides them all). Otherwise the sources
 # that scripts/setup has put into build/deps, or that its packages install, are compiled along with ours.
+#
+# This is also the one list of what others have written that is in a release: gputune_component (components.cmake) says what
+# it is.
+include(components)
 set(GPUTUNE_DEPS_DIR "${PROJECT_SOURCE_DIR}/build/deps" CACHE PATH "Third-party sources, filled by scripts/setup")
 if(WIN32)
     # See flags.cmake.
@@ -57,16 +61,25 @@ if(NOT TARGET tinyxml2::tinyxml2)
         target_compile_options(tinyxml2 PRIVATE -Os -include "${CMAKE_CURRENT_LIST_DIR}/msvcrt-stdio.h")
     endif()
 endif()
+gputune_header_version(tinyxml2_VERSION tinyxml2/tinyxml2.h TINYXML2_@_VERSION)
+gputune_component(tinyxml2::tinyxml2 NAME tinyxml2 VERSION "${tinyxml2_VERSION}" LICENSE Zlib
+    PURL pkg:github/leethomason/tinyxml2@ SOURCE https://github.com/leethomason/tinyxml2)
 
 gputune_find(nlohmann_json)
 if(NOT TARGET nlohmann_json::nlohmann_json)
     gputune_header_only(nlohmann_json::nlohmann_json nlohmann_json nlohmann/json.hpp)
 endif()
+gputune_header_version(nlohmann_json_VERSION include/nlohmann/detail/abi_macros.hpp NLOHMANN_JSON_VERSION_@)
+gputune_component(nlohmann_json::nlohmann_json NAME nlohmann-json VERSION "${nlohmann_json_VERSION}" LICENSE MIT
+    PURL pkg:github/nlohmann/json@v SOURCE https://github.com/nlohmann/json)
 
 gputune_find(CLI11)
 if(NOT TARGET CLI11::CLI11)
     gputune_header_only(CLI11::CLI11 CLI11 CLI/CLI.hpp)
 endif()
+gputune_header_version(CLI11_VERSION include/CLI/Version.hpp CLI11_VERSION_@)
+gputune_component(CLI11::CLI11 NAME CLI11 VERSION "${CLI11_VERSION}" LICENSE BSD-3-Clause
+    PURL pkg:github/CLIUtils/CLI11@v SOURCE https://github.com/CLIUtils/CLI11)
 
 # Always from source: without files, programs, encryption and scripts, which an installed one has, there is little left that
 # could be attacked; and connections and threads are handled with care (civetweb/threads.h).
@@ -106,6 +119,29 @@ if(NOT EXISTS "${GPUTUNE_UPLOT_DIR}/dist/uPlot.iife.min.js")
 else()
     set(GPUTUNE_HAS_UPLOT ON)
 endif()
+# Nothing to compile or to link: the program that embeds its files names it.
+add_library(uPlot INTERFACE)
+if(GPUTUNE_HAS_UPLOT)
+    gputune_component(uPlot NAME uPlot VERSION "${GPUTUNE_UPLOT_VERSION}" LICENSE MIT
+        PURL pkg:npm/uplot@ SOURCE https://github.com/leeoniya/uPlot)
+endif()
+
+# What the compiler links into everything. Releases are built by GCC.
+if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -dumpfullversion OUTPUT_VARIABLE gccVersion)
+    string(REGEX MATCH "^[0-9.]+" gccVersion "${gccVersion}")
+    gputune_component(gputune_platform_flags NAME "GCC runtime libraries" VERSION "${gccVersion}"
+        LICENSE "GPL-3.0-or-later WITH GCC-exception-3.1"
+        PURL pkg:generic/gcc@ SOURCE https://gcc.gnu.org)
+    file(WRITE "${PROJECT_BINARY_DIR}/mingw_version.c" "#include <_mingw.h>\n")
+    execute_process(COMMAND "${CMAKE_C_COMPILER}" -E -dM "${PROJECT_BINARY_DIR}/mingw_version.c" OUTPUT_VARIABLE macros)
+    gputune_macro_version(mingwVersion "${macros}" __MINGW64_VERSION_@)
+    gputune_component(gputune_platform_flags NAME "mingw-w64 runtime" VERSION "${mingwVersion}"
+        LICENSE_NAME "ZPL-2.1 and others, see share/gputune/licenses/THIRD-PARTY.txt"
+        PURL pkg:generic/mingw-w64@ SOURCE https://www.mingw-w64.org)
+    gputune_component(gputune_platform_flags NAME winpthreads VERSION "${mingwVersion}" LICENSE "MIT AND BSD-3-Clause"
+        PURL pkg:generic/mingw-w64@ SOURCE https://www.mingw-w64.org)
+endif()
 
 if(GPUTUNE_BUILD_TESTS)
     gputune_find(GTest)
@@ -117,6 +153,10 @@ if(GPUTUNE_BUILD_TESTS)
         foreach(name gtest gtest_main)
             target_link_libraries(${name} PRIVATE gputune::platform_flags)
             target_compile_options(${name} PRIVATE -O0 -g0)
+            if(WIN32)
+                # Takes the place of GoogleTest's own file of this name.
+                target_include_directories(${name} BEFORE PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/googletest")
+            endif()
             if(NOT TARGET GTest::${name})
                 add_library(GTest::${name} ALIAS ${name})
             endif()

@@ -5,11 +5,17 @@
 //         Console.WriteLine("{0}: {1} {2}", reading.Name, reading.Value, reading.Unit);
 //     GraphicsBoard.TrySetFanSpeed(60);
 //
-// One file to add to a project; C# 6 and later, .NET Framework 4.5 and later, .NET 5 and later. Built for x86,
-// x64 or AnyCPU: a 64-bit process loads x64\gputune.dll from beside the program, or gputune.dll, a 32-bit one gputune.dll.
+// One file to add to a project; C# 6 and later, .NET Framework 4.5 and later, .NET 5 and later. IGraphicsBoard.cs beside it is
+// for programs that are tested without the library.
+//
+// Built for x86, x64 or AnyCPU: a 64-bit process loads x64\gputune.dll from beside the program, or gputune.dll, a 32-bit one
+// gputune.dll; both look before that into the folder "runtimes" there, where packages put them.
 using System;
 using System.Collections.Generic;
 using System.ComponentModel;
+#if NET5_0_OR_GREATER
+using System.Diagnostics.CodeAnalysis;
+#endif
 using System.IO;
 using System.Runtime.InteropServices;
 
@@ -115,24 +121,24 @@ namespace Gputune
     public struct Identity
     {
         /// <summary>Product name.</summary>
-        public string Name { get; internal set; }
+        public string Name { get; set; }
         /// <summary>Device identifier in the high 16 bits, vendor identifier in the low 16; null if unknown.</summary>
-        public uint? SubsystemId { get; internal set; }
+        public uint? SubsystemId { get; set; }
         /// <summary>PCI bus number.</summary>
-        public int BusNumber { get; internal set; }
+        public int BusNumber { get; set; }
     }
 
     /// <summary>What a sensor said last.</summary>
     public struct Reading
     {
         /// <summary>The sensor.</summary>
-        public HwmKey Key { get; internal set; }
+        public HwmKey Key { get; set; }
         /// <summary>Its name, in English.</summary>
-        public string Name { get; internal set; }
+        public string Name { get; set; }
         /// <summary>In <see cref="Unit"/>.</summary>
-        public double Value { get; internal set; }
+        public double Value { get; set; }
         /// <summary>Such as "MHz"; empty for a raw counter.</summary>
-        public string Unit { get; internal set; }
+        public string Unit { get; set; }
     }
 
     /// <summary>
@@ -142,21 +148,21 @@ namespace Gputune
     public struct FanPoint
     {
         /// <summary>Default speed.</summary>
-        public int? DefaultSpeed { get; internal set; }
+        public int? DefaultSpeed { get; set; }
         /// <summary>Default temperature.</summary>
-        public int? DefaultTemperature { get; internal set; }
+        public int? DefaultTemperature { get; set; }
         /// <summary>Highest speed.</summary>
-        public int? MaxSpeed { get; internal set; }
+        public int? MaxSpeed { get; set; }
         /// <summary>Lowest speed.</summary>
-        public int? MinSpeed { get; internal set; }
+        public int? MinSpeed { get; set; }
         /// <summary>Highest temperature.</summary>
-        public int? MaxTemperature { get; internal set; }
+        public int? MaxTemperature { get; set; }
         /// <summary>Lowest temperature.</summary>
-        public int? MinTemperature { get; internal set; }
+        public int? MinTemperature { get; set; }
         /// <summary>Speed in effect.</summary>
-        public int? CurrentSpeed { get; internal set; }
+        public int? CurrentSpeed { get; set; }
         /// <summary>Temperature in effect.</summary>
-        public int? CurrentTemperature { get; internal set; }
+        public int? CurrentTemperature { get; set; }
     }
 
     /// <summary>One point of a fan curve that is to be set.</summary>
@@ -182,34 +188,34 @@ namespace Gputune
     public struct PowerLimit
     {
         /// <summary>Default.</summary>
-        public int Default { get; internal set; }
+        public int Default { get; set; }
         /// <summary>Highest limit.</summary>
-        public int Max { get; internal set; }
+        public int Max { get; set; }
         /// <summary>Lowest limit.</summary>
-        public int Min { get; internal set; }
+        public int Min { get; set; }
         /// <summary>In effect; null where it cannot be read (<see cref="HwmKey.TdpLimit"/> may have it).</summary>
-        public int? Current { get; internal set; }
+        public int? Current { get; set; }
     }
 
     /// <summary>Range and state of a clock (MHz) and its voltage (mV); null where not available.</summary>
     public struct ClockRange
     {
         /// <summary>Default clock.</summary>
-        public int? DefaultClock { get; internal set; }
+        public int? DefaultClock { get; set; }
         /// <summary>Default voltage.</summary>
-        public int? DefaultVoltage { get; internal set; }
+        public int? DefaultVoltage { get; set; }
         /// <summary>Highest clock.</summary>
-        public int? MaxClock { get; internal set; }
+        public int? MaxClock { get; set; }
         /// <summary>Lowest clock.</summary>
-        public int? MinClock { get; internal set; }
+        public int? MinClock { get; set; }
         /// <summary>Highest voltage.</summary>
-        public int? MaxVoltage { get; internal set; }
+        public int? MaxVoltage { get; set; }
         /// <summary>Lowest voltage.</summary>
-        public int? MinVoltage { get; internal set; }
+        public int? MinVoltage { get; set; }
         /// <summary>Clock in effect.</summary>
-        public int? CurrentClock { get; internal set; }
+        public int? CurrentClock { get; set; }
         /// <summary>Voltage in effect.</summary>
-        public int? CurrentVoltage { get; internal set; }
+        public int? CurrentVoltage { get; set; }
     }
 
     /// <summary>
@@ -219,25 +225,25 @@ namespace Gputune
     public struct Profile
     {
         /// <summary>GPU clock, overclocked.</summary>
-        public float GpuOverclock { get; internal set; }
+        public float GpuOverclock { get; set; }
         /// <summary>GPU clock, overclocked, in MHz.</summary>
-        public float GpuOverclockGiven { get; internal set; }
+        public float GpuOverclockGiven { get; set; }
         /// <summary>Memory clock, overclocked.</summary>
-        public float MemoryOverclock { get; internal set; }
+        public float MemoryOverclock { get; set; }
         /// <summary>Memory clock, overclocked, in MHz.</summary>
-        public float MemoryOverclockGiven { get; internal set; }
+        public float MemoryOverclockGiven { get; set; }
         /// <summary>Power limit, overclocked.</summary>
-        public float PowerOverclock { get; internal set; }
+        public float PowerOverclock { get; set; }
         /// <summary>GPU clock, silent.</summary>
-        public float GpuSilent { get; internal set; }
+        public float GpuSilent { get; set; }
         /// <summary>Memory clock, silent.</summary>
-        public float MemorySilent { get; internal set; }
+        public float MemorySilent { get; set; }
         /// <summary>Power limit, silent.</summary>
-        public float PowerSilent { get; internal set; }
+        public float PowerSilent { get; set; }
         /// <summary>Board power in watts.</summary>
-        public int Watt { get; internal set; }
+        public int Watt { get; set; }
         /// <summary>Newest video BIOS marker.</summary>
-        public int NewestVbios { get; internal set; }
+        public int NewestVbios { get; set; }
     }
 
     /// <summary>
@@ -437,6 +443,9 @@ namespace Gputune
         /// <summary>
         /// Range and state of the fan: one point for a fixed speed, five for a curve; null when not available.
         /// </summary>
+#if NET5_0_OR_GREATER
+        [return: MaybeNull]
+#endif
         public static IList<FanPoint> GetFan()
         {
             var setting = new Native.FanSetting { Points = new Native.FanPoint[Native.FanPointCapacity] };
@@ -604,27 +613,32 @@ namespace Gputune
             loaded = true;
         }
 
-        // Of the files in this folder that are for this width, the first that is there. `open` returns what went wrong, or
-        // null.
+        // Of the files in this folder that are for this width, the first that is there. `open` returns what went wrong,
+        // if anything.
         internal static void Load(string folder, int pointerSize, Func<string, bool> exists, Func<string, string> open)
         {
             string width = 8 * pointerSize + "-bit";
-            var files = new List<string> { Path.Combine(folder, Name) };
+            string processor = pointerSize == 8 ? "x64" : "x86";
+            var files = new List<string>
+            {
+                Path.Combine(folder, "runtimes", "win-" + processor, "native", Name),
+                Path.Combine(folder, Name),
+            };
             if (pointerSize == 8)
-                files.Insert(0, Path.Combine(folder, "x64", Name));
-            string found = files.Find(file => exists(file));
-            if (found == null)
+                files.Insert(0, Path.Combine(folder, processor, Name));
+            int found = files.FindIndex(file => exists(file));
+            if (found < 0)
                 throw new DllNotFoundException(string.Format("There is no {0} gputune.dll for this {0} process: {1}.", width,
                     string.Join(" or ", files)));
-            string problem = open(found);
-            if (problem != null)
+            string problem = open(files[found]);
+            if (problem.Length > 0)
                 throw new DllNotFoundException(string.Format("{0} cannot be loaded by this {1} process, which needs the {1} "
-                    + "gputune.dll: {2}", found, width, problem));
+                    + "gputune.dll: {2}", files[found], width, problem));
         }
 
         private static string Open(string file)
         {
-            return LoadLibraryW(file) == IntPtr.Zero ? new Win32Exception(Marshal.GetLastWin32Error()).Message : null;
+            return LoadLibraryW(file) == IntPtr.Zero ? new Win32Exception(Marshal.GetLastWin32Error()).Message : "";
         }
 
         [DllImport("kernel32.dll", CharSet = CharSet.Unicode, ExactSpelling = true, SetLastError = true)]

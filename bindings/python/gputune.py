@@ -11,7 +11,7 @@
 
 This needs Python 3.8 or later for Windows, of either width. 64-bit Python loads x64\\gputune.dll from beside this file, or
 gputune.dll, 32-bit Python gputune.dll. The library takes one call at a time: a program with several threads serialises
-its calls. gputune.h says of each function what the vendors make of it.
+its calls. gputune.h says of each function what the vendors make of it. What goes wrong is a GputuneError of some kind.
 """
 
 from __future__ import annotations
@@ -23,16 +23,46 @@ import struct
 import sys
 from ctypes import c_bool, c_char, c_double, c_float, c_int, c_int32, c_uint8, c_uint32, c_uint64
 from dataclasses import dataclass
-from typing import Dict, Iterable, List, Optional, Tuple
+from typing import Any, Callable, Dict, Iterable, List, Optional, Tuple
 
 __all__ = [
-    "ApiType", "ClockRange", "FanPoint", "FanSettings", "Gputune", "GputuneError", "HwmKey", "Identity", "LogMode",
-    "PowerLimit", "Profile", "Reading", "Vendor",
+    "ApiType", "ClockRange", "DriverError", "FanPoint", "FanSettings", "Gputune", "GputuneError", "HwmKey", "Identity",
+    "LibraryError", "LogMode", "NoBoardError", "NotStartedError", "PowerLimit", "ProcessError", "Profile", "Reading",
+    "RefusedError", "Vendor",
 ]
+
+__version__ = "0.2.0"
+
+
+# ---- What goes wrong -------------------------------------------------------------------------------------------------
 
 
 class GputuneError(Exception):
-    """No board can be used, or the board or its driver refused a setting."""
+    """What all errors of this module are, but for arguments that are wrong in themselves (ValueError, TypeError)."""
+
+
+class ProcessError(GputuneError):
+    """This process cannot load a library for Windows."""
+
+
+class LibraryError(GputuneError, OSError):
+    """gputune.dll is missing, or is one for processes of the other width, or is another version."""
+
+
+class NoBoardError(GputuneError):
+    """There is no GPU of a vendor that is known."""
+
+
+class DriverError(GputuneError):
+    """There is such a GPU, and its vendor's library cannot be used, or shows no adapter that can."""
+
+
+class NotStartedError(GputuneError):
+    """A setting needs a board, and start() has not succeeded."""
+
+
+class RefusedError(GputuneError):
+    """The board or its driver refused a setting."""
 
 
 # ---- Enumerations ----------------------------------------------------------------------------------------------------
@@ -195,7 +225,7 @@ class _VgaInfo(ctypes.Structure):
     _fields_ = [("SubsystemId", c_uint32), ("AdapterName", c_char * 256), ("BusNumber", c_int32)]
 
 
-def _int_fields(*names: str) -> list:
+def _int_fields(*names: str) -> List[Tuple[str, Any]]:
     return [(name, c_int32) for name in names]
 
 
@@ -229,7 +259,7 @@ class _PredefinedPerformanceParameter(ctypes.Structure):
 
 
 # Name: result, arguments.
-_FUNCTIONS: Dict[str, tuple] = {
+_FUNCTIONS: Dict[str, Tuple[Any, ...]] = {
     "InitVGAHelper": (c_bool, c_int),
     "IsInitOk": (c_bool,),
     "GetVendorInfo": (c_uint64,),
@@ -263,7 +293,7 @@ def _is_record(type_: object) -> bool:
     return isinstance(type_, type) and issubclass(type_, ctypes.Structure)
 
 
-def _bind(library: ctypes.CDLL) -> Dict[str, ctypes._CFuncPtr]:
+def _bind(library: ctypes.CDLL) -> Dict[str, Any]:
     """The functions with their types.
 
     One that returns a record takes, in its binary form, the address of the storage as its first argument. It is called
@@ -274,7 +304,7 @@ def _bind(library: ctypes.CDLL) -> Dict[str, ctypes._CFuncPtr]:
         try:
             function = getattr(library, name)
         except AttributeError:
-            raise GputuneError(f"{library._name} has no function {name}: it is another library or version") from None
+            raise LibraryError(f"{library._name} has no function {name}: it is another library or version") from None
         if _is_record(result):
             function.argtypes = [ctypes.POINTER(result), *arguments]
             function.restype = ctypes.c_void_p
@@ -295,12 +325,12 @@ def _whole(value: int, minimum: int = -(2**31), maximum: int = 2**31 - 1) -> int
 
 
 # What can be sent as an argument of a type.
-_FIT = {c_int: _whole, c_uint32: lambda value: _whole(value, 0, 2**32 - 1)}
+_FIT: Dict[Any, Callable[[int], int]] = {c_int: _whole, c_uint32: lambda value: _whole(value, 0, 2**32 - 1)}
 
 
 def _check_process() -> None:
     if sys.platform != "win32":
-        raise GputuneError(
+        raise ProcessError(
             f"gputune.dll is a library for Windows programs, and this is Python on {sys.platform}; "
             "please use Python for Windows")
 
@@ -319,7 +349,7 @@ def _load(path: Optional[str]) -> ctypes.CDLL:
     try:
         return ctypes.CDLL(found)
     except OSError as error:
-        raise OSError(f"{found} cannot be loaded by this {bits}-bit Python, which needs the {bits}-bit gputune.dll "
+        raise LibraryError(f"{found} cannot be loaded by this {bits}-bit Python, which needs the {bits}-bit gputune.dll "
                       f"(looked for: {', '.join(files)}): {error}") from error
 
 
@@ -340,47 +370,47 @@ class Gputune:
     def __init__(self, path: Optional[str] = None) -> None:
         """Load the library: from `path`, else from beside this file, else from where the system finds it.
 
-        Raises GputuneError in any but a Windows process, and OSError, with the names of the files that were looked for,
-        when none can be loaded.
+        Raises ProcessError in any but a Windows process, and LibraryError, with the names of the files that were looked
+        for, when none can be loaded.
         """
         _check_process()
         self._functions = _bind(_load(path))
 
-    def _call(self, name: str, *arguments):
+    def _call(self, name: str, *arguments: Any) -> Any:
         result, *types = _FUNCTIONS[name]
-        arguments = [_FIT.get(type_, lambda value: value)(value) for type_, value in zip(types, arguments)]
+        values = [_FIT.get(type_, lambda value: value)(value) for type_, value in zip(types, arguments)]
         if not _is_record(result):
-            return self._functions[name](*arguments)
+            return self._functions[name](*values)
         record = result()
-        self._functions[name](ctypes.byref(record), *arguments)
+        self._functions[name](ctypes.byref(record), *values)
         return record
 
-    def _set(self, name: str, *arguments) -> None:
+    def _set(self, name: str, *arguments: Any) -> None:
         if not self._call(name, *arguments):
             if not self.is_ready:
-                raise GputuneError("no board is in use; start() has to succeed first")
-            raise GputuneError(f"{name} was refused by the board or its driver (the log says more, see LogMode)")
+                raise NotStartedError("no board is in use; start() has to succeed first")
+            raise RefusedError(f"{name} was refused by the board or its driver (the log says more, see LogMode)")
 
     # -- lifecycle
 
     def start(self, log: LogMode = LogMode.NONE) -> None:
         """Detect the GPU's vendor and get ready to use the board.
 
-        To be called once: on Intel boards a second start leaves the board out of use. Raises GputuneError when there is
-        no board that can be used.
+        To be called once: on Intel boards a second start leaves the board out of use. Raises NoBoardError or DriverError
+        when there is no board that can be used.
         """
         if not self._call("InitVGAHelper", log):
             if self.vendor == Vendor.UNKNOWN:
-                raise GputuneError("no supported GPU was found")
-            raise GputuneError(f"there is an {self.vendor.name} GPU, but its vendor's library cannot be used "
+                raise NoBoardError("no supported GPU was found")
+            raise DriverError(f"there is an {self.vendor.name} GPU, but its vendor's library cannot be used "
                                "(is the driver installed?)")
         if not self.is_ready:
-            raise GputuneError(f"there is an {self.vendor.name} GPU, but no adapter that can be used")
+            raise DriverError(f"there is an {self.vendor.name} GPU, but no adapter that can be used")
 
     @property
     def is_ready(self) -> bool:
         """Whether a usable adapter was found and opened."""
-        return self._call("IsInitOk")
+        return bool(self._call("IsInitOk"))
 
     @property
     def vendor(self) -> Vendor:
@@ -400,7 +430,7 @@ class Gputune:
         return _known(self._call("GetActiveAdapterIndex"))
 
     def select_adapter(self, index: int) -> None:
-        """Choose the adapter that later calls act on. Raises GputuneError when there is none of this number."""
+        """Choose the adapter that later calls act on. Raises RefusedError when there is none of this number."""
         self._set("SetActiveAdapterIndex", index)
 
     def identity(self) -> Optional[Identity]:
@@ -438,7 +468,7 @@ class Gputune:
     # -- fan
 
     def set_fan_speed(self, percent: int) -> None:
-        """Set a fixed fan speed, 0 to 100 percent. Raises GputuneError when it is refused, as all setters do."""
+        """Set a fixed fan speed, 0 to 100 percent. Raises RefusedError when it is refused, as all setters do."""
         if not 0 <= percent <= 100:
             raise ValueError(f"a fan speed is 0 to 100 percent, not {percent}")
         self._set("SetFanSpeed", percent)

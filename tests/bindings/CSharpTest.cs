@@ -235,7 +235,7 @@ internal static class CSharpTest
         LibraryFile.Load("folder", pointerSize, file => Array.IndexOf(there, file) >= 0, file =>
         {
             chosen = file;
-            return null;
+            return "";
         });
         return chosen;
     }
@@ -244,15 +244,40 @@ internal static class CSharpTest
     {
         string beside = System.IO.Path.Combine("folder", "gputune.dll");
         string forX64 = System.IO.Path.Combine("folder", "x64", "gputune.dll");
+        string packed32 = System.IO.Path.Combine("folder", "runtimes", "win-x86", "native", "gputune.dll");
+        string packed64 = System.IO.Path.Combine("folder", "runtimes", "win-x64", "native", "gputune.dll");
         Expect(Chosen(4, beside, forX64), beside, "the library of a 32-bit process");
         Expect(Chosen(8, beside, forX64), forX64, "the library of a 64-bit process");
         Expect(Chosen(8, beside), beside, "the library of a 64-bit process, beside it");
-        ExpectThrown<DllNotFoundException>(() => Chosen(4, forX64),
-            "There is no 32-bit gputune.dll for this 32-bit process: " + beside + ".");
-        ExpectThrown<DllNotFoundException>(() => Chosen(8),
-            "There is no 64-bit gputune.dll for this 64-bit process: " + forX64 + " or " + beside + ".");
+        Expect(Chosen(4, packed32, packed64), packed32, "the library of a 32-bit process, from a package");
+        Expect(Chosen(8, packed32, packed64), packed64, "the library of a 64-bit process, from a package");
+        ExpectThrown<DllNotFoundException>(() => Chosen(4, forX64, packed64),
+            "There is no 32-bit gputune.dll for this 32-bit process: " + packed32 + " or " + beside + ".");
+        ExpectThrown<DllNotFoundException>(() => Chosen(8, packed32),
+            "There is no 64-bit gputune.dll for this 64-bit process: " + forX64 + " or " + packed64 + " or " + beside + ".");
         ExpectThrown<DllNotFoundException>(() => LibraryFile.Load("folder", 8, file => true, file => "wrong width"),
             forX64 + " cannot be loaded by this 64-bit process, which needs the 64-bit gputune.dll: wrong width");
+    }
+
+    // The interface has every member of the static class but the check of the process, and the installed board is that class.
+    private static void CompareInterface()
+    {
+        const BindingFlags statics = BindingFlags.Static | BindingFlags.Public;
+        string[] expected = typeof(GraphicsBoard).GetMethods(statics).Where(method => method.Name != "CheckProcess")
+            .Select(Describe).OrderBy(text => text).ToArray();
+        string[] found = typeof(IGraphicsBoard).GetMethods().Select(Describe).OrderBy(text => text).ToArray();
+        Expect(string.Join("\n", found), string.Join("\n", expected), "members of the interface");
+        IGraphicsBoard board = new InstalledBoard();
+        Expect(board.ReadSensors()[0].Name, "Key 0", "reading of the installed board");
+        ExpectCall(board.TrySetPowerLimit(1, 2), true, "SetPowerLimit 2 1");
+        ExpectCall(board.TrySetClocks(1, 2, 3, 4), true, "SetPerformanceUser 1 3 2 4");
+        ExpectCall(board.TryApplySilent(), true, "SetPerformanceSilent");
+    }
+
+    private static string Describe(MethodInfo method)
+    {
+        return method.ReturnType + " " + method.Name + "("
+            + string.Join(", ", method.GetParameters().Select(parameter => parameter + "=" + parameter.RawDefaultValue)) + ")";
     }
 
     private static int Main(string[] arguments)
@@ -267,6 +292,7 @@ internal static class CSharpTest
         CallSetters(true);
         CallGetters();
         CallOnOtherBoards();
+        CompareInterface();
         CallWithoutAnswers();
         Console.WriteLine("{0} failures", failures);
         return failures == 0 ? 0 : 1;

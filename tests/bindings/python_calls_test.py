@@ -35,12 +35,25 @@ class Calls(unittest.TestCase):
 
     def test_failed_start_names_the_reason(self):
         echo.Answer(0)
-        with self.assertRaisesRegex(gputune.GputuneError, "an AMD GPU, but its vendor's library"):
+        with self.assertRaisesRegex(gputune.DriverError, "an AMD GPU, but its vendor's library"):
             self.board.start()
         echo.SetVendorInfo(gputune.Vendor.UNKNOWN, gputune.ApiType.NONE)
-        with self.assertRaisesRegex(gputune.GputuneError, "no supported GPU was found"):
+        with self.assertRaisesRegex(gputune.NoBoardError, "no supported GPU was found"):
             self.board.start()
         self.assertFalse(self.board.is_ready)
+        echo.Answer(1)
+        echo.SetVendorInfo(gputune.Vendor.INTEL, gputune.ApiType.IGCL)
+        with mock.patch.object(gputune.Gputune, "is_ready", False):
+            with self.assertRaisesRegex(gputune.DriverError, "an INTEL GPU, but no adapter"):
+                self.board.start()
+
+    def test_all_errors_are_of_one_kind(self):
+        kinds = [getattr(gputune, name) for name in gputune.__all__ if name.endswith("Error")]
+        self.assertEqual(len(kinds), 7)
+        for kind in kinds:
+            self.assertTrue(issubclass(kind, gputune.GputuneError))
+        # A program may have caught this before there were kinds.
+        self.assertTrue(issubclass(gputune.LibraryError, OSError))
 
     def test_both_halves_of_the_vendor_information_arrive(self):
         echo.SetVendorInfo(gputune.Vendor.NVIDIA, gputune.ApiType.NVAPI)
@@ -150,10 +163,10 @@ class Calls(unittest.TestCase):
                        lambda: self.board.set_power_limit(0, 80), self.board.restore_power_limit,
                        lambda: self.board.set_clocks(1, 1), self.board.apply_overclock, self.board.apply_silent,
                        self.board.restore_defaults):
-            with self.assertRaisesRegex(gputune.GputuneError, "start\\(\\) has to succeed first"):
+            with self.assertRaisesRegex(gputune.NotStartedError, "start\\(\\) has to succeed first"):
                 setter()
         with mock.patch.object(gputune.Gputune, "is_ready", True):
-            with self.assertRaisesRegex(gputune.GputuneError, "SetFanSpeed was refused"):
+            with self.assertRaisesRegex(gputune.RefusedError, "SetFanSpeed was refused"):
                 self.board.set_fan_speed(50)
 
 
@@ -179,7 +192,7 @@ class Loading(unittest.TestCase):
         return load.call_args.args[0]
 
     def test_another_process_than_windows_is_told(self):
-        with self.assertRaisesRegex(gputune.GputuneError, f"this is Python on {sys.platform}; please use"):
+        with self.assertRaisesRegex(gputune.ProcessError, f"this is Python on {sys.platform}; please use"):
             gputune.Gputune(LIBRARY)
 
     def test_windows_process_is_accepted(self):
@@ -197,7 +210,7 @@ class Loading(unittest.TestCase):
         self.assertEqual(self.loaded(64), self.file("gputune.dll"))
 
     def test_missing_library_is_told_with_the_files_looked_for(self):
-        with self.assertRaisesRegex(OSError, "64-bit Python.*"
+        with self.assertRaisesRegex(gputune.LibraryError, "64-bit Python.*"
                                     + re.escape(f"{self.file('x64', 'gputune.dll')}, {self.file('gputune.dll')}")):
             self.loaded(64)
         with self.assertRaisesRegex(OSError, "32-bit Python.*" + re.escape(f"(looked for: {self.file('gputune.dll')})")):
@@ -218,7 +231,7 @@ class Loading(unittest.TestCase):
     def test_missing_function_is_named(self):
         other = ctypes.CDLL(None)
         with mock.patch.object(gputune, "_check_process"), mock.patch.object(ctypes, "CDLL", return_value=other):
-            with self.assertRaisesRegex(gputune.GputuneError, "has no function InitVGAHelper"):
+            with self.assertRaisesRegex(gputune.LibraryError, "has no function InitVGAHelper"):
                 gputune.Gputune(LIBRARY)
 
 

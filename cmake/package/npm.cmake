@@ -1,0 +1,22 @@
+# The package of the npm registry, gputune-<version>.tgz: the JavaScript binding with the libraries of both widths where it looks
+# for them. package.json, which says what goes in, stands with the binding. Made by npm, which sets all times to the same day.
+include("${CMAKE_CURRENT_LIST_DIR}/staging.cmake")
+find_program(NPM NAMES npm.cmd npm REQUIRED)
+gputune_stage(npm)
+
+set(binding "${prefix}/share/gputune/bindings/javascript")
+file(READ "${binding}/package.json" json)
+string(JSON packageVersion GET "${json}" version)
+if(NOT packageVersion STREQUAL VERSION)
+    message(FATAL_ERROR "bindings/javascript/package.json has version ${packageVersion}, the project ${VERSION}")
+endif()
+foreach(file IN ITEMS package.json gputune.js gputune.d.ts example.js)
+    gputune_put("${binding}/${file}" ${file})
+endforeach()
+gputune_put("${CMAKE_CURRENT_LIST_DIR}/npm/README.md" README.md)
+gputune_put("${prefix}/include/gputune.h" gputune.h)
+gputune_put("${prefix}/bin/gputune.dll" gputune.dll)
+gputune_put("${prefix}/bin/x64/gputune.dll" x64/gputune.dll)
+gputune_put_notices()
+gputune_run("${stage}" "${NPM}" pack --offline --ignore-scripts --pack-destination "${OUTPUT}")
+file(REMOVE_RECURSE "${work}")
