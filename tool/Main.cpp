@@ -117,6 +117,7 @@ int Run(std::vector<std::string> arguments) {
     AddProfileCommands(app, context);
     AddHoldCommands(app, context);
     AddRestoreCommand(app, context);
+    AddServeCommand(app, context);
     AddCompletionCommand(app, context);
     AddHelpCommand(app, context);
     RefuseEmptyValues(app);

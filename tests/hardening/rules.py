@@ -7,7 +7,7 @@ from image import (AMD64, BOUND_IMPORTS, DELAY_IMPORTS, DYNAMIC_BASE, HIGH_ENTRO
 # takes from its own directory without a search.
 _ALLOWED_IMPORTS = {
     "gputune.dll": {"advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll"},
-    "gputunectl.exe": {"kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll"},
+    "gputunectl.exe": {"kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll", "ws2_32.dll"},
     "sim/gputune_sim.dll": {"kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll"},
     "sim/amd/atiadlxx.dll": {"kernel32.dll", "msvcrt.dll"},
     "sim/amd/atiadlxy.dll": {"kernel32.dll", "msvcrt.dll"},

@@ -32,6 +32,7 @@ void AddFpsCommand(CLI::App& app, Context& context);
 void AddProfileCommands(CLI::App& app, Context& context);
 void AddHoldCommands(CLI::App& app, Context& context);  // hold, and the worker process that it starts
 void AddRestoreCommand(CLI::App& app, Context& context);
+void AddServeCommand(CLI::App& app, Context& context);
 void AddCompletionCommand(CLI::App& app, Context& context);
 void AddHelpCommand(CLI::App& app, Context& context);
 void AddProfileCheckCommand(CLI::App& profile, Context& context);  // one of the profile commands

@@ -129,8 +129,9 @@ void AddHoldCommands(CLI::App& app, Context& context) {
     hold->add_flag("--keep", typed->keep, "Leave power limit and clocks as they are at the end");
 
     auto const handle = std::make_shared<std::string>();
-    CLI::App* worker = AddCommand(
-        app, context, {"hold-worker", "The process that talks to the driver; started by hold", ""}, RunWorker, handle);
+    CLI::App* worker =
+        AddCommand(app, context, {"hold-worker", "The process that talks to the driver; started by hold and serve", ""},
+                   RunWorker, handle);
     worker->add_option("handle", *handle, "Where it reads its own output")->required();
     worker->group("");  // not listed: of no use to users
 }

@@ -1,7 +1,5 @@
 #include "tool/commands/HoldViews.h"
 
-#include <windows.h>
-
 #include <optional>
 #include <utility>
 
@@ -37,24 +35,9 @@ public:
     }
 
     Wake Wait(InterruptEvent const& interrupt, void* worker, unsigned long milliseconds) override {
-        HANDLE handles[2];
-        DWORD count = 0;
         // After an interrupt its event stays set.
-        if (!isStopped_) {
-            handles[count++] = interrupt.Handle();
-        }
-        if (worker != nullptr) {
-            handles[count++] = worker;
-        }
-        if (count == 0) {
-            Sleep(milliseconds);
-            return Wake::Time;
-        }
-        DWORD const happened = WaitForMultipleObjects(count, handles, FALSE, milliseconds) - WAIT_OBJECT_0;
-        if (happened >= count) {
-            return Wake::Time;
-        }
-        return handles[happened] == worker ? Wake::Worker : Stop();
+        Wake const wake = WaitForWorker(isStopped_ ? nullptr : &interrupt, worker, milliseconds);
+        return wake == Wake::Stop ? Stop() : wake;
     }
 
 protected:

@@ -19,7 +19,7 @@ struct MonitorOptions {
     std::string csvFile;  // UTF-8; empty: none
 };
 
-std::string JsonLine(Sample const& sample, std::uint32_t vendor) {
+std::string JsonLine(TakenSample const& sample, std::uint32_t vendor) {
     Result result;
     result.Add({.fields = {{"time", "Time", sample.time}}});
     result.Add(SensorSection(sample.readings, vendor, true));
@@ -29,7 +29,7 @@ std::string JsonLine(Sample const& sample, std::uint32_t vendor) {
     return result.Json(false);
 }
 
-std::string TextLine(Sample const& sample, std::uint32_t vendor) {
+std::string TextLine(TakenSample const& sample, std::uint32_t vendor) {
     std::string line = sample.time + "  " + ReadingsLine(sample.readings, vendor);
     if (sample.frameRate) {
         line += std::string(", ") + kFrameRateName.text + " " + WithUnit(*sample.frameRate, Unit::FramesPerSecond);
@@ -42,7 +42,7 @@ class View {
 public:
     virtual ~View() = default;
     // False when nobody reads the output any more.
-    virtual bool Show(Sample const& sample) = 0;
+    virtual bool Show(TakenSample const& sample) = 0;
     // Waits until the schedule's next moment; false when the user ended the command.
     virtual bool Wait(InterruptEvent const& interrupt, Schedule const& schedule) {
         return !interrupt.Wait(schedule.Remaining());
@@ -54,7 +54,7 @@ class LineView : public View {
 public:
     LineView(bool json, std::uint32_t vendor) : json_(json), vendor_(vendor) {}
 
-    bool Show(Sample const& sample) override {
+    bool Show(TakenSample const& sample) override {
         return WriteOutput(json_ ? JsonLine(sample, vendor_) : TextLine(sample, vendor_));
     }
 
@@ -66,14 +66,14 @@ private:
 // For a recording on standard output: nothing else is shown.
 class NoView : public View {
 public:
-    bool Show(Sample const&) override { return true; }
+    bool Show(TakenSample const&) override { return true; }
 };
 
 class DashboardView : public View {
 public:
     DashboardView(Session const& session, double interval) : dashboard_(Title(session), session.Vendor(), interval) {}
 
-    bool Show(Sample const& sample) override {
+    bool Show(TakenSample const& sample) override {
         dashboard_.Add(sample.time, sample.readings,
                        sample.frameRate ? std::optional<double>(*sample.frameRate) : std::nullopt);
         Draw();
@@ -146,7 +146,7 @@ int RunMonitor(GlobalOptions const& options, MonitorOptions const& monitor) {
             break;
         }
         schedule.Advance();
-        Sample const sample = TakeSample(session, monitor.sampling);
+        TakenSample const sample = TakeSample(session, monitor.sampling);
         bool const isWanted = !csv || csv->WriteLine(sample.time, sample.readings, sample.frameRate);
         if (!isWanted || !view->Show(sample)) {
             break;

@@ -71,7 +71,7 @@ End Record(Session const& session, RecordOptions const& record, RecordingWriter&
         }
         if (schedule.Remaining() == 0) {
             schedule.Advance();
-            Sample const sample = TakeSample(session, record.sampling);
+            TakenSample const sample = TakeSample(session, record.sampling);
             if (!file.WriteLine(sample.time, sample.readings, sample.frameRate)) {
                 return End::NoReader;
             }

@@ -1,5 +1,6 @@
 // report: a recording as a page with charts.
 #include "tool/commands/Commands.h"
+#include "tool/page/PageParts.h"
 #include "tool/recording/RecordingPage.h"
 #include "tool/system/Console.h"
 #include "tool/system/Files.h"

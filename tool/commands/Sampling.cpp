@@ -66,8 +66,8 @@ std::string Timestamp() {
     return text;
 }
 
-Sample TakeSample(Session const& session, SamplingOptions const& options) {
-    Sample sample{.time = Timestamp(), .readings = session.ReadSensors(), .frameRate = std::nullopt};
+TakenSample TakeSample(Session const& session, SamplingOptions const& options) {
+    TakenSample sample{.time = Timestamp(), .readings = session.ReadSensors(), .frameRate = std::nullopt};
     if (options.frameRate) {
         int const rate = session.Api().GetFrameRate();
         if (rate != -1) {

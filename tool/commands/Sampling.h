@@ -27,7 +27,7 @@ void AddSecondsOption(CLI::App& command, char const* name, double& seconds, doub
 void AddSecondsOption(CLI::App& command, char const* name, std::optional<double>& seconds, double minimum,
                       double maximum, std::string const& description);
 
-struct Sample {
+struct TakenSample {
     std::string time;  // local, "2025-01-31T12:34:56.789"
     Readings readings;
     std::optional<int> frameRate;  // nothing when it was not asked for or cannot be read
@@ -35,7 +35,7 @@ struct Sample {
 
 // Now: local, "2025-01-31T12:34:56.789".
 std::string Timestamp();
-Sample TakeSample(Session const& session, SamplingOptions const& options);
+TakenSample TakeSample(Session const& session, SamplingOptions const& options);
 RecordedBoard DescribeBoard(Session const& session, SamplingOptions const& options);
 
 // Throws UsageError when lines of a recording and something else would both go to standard output. `path` is that of

@@ -1,9 +1,5 @@
 #include "tool/hold/Supervisor.h"
 
-#include <windows.h>
-
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "tool/system/Files.h"
@@ -19,14 +15,6 @@ constexpr unsigned long kEndLimit = 4800;
 // For a worker that is to take something back without its supervisor.
 constexpr unsigned long kWorkerEndLimit = 4000;
 
-double Now() {
-    return static_cast<double>(GetTickCount64()) / 1000;
-}
-
-unsigned long Milliseconds(double seconds) {
-    return static_cast<unsigned long>(std::ceil(std::clamp(seconds, 0.0, 60.0) * 1000));
-}
-
 // A short name for a text, for file names.
 std::string Digest(std::string const& text) {
     std::uint32_t hash = 2166136261U;  // FNV-1a
@@ -39,14 +27,7 @@ std::string Digest(std::string const& text) {
 }  // namespace
 
 Supervisor::Supervisor(GlobalOptions options, HoldView& view, std::string journalFile)
-    : options_(std::move(options)), view_(view), journalFile_(std::move(journalFile)) {
-    if (!options_.boardFile.empty()) {
-        options_.boardFile = FullPath(options_.boardFile);
-    }
-    if (!options_.boardState.empty()) {
-        options_.boardState = FullPath(options_.boardState);
-    }
-}
+    : worker_(std::move(options)), view_(view), journalFile_(std::move(journalFile)) {}
 
 Supervisor::~Supervisor() = default;
 
@@ -54,69 +35,34 @@ void Supervisor::Run(std::optional<HoldSettings> settings) {
     InterruptEvent const interrupt(kEndLimit);
     Hold hold(std::move(settings), *this);
     while (!hold.IsEnded()) {
-        HoldView::Wake const wake = view_.Wait(interrupt, worker_ != nullptr ? worker_->Handle() : nullptr,
-                                               Milliseconds(hold.NextTime() - Now()));
-        if (wake == HoldView::Wake::Stop || !isRead_) {
-            hold.Stop("Ended by the user.", Now());
+        Wake const wake = view_.Wait(interrupt, worker_.Handle(), MillisecondsUntil(hold.NextTime()));
+        if (wake == Wake::Stop || !isRead_) {
+            hold.Stop("Ended by the user.", SupervisorTime());
         }
-        HearWorker(hold);
-        hold.OnTime(Now());
+        worker_.Hear([&hold](std::string const& line) { hold.OnLine(line, SupervisorTime()); },
+                     [&hold] { hold.OnGone(SupervisorTime()); });
+        hold.OnTime(SupervisorTime());
     }
-    if (worker_ != nullptr) {
-        worker_->Close(kWorkerEndLimit);
-        worker_.reset();
-    }
+    worker_.Close(kWorkerEndLimit);
     if (hold.ExitCode() != kExitSuccess) {
         throw ToolError(hold.Problem(), {.code = hold.ProblemCode(), .exitCode = hold.ExitCode()});
     }
 }
 
-// What the worker says may end it, and start another one.
-void Supervisor::HearWorker(Hold& hold) {
-    WorkerProcess const* const heard = worker_.get();
-    while (heard != nullptr && heard == worker_.get()) {
-        std::optional<std::string> const line = worker_->TakeLine();
-        if (!line) {
-            if (worker_->IsGone()) {
-                hold.OnGone(Now());
-            }
-            return;
-        }
-        hold.OnLine(*line, Now());
-    }
-}
-
-void Supervisor::StartWorker() {
-    worker_ = std::make_unique<WorkerProcess>(WorkerArguments(options_));
-    if (lock_ != nullptr) {
-        worker_->Share(lock_->Handle());
-    }
-}
-
-void Supervisor::EndWorker() {
-    if (worker_ != nullptr) {
-        worker_->End();
-        worker_.reset();
-    }
-}
-
-void Supervisor::SendToWorker(std::string const& line) {
-    // A worker that does not read has ended, which is seen at once.
-    static_cast<void>(worker_->WriteLine(line));
-}
-
 std::string Supervisor::BoardKey(BoardFacts const& board) const {
     std::string const adapter = std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
-    return options_.boardFile.empty() ? adapter
-                                      : "simulated-" + Digest(options_.boardFile + options_.boardState) + "-" + adapter;
+    GlobalOptions const& options = worker_.Options();
+    return options.boardFile.empty() ? adapter
+                                     : "simulated-" + Digest(options.boardFile + options.boardState) + "-" + adapter;
 }
 
 std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {
     std::string const key = BoardKey(board);
     // A simulated board without a state is this process's own.
-    if (options_.boardFile.empty() || !options_.boardState.empty()) {
+    GlobalOptions const& options = worker_.Options();
+    if (options.boardFile.empty() || !options.boardState.empty()) {
         lock_ = std::make_unique<BoardLock>(key);
-        worker_->Share(lock_->Handle());
+        worker_.Share(lock_->Handle());
     }
     view_.Begin(board);
     if (journalFile_.empty()) {
@@ -141,9 +87,10 @@ std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {
 
 void Supervisor::WriteJournal(TakeBack& takeBack) {
     takeBack.journalFile = journalFile_;
-    Journal journal{.boardFile = options_.boardFile,
-                    .boardState = options_.boardState,
-                    .adapter = options_.adapter,
+    GlobalOptions const& options = worker_.Options();
+    Journal journal{.boardFile = options.boardFile,
+                    .boardState = options.boardState,
+                    .adapter = options.adapter,
                     .takeBack = takeBack};
     WriteDurably(journalFile_, ToText(journal));
 }
@@ -154,24 +101,6 @@ void Supervisor::RemoveJournal() {
 
 void Supervisor::Report(HoldReport const& report) {
     isRead_ = view_.Show(report) && isRead_;
-}
-
-std::vector<std::string> WorkerArguments(GlobalOptions const& options) {
-    std::vector<std::string> arguments;
-    if (!options.boardFile.empty()) {
-        arguments.insert(arguments.end(), {"--simulate", options.boardFile});
-    }
-    if (!options.boardState.empty()) {
-        arguments.insert(arguments.end(), {"--board-state", options.boardState});
-    }
-    if (options.adapter) {
-        arguments.insert(arguments.end(), {"--adapter", std::to_string(*options.adapter)});
-    }
-    if (options.log == GPUTUNE_LOG_FILE || options.log == GPUTUNE_LOG_BOTH) {
-        arguments.insert(arguments.end(), {"--log", "file"});
-    }
-    arguments.emplace_back("hold-worker");
-    return arguments;
 }
 
 std::vector<std::string> JournalFiles() {

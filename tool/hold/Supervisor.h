@@ -1,24 +1,21 @@
 // The process that the user starts: it runs a hold, keeps its journal and its lock, and loads no vendor's library.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "tool/board/Session.h"
 #include "tool/hold/Hold.h"
+#include "tool/hold/WorkerHost.h"
 #include "tool/system/BoardLock.h"
 #include "tool/system/Console.h"
-#include "tool/system/WorkerProcess.h"
 
 namespace gputune::tool {
 
 // Where a hold is shown, and where the user ends it.
 class HoldView {
 public:
-    enum class Wake { Time, Worker, Stop };
-
     virtual ~HoldView() = default;
     // Checks what only the user knows: asks. Throws ToolError when the answer is no.
     virtual void Begin(BoardFacts const& board) = 0;
@@ -41,27 +38,23 @@ public:
     void Run(std::optional<HoldSettings> settings);
 
 private:
-    void StartWorker() override;
-    void EndWorker() override;
-    void SendToWorker(std::string const& line) override;
+    void StartWorker() override { worker_.Start(); }
+    void EndWorker() override { worker_.End(); }
+    void SendToWorker(std::string const& line) override { worker_.Send(line); }
     std::optional<Journal> Begin(BoardFacts const& board) override;
     void WriteJournal(TakeBack& takeBack) override;
     void RemoveJournal() override;
     void Report(HoldReport const& report) override;
 
-    void HearWorker(Hold& hold);
     std::string BoardKey(BoardFacts const& board) const;
 
-    GlobalOptions options_;
+    std::unique_ptr<BoardLock> lock_;  // before the worker, which ends first
+    WorkerHost worker_;
     HoldView& view_;
     std::string journalFile_;
-    std::unique_ptr<BoardLock> lock_;
-    std::unique_ptr<WorkerProcess> worker_;
     bool isRead_ = true;  // somebody reads the output
 };
 
-// The arguments of a worker with these options.
-std::vector<std::string> WorkerArguments(GlobalOptions const& options);
 // The journals there are, for `restore`.
 std::vector<std::string> JournalFiles();
 

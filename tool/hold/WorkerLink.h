@@ -40,6 +40,8 @@ public:
 
     // Whether an order may be sent: a worker runs, has opened the board and owes no answer.
     bool IsReady() const { return state_ == State::Ready; }
+    // Whether there is no worker, until OnTime starts one.
+    bool IsStopped() const { return state_ == State::Stopped; }
     void Send(Request const& request, double now);
 
     // A line came from the worker.

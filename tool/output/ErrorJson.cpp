@@ -4,8 +4,9 @@
 
 namespace gputune::tool {
 
+using Json = nlohmann::ordered_json;
+
 std::string ErrorJson(ErrorDetails const& details, std::string const& message) {
-    using Json = nlohmann::ordered_json;
     Json error = Json::object();
     error["code"] = details.code;
     error["message"] = message;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "tool/page/PageParts.h"
 #include "tool/recording/PackedNumbers.h"
 #include "tool/values/Duration.h"
 #include "tool/values/Numbers.h"
@@ -15,9 +16,6 @@ extern std::string_view const kPageHtml;
 extern std::string_view const kPageReadingsScript;
 extern std::string_view const kPageScript;
 extern std::string_view const kPageStyle;
-extern std::string_view const kUplotLicence;
-extern std::string_view const kUplotScript;
-extern std::string_view const kUplotStyle;
 
 }  // namespace gputune::embedded
 
@@ -27,10 +25,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// The order in which quantities are shown.
-constexpr Quantity kQuantities[] = {Quantity::Temperature, Quantity::Clock,  Quantity::Load,      Quantity::Fan,
-                                    Quantity::Power,       Quantity::Memory, Quantity::FrameRate, Quantity::Voltage};
-
 Json NumbersJson(std::span<std::optional<double> const> numbers) {
     PackedNumbers packed = PackNumbers(numbers);
     return {{"decimals", packed.decimals}, {"values", std::move(packed.values)}, {"gaps", std::move(packed.gaps)}};
@@ -38,11 +32,6 @@ Json NumbersJson(std::span<std::optional<double> const> numbers) {
 
 bool IsUnsure(Series const& series, std::size_t moment) {
     return moment < series.unsure.size() && series.unsure[moment];
-}
-
-bool IsLimit(Series const& series) {
-    return series.code == kSensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code ||
-           series.code == kSensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
 }
 
 // The readings that are sure, or those that are unsure; the others become gaps.
@@ -60,7 +49,7 @@ Json SeriesJson(Series const& series) {
     Json const numbers = series.unsure.empty() ? NumbersJson(series.values) : NumbersJson(Select(series, false));
     return {{"title", series.title},
             {"unit", UnitName(series.unit).text},
-            {"dashed", IsLimit(series)},
+            {"dashed", IsLimit(series.code)},
             {"numbers", numbers}};
 }
 
@@ -78,7 +67,7 @@ Json SecondsJson(Recording const& recording) {
 
 Json GroupsJson(Recording const& recording) {
     Json groups = Json::array();
-    for (Quantity const quantity : kQuantities) {
+    for (Quantity const quantity : kQuantityOrder) {
         Json members = Json::array();
         for (Series const& series : recording.series) {
             if (series.quantity != quantity) {
@@ -136,7 +125,7 @@ std::string DataText(Recording const& recording) {
 
 std::string SummaryRows(Recording const& recording) {
     std::string rows;
-    for (Quantity const quantity : kQuantities) {
+    for (Quantity const quantity : kQuantityOrder) {
         std::string body;
         for (Series const& series : recording.series) {
             if (series.quantity != quantity) {
@@ -205,10 +194,6 @@ std::string EscapeHtml(std::string_view text) {
     return escaped;
 }
 
-bool HasCharts() {
-    return !embedded::kUplotScript.empty();
-}
-
 std::string RecordingPage(Recording const& recording, std::string const& fileName) {
     std::string const heading = EscapeHtml(recording.adapterName.empty() ? "Recording" : recording.adapterName);
     std::string const title = heading + " · " + EscapeHtml(recording.start.substr(0, 10));
@@ -221,7 +206,9 @@ std::string RecordingPage(Recording const& recording, std::string const& fileNam
                                                   {"summary", SummaryRows(recording)},
                                                   {"file", EscapeHtml(fileName)},
                                                   {"data", DataText(recording)},
+                                                  {"common-style", embedded::kPageCommonStyle},
                                                   {"style", embedded::kPageStyle},
+                                                  {"charts-script", embedded::kPageCharts},
                                                   {"readings-script", embedded::kPageReadingsScript},
                                                   {"script", embedded::kPageScript},
                                                   {"uplot-licence", embedded::kUplotLicence},

@@ -15,10 +15,7 @@ Summary Summarize(Series const& series);
 // For the text of an element or a quoted attribute.
 std::string EscapeHtml(std::string_view text);
 
-// Whether this program was built with the library that draws the charts. RecordingPage needs it.
-bool HasCharts();
-
-// `fileName` names the recording to the reader; UTF-8.
+// `fileName` names the recording to the reader; UTF-8. Needs the library that draws charts (HasCharts).
 std::string RecordingPage(Recording const& recording, std::string const& fileName);
 
 }  // namespace gputune::tool

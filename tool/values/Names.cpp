@@ -90,6 +90,14 @@ constexpr std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> kSensorNames{{
     {GPUTUNE_HWM_TDP_LIMIT, "TDP Limit", "tdp_limit", Unit::Percent, Quantity::Power},
 }};
 
+constexpr std::array<Quantity, 8> kQuantityOrder{Quantity::Temperature, Quantity::Clock,  Quantity::Load,
+                                                 Quantity::Fan,         Quantity::Power,  Quantity::Memory,
+                                                 Quantity::FrameRate,   Quantity::Voltage};
+
+bool IsLimit(std::string_view code) {
+    return code == kSensorNames[GPUTUNE_HWM_TEMPERATURE_LIMIT].code || code == kSensorNames[GPUTUNE_HWM_TDP_LIMIT].code;
+}
+
 Name UnitName(Unit unit) {
     return kUnitNames[static_cast<std::size_t>(unit)];
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "gputune.h"
 
@@ -31,6 +32,12 @@ struct SensorName {
 
 // The sensor with key k is at position k.
 extern std::array<SensorName, GPUTUNE_HWM_KEY_COUNT> const kSensorNames;
+
+// In which order quantities are shown on pages.
+extern std::array<Quantity, 8> const kQuantityOrder;
+
+// Whether the sensor of this code is a limit that belongs to other readings of its quantity.
+bool IsLimit(std::string_view code);
 
 // Both empty for Unit::None.
 Name UnitName(Unit unit);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "tool/page/PageParts.h"
 #include "tool/recording/RecordingPage.h"
 
 namespace gputune::tool {

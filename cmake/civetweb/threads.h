@@ -1,0 +1,24 @@
+/* Included ahead of civetweb.c on Windows. There it reads what is left of a connection for as long as something comes,
+   and all its threads run from the beginning. Here a connection whose time is over is one that the other side has
+   closed, and a thread begins to run when it is needed. What is asked for is in tool/serve/ServerThreads.cpp. */
+#include <process.h>
+#include <stdint.h>
+#include <winsock2.h>
+
+/* What is left of the time of the connection that this thread serves, in milliseconds, and at most what it is given. */
+long GputuneConnectionTime(long atMost);
+/* As _beginthreadex. */
+uintptr_t GputuneBeginThread(unsigned(__stdcall* function)(void*), void* argument);
+
+static __inline struct timeval* gputune_limited(struct timeval* time) {
+    long const left = GputuneConnectionTime(time->tv_sec * 1000 + time->tv_usec / 1000);
+    time->tv_sec = left / 1000;
+    time->tv_usec = left % 1000 * 1000;
+    return time;
+}
+
+#define select(count, reading, writing, errors, time) select(count, reading, writing, errors, gputune_limited(time))
+#define recv(socket, buffer, size, flags) (GputuneConnectionTime(1) == 0 ? 0 : recv(socket, buffer, size, flags))
+#define send(socket, data, size, flags) \
+    (GputuneConnectionTime(1) == 0 ? (WSASetLastError(WSAECONNRESET), -1) : send(socket, data, size, flags))
+#define _beginthreadex(security, size, function, argument, flags, id) GputuneBeginThread(function, argument)
