@@ -16,6 +16,7 @@ TRACES = {
     "tinyxml2": r"_*ZN8tinyxml2",
     "nlohmann-json": r"_*ZN8nlohmann",
     "CLI11": r"_*ZN3CLI3App",
+    "civetweb": r"_?mg_start2?\b",
     "uPlot": r"_*ZNK?7gputune8embedded12kUplotScript",
     "GCC runtime libraries": r"_*ZS(t|9)|_*ZN?St|___?cxa_",
     "mingw-w64 runtime": r"_+mingw_",
