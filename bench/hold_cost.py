@@ -15,28 +15,7 @@ import subprocess
 import tempfile
 import time
 
-
-def processor_seconds(pid):
-    fields = pathlib.Path(f"/proc/{pid}/stat").read_text(encoding="ascii").rpartition(")")[2].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-
-
-def private_megabytes(pid):
-    """What the process has written to and has for itself, as Windows counts the private working set: pages of program files
-    can be shared."""
-    lines = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text(encoding="ascii").splitlines()
-    return sum(int(line.split()[1]) for line in lines if line.startswith("Private_Dirty")) / 1024
-
-
-def worker_of(folder):
-    for line in pathlib.Path("/proc").glob("[0-9]*/cmdline"):
-        try:
-            words = line.read_bytes()
-        except OSError:
-            continue
-        if b"hold-worker" in words and folder.encode() in words:
-            return int(line.parent.name)
-    raise SystemExit("there is no worker")
+from processes import Cost, worker_of
 
 
 def main():
@@ -58,22 +37,13 @@ def main():
             for line in hold.stdout:
                 if json.loads(line)["fan_speed_percent"] is not None:
                     break
-            pids = {"supervisor": hold.pid, "worker": worker_of(os.path.basename(folder))}
-            before = {name: processor_seconds(pid) for name, pid in pids.items()}
+            cost = Cost({"supervisor": hold.pid, "worker": worker_of(os.path.basename(folder))})
             begin = time.monotonic()
             readings = 0
             while time.monotonic() - begin < arguments.seconds:
                 hold.stdout.readline()
                 readings += 1
-            elapsed = time.monotonic() - begin
-            total = [0.0, 0.0]
-            for name, pid in pids.items():
-                used = processor_seconds(pid) - before[name]
-                memory = private_megabytes(pid)
-                total = [total[0] + used, total[1] + memory]
-                print(f"{name}: {used / elapsed * 3600:.1f} s of processor time an hour, {memory:.1f} MB")
-            print(f"together: {total[0] / elapsed * 100:.2f} % of a core, {total[1]:.1f} MB "
-                  f"({readings} readings in {elapsed:.0f} s)")
+            cost.report(time.monotonic() - begin, f"{readings} readings")
             hold.send_signal(signal.SIGINT)
             hold.stdout.read()
 

@@ -7,18 +7,21 @@
 
 /* What is left of the time of the connection that this thread serves, in milliseconds, and at most what it is given. */
 long GputuneConnectionTime(long atMost);
-/* As _beginthreadex. */
-uintptr_t GputuneBeginThread(unsigned(__stdcall* function)(void*), void* argument);
+/* As _beginthreadex; a thread for connections sleeps until it is needed. */
+uintptr_t GputuneBeginThread(unsigned(__stdcall* function)(void*), void* argument, int isForConnections);
 
-static __inline struct timeval* gputune_limited(struct timeval* time) {
+static unsigned __stdcall worker_thread(void*);
+
+static __inline struct timeval* GputuneLimited(struct timeval* time) {
     long const left = GputuneConnectionTime(time->tv_sec * 1000 + time->tv_usec / 1000);
     time->tv_sec = left / 1000;
     time->tv_usec = left % 1000 * 1000;
     return time;
 }
 
-#define select(count, reading, writing, errors, time) select(count, reading, writing, errors, gputune_limited(time))
+#define select(count, reading, writing, errors, time) select(count, reading, writing, errors, GputuneLimited(time))
 #define recv(socket, buffer, size, flags) (GputuneConnectionTime(1) == 0 ? 0 : recv(socket, buffer, size, flags))
 #define send(socket, data, size, flags) \
     (GputuneConnectionTime(1) == 0 ? (WSASetLastError(WSAECONNRESET), -1) : send(socket, data, size, flags))
-#define _beginthreadex(security, size, function, argument, flags, id) GputuneBeginThread(function, argument)
+#define _beginthreadex(security, size, function, argument, flags, id) \
+    GputuneBeginThread(function, argument, (function) == worker_thread)

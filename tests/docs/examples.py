@@ -68,9 +68,14 @@ def runnable(line):
         arguments = "--simulate boards/overdriven.json " + arguments
     if re.search(r"\bmonitor\b", arguments) and "--count" not in arguments:
         arguments += " --count 1"
+    command = "scripts/wine build/bin/gputunectl.exe " + arguments
+    if re.search(r"\bserve\b", arguments):
+        # On a port that is free, until it has said that it serves.
+        command = re.sub(r" --listen \S+", "", command) + " --listen 127.0.0.1:0"
+        return (f"coproc exec {command}; pid=$COPROC_PID; read -r line <&${{COPROC[0]}}; kill -INT $pid; wait $pid")
     # A hold ends when nobody reads what it says.
     end = " | head -n 5" if re.search(r"\bhold\b", arguments) else ""
-    return "set -o pipefail; scripts/wine build/bin/gputunectl.exe " + arguments + end
+    return f"set -o pipefail; {command}{end}"
 
 
 def normal(lines, moves):

@@ -1,7 +1,7 @@
 """tool_help.py <root>
 
 docs/gputunectl.md and the tool's own help name the same commands and options, and its section about JSON every key of the
-schema.
+schema; docs/serve.md those of what serve answers.
 """
 
 import json
@@ -51,20 +51,28 @@ def keys(schema):
     return set(own) | set().union(*map(keys, schema.values()))
 
 
-def check_keys(root, document, problems):
-    with open(os.path.join(root, "schema", "gputunectl.schema.json"), encoding="utf-8") as file:
-        known = keys(json.load(file))
-    start = next(line for line, _, text in document.headings if text == "JSON")
-    end = next(line for line, _, text in document.headings if text == "Recordings")
+def check_keys(document, known, problems):
+    headings = [(line, text) for line, level, text in document.headings if level == 2]
+    index = [text for _, text in headings].index("JSON")
+    start, end = headings[index][0], headings[index + 1][0]
     said = set(re.findall(r"[a-z0-9_]+", "\n".join(document.lines[start:end])))
     for key in sorted(known - said):
         problems.add(document.place(start), f"{key} is not explained")
 
 
+def check_schema(root, document, problems):
+    with open(os.path.join(root, "schema", "gputunectl.schema.json"), encoding="utf-8") as file:
+        shapes = json.load(file)["$defs"]
+    # What serve answers stands under the path.
+    answers = {name for name in shapes if name.startswith("/")}
+    check_keys(document, keys([shape for name, shape in shapes.items() if name not in answers]), problems)
+    check_keys(Document(root, "docs/serve.md"), keys([shapes[name] for name in answers]), problems)
+
+
 def main(root):
     document = Document(root, "docs/gputunectl.md")
     problems = Problems()
-    check_keys(root, document, problems)
+    check_schema(root, document, problems)
     scratch = Scratch(root)
     tables = {rows[0][0]: (line, rows[1:]) for line, _, rows in document.tables()}
 

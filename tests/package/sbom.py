@@ -50,7 +50,7 @@ for name, part in parts.items():
     expect(part["externalReferences"][0]["url"].startswith("https://"), f"{name}: no source")
     expect(any(name in parts_ for parts_ in depends.values()), f"{name} is in no program")
     expect(name in TRACES, f"{name}: sbom.py knows no symbol of it")
-    expect(re.search(rf"^  .*\b{re.escape(name.split()[0])}\b", licences.read_text(encoding="utf-8"), re.M),
+    expect(re.search(rf"^  .*\b{re.escape(name.split()[0])}\b", licences.read_text(encoding="utf-8"), re.M | re.I),
            f"{name} is not in {licences.name}")
 
 # What is in the files. Those for 64 bits have other names, which no target has.

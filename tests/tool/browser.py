@@ -1,5 +1,6 @@
 """A headless Chromium that a test looks at a page with, over its debugging protocol on a pair of pipes."""
 
+import base64
 import json
 import os
 import select
@@ -8,11 +9,43 @@ import subprocess
 import tempfile
 import time
 
+# What is drawn between the axes of a chart. Read from a copy, as the browser warns of reading a canvas that is drawn on.
+PIXELS = """
+(chart) => {
+    const {left, top, width, height} = chart.bbox;
+    const copy = new OffscreenCanvas(width, height).getContext('2d', {willReadFrequently: true});
+    copy.drawImage(chart.ctx.canvas, left, top, width, height, 0, 0, width, height);
+    return copy.getImageData(0, 0, width, height).data;
+}
+"""
+
+# Counts the pixels of a chart that have the colour of a custom property, or a mixture close to it.
+COUNT_PIXELS = """
+(chart, name) => {
+    const probe = new OffscreenCanvas(1, 1).getContext('2d', {willReadFrequently: true});
+    probe.fillStyle = getComputedStyle(document.documentElement).getPropertyValue(name).trim();
+    probe.fillRect(0, 0, 1, 1);
+    const wanted = probe.getImageData(0, 0, 1, 1).data;
+    const pixels = (%s)(chart);
+    let count = 0;
+    for (let i = 0; i < pixels.length; i += 4) {
+        if (pixels[i + 3] > 100 && Math.abs(pixels[i] - wanted[0]) + Math.abs(pixels[i + 1] - wanted[1]) +
+                Math.abs(pixels[i + 2] - wanted[2]) < 30) {
+            ++count;
+        }
+    }
+    return count;
+}
+""" % PIXELS
+
+# Two frames on, what was asked for is on the screen.
+DRAWN = "new Promise(done => requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(done))))"
+
 
 class Browser:
-    """Opens one file; afterwards `events` holds what the browser reported since."""
+    """Opens one page; afterwards `events` holds what the browser reported since."""
 
-    def __init__(self, program="chromium", patience=15):
+    def __init__(self, program="chromium", patience=100):
         """`patience`: after how many seconds without an answer the browser is given up."""
         self._patience = patience
         self._profile = tempfile.mkdtemp(prefix="page-test-")
@@ -67,9 +100,10 @@ class Browser:
                     raise RuntimeError(f"{method}: {answer['error']}")
                 return answer["result"]
 
-    def open(self, path):
+    def open(self, place):
+        """Opens an address or a file."""
         self.events.clear()
-        self.call("Page.navigate", url="file://" + os.path.abspath(path))
+        self.call("Page.navigate", url=place if "://" in place else "file://" + os.path.abspath(place))
         while not any(event["method"] == "Page.loadEventFired" for event in self.events):
             self._next()
 
@@ -78,6 +112,20 @@ class Browser:
         if "exceptionDetails" in result:
             raise RuntimeError(f"{expression}: {result['exceptionDetails']}")
         return result["result"].get("value")
+
+    def set_view(self, width, height, scheme):
+        self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1, mobile=False)
+        self.call("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
+        # So that observers of size and scheme have had their turn.
+        self.evaluate(DRAWN)
+
+    def screenshot(self, name):
+        """Into the directory that the environment names, if it names one."""
+        directory = os.environ.get("GPUTUNE_SCREENSHOTS")
+        if directory:
+            data = self.call("Page.captureScreenshot", captureBeyondViewport=True)["data"]
+            with open(f"{directory}/{name}.png", "wb") as file:
+                file.write(base64.b64decode(data))
 
     def drag(self, start, end):
         for kind, point in (("mouseMoved", start), ("mousePressed", start), ("mouseMoved", end), ("mouseReleased", end)):

@@ -33,9 +33,7 @@ std::unique_ptr<sim::SimulatedMachine> StartSimulation(GlobalOptions const& opti
 
 // Whether a control library of this vendor is loaded already, or lies in the system directory.
 bool HasControlLibrary(std::uint32_t vendor) {
-    std::wstring directory(MAX_PATH, L'\0');
-    directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
-    directory += L'\\';
+    std::wstring const directory = SystemDirectory();
     for (char const* name : ControlLibraryFiles(vendor)) {
         std::wstring const file = WideFromUtf8(name);
         if (GetModuleHandleW(file.c_str()) != nullptr ||

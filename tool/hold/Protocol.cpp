@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "tool/hold/Json.h"
+#include "tool/values/Names.h"
 
 namespace gputune::tool {
 
@@ -130,6 +131,10 @@ std::optional<Record> ReadLine(std::string_view line, char const* orderKey, Reco
 }
 
 }  // namespace
+
+std::string BoardLabel(BoardFacts const& board) {
+    return std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
+}
 
 std::string OrderName(Order order) {
     return kOrderNames[static_cast<std::size_t>(order)];

@@ -71,6 +71,9 @@ struct Answer {
     BoardSettings shown{};
 };
 
+// "amd-0": the board's name on this machine, the same in every run.
+std::string BoardLabel(BoardFacts const& board);
+
 // The name of an order, which is in both lines.
 std::string OrderName(Order order);
 

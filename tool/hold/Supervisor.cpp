@@ -4,7 +4,6 @@
 
 #include "tool/system/Files.h"
 #include "tool/values/Errors.h"
-#include "tool/values/Names.h"
 
 namespace gputune::tool {
 
@@ -50,10 +49,10 @@ void Supervisor::Run(std::optional<HoldSettings> settings) {
 }
 
 std::string Supervisor::BoardKey(BoardFacts const& board) const {
-    std::string const adapter = std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
+    std::string const label = BoardLabel(board);
     GlobalOptions const& options = worker_.Options();
-    return options.boardFile.empty() ? adapter
-                                     : "simulated-" + Digest(options.boardFile + options.boardState) + "-" + adapter;
+    return options.boardFile.empty() ? label
+                                     : "simulated-" + Digest(options.boardFile + options.boardState) + "-" + label;
 }
 
 std::optional<Journal> Supervisor::Begin(BoardFacts const& board) {

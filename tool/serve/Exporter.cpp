@@ -8,13 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "tool/serve/DiskFiles.h"
 #include "tool/serve/HttpServer.h"
 #include "tool/serve/MetricsText.h"
 #include "tool/serve/PageRoutes.h"
 #include "tool/serve/ServedState.h"
-#include "tool/serve/TextFile.h"
 #include "tool/system/Console.h"
-#include "tool/system/Files.h"
 #include "tool/system/Utf8.h"
 
 namespace gputune::tool {
@@ -25,10 +24,11 @@ namespace {
 constexpr unsigned long kExporterEndLimit = 4800;
 constexpr unsigned long kExporterWorkerLimit = 2000;
 
-Moment NowOnBothClocks() {
+Moment NowOnAllClocks() {
     using Seconds = std::chrono::duration<double>;
     return {.steady = SupervisorTime(),
-            .wall = std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count()};
+            .wall = std::chrono::duration_cast<Seconds>(std::chrono::system_clock::now().time_since_epoch()).count(),
+            .fine = std::chrono::duration_cast<Seconds>(std::chrono::steady_clock::now().time_since_epoch()).count()};
 }
 
 // Under which others in the network may ask for this machine.
@@ -45,19 +45,11 @@ std::vector<std::string> MachineNames() {
     return names;
 }
 
-class RealFiles : public TextFilePort {
-public:
-    void Replace(std::string const& path, std::string const& text) override {
-        WriteWholeFile(path, text, Existing::Replace);
-    }
-    void Remove(std::string const& path) override { RemoveFile(path); }
-};
-
 // Serves as long as it exists.
 class Service {
 public:
     explicit Service(ExporterSettings const& settings)
-        : state_(settings.interval, NowOnBothClocks), server_(SetupFor(settings)) {
+        : state_(settings.interval, NowOnAllClocks), server_(SetupFor(settings)) {
         if (!settings.textFolder.empty()) {
             textFile_.emplace(settings.textFolder, files_);
         }
@@ -72,7 +64,7 @@ public:
     void Publish(Snapshot const& snapshot) {
         state_.Publish(snapshot);
         if (textFile_) {
-            std::string const text = MetricsText(AsOf(snapshot, NowOnBothClocks()), MetricsFormat::Prometheus);
+            std::string const text = MetricsText(AsOf(snapshot, NowOnAllClocks()), MetricsFormat::Prometheus);
             if (std::optional<std::string> const message = textFile_->Write(text)) {
                 WriteError(*message + "\n");
             }
@@ -91,7 +83,7 @@ private:
         return setup;
     }
 
-    RealFiles files_;
+    DiskFiles files_;
     std::optional<TextFile> textFile_;
     ServedState state_;
     HttpServer server_;
@@ -100,17 +92,21 @@ private:
 }  // namespace
 
 Exporter::Exporter(GlobalOptions options, ExporterSettings settings)
-    : worker_(std::move(options)), settings_(std::move(settings)) {}
+    : worker_(std::move(options)), settings_(std::move(settings)) {
+    if (worker_.Options().boardFile.empty()) {
+        devices_.emplace();
+    }
+}
 
 void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
     InterruptEvent const interrupt(kExporterEndLimit);
     Service service(settings_);
     begun(service.Address());
-    Sampler sampler(settings_.interval, *this, NowOnBothClocks());
+    Sampler sampler(settings_.interval, *this, NowOnAllClocks());
     std::uint64_t revision = 0;
     double nextMoment = 0;
     for (;;) {
-        sampler.OnTime(NowOnBothClocks());
+        sampler.OnTime(NowOnAllClocks());
         // Followers hear something at every moment of sampling; when there is nothing new, soon after it.
         if (sampler.Current().revision != revision || SupervisorTime() >= nextMoment) {
             revision = sampler.Current().revision;
@@ -121,14 +117,14 @@ void Exporter::Run(std::function<void(ListenAddress const&)> const& begun) {
         if (WaitForWorker(&interrupt, worker_.Handle(), wait) == Wake::Stop) {
             break;
         }
-        worker_.Hear([&sampler](std::string const& line) { sampler.OnLine(line, NowOnBothClocks()); },
-                     [&sampler] { sampler.OnGone(NowOnBothClocks()); });
+        worker_.Hear([&sampler](std::string const& line) { sampler.OnLine(line, NowOnAllClocks()); },
+                     [&sampler] { sampler.OnGone(NowOnAllClocks()); });
     }
     worker_.Close(kExporterWorkerLimit);
 }
 
-std::optional<bool> Exporter::IsPowered(std::uint32_t) {
-    return std::nullopt;
+std::optional<bool> Exporter::IsPowered(std::uint32_t vendor) {
+    return devices_ ? AnyHasPower(devices_->Read(), vendor) : std::nullopt;
 }
 
 }  // namespace gputune::tool

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "tool/hold/WorkerHost.h"
 #include "tool/serve/ListenAddress.h"
 #include "tool/serve/Sampler.h"
+#include "tool/system/DisplayDevices.h"
 
 namespace gputune::tool {
 
@@ -34,6 +36,7 @@ private:
 
     WorkerHost worker_;
     ExporterSettings settings_;
+    std::optional<DisplayDevices> devices_;  // not for a simulated board, which is none of the machine's
 };
 
 }  // namespace gputune::tool

@@ -61,7 +61,11 @@ void History::Add(Snapshot const& snapshot, double now) {
     while (!points_.empty() && points_.back().time >= point.time) {
         points_.pop_back();
     }
-    if (!points_.empty()) {
+    if (points_.empty()) {
+        if (IsGap(point)) {
+            return;
+        }
+    } else {
         double const pause = point.time - points_.back().time;
         bool const afterGap = IsGap(points_.back());
         if (IsGap(point) ? afterGap : !afterGap && pause < kSpacing) {
@@ -104,6 +108,7 @@ std::string History::HistoryJson() const {
         }
     }
     Json const history = {{"interval_seconds", interval_},
+                          {"spacing_seconds", kSpacing},
                           {"units", UnitsJson()},
                           {"doubts", {{kUnsureFan.code, kUnsureFan.text}}},
                           {"times_seconds", std::move(times)},

@@ -15,8 +15,8 @@ class History {
 public:
     static constexpr double kSeconds = 3600;
     // Samples that follow the one before sooner are left out, so that a short interval needs no more memory.
-    static constexpr double kSpacing = 0.9;
-    static constexpr std::size_t kMaximum = 4000;  // of points, about 100 bytes each
+    static constexpr double kSpacing = 0.75;
+    static constexpr std::size_t kMaximum = 4800;  // of points, about 100 bytes each
 
     // The interval of the samples in seconds: when they stay away for longer than three of them, that is a gap.
     explicit History(double interval) : interval_(interval) {}

@@ -255,8 +255,4 @@ std::span<Metric const> Metrics() {
     return kMetrics;
 }
 
-std::string BoardLabel(BoardFacts const& board) {
-    return std::string(VendorName(board.vendor).code) + "-" + std::to_string(board.adapter);
-}
-
 }  // namespace gputune::tool

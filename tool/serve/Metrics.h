@@ -35,7 +35,4 @@ struct Metric {
 
 std::span<Metric const> Metrics();
 
-// "amd-0": a short name of the board that stays the same.
-std::string BoardLabel(BoardFacts const& board);
-
 }  // namespace gputune::tool

@@ -77,7 +77,7 @@ Result ToResult(Snapshot const& snapshot, double now) {
                            {"start_time_seconds", "", TimeValue(snapshot.startTime)},
                            {"last_sample_time_seconds", "", TimeValue(snapshot.lastSampleTime)},
                            {"up", "", snapshot.sample.has_value()},
-                           {"powered", "", !snapshot.isPoweredOff}}});
+                           {"powered", "", snapshot.powerIsKnown ? Value{!snapshot.isPoweredOff} : Value{}}}});
     result.Add(ProblemSection(snapshot));
     result.Add(BoardSection(snapshot.board));
     result.Add(Sensors(snapshot));

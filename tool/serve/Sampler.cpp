@@ -89,17 +89,14 @@ void Sampler::OnTime(Moment const& now) {
             PlanNextSample(now);
         } else if (link_.IsReady()) {
             PlanNextSample(now);
-            sentAt_ = now.steady;
+            sentAt_ = now.fine;
             link_.Send({.order = Order::Sample}, now.steady);
         }
     }
     if (!MayNotStart()) {
         Handle(link_.OnTime(now.steady), now);
     }
-    Snapshot const current = AsOf(snapshot_, now);
-    if (snapshot_.sample && !current.sample) {
-        LoseSample(current.problem, current.problemCode);
-    }
+    DropStaleSample(snapshot_, now);
 }
 
 double Sampler::NextTime() const {
@@ -181,7 +178,7 @@ void Sampler::OnSampled(Answer const& answer, Moment const& now) {
     if (now.steady >= nextSample_) {
         PlanNextSample(now);
     }
-    snapshot_.durations.Add(link_.LastDuration());
+    snapshot_.durations.Add(now.fine - sentAt_);
     CountFailures(answer);
     if (!answer.done || answer.readings.CountAvailable() == 0) {
         std::string const problem = answer.problem.empty() ? "No sensor could be read." : answer.problem;
@@ -198,7 +195,7 @@ void Sampler::OnSampled(Answer const& answer, Moment const& now) {
     Sample sample{.time = now.wall, .steadyTime = now.steady, .readings = answer.readings, .shown = answer.shown};
     std::optional<double> const& counter = answer.readings[GPUTUNE_HWM_GPU_LOAD];
     if (snapshot_.board->vendor == GPUTUNE_VENDOR_INTEL && counter) {
-        sample.load = activity_.Add(*counter, sentAt_, now.steady);
+        sample.load = activity_.Add(*counter, sentAt_, now.fine);
     }
     snapshot_.sample = std::move(sample);
     snapshot_.lastSampleTime = now.wall;

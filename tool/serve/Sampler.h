@@ -57,7 +57,7 @@ private:
     Snapshot snapshot_;
     double nextSample_;
     double lastTime_;
-    double sentAt_ = 0;  // the order for the last sample
+    double sentAt_ = 0;  // the order for the last sample, on the fine clock
     int unread_ = 0;     // samples in a row that read nothing
 };
 

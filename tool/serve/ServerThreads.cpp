@@ -76,13 +76,14 @@ extern "C" long GputuneConnectionTime(long atMost) {
 }
 
 #ifdef _WIN32
-extern "C" std::uintptr_t GputuneBeginThread(unsigned(__stdcall* function)(void*), void* argument) {
+extern "C" std::uintptr_t GputuneBeginThread(unsigned(__stdcall* function)(void*), void* argument,
+                                             int isForConnections) {
     using namespace gputune::tool;
-    // What answers need is far less. A thread that has not run yet takes next to no memory.
+    // Far more than answers need. A thread that has not run yet takes next to no memory.
     constexpr unsigned kStack = 256 * 1024;
-    std::uintptr_t const thread = _beginthreadex(nullptr, kStack, function, argument,
-                                                 STACK_SIZE_PARAM_IS_A_RESERVATION | CREATE_SUSPENDED, nullptr);
-    if (thread != 0) {
+    unsigned const flags = STACK_SIZE_PARAM_IS_A_RESERVATION | (isForConnections != 0 ? CREATE_SUSPENDED : 0U);
+    std::uintptr_t const thread = _beginthreadex(nullptr, kStack, function, argument, flags, nullptr);
+    if (thread != 0 && isForConnections != 0) {
         std::lock_guard const lock(g_threadsMutex);
         g_sleepingThreads.push_back(reinterpret_cast<void*>(thread));
         if (g_startedThreads == 0) {

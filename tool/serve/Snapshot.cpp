@@ -12,17 +12,24 @@ void DurationHistogram::Add(double seconds) {
     sum += seconds;
 }
 
-Snapshot AsOf(Snapshot snapshot, Moment const& now) {
+bool DropStaleSample(Snapshot& snapshot, Moment const& now) {
     if (!snapshot.sample) {
-        return snapshot;
+        return false;
     }
     // Should one clock stand still while the machine sleeps, the other does not.
     double const age = std::max(now.steady - snapshot.sample->steadyTime, now.wall - snapshot.sample->time);
-    if (age > snapshot.longestAge) {
-        snapshot.sample.reset();
-        snapshot.problem = "The last sample is " + FormatNumber(age) + " s old.";
-        snapshot.problemCode = "stale";
+    if (age <= snapshot.longestAge) {
+        return false;
     }
+    snapshot.sample.reset();
+    snapshot.problem = "The last sample is " + FormatNumber(age) + " s old.";
+    snapshot.problemCode = "stale";
+    ++snapshot.revision;
+    return true;
+}
+
+Snapshot AsOf(Snapshot snapshot, Moment const& now) {
+    DropStaleSample(snapshot, now);
     return snapshot;
 }
 

@@ -13,10 +13,11 @@
 
 namespace gputune::tool {
 
-// One moment on two clocks, both in seconds.
+// One moment on three clocks, all in seconds.
 struct Moment {
     double steady = 0;  // of a clock that nobody sets and that goes on while the machine sleeps
     double wall = 0;    // since 1970
+    double fine = 0;    // of a clock that knows microseconds, for durations; may stand still while the machine sleeps
 };
 
 // One reading of the board that succeeded, as a whole or in part.
@@ -58,7 +59,9 @@ struct Snapshot {
     std::uint64_t revision = 0;  // another one after every change
 };
 
-// What is to be served now: without the sample when that is older than longestAge on either clock, whoever slept.
+// Removes the sample when it is older than longestAge on either clock, whoever slept. Whether it did.
+bool DropStaleSample(Snapshot& snapshot, Moment const& now);
+// What is to be served now: without a stale sample.
 Snapshot AsOf(Snapshot snapshot, Moment const& now);
 
 }  // namespace gputune::tool

@@ -46,6 +46,12 @@ std::wstring ProgramDirectory() {
     return (sim::ModulePath().parent_path() / L"").wstring();
 }
 
+std::wstring SystemDirectory() {
+    std::wstring directory(MAX_PATH, L'\0');
+    directory.resize(GetSystemDirectoryW(directory.data(), MAX_PATH));
+    return directory + L'\\';
+}
+
 std::string ReadTextFile(std::string const& path, std::size_t enough) {
     Handle const file = Open(path, GENERIC_READ, FILE_SHARE_WRITE, OPEN_EXISTING);
     if (file == nullptr) {

@@ -12,6 +12,9 @@ namespace gputune::tool {
 // The folder of this program; ends with the separator.
 std::wstring ProgramDirectory();
 
+// The system's folder for its own libraries; ends with the separator.
+std::wstring SystemDirectory();
+
 // The whole file. Of a file that is larger than `enough` bytes, at least one byte more than `enough`.
 std::string ReadTextFile(std::string const& path, std::size_t enough);
 

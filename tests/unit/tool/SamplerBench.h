@@ -45,7 +45,7 @@ public:
     double now = 1000;
     double wallOffset = 1.7e9;
 
-    Moment Now() const { return {.steady = now, .wall = now + wallOffset}; }
+    Moment Now() const { return {.steady = now, .wall = now + wallOffset, .fine = now + 77}; }
     Sampler& Get() { return sampler_; }
     Snapshot const& Current() const { return sampler_.Current(); }
     // What a scrape would get.

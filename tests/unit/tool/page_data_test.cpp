@@ -107,11 +107,13 @@ TEST(ToolPageData, BeforeTheBoardIsKnownAllIsNull) {
     EXPECT_EQ(json.at("last_sample_time_seconds"), nullptr);
 }
 
-TEST(ToolPageData, BoardWithoutPowerIsSaid) {
+TEST(ToolPageData, PowerIsSaidWhereItIsKnown) {
     Snapshot snapshot = WithoutSample();
+    EXPECT_EQ(Readings(snapshot).at("powered"), nullptr);
+    snapshot.powerIsKnown = true;
+    EXPECT_EQ(Readings(snapshot).at("powered"), true);
     snapshot.isPoweredOff = true;
     EXPECT_EQ(Readings(snapshot).at("powered"), false);
-    EXPECT_EQ(Readings(SomeSnapshot()).at("powered"), true);
 }
 
 TEST(ToolPageData, LoadReplacesIntelsCounter) {
@@ -159,6 +161,7 @@ TEST(ToolPageHistory, SensorThatFailsAndComesBackHasAGap) {
 
 TEST(ToolPageHistory, TimeWithoutSamplesIsOneGap) {
     History history(1);
+    history.Add(WithoutSample(), kNow - 1);
     history.Add(SomeSnapshot(), kNow);
     for (int i = 1; i < 10; ++i) {
         history.Add(WithoutSample(), kNow + i);

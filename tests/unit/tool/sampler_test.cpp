@@ -252,7 +252,7 @@ TEST(SamplerTest, LongIntervalsHaveOlderSamples) {
 
 TEST(SamplerTest, WorkerIsNotBlamedForTheMachinesSleep) {
     SamplerBench bench;
-    bench.Run(5.005);  // it owes an answer
+    bench.Run(5.015);  // it owes an answer
     bench.now += 3600;
     bench.hangs = true;
     bench.Run(1);
@@ -361,6 +361,17 @@ TEST(SamplerTest, NoLoadOverALostWorker) {
     EXPECT_FALSE(bench.Current().sample->load);
     bench.Run(2);
     EXPECT_TRUE(bench.Current().sample->load);
+}
+
+TEST(SamplerTest, NoLoadOverTheMachinesSleep) {
+    SamplerBench bench(60, GPUTUNE_VENDOR_INTEL);
+    bench.counterGrowth = 0.25;
+    bench.Run(121);
+    ASSERT_TRUE(bench.Current().sample->load);
+    bench.now += 100;
+    bench.Run(1);
+    ASSERT_TRUE(bench.Current().sample);
+    EXPECT_FALSE(bench.Current().sample->load);
 }
 
 }  // namespace

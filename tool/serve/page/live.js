@@ -3,7 +3,7 @@
 
 const live = (() => {
     // Of /api/history. Its sensors have a value, or null, for each of the times.
-    let known = {interval_seconds: 1, units: {}, doubts: {}, sensors: []};
+    let known = {interval_seconds: 1, spacing_seconds: 0, units: {}, doubts: {}, sensors: []};
     let times = [];
     let now = null;        // what /api/readings says; null without a connection
     let failing = [];      // the calls that failed since the event before
@@ -62,7 +62,7 @@ const live = (() => {
         if (pause > Math.max(3 * known.interval_seconds, 5) && !endsInGap()) {
             addPoint(seconds - pause / 2, () => null);
         }
-        if (readings.up ? !isKnown && !(pause < 0.9 && !endsInGap()) : !endsInGap()) {
+        if (readings.up ? !isKnown && !(pause < known.spacing_seconds && !endsInGap()) : !endsInGap()) {
             addPoint(seconds, curveValue);
         }
         removePoints(0, times.filter(one => one < seconds - 3600).length);

@@ -30,21 +30,11 @@
     }
 
     function showHeader(isTroubled) {
-        const board = live.now?.board;
-        if (board) {
-            part('name').textContent = board.name ?? 'Graphics board';
-            const restarts = live.now.worker_restarts;
-            part('facts').textContent = [
-                board.interface, `adapter ${board.adapter ?? absent}`,
-                `read every ${charts.inUnit(live.known.interval_seconds, 's')} since ${time(live.now.start_time_seconds)}`,
-                restarts > 0 ? `driver lost ${restarts === 1 ? 'once' : `${restarts} times`} since then` : '',
-            ].filter(Boolean).join(' · ');
+        if (live.now?.board) {
+            part('name').textContent = live.now.board.name ?? 'Graphics board';
+            part('facts').textContent = words.facts();
         }
-        const [state, text] = goneSince != null ? ['gone', 'No connection']
-            : !live.now ? ['connecting', 'Connecting']
-            : live.now.powered === false ? ['waiting', 'No power']
-            : !live.now.up ? ['waiting', 'No readings']
-            : ['live', `Live, ${time(live.now.last_sample_time_seconds)}`];
+        const [state, text] = words.state(goneSince);
         part('connection').dataset.state = state;
         part('connection-text').textContent = text;
         document.title = `${isTroubled ? '⚠ ' : ''}${part('name').textContent} – gputunectl`;
@@ -58,10 +48,11 @@
     let period = 3600;
     const height = 200;
 
-    // Up to the newest point; without any, an empty period. A page that was just opened stretches what there is.
+    // Up to the newest point; of a page that was just opened, from the oldest on, at least a minute.
     function shownPeriod() {
         const end = live.times[live.times.length - 1] ?? Date.now() / 1000;
-        return [Math.min(Math.max(end - period, live.times[0] ?? end), end - 60), end];
+        const start = Math.max(end - period, live.times[0] ?? end);
+        return [start, Math.max(end, start + 60)];
     }
 
     const timeAxis = () => charts.axis({
@@ -89,6 +80,9 @@
         }, inHistory(members));
     }
 
+    // A limit alone is no curve.
+    const hasCurves = members => hasCharts && members.some(sensor => live.wasRead(sensor) && !sensor.limit);
+
     // The quantity's sensors with their values, and their curves.
     function addCard(quantity, members) {
         const card = charts.addCard(part('grid'), quantity);
@@ -102,7 +96,7 @@
             name.prepend(swatch);
             return {sensor, value: add(row, 'dd'), range: add(row, 'dd', '', 'range')};
         });
-        const chart = hasCharts && members.some(live.wasRead) ? addTimeChart(card, members) : null;
+        const chart = hasCurves(members) ? addTimeChart(card, members) : null;
         return {card, quantity, members, rows, chart};
     }
 
@@ -172,9 +166,11 @@
             card?.chart?.destroy();
         }
         part('grid').replaceChildren();
-        cards = groups.map(([quantity, members]) => addCard(quantity, members));
+        const addCards = hasThem => groups.filter(([, members]) => hasCurves(members) === hasThem).map(group => addCard(...group));
+        cards = addCards(true);
         const fan = fanParts();
         fanCard = fan && addFanCard(fan);
+        cards.push(...addCards(false));
         part('period').hidden = !hasCharts || groups.length === 0;
         const missing = live.known.sensors.filter(sensor => !groups.some(([, members]) => members.includes(sensor)));
         part('absent').hidden = missing.length === 0;
