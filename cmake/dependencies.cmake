@@ -82,7 +82,8 @@ gputune_component(CLI11::CLI11 NAME CLI11 VERSION "${CLI11_VERSION}" LICENSE BSD
     PURL pkg:github/CLIUtils/CLI11@v SOURCE https://github.com/CLIUtils/CLI11)
 
 # From source where it lies there, as for a release: without files, programs, encryption and scripts, which an installed one has,
-# there is little left that could be attacked; and a connection's time is limited (civetweb/connection_time.h).
+# there is little left that could be attacked; and connections and threads are handled with care (civetweb/threads.h). With an
+# installed one, in the build of a package manager, a client may take as long as it likes.
 if(NOT EXISTS "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
     gputune_find(civetweb)
 endif()
