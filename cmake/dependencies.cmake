@@ -86,6 +86,10 @@ gputune_component(CLI11::CLI11 NAME CLI11 VERSION "${CLI11_VERSION}" LICENSE BSD
 # installed one, in the build of a package manager, a client may take as long as it likes.
 if(NOT EXISTS "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
     gputune_find(civetweb)
+    if(WIN32 AND TARGET civetweb::civetweb)
+        # Its own package does not name it.
+        set_property(TARGET civetweb::civetweb APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32)
+    endif()
 endif()
 if(NOT TARGET civetweb::civetweb)
     gputune_require_source(civetweb "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
