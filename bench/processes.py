@@ -1,4 +1,4 @@
-"""What processes under Wine cost, for hold_cost.py and serve_cost.py."""
+"""What processes under Wine cost, for hold_cost.py, serve_cost.py and fleet.py."""
 
 import os
 import pathlib

@@ -8,6 +8,7 @@
 #   simulation     bin/sim, share/gputune/boards
 #   simulation_development  headers, import libraries and pkg-config file for programs that use simulated boards
 #   bindings       share/gputune/bindings
+#   monitoring     share/gputune/prometheus, share/gputune/grafana
 #   readme         README.txt, which says what is where in an installation of everything
 #   documentation  share/gputune: documents, licences, the bill of materials, the example profile file, the schemas
 #   symbols        debug/: what debuggers and addr2line read. Not part of an installation that is not asked for it
@@ -70,11 +71,13 @@ gputune_released_documents("${packageDir}/docs")
 gputune_bill_of_materials("${packageDir}/gputune.cdx.json")
 install(FILES CHANGELOG.md LICENSE "${packageDir}/gputune.cdx.json" DESTINATION share/gputune COMPONENT documentation)
 install(DIRECTORY "${packageDir}/docs" licenses Config DESTINATION share/gputune COMPONENT documentation)
-install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json
+install(FILES schema/ConfigModel.xsd schema/gputunectl.schema.json schema/test-kit.schema.json
     DESTINATION share/gputune/schema COMPONENT documentation)
 install(DIRECTORY bindings DESTINATION share/gputune COMPONENT bindings
     FILES_MATCHING REGEX "\\.(cs|js|json|py|ts)$"
     PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
+# What Prometheus and Grafana read.
+install(DIRECTORY monitoring/ DESTINATION share/gputune COMPONENT monitoring)
 
 get_property(programs GLOBAL PROPERTY GPUTUNE_RELEASED_PROGRAMS)
 foreach(program IN LISTS programs)

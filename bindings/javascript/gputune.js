@@ -142,12 +142,16 @@ function checkProcess() {
     }
 }
 
+// Where this file is; for one in the archive of an Electron program, from which Windows cannot load, beside the archive, where
+// Electron has what is left out of it.
+const directory = __dirname.replace(/\bapp\.asar(?=[\\/]|$)/, 'app.asar.unpacked');
+
 // From a file, else from the first that is there of those that are meant for this process.
 function loadLibrary(koffi, file) {
     const is64Bit = process.arch === 'x64';
     const width = is64Bit ? '64-bit' : '32-bit';
     const names = is64Bit ? [path.join('x64', 'gputune.dll'), 'gputune.dll'] : ['gputune.dll'];
-    const files = file === undefined ? names.map((name) => path.join(__dirname, name)) : [path.resolve(file)];
+    const files = file === undefined ? names.map((name) => path.join(directory, name)) : [path.resolve(file)];
     const found = files.find((name) => fs.existsSync(name));
     if (!found) {
         throw new GputuneError(`there is no ${width} gputune.dll for this ${width} process: ${files.join(' or ')}`);

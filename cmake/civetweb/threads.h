@@ -19,7 +19,11 @@ static __inline struct timeval* GputuneLimited(struct timeval* time) {
     return time;
 }
 
-#define select(count, reading, writing, errors, time) select(count, reading, writing, errors, GputuneLimited(time))
+/* Nothing is asked about errors, which are those of sockets that connect to others, and urgent data: the server has
+   neither. So a call has no socket twice. When it has one, and its other side hangs up at the wrong moment, Wine's
+   server ends with a failed assertion (complete_async_poll), and all programs of the prefix with it. */
+#define select(count, reading, writing, errors, time) \
+    (FD_ZERO(errors), select(count, reading, writing, NULL, GputuneLimited(time)))
 #define recv(socket, buffer, size, flags) (GputuneConnectionTime(1) == 0 ? 0 : recv(socket, buffer, size, flags))
 #define send(socket, data, size, flags) \
     (GputuneConnectionTime(1) == 0 ? (WSASetLastError(WSAECONNRESET), -1) : send(socket, data, size, flags))

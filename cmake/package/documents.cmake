@@ -7,7 +7,7 @@
 #   <!-- /in the source tree -->
 #
 # So no text is kept twice. The test package.contents holds that no document of a release speaks of what a release lacks.
-set(GPUTUNE_UNRELEASED_DOCUMENTS architecture.md robustness.md runtime.md)
+set(GPUTUNE_UNRELEASED_DOCUMENTS architecture.md releasing.md robustness.md runtime.md)
 
 function(gputune_released_documents directory)
     file(REMOVE_RECURSE "${directory}")

@@ -1,9 +1,6 @@
 # The packages of the Python Package Index: a wheel for each width, with its library beside the binding, and a source
 # distribution, which says to every other system why there is nothing to install. Made by setuptools and wheel.
 include("${CMAKE_CURRENT_LIST_DIR}/staging.cmake")
-# The system's own, which has these two; another Python may come first in the path.
-find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
-find_program(PYTHON NAMES python3 python REQUIRED)
 gputune_stage(pypi)
 
 # One tree for all three; the libraries are what makes a wheel of it.

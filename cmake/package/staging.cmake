@@ -15,8 +15,9 @@ if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
     # The first time that a ZIP can name.
     set(ENV{SOURCE_DATE_EPOCH} 315532800)
 endif()
-# A ZIP has local times.
-set(ENV{TZ} UTC)
+# The system's own, which has setuptools and wheel; another Python may come first in the path.
+find_program(PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(PYTHON NAMES python3 python REQUIRED)
 
 # The project's version and description, as the builds have them.
 list(GET BUILDS -1 build)

@@ -12,7 +12,7 @@ import sys
 from markdown import Problems, documents
 
 # In code spans: paths of the source tree. What is built lies elsewhere, and patterns are not looked up.
-_PATH = re.compile(r"^(src|include|tests|tool|bindings|docs|cmake|scripts|schema|fuzz|bench|Config)/[\w./-]*$")
+_PATH = re.compile(r"^(src|include|tests|tool|bindings|docs|cmake|scripts|schema|fuzz|bench|monitoring|Config)/[\w./-]*$")
 
 _SCRIPT = re.compile(r"(?:^|[\s`$(])((?:\./)(?:run|test)|(?:\./)?scripts/[\w-]+)\b")
 _PRESET = re.compile(r"--preset[ =](\w+)")

@@ -1,7 +1,7 @@
 """tool_help.py <root>
 
-docs/gputunectl.md and the tool's own help name the same commands and options, and its section about JSON every key of the
-schema; docs/serve.md those of what serve answers.
+docs/gputunectl.md and the tool's own help name the same commands and options. Its section about JSON and that of
+docs/serve.md name every key of the schema.
 """
 
 import json
@@ -51,28 +51,24 @@ def keys(schema):
     return set(own) | set().union(*map(keys, schema.values()))
 
 
-def check_keys(document, known, problems):
-    headings = [(line, text) for line, level, text in document.headings if level == 2]
-    index = [text for _, text in headings].index("JSON")
-    start, end = headings[index][0], headings[index + 1][0]
+def check_keys(document, shapes, problems):
+    """The document's section about JSON against the shapes that it explains."""
+    start, level = next((line, level) for line, level, text in document.headings if text == "JSON")
+    end = next(line for line, other, _ in document.headings if line > start and other <= level)
     said = set(re.findall(r"[a-z0-9_]+", "\n".join(document.lines[start:end])))
-    for key in sorted(known - said):
+    for key in sorted(keys(shapes) - said):
         problems.add(document.place(start), f"{key} is not explained")
-
-
-def check_schema(root, document, problems):
-    with open(os.path.join(root, "schema", "gputunectl.schema.json"), encoding="utf-8") as file:
-        shapes = json.load(file)["$defs"]
-    # What serve answers stands under the path.
-    answers = {name for name in shapes if name.startswith("/")}
-    check_keys(document, keys([shape for name, shape in shapes.items() if name not in answers]), problems)
-    check_keys(Document(root, "docs/serve.md"), keys([shapes[name] for name in answers]), problems)
 
 
 def main(root):
     document = Document(root, "docs/gputunectl.md")
     problems = Problems()
-    check_schema(root, document, problems)
+    with open(os.path.join(root, "schema", "gputunectl.schema.json"), encoding="utf-8") as file:
+        shapes = json.load(file)["$defs"]
+    # Those of what is served have their paths as names.
+    served = {name: shapes.pop(name) for name in list(shapes) if name.startswith("/")}
+    check_keys(document, list(shapes.values()), problems)
+    check_keys(Document(root, "docs/serve.md"), list(served.values()), problems)
     scratch = Scratch(root)
     tables = {rows[0][0]: (line, rows[1:]) for line, _, rows in document.tables()}
 

@@ -18,9 +18,16 @@ public:
     ImportHook(char const* name, Function* replacement) : ImportHook(LibraryUnderTest(), name, replacement) {}
     template <class Function>
     ImportHook(HMODULE library, char const* name, Function* replacement) : slot_(FindSlot(library, name)) {
-        original_ = Exchange(reinterpret_cast<ULONG_PTR>(replacement));
+        original_ = Exchange(slot_, reinterpret_cast<ULONG_PTR>(replacement));
     }
-    ~ImportHook() { Exchange(original_); }
+    ~ImportHook() { Exchange(slot_, original_); }
+
+    // As long as the library is loaded, which a test may unload at any time.
+    template <class Function>
+    static void ForGood(HMODULE library, char const* name, Function* replacement) {
+        Exchange(FindSlot(library, name), reinterpret_cast<ULONG_PTR>(replacement));
+    }
+
     ImportHook(ImportHook const&) = delete;
     ImportHook& operator=(ImportHook const&) = delete;
 
@@ -48,12 +55,12 @@ private:
         throw std::runtime_error(std::string("gputune.dll does not import ") + name);
     }
 
-    ULONG_PTR Exchange(ULONG_PTR address) {
+    static ULONG_PTR Exchange(ULONG_PTR* slot, ULONG_PTR address) {
         DWORD protection = 0;
-        ::VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &protection);
-        ULONG_PTR const previous = *slot_;
-        *slot_ = address;
-        ::VirtualProtect(slot_, sizeof *slot_, protection, &protection);
+        ::VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
+        ULONG_PTR const previous = *slot;
+        *slot = address;
+        ::VirtualProtect(slot, sizeof *slot, protection, &protection);
         return previous;
     }
 

@@ -1,5 +1,6 @@
 // Machine and machine_windows.h for tests of the real gputune.dll. The process registers a WMI locator of its own, and
-// loads the scripted vendor libraries by full path, so that gputune.dll gets them when it loads them by name.
+// loads the scripted vendor libraries by full path, so that gputune.dll gets them when it loads them by name. It gets
+// no other: where these tests run on a machine with a driver of its own, none of them may reach its board.
 #include <windows.h>
 
 #include <algorithm>
@@ -50,9 +51,41 @@ std::vector<LibraryLoad> g_loads;
 std::vector<HMODULE> g_modules;  // those that are loaded now
 int g_unloads = 0;
 
+bool IsOfAVendor(std::filesystem::path const& file) {
+    using Library = Machine::Library;
+    constexpr Library kAll[] = {Library::AmdNewer, Library::AmdOlder, Library::Intel, Library::Nvidia};
+    return std::any_of(std::begin(kAll), std::end(kAll), [&file](Library library) {
+        return ::_wcsicmp(file.c_str(), std::filesystem::path(host::FileName(library)).c_str()) == 0;
+    });
+}
+
+bool IsOfTheTests(HMODULE module) {
+    std::filesystem::path const tests = OutputDirectory() / "tests";
+    std::filesystem::path const path = sim::ModulePath(module);
+    return std::mismatch(tests.begin(), tests.end(), path.begin(), path.end()).first == tests.end();
+}
+
+// A vendor's library is the one that the test has loaded; without one there is none.
+HMODULE WINAPI GuardedLoad(wchar_t const* path, HANDLE file, DWORD flags) {
+    std::filesystem::path const name = std::filesystem::path(path).filename();
+    if (!IsOfAVendor(name)) {
+        return ::LoadLibraryExW(path, file, flags);
+    }
+    HMODULE const loaded = ::GetModuleHandleW(name.c_str());
+    if (loaded == nullptr || !IsOfTheTests(loaded)) {
+        ::SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    return ::LoadLibraryW(sim::ModulePath(loaded).c_str());
+}
+
+HMODULE WINAPI GuardedPlainLoad(wchar_t const* path) {
+    return GuardedLoad(path, nullptr, 0);
+}
+
 HMODULE WINAPI RecordingLoad(wchar_t const* path, HANDLE file, DWORD flags) {
     g_loads.push_back({path, flags});
-    HMODULE const module = ::LoadLibraryExW(path, file, flags);
+    HMODULE const module = GuardedLoad(path, file, flags);
     if (module != nullptr) {
         g_modules.push_back(module);
     }
@@ -83,6 +116,8 @@ HMODULE LibraryUnderTest() {
 }
 
 Exports FindExports(HMODULE library) {
+    ImportHook::ForGood(library, "LoadLibraryW", GuardedPlainLoad);
+    ImportHook::ForGood(library, "LoadLibraryExW", GuardedLoad);
     Exports found{};
 #define FLAT_FUNCTION(result, name, ...) Find(library, #name, found.name);
 #include "api/flat_functions.inc"
@@ -111,11 +146,10 @@ ScriptedLibrary& InstallLibrary(Machine::Library library) {
 
 Exports const& LoadLibraryUnderTest() {
     static Exports const exports = [] {
-        // The hooks stay for the life of the process: the test may unload the library.
-        static ImportHook* const hooks[] = {new ImportHook("LoadLibraryExW", RecordingLoad),
-                                            new ImportHook("FreeLibrary", RecordingUnload)};
-        static_cast<void>(hooks);
-        return FindExports(LibraryUnderTest());
+        Exports const found = FindExports(LibraryUnderTest());
+        ImportHook::ForGood(LibraryUnderTest(), "LoadLibraryExW", RecordingLoad);
+        ImportHook::ForGood(LibraryUnderTest(), "FreeLibrary", RecordingUnload);
+        return found;
     }();
     return exports;
 }

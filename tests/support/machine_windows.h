@@ -14,7 +14,8 @@ sim::WmiStandIn& Wmi();
 // The loaded gputune.dll.
 HMODULE LibraryUnderTest();
 
-// The exports of a gputune.dll that the test loaded itself. Throws std::runtime_error when one is missing.
+// The exports of a gputune.dll that the test loaded itself, which from then on finds no vendor's library but those of
+// the tests. Throws std::runtime_error when one is missing.
 Exports FindExports(HMODULE library);
 
 }  // namespace gputune::test

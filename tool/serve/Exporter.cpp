@@ -37,7 +37,7 @@ std::vector<std::string> MachineNames() {
     for (COMPUTER_NAME_FORMAT const format :
          {ComputerNameNetBIOS, ComputerNameDnsHostname, ComputerNameDnsFullyQualified}) {
         wchar_t name[256];
-        DWORD length = static_cast<DWORD>(std::size(name));
+        auto length = static_cast<DWORD>(std::size(name));
         if (GetComputerNameExW(format, name, &length) && length > 0) {
             names.push_back(Utf8FromWide(std::wstring_view(name, length)));
         }

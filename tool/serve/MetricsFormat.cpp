@@ -17,7 +17,7 @@ struct MediaRange {
     double quality = 1;     // 0: not wanted
 };
 
-std::string LowerTrimmed(std::string_view text) {
+std::string_view Trimmed(std::string_view text) {
     auto const isBlank = [](char c) { return c == ' ' || c == '\t'; };
     while (!text.empty() && isBlank(text.front())) {
         text.remove_prefix(1);
@@ -25,6 +25,10 @@ std::string LowerTrimmed(std::string_view text) {
     while (!text.empty() && isBlank(text.back())) {
         text.remove_suffix(1);
     }
+    return text;
+}
+
+std::string InLowerCase(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -32,13 +36,13 @@ std::string LowerTrimmed(std::string_view text) {
 }
 
 // The parts between separators, which do not count in quotation marks.
-std::vector<std::string> SplitHeader(std::string_view text, char separator) {
-    std::vector<std::string> parts;
+std::vector<std::string_view> SplitHeader(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
     bool isQuoted = false;
     std::size_t begin = 0;
     for (std::size_t i = 0; i <= text.size(); ++i) {
         if (i == text.size() || (text[i] == separator && !isQuoted)) {
-            parts.push_back(LowerTrimmed(text.substr(begin, i - begin)));
+            parts.push_back(Trimmed(text.substr(begin, i - begin)));
             begin = i + 1;
         } else if (text[i] == '"') {
             isQuoted = !isQuoted;
@@ -47,26 +51,35 @@ std::vector<std::string> SplitHeader(std::string_view text, char separator) {
     return parts;
 }
 
-std::string WithoutQuotationMarks(std::string const& text) {
+std::string_view WithoutQuotationMarks(std::string_view text) {
     return text.size() >= 2 && text.front() == '"' && text.back() == '"' ? text.substr(1, text.size() - 2) : text;
 }
 
+// The number of "q=0.5"; nothing for what is none.
+std::optional<double> ReadQuality(std::string_view text) {
+    std::optional<double> quality = ParseNumber<double>(text, std::chars_format::fixed);
+    if (quality && !(*quality >= 0 && *quality <= 1)) {
+        quality.reset();
+    }
+    return quality;
+}
+
 // Nothing for what is none.
-std::optional<MediaRange> ReadRange(std::string const& text) {
-    std::vector<std::string> const parts = SplitHeader(text, ';');
-    MediaRange range{.type = parts.front()};
+std::optional<MediaRange> ReadRange(std::string_view text) {
+    std::vector<std::string_view> const parts = SplitHeader(text, ';');
+    MediaRange range{.type = std::string(parts.front())};
     for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
         std::size_t const equals = part->find('=');
-        if (equals == std::string::npos) {
+        if (equals == std::string_view::npos) {
             continue;
         }
-        std::string const name = LowerTrimmed(part->substr(0, equals));
-        std::string const value = WithoutQuotationMarks(LowerTrimmed(part->substr(equals + 1)));
+        std::string_view const name = Trimmed(part->substr(0, equals));
+        std::string_view const value = WithoutQuotationMarks(Trimmed(part->substr(equals + 1)));
         if (name == "version") {
             range.version = value;
         } else if (name == "q") {
-            std::optional<double> const quality = ParseNumber<double>(value, std::chars_format::fixed);
-            if (!quality || !(*quality >= 0 && *quality <= 1)) {
+            std::optional<double> const quality = ReadQuality(value);
+            if (!quality) {
                 return std::nullopt;
             }
             range.quality = *quality;
@@ -104,7 +117,8 @@ Fit FitOf(std::vector<MediaRange> const& ranges, std::string const& type, std::s
 
 MetricsFormat ChooseFormat(std::string_view accept) {
     std::vector<MediaRange> ranges;
-    for (std::string const& part : SplitHeader(accept, ',')) {
+    std::string const lower = InLowerCase(accept);
+    for (std::string_view const part : SplitHeader(lower, ',')) {
         if (std::optional<MediaRange> range = ReadRange(part)) {
             ranges.push_back(std::move(*range));
         }

@@ -144,10 +144,10 @@ TEST(Unload, AndLoadAgainStartsAfresh) {
     for (int round = 0; round < 4; ++round) {
         HMODULE const library = ::LoadLibraryW(path.c_str());
         ASSERT_NE(library, nullptr);
-        auto const find = [&](char const* name) { return reinterpret_cast<void*>(::GetProcAddress(library, name)); };
-        EXPECT_EQ(reinterpret_cast<decltype(&::GetVendorInfo)>(find("GetVendorInfo"))(), 0U);
-        EXPECT_FALSE(reinterpret_cast<decltype(&::IsInitOk)>(find("IsInitOk"))());
-        EXPECT_TRUE(reinterpret_cast<decltype(&::InitVGAHelper)>(find("InitVGAHelper"))(GPUTUNE_LOG_FILE));
+        Exports const api = FindExports(library);
+        EXPECT_EQ(api.GetVendorInfo(), 0U);
+        EXPECT_FALSE(api.IsInitOk());
+        EXPECT_TRUE(api.InitVGAHelper(GPUTUNE_LOG_FILE));
         ASSERT_TRUE(::FreeLibrary(library));
         EXPECT_FALSE(IsLoaded());
         ExpectLogClosed();

@@ -14,6 +14,8 @@ package = zipfile.ZipFile(path)
 assert package.testzip() is None
 names = package.namelist()
 assert names == sorted(names) and len(names) == len(set(names)), names
+# Nothing of who packed it.
+assert all(member.external_attr >> 16 == 0o100644 and not member.extra for member in package.infolist())
 
 
 def tree(name):
