@@ -81,27 +81,40 @@ gputune_header_version(CLI11_VERSION include/CLI/Version.hpp CLI11_VERSION_@)
 gputune_component(CLI11::CLI11 NAME CLI11 VERSION "${CLI11_VERSION}" LICENSE BSD-3-Clause
     PURL pkg:github/CLIUtils/CLI11@v SOURCE https://github.com/CLIUtils/CLI11)
 
-# Always from source: without files, programs, encryption and scripts, which an installed one has, there is little left that
-# could be attacked; and connections and threads are handled with care (civetweb/threads.h).
-gputune_require_source(civetweb "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
-add_library(civetweb STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
-add_library(civetweb::civetweb ALIAS civetweb)
-target_include_directories(civetweb
-    SYSTEM PUBLIC "${GPUTUNE_DEPS_DIR}/civetweb/include"
-    PRIVATE "${CMAKE_CURRENT_LIST_DIR}/civetweb")
-target_compile_definitions(civetweb PRIVATE
-    NO_FILES NO_FILESYSTEMS NO_CGI NO_CACHING NO_SSL USE_IPV6
-    MG_EXTERNAL_FUNCTION_log_access MG_EXTERNAL_FUNCTION_mg_cry_internal_impl
-    # In milliseconds: how soon a thread that waits for a connection sees that the server is to end.
-    SOCKET_TIMEOUT_QUANTUM=500)
-# Its warnings are its authors' business; GCC 14 takes some for errors.
-target_compile_options(civetweb PRIVATE -w -Wno-incompatible-pointer-types)
-set_target_properties(civetweb PROPERTIES C_EXTENSIONS ON)
-target_link_libraries(civetweb PRIVATE gputune::platform_flags)
-if(WIN32)
-    target_compile_options(civetweb PRIVATE -Os -g1 -include "${CMAKE_CURRENT_LIST_DIR}/civetweb/threads.h")
-    target_link_libraries(civetweb PUBLIC ws2_32)
+# From source where it lies there, as for a release: without files, programs, encryption and scripts, which an installed one has,
+# there is little left that could be attacked; and connections and threads are handled with care (civetweb/threads.h). With an
+# installed one, in the build of a package manager, a client may take as long as it likes.
+if(NOT EXISTS "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
+    gputune_find(civetweb)
+    if(WIN32 AND TARGET civetweb::civetweb)
+        # Its own package does not name it.
+        set_property(TARGET civetweb::civetweb APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32)
+    endif()
 endif()
+if(NOT TARGET civetweb::civetweb)
+    gputune_require_source(civetweb "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
+    add_library(civetweb STATIC EXCLUDE_FROM_ALL "${GPUTUNE_DEPS_DIR}/civetweb/src/civetweb.c")
+    add_library(civetweb::civetweb ALIAS civetweb)
+    target_include_directories(civetweb
+        SYSTEM PUBLIC "${GPUTUNE_DEPS_DIR}/civetweb/include"
+        PRIVATE "${CMAKE_CURRENT_LIST_DIR}/civetweb")
+    target_compile_definitions(civetweb PRIVATE
+        NO_FILES NO_FILESYSTEMS NO_CGI NO_CACHING NO_SSL USE_IPV6
+        MG_EXTERNAL_FUNCTION_log_access MG_EXTERNAL_FUNCTION_mg_cry_internal_impl
+        # In milliseconds: how soon a thread that waits for a connection sees that the server is to end.
+        SOCKET_TIMEOUT_QUANTUM=500)
+    # Its warnings are its authors' business; GCC 14 takes some for errors.
+    target_compile_options(civetweb PRIVATE -w -Wno-incompatible-pointer-types)
+    set_target_properties(civetweb PROPERTIES C_EXTENSIONS ON)
+    target_link_libraries(civetweb PRIVATE gputune::platform_flags)
+    if(WIN32)
+        target_compile_options(civetweb PRIVATE -Os -g1 -include "${CMAKE_CURRENT_LIST_DIR}/civetweb/threads.h")
+        target_link_libraries(civetweb PUBLIC ws2_32)
+    endif()
+endif()
+gputune_header_version(civetweb_VERSION civetweb/include/civetweb.h CIVETWEB_VERSION_@)
+gputune_component(civetweb::civetweb NAME civetweb VERSION "${civetweb_VERSION}" LICENSE "MIT AND Zlib"
+    PURL pkg:github/civetweb/civetweb@v SOURCE https://github.com/civetweb/civetweb)
 
 include(uplot)
 set(GPUTUNE_UPLOT_DIR "" CACHE PATH "uPlot's unpacked npm package; empty: below the third-party sources")

@@ -43,7 +43,7 @@ class Gputune(ConanFile):
             raise ConanInvalidConfiguration("gputune is built with MinGW; its DLL serves every compiler")
 
     def requirements(self):
-        for reference in ("cli11/[>=2.1 <3]", "nlohmann_json/[>=3.11 <4]", "tinyxml2/[>=9]"):
+        for reference in ("civetweb/[>=1.15 <2]", "cli11/[>=2.1 <3]", "nlohmann_json/[>=3.11 <4]", "tinyxml2/[>=9]"):
             self.requires(reference, visible=False)
 
     def generate(self):
