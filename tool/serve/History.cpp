@@ -95,7 +95,7 @@ std::string History::HistoryJson() const {
             Json values = Json::array();
             bool any = false;
             for (Point const& point : points_) {
-                double const value = double{point.values[sensor.key]};
+                auto const value = double{point.values[sensor.key]};
                 any = any || std::isfinite(value);
                 values.push_back(std::isfinite(value) ? Json(FewestDigits(value)) : Json(nullptr));
             }
