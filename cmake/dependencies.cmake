@@ -102,7 +102,9 @@ if(NOT TARGET civetweb::civetweb)
         NO_FILES NO_FILESYSTEMS NO_CGI NO_CACHING NO_SSL USE_IPV6
         MG_EXTERNAL_FUNCTION_log_access MG_EXTERNAL_FUNCTION_mg_cry_internal_impl
         # In milliseconds: how soon a thread that waits for a connection sees that the server is to end.
-        SOCKET_TIMEOUT_QUANTUM=500)
+        SOCKET_TIMEOUT_QUANTUM=500
+        # Instead of the day, so that one commit gives one program.
+        BUILD_DATE="")
     # Its warnings are its authors' business; GCC 14 takes some for errors.
     target_compile_options(civetweb PRIVATE -w -Wno-incompatible-pointer-types)
     set_target_properties(civetweb PROPERTIES C_EXTENSIONS ON)
