@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <thread>
 #include <vector>
 
 namespace gputune::test {
@@ -59,6 +58,18 @@ void Drain(HANDLE heap) {
     }
 }
 
+struct Task {
+    std::function<int()> const& work;
+    void* caller = nullptr;
+    int result = 1;
+
+    static void CALLBACK Run(void* task) {
+        auto& self = *static_cast<Task*>(task);
+        self.result = self.work();
+        ::SwitchToFiber(self.caller);
+    }
+};
+
 }  // namespace
 
 int RunInHighMemory(std::function<int()> const& work) {
@@ -67,9 +78,10 @@ int RunInHighMemory(std::function<int()> const& work) {
     heaps.resize(
         std::min<std::size_t>(heaps.size(), ::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data())));
     std::for_each(heaps.begin(), heaps.end(), Drain);
-    int result = 1;
-    std::thread([&] { result = work(); }).join();
-    return result;
+    Task task{.work = work};
+    task.caller = ::ConvertThreadToFiberEx(nullptr, FIBER_FLAG_FLOAT_SWITCH);
+    ::SwitchToFiber(::CreateFiberEx(0, 0, FIBER_FLAG_FLOAT_SWITCH, &Task::Run, &task));
+    return task.result;
 }
 
 }  // namespace gputune::test
