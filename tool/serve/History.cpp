@@ -37,15 +37,13 @@ History::Point History::ToPoint(Snapshot const& snapshot, double now) {
     Sample const& sample = *snapshot.sample;
     Point point = Gap(sample.time);
     for (SensorName const& sensor : kSensorNames) {
-        std::optional<double> value = sample.readings[sensor.key];
-        if (snapshot.board && SensorUnit(sensor, snapshot.board->vendor) == Unit::Raw) {
-            value = sample.load ? std::optional(*sample.load * 100) : std::nullopt;
-        }
         if (sensor.key == GPUTUNE_HWM_FAN_SPEED_RPM && sample.readings.fanUnsure) {
-            value = std::nullopt;
+            continue;
         }
+        bool const isRaw = snapshot.board && SensorUnit(sensor, snapshot.board->vendor) == Unit::Raw;
+        std::optional<double> const& value = isRaw ? sample.load : sample.readings[sensor.key];
         if (value) {
-            point.values[sensor.key] = static_cast<float>(*value);
+            point.values[sensor.key] = static_cast<float>(isRaw ? *value * 100 : *value);
         }
     }
     return point;
